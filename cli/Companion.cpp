@@ -1,0 +1,328 @@
+#include "Companion.h"
+
+#include "app/Wording.h"
+#include "destination/Destination.h"
+#include "engine/ConversionError.h"
+#include "engine/Converter.h"
+#include "settings/Settings.h"
+#include "support/Log.h"
+#include "support/PlatformError.h"
+
+#include <algorithm>
+#include <charconv>
+
+namespace fs = std::filesystem;
+
+std::string usageText()
+{
+    return R"(Usage: quillmorph-convert [OPTIONS] FILE|FOLDER...
+
+Converts WordPerfect files and office documents beside the originals, with
+the same choices as the Quillmorph application (its Settings window):
+WordPerfect documents become ODT or RTF, WordPerfect graphics PNG or SVG,
+OpenDocument and office documents WordPerfect 6 or 5.1. Folders are walked
+recursively.
+
+Options:
+  -n, --dry-run         print, for each file, what it is and what would be made
+                        of it (path, kind, WordPerfect version, encrypted, WP6,
+                        job and output name), and convert nothing
+      --replace         overwrite an existing output file; by default both are
+                        kept and the new one gets a numbered name ("Letter (1).odt")
+      --password WORD   password for encrypted WordPerfect documents; without it
+                        the password is asked on the terminal (Ctrl-D skips the file)
+      --try-unknown     convert files of unknown type as WordPerfect documents
+                        (they are skipped otherwise)
+  -j, --jobs N          convert N files at a time (default: the number of cores)
+  -h, --help            show this text
+
+Exit status: 0 when every file was converted (or skipped), 1 when any failed,
+2 for a usage error.
+)";
+}
+
+namespace {
+
+bool parsePositive(const std::string &text, int &value)
+{
+    const char *end = text.data() + text.size();
+    const auto [ptr, error] = std::from_chars(text.data(), end, value);
+    return error == std::errc() && ptr == end && value > 0;
+}
+
+// "--name=value" or "--name value"; advances `i` past what it used.
+std::optional<std::string> optionValue(const std::vector<std::string> &args, std::size_t &i,
+                                       const std::string &name, const std::string &shortName)
+{
+    const std::string &arg = args[i];
+    if (arg.rfind(name + "=", 0) == 0)
+        return arg.substr(name.size() + 1);
+    if (arg == name || (!shortName.empty() && arg == shortName)) {
+        if (i + 1 >= args.size())
+            throw UsageError {arg + " needs a value"};
+        return args[++i];
+    }
+    return std::nullopt;
+}
+
+std::string yesNo(bool value)
+{
+    return value ? "yes" : "no";
+}
+
+} // namespace
+
+std::variant<CompanionOptions, UsageError, HelpRequest> parseArguments(const std::vector<std::string> &args,
+                                                                        int defaultJobs)
+{
+    CompanionOptions options;
+    options.jobs = std::max(1, defaultJobs);
+    bool onlyFiles = false;
+    try {
+        for (std::size_t i = 0; i < args.size(); ++i) {
+            const std::string &arg = args[i];
+            if (onlyFiles || arg.empty() || arg[0] != '-' || arg == "-") {
+                options.inputs.push_back(fs::absolute(arg));
+            } else if (arg == "--") {
+                onlyFiles = true;
+            } else if (arg == "-h" || arg == "--help") {
+                return HelpRequest {};
+            } else if (arg == "-n" || arg == "--dry-run") {
+                options.dryRun = true;
+            } else if (arg == "--replace") {
+                options.replace = true;
+            } else if (arg == "--try-unknown") {
+                options.tryUnknown = true;
+            } else if (auto password = optionValue(args, i, "--password", "")) {
+                options.password = *password;
+            } else if (auto jobs = optionValue(args, i, "--jobs", "-j")) {
+                if (!parsePositive(*jobs, options.jobs))
+                    return UsageError {"--jobs needs a whole number of at least 1, not \u201C" + *jobs + "\u201D"};
+            } else {
+                return UsageError {"unknown option " + arg};
+            }
+        }
+    } catch (const UsageError &error) {
+        return error;
+    }
+    if (options.inputs.empty())
+        return UsageError {"no files given"};
+    return options;
+}
+
+Companion::Companion(CompanionOptions options, const Settings &settings, PasswordSource &passwords, std::ostream &out)
+    : options(std::move(options)), settings(settings), passwords(passwords), out(out)
+{
+}
+
+std::vector<fs::path> Companion::collectFiles()
+{
+    std::vector<fs::path> found;
+    for (const auto &input : options.inputs) {
+        std::error_code error;
+        if (!fs::is_directory(input, error)) {
+            found.push_back(input);
+            continue;
+        }
+        std::vector<fs::path> inFolder;
+        // Symlinked folders are not followed, so a link loop cannot trap the walk.
+        fs::recursive_directory_iterator walk(input, fs::directory_options::skip_permission_denied, error);
+        for (; !error && walk != fs::recursive_directory_iterator(); walk.increment(error)) {
+            if (walk->is_regular_file(error))
+                inFolder.push_back(walk->path());
+        }
+        std::sort(inFolder.begin(), inFolder.end());
+        found.insert(found.end(), inFolder.begin(), inFolder.end());
+    }
+    return found;
+}
+
+Companion::Item Companion::prepare(const fs::path &path)
+{
+    Item item {InputFile {path}, std::nullopt, {}};
+    const std::string name = path.filename().string();
+    Log::write("open: " + path.string());
+    std::error_code error;
+    if (fs::is_directory(path, error)) {
+        item.problem = name + " is a folder, not a document.";
+        return item;
+    }
+    try {
+        item.file = InputFile::classify(path);
+    } catch (const std::exception &failure) {
+        item.problem = "I could not read " + name + ". " + failure.what();
+        return item;
+    }
+    item.classified = true;
+    Log::write("open: classified kind=" + std::string(kindName(item.file.kind)));
+    InputFile::Kind treatAs = item.file.kind;
+    if (treatAs == InputFile::Kind::unknown && options.tryUnknown)
+        treatAs = InputFile::Kind::wpDocument;
+    item.plan = planJob(item.file, treatAs, settings);
+    if (!item.plan && treatAs == InputFile::Kind::wpDocument)
+        item.problem = name + " is an encrypted WordPerfect 6 file that I cannot open.";
+    return item;
+}
+
+fs::path Companion::destinationFor(const Item &item) const
+{
+    const fs::path proposed = Destination::proposedURL(item.file.url, item.plan->ext);
+    std::error_code error;
+    const bool exists = fs::exists(proposed, error);
+    if (!claimed.contains(proposed) && (!exists || options.replace))
+        return proposed;
+    return Destination::firstFreeNumberedURL(item.file.url, item.plan->ext,
+                                             [this](const fs::path &candidate) { return claimed.contains(candidate); });
+}
+
+std::string Companion::describeJob(const Item &item) const
+{
+    if (!item.plan) {
+        if (!item.problem.empty())
+            return "refused: " + item.problem;
+        return "skipped: unknown type (--try-unknown converts it as a WordPerfect document)";
+    }
+    const fs::path to = destinationFor(item);
+    std::string text = std::string(jobName(item.plan->job)) + " \u2192 " + to.filename().string();
+    std::error_code error;
+    if (options.replace && fs::exists(to, error))
+        text += " (replaces the existing file)";
+    return text;
+}
+
+int Companion::dryRun()
+{
+    int status = 0;
+    for (const auto &path : collectFiles()) {
+        const Item item = prepare(path);
+        std::vector<std::uint8_t> header;
+        try {
+            if (item.classified)
+                header = readFileHeader(path, 16);
+        } catch (const PlatformError &) {
+        }
+        if (!item.classified) {
+            out << path.string() << "\t" << item.problem << "\n";
+            status = 1;
+            continue;
+        }
+        out << path.string() << "\t" << kindName(item.file.kind) << "\t" << versionFamily(header)
+            << "\tencrypted=" << yesNo(item.file.isEncrypted) << "\twp6=" << yesNo(item.file.wpVersionIsWP6) << "\t"
+            << describeJob(item) << "\n";
+    }
+    out.flush();
+    return status;
+}
+
+void Companion::start()
+{
+    files = collectFiles();
+    if (files.empty())
+        out << "No files to convert.\n";
+    startNext();
+}
+
+void Companion::startNext()
+{
+    while (running < options.jobs && next < files.size()) {
+        const Item item = prepare(files[next++]);
+        const std::string name = item.file.url.filename().string();
+        if (!item.plan) {
+            if (item.problem.empty())
+                recordSkip(name, "unknown type");
+            else
+                recordFailure(name, item.problem);
+            continue;
+        }
+        const fs::path to = destinationFor(item);
+        Job job = item.plan->job;
+        const bool isDocumentJob =
+            std::holds_alternative<JobCase::wpToODT>(job) || std::holds_alternative<JobCase::wpToRTF>(job);
+        const bool needsPassword = item.file.isEncrypted && isDocumentJob;
+        if (needsPassword) {
+            auto password = options.password ? options.password : passwords.ask(name, false);
+            if (!password) {
+                recordSkip(name, "no password given");
+                continue;
+            }
+            job = withPassword(job, *password);
+        }
+        launch(job, to, name, options.password.has_value());
+    }
+    finishIfDone();
+}
+
+void Companion::launch(const Job &job, const fs::path &to, const std::string &name, bool passwordGiven)
+{
+    claimed.insert(to);
+    ++running;
+    Log::write("convert: " + name + " \u2192 " + to.filename().string());
+    Converter::perform(job, to, [this, to, name, job, passwordGiven](const Converter::Outcome &error) {
+        complete(to, name, error, job, passwordGiven);
+    });
+}
+
+void Companion::complete(const fs::path &to, const std::string &name, const std::exception_ptr &error,
+                         const Job &job, bool passwordGiven)
+{
+    --running;
+    if (!error) {
+        ++converted;
+        Log::write("converted \u2192 " + to.string());
+        progress("converted " + name + " \u2192 " + to.filename().string());
+        startNext();
+        return;
+    }
+    bool wrongPassword = false;
+    try {
+        std::rethrow_exception(error);
+    } catch (const ConversionError &conversion) {
+        wrongPassword = conversion.which() == ConversionError::Case::wrongPassword;
+    } catch (...) {
+    }
+    if (wrongPassword && !passwordGiven) {
+        // The same loop as the app: ask again until it converts or the user gives up.
+        if (auto password = passwords.ask(name, true)) {
+            launch(withPassword(job, *password), to, name, false);
+            return;
+        }
+        claimed.erase(to);
+        recordSkip(name, "no password given");
+        startNext();
+        return;
+    }
+    claimed.erase(to);
+    const FailureText text = describeFailure(error, name);
+    recordFailure(name, text.message + " " + text.informative);
+    startNext();
+}
+
+void Companion::recordFailure(const std::string &name, const std::string &reason)
+{
+    failures.push_back(name + ": " + reason);
+    progress("failed " + name + ": " + reason);
+}
+
+void Companion::recordSkip(const std::string &name, const std::string &reason)
+{
+    skips.push_back(name + ": " + reason);
+    progress("skipped " + name + ": " + reason);
+}
+
+void Companion::progress(const std::string &line)
+{
+    ++done;
+    out << "[" << done << "/" << files.size() << "] " << line << "\n";
+    out.flush();
+}
+
+void Companion::finishIfDone()
+{
+    if (running > 0 || next < files.size())
+        return;
+    out << converted << " converted, " << failures.size() << " failed, " << skips.size() << " skipped\n";
+    for (const auto &failure : failures)
+        out << "  failed: " << failure << "\n";
+    out.flush();
+    Q_EMIT finished(failures.empty() ? 0 : 1);
+}

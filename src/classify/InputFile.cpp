@@ -1,0 +1,238 @@
+#include "InputFile.h"
+
+#include "support/PlatformError.h"
+
+#include <algorithm>
+#include <array>
+#include <cctype>
+#include <cerrno>
+#include <fcntl.h>
+#include <unistd.h>
+
+namespace fs = std::filesystem;
+
+namespace {
+
+constexpr std::size_t headerSize = 512;
+constexpr std::size_t sniffCharacters = 400;
+
+using Signature = std::array<std::uint8_t, 4>;
+constexpr Signature wordPerfectPrefix {0xFF, 0x57, 0x50, 0x43};
+constexpr Signature zipSignature {0x50, 0x4B, 0x03, 0x04};
+constexpr Signature ole2Signature {0xD0, 0xCF, 0x11, 0xE0};
+
+} // namespace
+
+std::vector<std::uint8_t> readFileHeader(const fs::path &url, std::size_t count)
+{
+    const int fd = ::open(url.c_str(), O_RDONLY | O_CLOEXEC);
+    if (fd < 0)
+        throw PlatformError::fromErrno(errno);
+    std::vector<std::uint8_t> bytes(count);
+    ssize_t got;
+    do {
+        got = ::read(fd, bytes.data(), count);
+    } while (got < 0 && errno == EINTR);
+    const int readError = errno;
+    ::close(fd);
+    if (got < 0)
+        throw PlatformError::fromErrno(readError);
+    bytes.resize(static_cast<std::size_t>(got));
+    return bytes;
+}
+
+namespace {
+
+bool containsASCII(const std::uint8_t *bytes, std::size_t size, std::string_view needle)
+{
+    if (needle.empty() || size < needle.size())
+        return false;
+    const auto end = bytes + size;
+    return std::search(bytes, end, needle.begin(), needle.end(),
+                       [](std::uint8_t b, char c) { return b == static_cast<std::uint8_t>(c); }) != end;
+}
+
+bool startsWith(const std::vector<std::uint8_t> &header, const Signature &signature)
+{
+    return header.size() >= signature.size() && std::equal(signature.begin(), signature.end(), header.begin());
+}
+
+// Strict UTF-8 validation: overlong forms, surrogates and values past
+// U+10FFFF are rejected, as a platform decoder rejects them.
+bool decodeUTF8(const std::vector<std::uint8_t> &bytes, std::u32string &out)
+{
+    out.clear();
+    std::size_t i = 0;
+    while (i < bytes.size()) {
+        const std::uint8_t lead = bytes[i];
+        std::size_t length;
+        char32_t value;
+        if (lead < 0x80) {
+            length = 1;
+            value = lead;
+        } else if (lead >= 0xC2 && lead <= 0xDF) {
+            length = 2;
+            value = lead & 0x1F;
+        } else if (lead >= 0xE0 && lead <= 0xEF) {
+            length = 3;
+            value = lead & 0x0F;
+        } else if (lead >= 0xF0 && lead <= 0xF4) {
+            length = 4;
+            value = lead & 0x07;
+        } else {
+            return false;
+        }
+        if (i + length > bytes.size())
+            return false;
+        for (std::size_t k = 1; k < length; ++k) {
+            const std::uint8_t next = bytes[i + k];
+            if ((next & 0xC0) != 0x80)
+                return false;
+            value = (value << 6) | (next & 0x3F);
+        }
+        const bool overlong = (length == 3 && value < 0x800) || (length == 4 && value < 0x10000);
+        if (overlong || value > 0x10FFFF || (value >= 0xD800 && value <= 0xDFFF))
+            return false;
+        out.push_back(value);
+        i += length;
+    }
+    return true;
+}
+
+// The first 400 characters of the header as text, lower-cased; only ASCII
+// letters matter to the needles, so other characters are kept as they are.
+std::string sniffText(const std::vector<std::uint8_t> &header)
+{
+    std::u32string text;
+    if (!decodeUTF8(header, text))
+        text.assign(header.begin(), header.end()); // ISO Latin 1 decodes every byte
+    std::string lowered;
+    const std::size_t count = std::min(text.size(), sniffCharacters);
+    lowered.reserve(count);
+    for (std::size_t i = 0; i < count; ++i) {
+        const char32_t c = text[i];
+        lowered.push_back(c < 0x80 ? static_cast<char>(std::tolower(static_cast<int>(c))) : '\x80');
+    }
+    return lowered;
+}
+
+InputFile::Kind kindFromText(const std::vector<std::uint8_t> &header)
+{
+    const std::string text = sniffText(header);
+    const auto has = [&text](std::string_view needle) { return text.find(needle) != std::string::npos; };
+    if (has("office:document") && has("opendocument"))
+        return InputFile::Kind::openDocument;
+    if (has("<!doctype html") || has("<html") || has("<head"))
+        return InputFile::Kind::office;
+    return InputFile::Kind::unknown;
+}
+
+InputFile::Kind kindFromExtension(const std::string &ext)
+{
+    if (InputFile::wpDocumentExtensions().contains(ext))
+        return InputFile::Kind::wpDocument;
+    if (InputFile::wpGraphicExtensions().contains(ext))
+        return InputFile::Kind::wpGraphic;
+    if (ext == "odt" || ext == "fodt")
+        return InputFile::Kind::openDocument;
+    if (InputFile::officeExtensions().contains(ext))
+        return InputFile::Kind::office;
+    return InputFile::Kind::unknown;
+}
+
+} // namespace
+
+const std::unordered_set<std::string> &InputFile::wpDocumentExtensions()
+{
+    static const std::unordered_set<std::string> set {"wp", "wp4", "wp5", "wp6", "wpd", "wpt"};
+    return set;
+}
+
+const std::unordered_set<std::string> &InputFile::wpGraphicExtensions()
+{
+    static const std::unordered_set<std::string> set {"wpg"};
+    return set;
+}
+
+const std::unordered_set<std::string> &InputFile::officeExtensions()
+{
+    static const std::unordered_set<std::string> set {"docx", "doc", "rtf", "html", "htm", "txt", "text"};
+    return set;
+}
+
+std::string lowercaseExtension(const fs::path &url)
+{
+    const std::string name = url.filename().string();
+    const auto dot = name.rfind('.');
+    if (dot == std::string::npos)
+        return {};
+    std::string ext = name.substr(dot + 1);
+    std::transform(ext.begin(), ext.end(), ext.begin(),
+                   [](unsigned char c) { return static_cast<char>(std::tolower(c)); });
+    return ext;
+}
+
+InputFile InputFile::classify(const fs::path &url)
+{
+    return classifyHeader(url, readFileHeader(url, headerSize));
+}
+
+InputFile InputFile::classifyHeader(const fs::path &url, const std::vector<std::uint8_t> &header)
+{
+    InputFile file {url};
+    const std::size_t n = header.size();
+    if (startsWith(header, wordPerfectPrefix)) {
+        file.kind = n >= 10 && header[9] == 0x16 ? Kind::wpGraphic : Kind::wpDocument;
+        file.wpVersionIsWP6 = n >= 11 && header[10] == 2;
+        file.isEncrypted = n >= 13 && header[12] != 0;
+        return file;
+    }
+    if (startsWith(header, zipSignature)) {
+        file.kind = containsASCII(header.data(), n, "application/vnd.oasis.opendocument.text") ? Kind::openDocument
+                                                                                               : Kind::office;
+        return file;
+    }
+    if (startsWith(header, ole2Signature)) {
+        file.kind = Kind::office;
+        return file;
+    }
+    if (containsASCII(header.data(), std::min<std::size_t>(n, 8), "{\\rtf")) {
+        file.kind = Kind::office;
+        return file;
+    }
+    file.kind = kindFromText(header);
+    if (file.kind == Kind::unknown)
+        file.kind = kindFromExtension(lowercaseExtension(url));
+    return file;
+}
+
+std::string_view kindName(InputFile::Kind kind)
+{
+    switch (kind) {
+    case InputFile::Kind::wpDocument: return "wpDocument";
+    case InputFile::Kind::wpGraphic: return "wpGraphic";
+    case InputFile::Kind::openDocument: return "openDocument";
+    case InputFile::Kind::office: return "office";
+    case InputFile::Kind::unknown: break;
+    }
+    return "unknown";
+}
+
+std::string versionFamily(const std::vector<std::uint8_t> &header)
+{
+    if (!startsWith(header, wordPerfectPrefix))
+        return "no WordPerfect prefix";
+    if (header.size() < 11)
+        return "WordPerfect prefix cut short";
+    const std::uint8_t fileType = header[9];
+    const std::uint8_t major = header[10];
+    if (fileType == 0x0A && major == 0)
+        return "WordPerfect 5.x";
+    if (fileType == 0x0A && major == 2)
+        return "WordPerfect 6 or later";
+    if (fileType == 0x2C)
+        return "WordPerfect for Macintosh";
+    if (fileType == 0x16)
+        return "WordPerfect graphic";
+    return "WordPerfect file type " + std::to_string(fileType) + ", version " + std::to_string(major);
+}

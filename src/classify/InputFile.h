@@ -1,0 +1,45 @@
+#pragma once
+
+#include <cstdint>
+#include <filesystem>
+#include <string>
+#include <string_view>
+#include <unordered_set>
+#include <vector>
+
+// What a file handed to Quillmorph is, decided from its first 512 bytes and,
+// only where those settle nothing, from its name's extension.
+struct InputFile {
+    enum class Kind { wpDocument, wpGraphic, openDocument, office, unknown };
+
+    std::filesystem::path url;
+    Kind kind = Kind::unknown;
+    bool isEncrypted = false;
+    bool wpVersionIsWP6 = false;
+
+    // Throws PlatformError when the file cannot be opened or read.
+    static InputFile classify(const std::filesystem::path &url);
+
+    // The same decision for a header already in memory (at most 512 bytes).
+    static InputFile classifyHeader(const std::filesystem::path &url, const std::vector<std::uint8_t> &header);
+
+    static const std::unordered_set<std::string> &wpDocumentExtensions();
+    static const std::unordered_set<std::string> &wpGraphicExtensions();
+    static const std::unordered_set<std::string> &officeExtensions();
+
+    bool operator==(const InputFile &) const = default;
+};
+
+// At most `count` bytes from the start of a file, in one read.
+// Throws PlatformError when the file cannot be opened or read.
+std::vector<std::uint8_t> readFileHeader(const std::filesystem::path &url, std::size_t count);
+
+// The enumeration's own spelling, as the log and the companion print it.
+std::string_view kindName(InputFile::Kind kind);
+
+// The lower-cased text after the last dot of the file name; empty without one.
+std::string lowercaseExtension(const std::filesystem::path &url);
+
+// The WordPerfect family a file's prefix names ("WordPerfect 5.x",
+// "WordPerfect 6 or later", ...), read from its bytes 9 and 10.
+std::string versionFamily(const std::vector<std::uint8_t> &header);

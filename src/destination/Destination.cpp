@@ -1,0 +1,49 @@
+#include "Destination.h"
+
+#include "classify/InputFile.h"
+
+namespace fs = std::filesystem;
+
+namespace Destination {
+namespace {
+
+bool isKnownInputExtension(const std::string &ext)
+{
+    return InputFile::wpDocumentExtensions().contains(ext) || InputFile::wpGraphicExtensions().contains(ext) ||
+           InputFile::officeExtensions().contains(ext) || ext == "odt" || ext == "fodt";
+}
+
+bool occupied(const fs::path &path)
+{
+    std::error_code error;
+    return fs::exists(path, error);
+}
+
+} // namespace
+
+std::string baseName(const fs::path &url)
+{
+    const std::string name = url.filename().string();
+    const std::string ext = lowercaseExtension(url);
+    if (!ext.empty() && isKnownInputExtension(ext))
+        return name.substr(0, name.size() - ext.size() - 1);
+    return name;
+}
+
+fs::path proposedURL(const fs::path &url, const std::string &ext)
+{
+    return url.parent_path() / (baseName(url) + "." + ext);
+}
+
+fs::path firstFreeNumberedURL(const fs::path &url, const std::string &ext,
+                              const std::function<bool(const fs::path &)> &alsoTaken)
+{
+    const std::string base = baseName(url);
+    for (unsigned long n = 1;; ++n) {
+        const fs::path candidate = url.parent_path() / (base + " (" + std::to_string(n) + ")." + ext);
+        if (!occupied(candidate) && !(alsoTaken && alsoTaken(candidate)))
+            return candidate;
+    }
+}
+
+} // namespace Destination

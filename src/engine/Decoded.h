@@ -1,0 +1,11 @@
+#pragma once
+
+#include <string>
+
+// A WordPerfect document decoded in memory, and how its bytes are to be read.
+struct Decoded {
+    enum class Type { openDocumentText, html };
+
+    std::string data;
+    Type type;
+};
