@@ -1,0 +1,172 @@
+#include "TestSupport.h"
+#include "classify/InputFile.h"
+#include "support/PlatformError.h"
+
+#include <gtest/gtest.h>
+
+#include <sys/stat.h>
+
+namespace fs = std::filesystem;
+using testing_support::TempDir;
+using testing_support::writeFile;
+using Kind = InputFile::Kind;
+using Bytes = std::vector<std::uint8_t>;
+
+namespace {
+
+Bytes prefix(std::size_t size, std::initializer_list<std::pair<std::size_t, std::uint8_t>> set = {})
+{
+    Bytes bytes(size, 0);
+    const std::uint8_t signature[] = {0xFF, 0x57, 0x50, 0x43};
+    for (std::size_t i = 0; i < std::min<std::size_t>(size, 4); ++i)
+        bytes[i] = signature[i];
+    for (auto [index, value] : set)
+        bytes[index] = value;
+    return bytes;
+}
+
+Bytes text(const std::string &s)
+{
+    return Bytes(s.begin(), s.end());
+}
+
+// A zip whose first member is a stored media type, as OpenDocument packages begin.
+Bytes zipWithMimetype(const std::string &mimetype)
+{
+    Bytes bytes {0x50, 0x4B, 0x03, 0x04, 0x14, 0, 0, 0, 0, 0};
+    bytes.resize(30, 0);
+    bytes[26] = 8; // name length
+    const std::string name = "mimetype";
+    bytes.insert(bytes.end(), name.begin(), name.end());
+    bytes.insert(bytes.end(), mimetype.begin(), mimetype.end());
+    return bytes;
+}
+
+struct Case {
+    const char *description;
+    std::string name;
+    Bytes bytes;
+    Kind kind;
+    bool isEncrypted;
+    bool wpVersionIsWP6;
+};
+
+std::string padding(std::size_t n)
+{
+    return std::string(n, 'x');
+}
+
+} // namespace
+
+TEST(InputFile, ClassifiesByHeaderThenExtension)
+{
+    const Case cases[] = {
+        {"empty file decided by its name", "letter.wpd", {}, Kind::wpDocument, false, false},
+        {"bare four-byte prefix", "anything.txt", prefix(4), Kind::wpDocument, false, false},
+        {"prefix shorter than its signature", "x.txt", prefix(3), Kind::office, false, false},
+        {"graphic type in byte 9 beats .wpd", "pic.wpd", prefix(10, {{9, 0x16}}), Kind::wpGraphic, false, false},
+        {"graphic type needs 10 bytes", "pic.wpg", prefix(9), Kind::wpDocument, false, false},
+        {"WP6 flag without the key byte", "a.wpd", prefix(12, {{10, 2}}), Kind::wpDocument, false, true},
+        {"key byte 13 alone is not encryption", "a.wpd", prefix(16, {{13, 0x5A}}), Kind::wpDocument, false, false},
+        {"key byte 12 is encryption", "a.wpd", prefix(16, {{12, 0x01}}), Kind::wpDocument, true, false},
+        {"major version 0 is not WP6", "a.wpd", prefix(16, {{10, 0}}), Kind::wpDocument, false, false},
+        {"major version 3 is not WP6", "a.wpd", prefix(16, {{10, 3}}), Kind::wpDocument, false, false},
+        {"encrypted WordPerfect 6", "a.doc", prefix(16, {{10, 2}, {12, 9}}), Kind::wpDocument, true, true},
+        {"zip without OpenDocument text", "report.docx", zipWithMimetype("application/zip"), Kind::office,
+         false, false},
+        {"zip named .wpd", "report.wpd", zipWithMimetype("whatever"), Kind::office, false, false},
+        {"OpenDocument package", "a.zip", zipWithMimetype("application/vnd.oasis.opendocument.text"),
+         Kind::openDocument, false, false},
+        {"OpenDocument template package", "a.ott",
+         zipWithMimetype("application/vnd.oasis.opendocument.text-template"), Kind::openDocument, false, false},
+        {"spreadsheet package", "a.odt", zipWithMimetype("application/vnd.oasis.opendocument.spreadsheet"),
+         Kind::office, false, false},
+        {"OLE2 container", "a.wpd", {0xD0, 0xCF, 0x11, 0xE0, 0xA1, 0xB1}, Kind::office, false, false},
+        {"RTF opening", "a.wpd", text("{\\rtf1\\ansi hello}"), Kind::office, false, false},
+        {"RTF test is case-sensitive", "a.wpd", text("{\\RTF1 hello}"), Kind::wpDocument, false, false},
+        {"byte-order mark before RTF", "a.dat", Bytes {0xEF, 0xBB, 0xBF, '{', '\\', 'r', 't', 'f'}, Kind::office,
+         false, false},
+        {"RTF past the first 8 bytes", "a.dat", text("12345{\\rtf1"), Kind::unknown, false, false},
+        {"upper-case HTML named .wpd", "notes.wpd", text("<HTML><BODY>hi</BODY></HTML>"), Kind::office, false,
+         false},
+        {"doctype", "a.dat", text("<!DocType html>"), Kind::office, false, false},
+        {"head tag", "a.dat", text("<head><title>x</title>"), Kind::office, false, false},
+        {"HTML after 400 characters, .txt", "notes.txt", text(padding(400) + "<html>"), Kind::office, false,
+         false},
+        {"HTML after 400 characters, .dat", "notes.dat", text(padding(400) + "<html>"), Kind::unknown, false,
+         false},
+        {"HTML within 400 characters of UTF-8 text", "notes.dat", text(std::string(199, 'x') + "\u00E9" + "<html>"),
+         Kind::office, false, false},
+        {"flat OpenDocument named .xml", "doc.xml",
+         text("<?xml version=\"1.0\"?><office:document xmlns:office=\"urn:oasis:names:tc:opendocument:xmlns:"
+              "office:1.0\">"),
+         Kind::openDocument, false, false},
+        {"office:document without the namespace", "doc.xml", text("<office:document>"), Kind::unknown, false,
+         false},
+        {"Latin-1 bytes still sniffed", "a.dat", Bytes {0xE9, 0xE8, '<', 'h', 't', 'm', 'l', '>'}, Kind::office,
+         false, false},
+        {"upper-case WordPerfect extension", "REPORT.WPD", text("plain"), Kind::wpDocument, false, false},
+        {"upper-case graphic extension", "PIC.WPG", text("plain"), Kind::wpGraphic, false, false},
+        {"upper-case flat ODT extension", "A.FODT", text("plain"), Kind::openDocument, false, false},
+        {"office extension", "a.text", text("plain"), Kind::office, false, false},
+        {"no extension", "README", text("plain words"), Kind::unknown, false, false},
+        {"binary noise", "noise", Bytes {0x00, 0x01, 0xFE, 0xFF, 0x80, 0xC0}, Kind::unknown, false, false},
+    };
+    TempDir dir;
+    for (const auto &c : cases) {
+        SCOPED_TRACE(c.description);
+        const fs::path file = dir / c.name;
+        writeFile(file, c.bytes);
+        const InputFile result = InputFile::classify(file);
+        EXPECT_EQ(result.kind, c.kind) << kindName(result.kind);
+        EXPECT_EQ(result.isEncrypted, c.isEncrypted);
+        EXPECT_EQ(result.wpVersionIsWP6, c.wpVersionIsWP6);
+        EXPECT_EQ(result.url, file);
+        fs::remove(file);
+    }
+}
+
+TEST(InputFile, ReadsOnlyTheFirst512Bytes)
+{
+    TempDir dir;
+    // The media type lies past byte 512: the zip is then some other office file.
+    Bytes zip = zipWithMimetype("");
+    zip.resize(512, ' ');
+    const std::string late = "application/vnd.oasis.opendocument.text";
+    zip.insert(zip.end(), late.begin(), late.end());
+    writeFile(dir / "late.odt", zip);
+    EXPECT_EQ(InputFile::classify(dir / "late.odt").kind, Kind::office);
+}
+
+TEST(InputFile, UnreadableFilesThrowThePlatformReason)
+{
+    TempDir dir;
+    try {
+        InputFile::classify(dir / "missing.wpd");
+        FAIL() << "a missing file was classified";
+    } catch (const PlatformError &error) {
+        EXPECT_STREQ(error.what(), "No such file or directory");
+    }
+    fs::create_directory(dir / "folder.wpd");
+    EXPECT_THROW(InputFile::classify(dir / "folder.wpd"), PlatformError) << "a folder cannot be read";
+}
+
+TEST(InputFile, VersionFamilyNamesThePrefix)
+{
+    EXPECT_EQ(versionFamily(prefix(16, {{9, 0x0A}, {10, 0}})), "WordPerfect 5.x");
+    EXPECT_EQ(versionFamily(prefix(16, {{9, 0x0A}, {10, 2}})), "WordPerfect 6 or later");
+    EXPECT_EQ(versionFamily(prefix(16, {{9, 0x2C}, {10, 3}})), "WordPerfect for Macintosh");
+    EXPECT_EQ(versionFamily(prefix(16, {{9, 0x16}, {10, 1}})), "WordPerfect graphic");
+    EXPECT_EQ(versionFamily(text("{\\rtf1 nothing")), "no WordPerfect prefix");
+    EXPECT_EQ(versionFamily({}), "no WordPerfect prefix");
+    EXPECT_EQ(versionFamily(prefix(8)), "WordPerfect prefix cut short");
+}
+
+TEST(InputFile, ExtensionSetsHoldTheKnownNames)
+{
+    EXPECT_EQ(InputFile::wpDocumentExtensions(),
+              (std::unordered_set<std::string> {"wp", "wp4", "wp5", "wp6", "wpd", "wpt"}));
+    EXPECT_EQ(InputFile::wpGraphicExtensions(), (std::unordered_set<std::string> {"wpg"}));
+    EXPECT_EQ(InputFile::officeExtensions(),
+              (std::unordered_set<std::string> {"docx", "doc", "rtf", "html", "htm", "txt", "text"}));
+}

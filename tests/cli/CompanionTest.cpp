@@ -1,0 +1,175 @@
+#include "../engine/FakeTools.h"
+#include "Companion.h"
+#include "settings/Settings.h"
+
+#include <gtest/gtest.h>
+
+#include <deque>
+#include <sstream>
+
+namespace fs = std::filesystem;
+using namespace testing_support;
+
+namespace {
+
+class ScriptedPasswords : public PasswordSource {
+public:
+    explicit ScriptedPasswords(std::deque<std::optional<std::string>> answers) : answers(std::move(answers)) {}
+    std::optional<std::string> ask(const std::string &name, bool retry) override
+    {
+        asked.push_back(name + (retry ? " (retry)" : ""));
+        if (answers.empty())
+            return std::nullopt;
+        auto answer = answers.front();
+        answers.pop_front();
+        return answer;
+    }
+    std::vector<std::string> asked;
+
+private:
+    std::deque<std::optional<std::string>> answers;
+};
+
+std::vector<std::uint8_t> wordPerfectHeader(bool encrypted)
+{
+    std::vector<std::uint8_t> bytes {0xFF, 0x57, 0x50, 0x43, 16, 0, 0, 0, 1, 0x0A, 0, 1, 0, 0, 0, 0};
+    if (encrypted)
+        bytes[12] = 0x42;
+    return bytes;
+}
+
+class CompanionRun : public ::testing::Test {
+protected:
+    CompanionRun()
+        : settings(std::make_unique<QSettings>(QString::fromStdString((tools.work("settings.conf")).string()),
+                                               QSettings::IniFormat))
+    {
+        fs::create_directories(docs());
+        // Encrypted fixtures (Secret*, Other*) convert only with the password "right".
+        tools.add("wpd2odt", "case \"$*\" in '--password right '*) ;; *--password*|*Secret*|*Other*) exit 1;; esac\n"
+                             "eval out=\\${$#}; printf converted > \"$out\"");
+    }
+    fs::path docs() const { return tools.work("docs"); }
+
+    int run(std::vector<std::string> args, PasswordSource &passwords)
+    {
+        const auto parsed = parseArguments(args, 2);
+        if (!std::holds_alternative<CompanionOptions>(parsed)) {
+            ADD_FAILURE() << "arguments refused";
+            return -1;
+        }
+        Companion companion(std::get<CompanionOptions>(parsed), settings, passwords, out);
+        int status = -1;
+        QObject::connect(&companion, &Companion::finished, [&](int s) { status = s; });
+        if (std::get<CompanionOptions>(parsed).dryRun)
+            return companion.dryRun();
+        companion.start();
+        if (!waitUntil([&] { return status != -1; }))
+            ADD_FAILURE() << "the companion never finished";
+        return status;
+    }
+
+    FakeTools tools;
+    Settings settings;
+    std::ostringstream out;
+};
+
+} // namespace
+
+TEST(CompanionArguments, ParsesOptionsAndRefusesNonsense)
+{
+    const auto options = std::get<CompanionOptions>(
+        parseArguments({"--dry-run", "--replace", "--password=pw", "-j", "3", "--try-unknown", "a.wpd", "--",
+                        "--odd-name.wpd"},
+                       8));
+    EXPECT_TRUE(options.dryRun && options.replace && options.tryUnknown);
+    EXPECT_EQ(options.password, "pw");
+    EXPECT_EQ(options.jobs, 3);
+    EXPECT_EQ(options.inputs, (std::vector<fs::path> {fs::absolute("a.wpd"), fs::absolute("--odd-name.wpd")}));
+
+    EXPECT_EQ(std::get<CompanionOptions>(parseArguments({"x"}, 6)).jobs, 6) << "default: the cores";
+    EXPECT_TRUE(std::holds_alternative<HelpRequest>(parseArguments({"a", "--help"}, 1)));
+    for (const auto &bad : std::vector<std::vector<std::string>> {
+             {}, {"--jobs", "0", "a"}, {"--jobs", "two", "a"}, {"--bogus", "a"}, {"a", "--password"}}) {
+        EXPECT_TRUE(std::holds_alternative<UsageError>(parseArguments(bad, 1)));
+    }
+}
+
+TEST_F(CompanionRun, DryRunDescribesEveryFileOfAFolder)
+{
+    writeFile(docs() / "Letter.wpd", wordPerfectHeader(false));
+    writeFile(docs() / "Letter.odt", "already here");
+    fs::create_directories(docs() / "sub");
+    writeFile(docs() / "sub" / "Secret.wp5", wordPerfectHeader(true));
+    writeFile(docs() / "sub" / "notes.dat", "nothing known");
+    ScriptedPasswords none({});
+    EXPECT_EQ(run({"--dry-run", docs().string()}, none), 0);
+    const std::string d = docs().string();
+    EXPECT_EQ(out.str(),
+              d + "/Letter.odt\topenDocument\tno WordPerfect prefix\tencrypted=no\twp6=no\todtToWP \u2192 Letter.wp6\n" +
+                  d + "/Letter.wpd\twpDocument\tWordPerfect 5.x\tencrypted=no\twp6=no\twpToODT \u2192 Letter (1).odt\n" +
+                  d + "/sub/Secret.wp5\twpDocument\tWordPerfect 5.x\tencrypted=yes\twp6=no\twpToODT \u2192 Secret.odt\n" +
+                  d + "/sub/notes.dat\tunknown\tno WordPerfect prefix\tencrypted=no\twp6=no\tskipped: unknown type "
+                      "(--try-unknown converts it as a WordPerfect document)\n");
+    EXPECT_TRUE(none.asked.empty());
+    EXPECT_FALSE(fs::exists(docs() / "Letter (1).odt")) << "a dry run converts nothing";
+}
+
+TEST_F(CompanionRun, ConvertsKeepingBothUnlessToldToReplace)
+{
+    writeFile(docs() / "Letter.wpd", wordPerfectHeader(false));
+    writeFile(docs() / "Letter.odt", "older");
+    ScriptedPasswords none({});
+    EXPECT_EQ(run({docs() / "Letter.wpd"}, none), 0);
+    EXPECT_EQ(readFile(docs() / "Letter.odt"), "older");
+    EXPECT_EQ(readFile(docs() / "Letter (1).odt"), "converted");
+    EXPECT_NE(out.str().find("[1/1] converted Letter.wpd \u2192 Letter (1).odt"), std::string::npos) << out.str();
+
+    EXPECT_EQ(run({"--replace", docs() / "Letter.wpd"}, none), 0);
+    EXPECT_EQ(readFile(docs() / "Letter.odt"), "converted");
+    EXPECT_FALSE(fs::exists(docs() / "Letter (2).odt"));
+}
+
+TEST_F(CompanionRun, TwoInputsNeverShareAnOutput)
+{
+    writeFile(docs() / "Letter.wpd", wordPerfectHeader(false));
+    writeFile(docs() / "Letter.wp5", wordPerfectHeader(false));
+    ScriptedPasswords none({});
+    EXPECT_EQ(run({"--jobs", "2", docs().string()}, none), 0);
+    EXPECT_TRUE(fs::exists(docs() / "Letter.odt"));
+    EXPECT_TRUE(fs::exists(docs() / "Letter (1).odt"));
+    EXPECT_NE(out.str().find("2 converted, 0 failed, 0 skipped"), std::string::npos) << out.str();
+}
+
+TEST_F(CompanionRun, AsksAgainAfterAWrongPasswordUntilRightOrSkipped)
+{
+    writeFile(docs() / "Secret.wpd", wordPerfectHeader(true));
+    writeFile(docs() / "Other.wpd", wordPerfectHeader(true));
+    ScriptedPasswords answers({"wrong", "", "right", std::nullopt});
+    EXPECT_EQ(run({"--jobs", "1", docs() / "Secret.wpd", docs() / "Other.wpd"}, answers), 0);
+    EXPECT_EQ(answers.asked, (std::vector<std::string> {"Secret.wpd", "Secret.wpd (retry)", "Secret.wpd (retry)",
+                                                        "Other.wpd"}));
+    EXPECT_EQ(readFile(docs() / "Secret.odt"), "converted");
+    EXPECT_FALSE(fs::exists(docs() / "Other.odt"));
+    EXPECT_NE(out.str().find("1 converted, 0 failed, 1 skipped"), std::string::npos) << out.str();
+}
+
+TEST_F(CompanionRun, FailuresAreCountedWithTheirReasons)
+{
+    writeFile(docs() / "Secret.wpd", wordPerfectHeader(true));
+    auto wp6 = wordPerfectHeader(true);
+    wp6[10] = 2;
+    writeFile(docs() / "Locked6.wpd", wp6);
+    ScriptedPasswords none({});
+    EXPECT_EQ(run({"--password", "wrong", docs() / "Secret.wpd", docs() / "Locked6.wpd",
+                   docs() / "missing.wpd"},
+                  none),
+              1);
+    const std::string text = out.str();
+    EXPECT_NE(text.find("0 converted, 3 failed, 0 skipped"), std::string::npos) << text;
+    EXPECT_NE(text.find("failed: Secret.wpd: Incorrect password. Secret.wpd could not be decrypted."),
+              std::string::npos) << text;
+    EXPECT_NE(text.find("Locked6.wpd is an encrypted WordPerfect 6 file that I cannot open."), std::string::npos);
+    EXPECT_NE(text.find("I could not read missing.wpd. No such file or directory"), std::string::npos);
+    EXPECT_TRUE(none.asked.empty()) << "--password is not asked again";
+}

@@ -1,0 +1,52 @@
+#pragma once
+
+#include <cstdint>
+#include <filesystem>
+#include <functional>
+#include <optional>
+#include <string>
+#include <vector>
+
+namespace testing_support {
+
+// A fresh folder under /tmp, removed with everything in it at the end.
+class TempDir {
+public:
+    TempDir();
+    ~TempDir();
+    TempDir(const TempDir &) = delete;
+    TempDir &operator=(const TempDir &) = delete;
+
+    const std::filesystem::path &path() const { return root; }
+    std::filesystem::path operator/(const std::string &name) const { return root / name; }
+
+private:
+    std::filesystem::path root;
+};
+
+void writeFile(const std::filesystem::path &path, const std::string &bytes);
+void writeFile(const std::filesystem::path &path, const std::vector<std::uint8_t> &bytes);
+std::string readFile(const std::filesystem::path &path);
+
+// A shell script at `folder`/`name`, executable.
+void writeScript(const std::filesystem::path &path, const std::string &body);
+
+// The shared corpus beside the checkout, when it is there.
+std::optional<std::filesystem::path> corpusDir();
+
+// Spins the Qt event loop until `done` holds or `seconds` pass; returns `done()`.
+bool waitUntil(const std::function<bool()> &done, double seconds = 30);
+
+// Lines appended to the log since this object was made.
+class LogTail {
+public:
+    LogTail();
+    std::vector<std::string> lines() const;
+    // The lines, without their timestamps, that contain `needle`.
+    std::vector<std::string> messagesContaining(const std::string &needle) const;
+
+private:
+    std::uintmax_t start;
+};
+
+} // namespace testing_support
