@@ -25,7 +25,9 @@ constexpr Signature ole2Signature {0xD0, 0xCF, 0x11, 0xE0};
 
 std::vector<std::uint8_t> readFileHeader(const fs::path &url, std::size_t count)
 {
-    const int fd = ::open(url.c_str(), O_RDONLY | O_CLOEXEC);
+    // Non-blocking, so a named pipe handed to us reads as empty instead of
+    // waiting forever for a writer; regular files are unaffected.
+    const int fd = ::open(url.c_str(), O_RDONLY | O_CLOEXEC | O_NONBLOCK);
     if (fd < 0)
         throw PlatformError::fromErrno(errno);
     std::vector<std::uint8_t> bytes(count);
@@ -33,6 +35,8 @@ std::vector<std::uint8_t> readFileHeader(const fs::path &url, std::size_t count)
     do {
         got = ::read(fd, bytes.data(), count);
     } while (got < 0 && errno == EINTR);
+    if (got < 0 && errno == EAGAIN)
+        got = 0; // a pipe with nothing in it yet
     const int readError = errno;
     ::close(fd);
     if (got < 0)

@@ -151,6 +151,14 @@ TEST(InputFile, UnreadableFilesThrowThePlatformReason)
     EXPECT_THROW(InputFile::classify(dir / "folder.wpd"), PlatformError) << "a folder cannot be read";
 }
 
+TEST(InputFile, ANamedPipeDoesNotHang)
+{
+    TempDir dir;
+    ASSERT_EQ(mkfifo((dir / "pipe.wpd").c_str(), 0600), 0);
+    const InputFile file = InputFile::classify(dir / "pipe.wpd");
+    EXPECT_EQ(file.kind, Kind::wpDocument) << "nothing to read: the name decides";
+}
+
 TEST(InputFile, VersionFamilyNamesThePrefix)
 {
     EXPECT_EQ(versionFamily(prefix(16, {{9, 0x0A}, {10, 0}})), "WordPerfect 5.x");
