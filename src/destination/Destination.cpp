@@ -1,5 +1,6 @@
 #include "Destination.h"
 
+#include "app/Prompter.h"
 #include "classify/InputFile.h"
 
 namespace fs = std::filesystem;
@@ -43,6 +44,23 @@ fs::path firstFreeNumberedURL(const fs::path &url, const std::string &ext,
         const fs::path candidate = url.parent_path() / (base + " (" + std::to_string(n) + ")." + ext);
         if (!occupied(candidate) && !(alsoTaken && alsoTaken(candidate)))
             return candidate;
+    }
+}
+
+Choice resolve(const fs::path &url, const std::string &ext, Prompter &prompter)
+{
+    const fs::path proposed = proposedURL(url, ext);
+    if (!occupied(proposed))
+        return proposed;
+    Prompter::Alert alert;
+    alert.style = Prompter::Alert::Style::warning;
+    alert.message = "A file named \u201C" + proposed.filename().string() + "\u201D already exists.";
+    alert.informative = "Do you want to replace it, or keep both files?";
+    alert.buttons = {"Keep Both", "Replace", "Cancel"};
+    switch (prompter.run(alert).button) {
+    case 0: return firstFreeNumberedURL(url, ext);
+    case 1: return proposed;
+    default: return std::nullopt;
     }
 }
 

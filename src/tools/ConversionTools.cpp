@@ -25,12 +25,6 @@ namespace {
 std::mutex overrideMutex;
 fs::path overriddenFolder;
 
-bool isExecutableFile(const fs::path &path)
-{
-    std::error_code error;
-    return fs::is_regular_file(path, error) && ::access(path.c_str(), X_OK) == 0;
-}
-
 std::string commandLine(const std::string &label, const std::vector<std::string> &args)
 {
     std::string line = "run " + label + ": ";
@@ -149,14 +143,24 @@ int waitForExit(pid_t pid)
     return status;
 }
 
-fs::path realProgramFolder()
+} // namespace
+
+fs::path programPath()
 {
-    std::error_code error;
-    const fs::path self = fs::read_symlink("/proc/self/exe", error);
-    return error ? fs::current_path(error) : self.parent_path();
+    // /proc/self/exe works before (and without) any QCoreApplication.
+    static const fs::path path = [] {
+        std::error_code error;
+        const fs::path self = fs::read_symlink("/proc/self/exe", error);
+        return error ? fs::path() : self;
+    }();
+    return path;
 }
 
-} // namespace
+bool isExecutableFile(const fs::path &path)
+{
+    std::error_code error;
+    return fs::is_regular_file(path, error) && ::access(path.c_str(), X_OK) == 0;
+}
 
 fs::path programFolder()
 {
@@ -165,8 +169,7 @@ fs::path programFolder()
         if (!overriddenFolder.empty())
             return overriddenFolder;
     }
-    static const fs::path folder = realProgramFolder();
-    return folder;
+    return programPath().parent_path();
 }
 
 void overrideProgramFolder(const fs::path &folder)
@@ -175,14 +178,30 @@ void overrideProgramFolder(const fs::path &folder)
     overriddenFolder = folder;
 }
 
+namespace {
+
+std::optional<fs::path> resourcesIn(const fs::path &folder)
+{
+    std::error_code error;
+    const fs::path resources = (folder / ".." / "lib" / "quillmorph").lexically_normal();
+    if (fs::is_directory(resources, error))
+        return resources;
+    return std::nullopt;
+}
+
+} // namespace
+
+std::optional<fs::path> resourcesFolder()
+{
+    return resourcesIn(programFolder());
+}
+
 std::optional<fs::path> toolURL(const std::string &name, const fs::path &folder)
 {
     std::vector<fs::path> candidates;
-    std::error_code error;
-    const fs::path resources = folder / ".." / "lib" / "quillmorph";
-    if (fs::is_directory(resources, error)) {
-        candidates.push_back(resources / "Files" / name);
-        candidates.push_back(resources / name);
+    if (const auto resources = resourcesIn(folder)) {
+        candidates.push_back(*resources / "Files" / name);
+        candidates.push_back(*resources / name);
     }
     candidates.push_back(folder / "Resources" / "Files" / name);
     for (const auto &candidate : candidates) {

@@ -14,6 +14,9 @@ struct Output {
     std::string stderr;
 };
 
+// A regular file the user may execute.
+bool isExecutableFile(const std::filesystem::path &path);
+
 // The first executable of: <resources>/Files/<name>, <resources>/<name>,
 // <program folder>/Resources/Files/<name>. The resources folder is
 // <program folder>/../lib/quillmorph when that folder exists.
@@ -21,6 +24,13 @@ std::optional<std::filesystem::path> toolURL(const std::string &name);
 
 // The same search from another program folder (tests, the install layout).
 std::optional<std::filesystem::path> toolURL(const std::string &name, const std::filesystem::path &programFolder);
+
+// <program folder>/../lib/quillmorph when that folder exists (an installed
+// program); a program in the build tree has none.
+std::optional<std::filesystem::path> resourcesFolder();
+
+// The real path of the running executable.
+std::filesystem::path programPath();
 
 // The folder of the running executable (its real path), unless overridden.
 std::filesystem::path programFolder();

@@ -1,0 +1,97 @@
+#pragma once
+
+#include "classify/InputFile.h"
+#include "engine/ConversionError.h"
+#include "engine/Job.h"
+#include "settings/Targets.h"
+
+#include <QObject>
+#include <QPointer>
+#include <QString>
+
+#include <cstdint>
+#include <filesystem>
+#include <functional>
+#include <memory>
+#include <optional>
+#include <string>
+#include <vector>
+
+class HelpWindowController;
+class MainWindow;
+class Prompter;
+class Revealer;
+class Settings;
+class SettingsWindowController;
+
+// The application's workflow: takes each opened file up, picks its job,
+// settles its output and password, runs it, and reports the outcome.
+// Lives for the whole process, on the main thread.
+class AppDelegate : public QObject {
+    Q_OBJECT
+public:
+    AppDelegate(Prompter &prompter, Revealer &revealer, Settings &settings, QObject *parent = nullptr);
+    ~AppDelegate() override;
+
+    const std::string appName = "Quillmorph";
+    bool didOpen = false;
+    std::unique_ptr<HelpWindowController> helpController;
+    std::unique_ptr<SettingsWindowController> settingsController;
+    std::int64_t pendingConversions = 0;
+
+    // One open event: the files of a launch, a drop, or a second launch.
+    void applicationOpen(const std::vector<std::filesystem::path> &urls);
+
+    // Logs the launch, builds the main window with its menus, and offers the
+    // open panel unless files arrive first.
+    void applicationDidFinishLaunching();
+
+    MainWindow *mainWindow() const { return window.get(); }
+
+    // Shows an earlier output in the file manager again (the main window's list).
+    void revealAgain(const std::filesystem::path &url);
+
+    // Hides the windows at once and ends the process when no conversion is
+    // left, so no output is cut off half-written.
+    void quit();
+    bool isQuitting() const { return quitting; }
+
+public Q_SLOTS:
+    void chooseAndConvert();
+    void showHelp();
+    void showSettings();
+
+Q_SIGNALS:
+    // For the main window's list of this session's conversions.
+    void conversionStarted(quint64 id, const QString &input, const QString &output, const QString &family);
+    void conversionFinished(quint64 id, bool succeeded, const QString &reason);
+    // Emitted when the last conversion has finished after quit().
+    void readyToQuit();
+
+private:
+    void open(const std::filesystem::path &url);
+    bool confirmUnknown(const std::filesystem::path &url);
+    void startWPDocument(const InputFile &file);
+    void startWPGraphic(const InputFile &file);
+    void startToWordPerfect(const InputFile &file, bool alreadyODT);
+    void runWPDocument(const InputFile &file, const std::filesystem::path &dest, DocTarget target,
+                       std::optional<std::string> password);
+    void execute(const Job &job, const std::filesystem::path &to, const std::string &name,
+                 std::function<void()> onWrongPassword);
+    void complete(quint64 id, const std::exception_ptr &outcome, const std::filesystem::path &to,
+                  const std::string &name, const std::function<void()> &onWrongPassword);
+    void warn(const std::string &message, const std::string &informative);
+    void report(const ConversionError &error, const std::string &name);
+    void reveal(const std::filesystem::path &url);
+    void showLibreOfficeNoticeIfNeeded();
+
+    Prompter &prompter;
+    Revealer &revealer;
+    Settings &settings;
+    std::unique_ptr<MainWindow> window;
+    quint64 nextConversionId = 1;
+    bool quitting = false;
+};
+
+// The name as the log and the messages show it: the last path component.
+std::string fileName(const std::filesystem::path &url);
