@@ -2,6 +2,8 @@
 
 #include "Background.h"
 #include "DocumentSteps.h"
+#include "GraphicSteps.h"
+#include "render/SVGRasterizer.h"
 #include "support/PlatformError.h"
 
 #include <algorithm>
@@ -45,6 +47,27 @@ std::function<void(Result<Nothing>)> finish(Completion completion)
     throw PlatformError(std::string("Converting ") + what + " is not available in this version of Quillmorph.");
 }
 
+// The destination is touched only once there is something to write.
+Outcome writeCatching(const fs::path &to, const std::string &bytes)
+{
+    try {
+        steps::writeWhole(to, bytes);
+        return nullptr;
+    } catch (...) {
+        return std::current_exception();
+    }
+}
+
+// On the main thread: a new rasterizer draws the SVG, then the PNG is written.
+void rasterize(const std::string &svg, const fs::path &to, const Completion &completion)
+{
+    SVGRasterizer::create()->renderPNG(svg, [to, completion](const SVGRasterizer::Result &png) {
+        if (const auto *error = std::get_if<std::exception_ptr>(&png))
+            return completion(*error);
+        completion(writeCatching(to, std::get<std::string>(png)));
+    });
+}
+
 struct Dispatch {
     const fs::path &to;
     Completion &completion;
@@ -65,16 +88,24 @@ struct Dispatch {
                             finish(std::move(completion)));
     }
 
-    void operator()(const JobCase::wpgToPNG &)
+    void operator()(const JobCase::wpgToPNG &job)
     {
-        background<Nothing>([]() -> Nothing { notYetAvailable("WordPerfect graphics to PNG"); },
-                            finish(std::move(completion)));
+        background<std::string>([source = job.source] { return steps::svgBytes(source); },
+                                [to = to, completion = std::move(completion)](const Result<std::string> &svg) {
+                                    if (const auto *error = std::get_if<std::exception_ptr>(&svg))
+                                        return completion(*error);
+                                    rasterize(std::get<std::string>(svg), to, completion);
+                                });
     }
 
-    void operator()(const JobCase::wpgToSVG &)
+    void operator()(const JobCase::wpgToSVG &job)
     {
-        background<Nothing>([]() -> Nothing { notYetAvailable("WordPerfect graphics to SVG"); },
-                            finish(std::move(completion)));
+        background<std::string>([source = job.source] { return steps::svgBytes(source); },
+                                [to = to, completion = std::move(completion)](const Result<std::string> &svg) {
+                                    if (const auto *error = std::get_if<std::exception_ptr>(&svg))
+                                        return completion(*error);
+                                    completion(writeCatching(to, std::get<std::string>(svg)));
+                                });
     }
 
     void operator()(const JobCase::odtToWP &)

@@ -113,9 +113,6 @@ TEST(Converter, JobsWithoutTheirStepsYetFailThroughTheCompletion)
 {
     FakeTools tools;
     const Job jobs[] = {
-        JobCase::wpToRTF {tools.work("a.wpd"), std::nullopt, RTFCharset::ansi},
-        JobCase::wpgToPNG {tools.work("a.wpg")},
-        JobCase::wpgToSVG {tools.work("a.wpg")},
         JobCase::odtToWP {tools.work("a.odt"), WPTarget::wp6},
         JobCase::officeToWP {tools.work("a.docx"), WPTarget::wp5},
     };

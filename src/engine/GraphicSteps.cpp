@@ -1,0 +1,48 @@
+#include "GraphicSteps.h"
+
+#include "ConversionError.h"
+#include "DocumentSteps.h"
+#include "support/PlatformError.h"
+#include "tools/ConversionTools.h"
+
+#include <cerrno>
+#include <fcntl.h>
+#include <unistd.h>
+
+namespace Converter::steps {
+
+std::string svgBytes(const std::filesystem::path &source)
+{
+    std::string svg = ConversionTools::runBundled("wpg2svg", {source.string()});
+    if (svg.empty())
+        throw ConversionError::conversionFailed("");
+    return svg;
+}
+
+void writeWhole(const std::filesystem::path &destination, const std::string &bytes)
+{
+    removeQuietly(destination);
+    const int fd = ::open(destination.c_str(), O_WRONLY | O_CREAT | O_TRUNC | O_CLOEXEC, 0644);
+    if (fd < 0)
+        throw PlatformError::fromErrno(errno);
+    std::size_t done = 0;
+    while (done < bytes.size()) {
+        const ssize_t wrote = ::write(fd, bytes.data() + done, bytes.size() - done);
+        if (wrote < 0 && errno == EINTR)
+            continue;
+        if (wrote <= 0) {
+            const int error = wrote < 0 ? errno : ENOSPC;
+            ::close(fd);
+            removeQuietly(destination); // a half-written picture is worse than none
+            throw PlatformError::fromErrno(error);
+        }
+        done += static_cast<std::size_t>(wrote);
+    }
+    if (::close(fd) != 0) {
+        const int error = errno;
+        removeQuietly(destination);
+        throw PlatformError::fromErrno(error);
+    }
+}
+
+} // namespace Converter::steps

@@ -1,0 +1,115 @@
+#include "FakeTools.h"
+#include "engine/ConversionError.h"
+#include "engine/Converter.h"
+#include "render/SVGRasterizer.h"
+
+#include <gtest/gtest.h>
+
+#include <QImage>
+
+namespace fs = std::filesystem;
+using namespace testing_support;
+
+namespace {
+
+std::exception_ptr convert(const Job &job, const fs::path &to)
+{
+    std::exception_ptr outcome;
+    bool done = false;
+    Converter::perform(job, to, [&](Converter::Outcome result) {
+        outcome = result;
+        done = true;
+    });
+    if (!waitUntil([&] { return done; }))
+        ADD_FAILURE() << "no completion";
+    return outcome;
+}
+
+std::string errorText(const std::exception_ptr &outcome)
+{
+    try {
+        if (outcome)
+            std::rethrow_exception(outcome);
+    } catch (const std::exception &error) {
+        return error.what();
+    }
+    return "success";
+}
+
+const char *redSquare = "<?xml version=\"1.0\"?>\n<svg xmlns=\"http://www.w3.org/2000/svg\" viewBox=\"0 0 40 20\">"
+                        "<rect width=\"40\" height=\"20\" fill=\"#f00\"/></svg>\n";
+
+} // namespace
+
+TEST(GraphicJobs, WriteTheSVGOrItsPictureReplacingWhatWasThere)
+{
+    FakeTools tools;
+    tools.add("wpg2svg", std::string("cat <<'SVG'\n") + redSquare + "SVG");
+    writeFile(tools.work("Pic.svg"), "older");
+    writeFile(tools.work("Pic.png"), "older");
+    EXPECT_EQ(convert(JobCase::wpgToSVG {tools.work("Pic.wpg")}, tools.work("Pic.svg")), nullptr);
+    EXPECT_EQ(readFile(tools.work("Pic.svg")), redSquare);
+    EXPECT_EQ(convert(JobCase::wpgToPNG {tools.work("Pic.wpg")}, tools.work("Pic.png")), nullptr);
+    const QImage png(QString::fromStdString(tools.work("Pic.png").string()));
+    EXPECT_EQ(png.size(), QSize(1600, 800)) << "40 points wide: the scale stops at 40";
+    EXPECT_EQ(png.pixelColor(800, 400), QColor(Qt::red));
+    EXPECT_EQ(tools.argsOf("wpg2svg"), tools.work("Pic.wpg").string() + "\n" + tools.work("Pic.wpg").string() + "\n");
+}
+
+TEST(GraphicJobs, FailuresLeaveAnExistingFileAlone)
+{
+    FakeTools tools;
+    struct Row {
+        const char *tool; // the stand-in's body; empty: no tool at all
+        Job job;
+        const char *failure;
+    };
+    const Row rows[] = {
+        {"exit 0", JobCase::wpgToSVG {tools.work("Pic.wpg")}, "conversionFailed(\"\")"},
+        {"exit 0", JobCase::wpgToPNG {tools.work("Pic.wpg")}, "conversionFailed(\"\")"},
+        {"printf 'no drawing here'", JobCase::wpgToPNG {tools.work("Pic.wpg")}, "conversionFailed(\"not valid SVG\")"},
+        {"", JobCase::wpgToSVG {tools.work("Pic.wpg")}, "toolMissing(\"wpg2svg\")"},
+        {"", JobCase::wpgToPNG {tools.work("Pic.wpg")}, "toolMissing(\"wpg2svg\")"},
+    };
+    for (const auto &row : rows) {
+        SCOPED_TRACE(std::string(jobName(row.job)) + " with " + (*row.tool ? row.tool : "no tool"));
+        fs::remove(tools.folder() / "wpg2svg");
+        if (*row.tool)
+            tools.add("wpg2svg", row.tool);
+        writeFile(tools.work("Pic.out"), "older");
+        EXPECT_EQ(errorText(convert(row.job, tools.work("Pic.out"))), row.failure);
+        EXPECT_EQ(readFile(tools.work("Pic.out")), "older");
+    }
+}
+
+TEST(GraphicJobs, EveryCorpusGraphicBecomesSVGAndAPictureOfItsSize)
+{
+    const auto corpus = corpusDir();
+    if (!corpus)
+        GTEST_SKIP() << "../shared/corpus is not beside the checkout";
+    TempDir out;
+    int converted = 0;
+    for (const auto &entry : fs::directory_iterator(*corpus / "wpg")) {
+        const fs::path source = entry.path();
+        SCOPED_TRACE(source.filename().string());
+        const std::string prefix = readFile(source).substr(0, 4);
+        const fs::path svg = out / (source.stem().string() + ".svg");
+        const fs::path png = out / (source.stem().string() + ".png");
+        const auto svgOutcome = convert(JobCase::wpgToSVG {source}, svg);
+        const auto pngOutcome = convert(JobCase::wpgToPNG {source}, png);
+        if (prefix != "\xFFWPC") {
+            // wpg2svg reads nothing without the WordPerfect prefix.
+            EXPECT_EQ(errorText(svgOutcome), "conversionFailed(\"\")");
+            EXPECT_EQ(errorText(pngOutcome), "conversionFailed(\"\")");
+            continue;
+        }
+        ASSERT_EQ(svgOutcome, nullptr) << errorText(svgOutcome);
+        ASSERT_EQ(pngOutcome, nullptr) << errorText(pngOutcome);
+        const std::string markup = readFile(svg);
+        const auto pixels = SVGRasterizer::scaledToPixels(SVGRasterizer::naturalSize(markup.substr(markup.find("<svg"))));
+        const QImage image(QString::fromStdString(png.string()));
+        EXPECT_EQ(image.size(), QSize(static_cast<int>(pixels.width), static_cast<int>(pixels.height)));
+        ++converted;
+    }
+    EXPECT_GT(converted, 10);
+}
