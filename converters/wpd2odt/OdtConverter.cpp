@@ -1,0 +1,80 @@
+#include "OdtConverter.h"
+
+#include "ConversionError.h"
+#include "EmbeddedPictures.h"
+#include "OdfXmlWriter.h"
+#include "OdtPackageWriter.h"
+#include "WordPerfectDocument.h"
+#include "WpgToSvg.h"
+
+#include <libodfgen/libodfgen.hxx>
+
+namespace {
+
+// libodfgen writes no settings for text documents. The package still carries the usual settings
+// part, with one harmless item because a settings set may not be empty.
+const char *const settingsXml =
+    "<?xml version=\"1.0\" encoding=\"UTF-8\"?>\n"
+    "<office:document-settings xmlns:office=\"urn:oasis:names:tc:opendocument:xmlns:office:1.0\""
+    " xmlns:config=\"urn:oasis:names:tc:opendocument:xmlns:config:1.0\" office:version=\"1.1\">"
+    "<office:settings><config:config-item-set config:name=\"ooo:configuration-settings\">"
+    "<config:config-item config:name=\"PrinterIndependentLayout\" config:type=\"string\">high-resolution"
+    "</config:config-item></config:config-item-set></office:settings></office:document-settings>\n";
+
+void prepare(OdtGenerator &generator)
+{
+    // libwpd hands every embedded WordPerfect graphic over as "image/x-wpg".
+    generator.registerEmbeddedImageHandler("image/x-wpg", &WpgToSvg::convert);
+}
+
+void requireOutput(const OdfXmlWriter &writer, const WordPerfectDocument &document)
+{
+    // Should libwpd report success without ever starting the document, there is nothing to write.
+    if (writer.xml().empty())
+        throw ConversionError::damagedDocument(document.path());
+}
+
+} // namespace
+
+std::string OdtConverter::toFlatXml(const WordPerfectDocument &document)
+{
+    OdtGenerator generator;
+    prepare(generator);
+    OdfXmlWriter writer;
+    generator.addDocumentHandler(&writer, ODF_FLAT_XML);
+    document.parse(generator);
+    requireOutput(writer, document);
+    return writer.xml();
+}
+
+std::string OdtConverter::toPackage(const WordPerfectDocument &document)
+{
+    EmbeddedPictures pictures;
+    // Headers and footers live in styles.xml, so their pictures move out of it as well.
+    OdfXmlWriter content(&pictures);
+    OdfXmlWriter styles(&pictures);
+    OdfXmlWriter meta;
+    OdtGenerator generator;
+    prepare(generator);
+    generator.addDocumentHandler(&content, ODF_CONTENT_XML);
+    generator.addDocumentHandler(&styles, ODF_STYLES_XML);
+    generator.addDocumentHandler(&meta, ODF_META_XML);
+    document.parse(generator);
+    requireOutput(content, document);
+
+    OdtPackageWriter package;
+    package.add("content.xml", "text/xml", content.xml());
+    package.add("styles.xml", "text/xml", styles.xml());
+    package.add("meta.xml", "text/xml", meta.xml());
+    package.add("settings.xml", "text/xml", settingsXml);
+    // Sub-documents libodfgen keeps apart (it makes them for charts and the like).
+    const librevenge::RVNGStringVector objects = generator.getObjectNames();
+    for (unsigned i = 0; i < objects.size(); ++i) {
+        OdfXmlWriter object(&pictures);
+        if (generator.getObjectContent(objects[i], &object))
+            package.add(objects[i].cstr(), "text/xml", object.xml());
+    }
+    for (const EmbeddedPictures::Picture &picture : pictures.pictures())
+        package.add(picture.path, picture.mediaType, picture.bytes);
+    return package.write();
+}

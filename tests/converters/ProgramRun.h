@@ -1,0 +1,14 @@
+#pragma once
+
+#include <string>
+#include <vector>
+
+// One run of a program, with everything it wrote to stdout and stderr.
+struct ProgramRun {
+    // Runs argv[0] (a path) with the given arguments; cwd, when not empty, is its working folder.
+    static ProgramRun of(const std::vector<std::string> &argv, const std::string &cwd = {});
+
+    int status = -1; // the exit status, or 128 + the signal that ended it
+    std::string out;
+    std::string err;
+};
