@@ -3,6 +3,7 @@
 #include "Background.h"
 #include "DocumentSteps.h"
 #include "GraphicSteps.h"
+#include "WordPerfectSteps.h"
 #include "render/SVGRasterizer.h"
 #include "support/PlatformError.h"
 
@@ -108,16 +109,24 @@ struct Dispatch {
                                 });
     }
 
-    void operator()(const JobCase::odtToWP &)
+    void operator()(const JobCase::odtToWP &job)
     {
-        background<Nothing>([]() -> Nothing { notYetAvailable("to WordPerfect"); },
-                            finish(std::move(completion)));
+        background<Nothing>(
+            [job, to = to] {
+                steps::generateWP(job.source, job.target, to);
+                return Nothing {};
+            },
+            finish(std::move(completion)));
     }
 
-    void operator()(const JobCase::officeToWP &)
+    void operator()(const JobCase::officeToWP &job)
     {
-        background<Nothing>([]() -> Nothing { notYetAvailable("office documents to WordPerfect"); },
-                            finish(std::move(completion)));
+        background<Nothing>(
+            [job, to = to] {
+                steps::officeToWP(job.source, job.target, to);
+                return Nothing {};
+            },
+            finish(std::move(completion)));
     }
 };
 

@@ -1,6 +1,17 @@
 #include "OfficeImport.h"
 
 #include "ConversionTools.h"
+#include "classify/InputFile.h"
+#include "engine/ConversionError.h"
+#include "support/PlatformError.h"
+
+#include <QDir>
+#include <QFile>
+#include <QStringDecoder>
+#include <QUrl>
+#include <QUuid>
+
+#include <algorithm>
 
 #include <mutex>
 
@@ -35,6 +46,145 @@ void overrideLibreOfficePlaces(std::optional<std::vector<fs::path>> places)
 {
     std::lock_guard lock(placesMutex);
     overriddenPlaces = std::move(places);
+}
+
+} // namespace ConversionTools
+
+namespace ConversionTools {
+namespace {
+
+const fs::path pandocPath = "/usr/bin/pandoc";
+
+fs::path makeWorkFolder()
+{
+    const std::string uuid = QUuid::createUuid().toString(QUuid::WithoutBraces).toUpper().toStdString();
+    const fs::path folder = fs::path(QDir::tempPath().toStdString()) / ("quillmorph-" + uuid);
+    std::error_code error;
+    fs::create_directories(folder, error);
+    if (error)
+        throw PlatformError(error.message());
+    return folder;
+}
+
+std::optional<std::string> utf8(const std::string &bytes)
+{
+    QStringDecoder decoder(QStringDecoder::Utf8, QStringDecoder::Flag::Stateless);
+    const QString text = decoder.decode(QByteArrayView(bytes.data(), static_cast<qsizetype>(bytes.size())));
+    if (decoder.hasError())
+        return std::nullopt;
+    return text.toStdString();
+}
+
+[[noreturn]] void failedWith(const std::string &stderrBytes, const char *whenNotText)
+{
+    throw ConversionError::officeToolFailed(utf8(stderrBytes).value_or(whenNotText));
+}
+
+bool fileThere(const fs::path &path)
+{
+    std::error_code error;
+    return fs::exists(path, error);
+}
+
+// pandoc has no plain-text reader: each line becomes a paragraph of HTML.
+fs::path textAsHTML(const fs::path &input, const fs::path &workFolder)
+{
+    QFile file(QString::fromStdString(input.string()));
+    if (!file.open(QIODevice::ReadOnly))
+        throw PlatformError(file.errorString().toStdString());
+    const QByteArray bytes = file.readAll();
+    QStringDecoder decoder(QStringDecoder::Utf8, QStringDecoder::Flag::Stateless);
+    QString text = decoder.decode(bytes);
+    if (decoder.hasError())
+        text = QString::fromLatin1(bytes);
+    QString html = QStringLiteral("<!DOCTYPE html>\n<html><head><meta charset=\"utf-8\"></head><body>\n");
+    for (const QString &line : text.split(QChar('\n'))) {
+        QString paragraph = line;
+        if (paragraph.endsWith(QChar('\r')))
+            paragraph.chop(1);
+        html += QStringLiteral("<p>") + paragraph.toHtmlEscaped() + QStringLiteral("</p>\n");
+    }
+    html += QStringLiteral("</body></html>\n");
+    const fs::path page = workFolder / "plain-text.html";
+    QFile out(QString::fromStdString(page.string()));
+    if (!out.open(QIODevice::WriteOnly | QIODevice::Truncate) || out.write(html.toUtf8()) < 0)
+        throw PlatformError(out.errorString().toStdString());
+    return page;
+}
+
+fs::path withLibreOffice(const fs::path &soffice, const fs::path &input, const fs::path &workFolder,
+                         const fs::path &expected)
+{
+    const std::string profile =
+        QUrl::fromLocalFile(QString::fromStdString((workFolder / "loprofile").string())).toString().toStdString();
+    const Output output = run(soffice,
+                              {"-env:UserInstallation=" + profile, "--headless", "--convert-to", "odt", "--outdir",
+                               workFolder.string(), input.string()},
+                              "soffice");
+    if (fileThere(expected))
+        return expected;
+    failedWith(output.stderr, "LibreOffice produced no output");
+}
+
+fs::path withPandoc(const fs::path &input, const fs::path &workFolder, const fs::path &expected)
+{
+    const auto reader = pandocReaderFor(input);
+    if (!reader)
+        throw ConversionError::officeToolFailed(
+            "Word 97\u20132003 documents can only be read when LibreOffice is installed.");
+    const bool plainText = *reader == "text";
+    const fs::path source = plainText ? textAsHTML(input, workFolder) : input;
+    const Output output = run(pandocPath,
+                              {"--from", plainText ? "html" : *reader, "--to", "odt", "--output", expected.string(),
+                               source.string()},
+                              "pandoc");
+    if (fileThere(expected))
+        return expected;
+    failedWith(output.stderr, "pandoc could not read the file");
+}
+
+} // namespace
+
+std::optional<std::string> pandocReaderFor(const fs::path &input)
+{
+    std::vector<std::uint8_t> header;
+    try {
+        header = readFileHeader(input, 512);
+    } catch (const PlatformError &) {
+    }
+    const std::string ext = lowercaseExtension(input);
+    const auto startsWith = [&header](std::initializer_list<std::uint8_t> signature) {
+        return header.size() >= signature.size() && std::equal(signature.begin(), signature.end(), header.begin());
+    };
+    if (startsWith({0xD0, 0xCF, 0x11, 0xE0}))
+        return std::nullopt;
+    if (startsWith({0x50, 0x4B, 0x03, 0x04}))
+        return ext == "odt" ? "odt" : "docx"; // an OpenDocument package whose media type came late
+    const InputFile::Kind kind = InputFile::classifyHeader("no-extension", header).kind;
+    const std::string start(header.begin(), header.begin() + static_cast<long>(std::min<std::size_t>(8, header.size())));
+    if (start.find("{\\rtf") != std::string::npos)
+        return "rtf";
+    if (kind == InputFile::Kind::office)
+        return "html"; // the classifier's HTML markers
+    if (ext == "doc")
+        return std::nullopt;
+    if (ext == "docx" || ext == "rtf" || ext == "odt")
+        return ext;
+    if (ext == "html" || ext == "htm")
+        return "html";
+    return "text";
+}
+
+fs::path officeToODT(const fs::path &input)
+{
+    const fs::path workFolder = makeWorkFolder();
+    std::string stem = input.filename().string();
+    if (const auto dot = stem.rfind('.'); dot != std::string::npos && dot > 0)
+        stem.erase(dot);
+    const fs::path expected = workFolder / (stem + ".odt");
+    if (const auto soffice = libreOfficeURL())
+        return withLibreOffice(*soffice, input, workFolder, expected);
+    return withPandoc(input, workFolder, expected);
 }
 
 } // namespace ConversionTools

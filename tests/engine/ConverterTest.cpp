@@ -108,20 +108,3 @@ TEST(Converter, HandsErrorsThroughUnwrapped)
     EXPECT_EQ(errorOf<ConversionError>(password.outcome), ConversionError::wrongPassword());
     EXPECT_TRUE(password.onMainThread);
 }
-
-TEST(Converter, JobsWithoutTheirStepsYetFailThroughTheCompletion)
-{
-    FakeTools tools;
-    const Job jobs[] = {
-        JobCase::odtToWP {tools.work("a.odt"), WPTarget::wp6},
-        JobCase::officeToWP {tools.work("a.docx"), WPTarget::wp5},
-    };
-    for (const auto &job : jobs) {
-        SCOPED_TRACE(std::string(jobName(job)));
-        Recorder recorder;
-        Converter::perform(job, tools.work("out"), recorder.completion());
-        ASSERT_TRUE(waitUntil([&] { return recorder.done(); }));
-        const std::string words = errorOf<PlatformError>(recorder.outcome).what();
-        EXPECT_NE(words.find("not available in this version"), std::string::npos) << words;
-    }
-}
