@@ -1,3 +1,4 @@
+#include "EngineRun.h"
 #include "FakeTools.h"
 #include "engine/ConversionError.h"
 #include "engine/Converter.h"
@@ -12,16 +13,7 @@ namespace {
 
 std::exception_ptr convertToODT(const FakeTools &tools, std::optional<std::string> password)
 {
-    std::exception_ptr outcome;
-    bool done = false;
-    Converter::perform(JobCase::wpToODT {tools.work("Letter.wpd"), std::move(password)}, tools.work("Letter.odt"),
-                       [&](Converter::Outcome result) {
-                           outcome = result;
-                           done = true;
-                       });
-    if (!waitUntil([&] { return done; }))
-        ADD_FAILURE() << "no completion";
-    return outcome;
+    return performAndWait(JobCase::wpToODT {tools.work("Letter.wpd"), std::move(password)}, tools.work("Letter.odt"));
 }
 
 ConversionError conversionErrorOf(const std::exception_ptr &outcome)

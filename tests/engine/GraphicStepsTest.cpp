@@ -1,3 +1,4 @@
+#include "EngineRun.h"
 #include "FakeTools.h"
 #include "engine/ConversionError.h"
 #include "engine/Converter.h"
@@ -12,30 +13,6 @@ using namespace testing_support;
 
 namespace {
 
-std::exception_ptr convert(const Job &job, const fs::path &to)
-{
-    std::exception_ptr outcome;
-    bool done = false;
-    Converter::perform(job, to, [&](Converter::Outcome result) {
-        outcome = result;
-        done = true;
-    });
-    if (!waitUntil([&] { return done; }))
-        ADD_FAILURE() << "no completion";
-    return outcome;
-}
-
-std::string errorText(const std::exception_ptr &outcome)
-{
-    try {
-        if (outcome)
-            std::rethrow_exception(outcome);
-    } catch (const std::exception &error) {
-        return error.what();
-    }
-    return "success";
-}
-
 const char *redSquare = "<?xml version=\"1.0\"?>\n<svg xmlns=\"http://www.w3.org/2000/svg\" viewBox=\"0 0 40 20\">"
                         "<rect width=\"40\" height=\"20\" fill=\"#f00\"/></svg>\n";
 
@@ -47,9 +24,9 @@ TEST(GraphicJobs, WriteTheSVGOrItsPictureReplacingWhatWasThere)
     tools.add("wpg2svg", std::string("cat <<'SVG'\n") + redSquare + "SVG");
     writeFile(tools.work("Pic.svg"), "older");
     writeFile(tools.work("Pic.png"), "older");
-    EXPECT_EQ(convert(JobCase::wpgToSVG {tools.work("Pic.wpg")}, tools.work("Pic.svg")), nullptr);
+    EXPECT_EQ(performAndWait(JobCase::wpgToSVG {tools.work("Pic.wpg")}, tools.work("Pic.svg")), nullptr);
     EXPECT_EQ(readFile(tools.work("Pic.svg")), redSquare);
-    EXPECT_EQ(convert(JobCase::wpgToPNG {tools.work("Pic.wpg")}, tools.work("Pic.png")), nullptr);
+    EXPECT_EQ(performAndWait(JobCase::wpgToPNG {tools.work("Pic.wpg")}, tools.work("Pic.png")), nullptr);
     const QImage png(QString::fromStdString(tools.work("Pic.png").string()));
     EXPECT_EQ(png.size(), QSize(1600, 800)) << "40 points wide: the scale stops at 40";
     EXPECT_EQ(png.pixelColor(800, 400), QColor(Qt::red));
@@ -77,7 +54,7 @@ TEST(GraphicJobs, FailuresLeaveAnExistingFileAlone)
         if (*row.tool)
             tools.add("wpg2svg", row.tool);
         writeFile(tools.work("Pic.out"), "older");
-        EXPECT_EQ(errorText(convert(row.job, tools.work("Pic.out"))), row.failure);
+        EXPECT_EQ(outcomeText(performAndWait(row.job, tools.work("Pic.out"))), row.failure);
         EXPECT_EQ(readFile(tools.work("Pic.out")), "older");
     }
 }
@@ -95,16 +72,16 @@ TEST(GraphicJobs, EveryCorpusGraphicBecomesSVGAndAPictureOfItsSize)
         const std::string prefix = readFile(source).substr(0, 4);
         const fs::path svg = out / (source.stem().string() + ".svg");
         const fs::path png = out / (source.stem().string() + ".png");
-        const auto svgOutcome = convert(JobCase::wpgToSVG {source}, svg);
-        const auto pngOutcome = convert(JobCase::wpgToPNG {source}, png);
+        const auto svgOutcome = performAndWait(JobCase::wpgToSVG {source}, svg);
+        const auto pngOutcome = performAndWait(JobCase::wpgToPNG {source}, png);
         if (prefix != "\xFFWPC") {
             // wpg2svg reads nothing without the WordPerfect prefix.
-            EXPECT_EQ(errorText(svgOutcome), "conversionFailed(\"\")");
-            EXPECT_EQ(errorText(pngOutcome), "conversionFailed(\"\")");
+            EXPECT_EQ(outcomeText(svgOutcome), "conversionFailed(\"\")");
+            EXPECT_EQ(outcomeText(pngOutcome), "conversionFailed(\"\")");
             continue;
         }
-        ASSERT_EQ(svgOutcome, nullptr) << errorText(svgOutcome);
-        ASSERT_EQ(pngOutcome, nullptr) << errorText(pngOutcome);
+        ASSERT_EQ(svgOutcome, nullptr) << outcomeText(svgOutcome);
+        ASSERT_EQ(pngOutcome, nullptr) << outcomeText(pngOutcome);
         const std::string markup = readFile(svg);
         const auto pixels = SVGRasterizer::scaledToPixels(SVGRasterizer::naturalSize(markup.substr(markup.find("<svg"))));
         const QImage image(QString::fromStdString(png.string()));

@@ -1,3 +1,4 @@
+#include "EngineRun.h"
 #include "FakeTools.h"
 #include "engine/ConversionError.h"
 #include "engine/Converter.h"
@@ -26,24 +27,7 @@ protected:
         unsetenv("TMPDIR");
         ConversionTools::overrideLibreOfficePlaces(std::nullopt);
     }
-    std::string convert(const Job &job, const fs::path &to)
-    {
-        std::exception_ptr outcome;
-        bool done = false;
-        Converter::perform(job, to, [&](Converter::Outcome result) {
-            outcome = result;
-            done = true;
-        });
-        if (!waitUntil([&] { return done; }))
-            return "no completion";
-        try {
-            if (outcome)
-                std::rethrow_exception(outcome);
-        } catch (const std::exception &error) {
-            return error.what();
-        }
-        return "success";
-    }
+    std::string convert(const Job &job, const fs::path &to) { return outcomeText(performAndWait(job, to)); }
     fs::path workFolder() const
     {
         std::string text = readFile(tools.work("workfolder"));

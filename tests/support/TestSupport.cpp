@@ -78,6 +78,19 @@ bool waitUntil(const std::function<bool()> &done, double seconds)
     return done();
 }
 
+void usePrivateLog()
+{
+    char folder[] = "/tmp/quillmorph-test-log-XXXXXX";
+    if (!mkdtemp(folder))
+        return;
+    setenv("XDG_STATE_HOME", folder, 1);
+    static const fs::path made = folder;
+    std::atexit([] {
+        std::error_code ignored;
+        fs::remove_all(made, ignored);
+    });
+}
+
 LogTail::LogTail()
 {
     std::error_code error;

@@ -37,6 +37,10 @@ std::optional<std::filesystem::path> corpusDir();
 // Spins the Qt event loop until `done` holds or `seconds` pass; returns `done()`.
 bool waitUntil(const std::function<bool()> &done, double seconds = 30);
 
+// Points this process's log at a fresh folder of its own (removed at exit),
+// so tests running side by side never read each other's entries.
+void usePrivateLog();
+
 // Lines appended to the log since this object was made.
 class LogTail {
 public:
