@@ -59,7 +59,7 @@ TEST_P(FailureTest, ReportsWhyAndLeavesNothingBehind)
     ScratchFolder folder;
     const std::string source = GetParam().source(folder);
     if (source.empty())
-        GTEST_SKIP() << "this case needs ../shared/docs/samples beside the checkout";
+        GTEST_SKIP() << "this case needs the WordPerfect samples beside the checkout";
     const std::string destination = folder.file(GetParam().destination);
     const std::string message = expectedMessage(GetParam(), source, destination);
     const std::set<std::string> before = folder.names();

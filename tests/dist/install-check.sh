@@ -35,6 +35,6 @@ if [ -f "$samples/min51.wp5" ]; then
     grep -q "run wpd2odt" "$work/state/Quillmorph/Quillmorph.log"
     rm -rf "$work"
 else
-    echo "skipped the conversion: ../shared/docs/samples is not beside the checkout"
+    echo "skipped the conversion: the WordPerfect samples are not beside the checkout"
 fi
 echo "install layout ok"
