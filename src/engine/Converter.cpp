@@ -1,6 +1,7 @@
 #include "Converter.h"
 
 #include "Background.h"
+#include "ClassicRTF.h"
 #include "DocumentSteps.h"
 #include "GraphicSteps.h"
 #include "WordPerfectSteps.h"
@@ -43,11 +44,6 @@ std::function<void(Result<Nothing>)> finish(Completion completion)
     };
 }
 
-[[noreturn]] void notYetAvailable(const char *what)
-{
-    throw PlatformError(std::string("Converting ") + what + " is not available in this version of Quillmorph.");
-}
-
 // The destination is touched only once there is something to write.
 Outcome writeCatching(const fs::path &to, const std::string &bytes)
 {
@@ -83,10 +79,21 @@ struct Dispatch {
             finish(std::move(completion)));
     }
 
-    void operator()(const JobCase::wpToRTF &)
+    void operator()(const JobCase::wpToRTF &job)
     {
-        background<Nothing>([]() -> Nothing { notYetAvailable("WordPerfect documents to RTF"); },
-                            finish(std::move(completion)));
+        background<Decoded>(
+            [source = job.source, password = job.password] { return steps::documentBytes(source, password); },
+            [charset = job.charset, to = to, completion = std::move(completion)](const Result<Decoded> &decoded) {
+                if (const auto *error = std::get_if<std::exception_ptr>(&decoded))
+                    return completion(*error);
+                Outcome outcome;
+                try {
+                    steps::writeClassicRTF(std::get<Decoded>(decoded), charset, to);
+                } catch (...) {
+                    outcome = std::current_exception();
+                }
+                completion(outcome);
+            });
     }
 
     void operator()(const JobCase::wpgToPNG &job)

@@ -16,15 +16,18 @@ namespace {
 // decimal digit as ICU has it, not only 0-9.
 QRegularExpression pattern(const char *source)
 {
-    QRegularExpression expression(QString::fromLatin1(source), QRegularExpression::UseUnicodePropertiesOption);
+    QRegularExpression expression(QString::fromLatin1(source),
+                                  QRegularExpression::UseUnicodePropertiesOption);
     expression.optimize();
     return expression;
 }
 
 std::optional<QString> decode(const std::string &bytes)
 {
-    // A leading BOM stays a character: bytes we do not change come out as they went in.
-    QStringDecoder utf8(QStringConverter::Utf8, QStringConverter::Flag::ConvertInitialBom);
+    // A leading BOM stays a character, so bytes we do not change come out as
+    // they went in; stateless, so a sequence cut off at the end is an error.
+    QStringDecoder utf8(QStringConverter::Utf8,
+                        QStringConverter::Flag::ConvertInitialBom | QStringConverter::Flag::Stateless);
     QString text = utf8.decode(QByteArrayView(bytes.data(), static_cast<qsizetype>(bytes.size())));
     if (!utf8.hasError())
         return text;
@@ -84,9 +87,15 @@ std::string classic(const std::string &rtf, RTFCharset charset)
         return rtf;
 
     static const std::array<QRegularExpression, 9> removals = {
-        pattern(R"(\{\\\*\\[^{}]*\})"), pattern(R"(\\cocoartf-?\d+)"), pattern(R"(\\cocoatextscaling\d+)"),
-        pattern(R"(\\cocoaplatform\d+)"), pattern(R"(\\partightenfactor\d+)"), pattern(R"(\\pardirnatural)"),
-        pattern(R"(\\pardeftab\d+)"), pattern(R"(\\deftab\d+)"), pattern(R"(\{\\\*\})"),
+        pattern(R"(\{\\\*\\[^{}]*\})"),
+        pattern(R"(\\cocoartf-?\d+)"),
+        pattern(R"(\\cocoatextscaling\d+)"),
+        pattern(R"(\\cocoaplatform\d+)"),
+        pattern(R"(\\partightenfactor\d+)"),
+        pattern(R"(\\pardirnatural)"),
+        pattern(R"(\\pardeftab\d+)"),
+        pattern(R"(\\deftab\d+)"),
+        pattern(R"(\{\\\*\})"),
     };
     for (const QRegularExpression &removal : removals)
         text->remove(removal);

@@ -5,8 +5,7 @@
 namespace richtext {
 namespace {
 
-template <typename Visit>
-void forEachBlock(const Blocks &blocks, const Visit &visit)
+template <typename Visit> void forEachBlock(const Blocks &blocks, const Visit &visit)
 {
     for (const Block &block : blocks) {
         visit(block);
@@ -17,8 +16,7 @@ void forEachBlock(const Blocks &blocks, const Visit &visit)
     }
 }
 
-template <typename Visit>
-void forEachMainBlock(const Document &document, const Visit &visit)
+template <typename Visit> void forEachMainBlock(const Document &document, const Visit &visit)
 {
     for (const PageSpan &span : document.pageSpans)
         forEachBlock(span.blocks, visit);
@@ -45,7 +43,8 @@ int Table::columnCount() const
     std::size_t count = columnWidths.size();
     for (const Row &row : rows)
         for (const Cell &cell : row.cells)
-            count = std::max(count, static_cast<std::size_t>(cell.column + (cell.covered ? 1 : cell.columnSpan)));
+            count =
+                std::max(count, static_cast<std::size_t>(cell.column + (cell.covered ? 1 : cell.columnSpan)));
     return static_cast<int>(count);
 }
 

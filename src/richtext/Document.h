@@ -21,19 +21,19 @@ struct Inline {
     enum class Kind { text, tab, lineBreak, field, footnote, endnote, comment, image, textBox, equation };
 
     Kind kind = Kind::text;
-    std::string text;          // UTF-8 for text; the field type for fields
-    Properties style;          // the span's properties
-    std::string link;          // the hyperlink target when inside a link
-    Properties object;         // field, note, frame or image properties
-    std::string data;          // an image's bytes
+    std::string text;                // UTF-8 for text; the field type for fields
+    Properties style;                // the span's properties
+    std::string link;                // the hyperlink target when inside a link
+    Properties object;               // field, note, frame or image properties
+    std::string data;                // an image's bytes
     std::shared_ptr<Blocks> content; // a note's, comment's or text box's paragraphs
 };
 
 struct Paragraph {
     Properties properties;
-    int listLevel = 0;         // 1 for the outermost list; 0 outside lists
+    int listLevel = 0; // 1 for the outermost list; 0 outside lists
     bool ordered = false;
-    std::string label;         // "1.", "b)", a bullet; empty outside lists
+    std::string label; // "1.", "b)", a bullet; empty outside lists
     std::vector<Inline> content;
 
     // The text with tabs as '\t' and line breaks as '\n'; notes and boxes left out.
@@ -46,7 +46,7 @@ struct Cell {
     int row = 0;
     int columnSpan = 1;
     int rowSpan = 1;
-    bool covered = false;      // hidden under a spanning neighbour
+    bool covered = false; // hidden under a spanning neighbour
     Blocks blocks;
 };
 
@@ -72,13 +72,13 @@ struct Block {
 
 struct HeaderFooter {
     bool footer = false;
-    std::string occurrence;    // "all", "odd", "even", "first"
+    std::string occurrence; // "all", "odd", "even", "first"
     Properties properties;
     Blocks blocks;
 };
 
 struct PageSpan {
-    Properties properties;     // page size and margins
+    Properties properties; // page size and margins
     std::vector<HeaderFooter> headersAndFooters;
     std::vector<Properties> sections; // opened inside this span (columns and the like)
     Blocks blocks;

@@ -25,7 +25,7 @@ std::optional<std::pair<double, std::string_view>> splitNumber(std::string_view 
     const auto [end, error] = std::from_chars(text.data(), text.data() + text.size(), value);
     if (error != std::errc() || !std::isfinite(value))
         return std::nullopt;
-    return std::pair {value, trimmed(text.substr(static_cast<std::size_t>(end - text.data())))};
+    return std::pair{value, trimmed(text.substr(static_cast<std::size_t>(end - text.data())))};
 }
 
 } // namespace
@@ -114,7 +114,8 @@ std::optional<int> integer(const librevenge::RVNGPropertyList &list, const char 
     const librevenge::RVNGProperty *property = list[name];
     if (!property)
         return std::nullopt;
-    const std::string_view value = trimmed(property->getStr().cstr());
+    const librevenge::RVNGString text = property->getStr();
+    const std::string_view value = trimmed(text.cstr());
     int result = 0;
     const auto [end, error] = std::from_chars(value.data(), value.data() + value.size(), result);
     if (error != std::errc() || end != value.data() + value.size())

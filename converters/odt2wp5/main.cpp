@@ -1,0 +1,142 @@
+// odt2wp5 --wp6|--wp5 ODT DEST: writes an OpenDocument text (.odt or flat .fodt) as a
+// WordPerfect 6.1 or 5.1 document.
+
+#include "richtext/OdtReader.h"
+#include "richtext/ReadError.h"
+#include "richtext/ZipArchive.h"
+#include "richtext/wordperfect/WordPerfectWriter.h"
+
+#include <cerrno>
+#include <cstdio>
+#include <cstring>
+#include <exception>
+#include <fstream>
+#include <iterator>
+#include <new>
+#include <stdexcept>
+#include <string>
+
+#include <fcntl.h>
+#include <unistd.h>
+
+namespace {
+
+using richtext::wordperfect::WordPerfectWriter;
+
+struct Failure : std::runtime_error {
+    using std::runtime_error::runtime_error;
+};
+
+const char usage[] = "usage: odt2wp5 --wp6|--wp5 ODT DEST";
+
+void report(std::string message)
+{
+    for (char &c : message) {
+        if (static_cast<unsigned char>(c) < 0x20)
+            c = '?';
+    }
+    std::fprintf(stderr, "odt2wp5: %s\n", message.c_str());
+}
+
+std::string readWhole(const std::string &path)
+{
+    std::ifstream in(path, std::ios::binary);
+    if (!in)
+        throw Failure("cannot open " + path + ": " + std::strerror(errno));
+    std::string bytes((std::istreambuf_iterator<char>(in)), std::istreambuf_iterator<char>());
+    if (in.bad())
+        throw Failure("cannot read " + path);
+    return bytes;
+}
+
+// A password-protected package still lists its parts; its manifest says how they are encrypted.
+bool isEncryptedPackage(const std::string &bytes)
+{
+    if (bytes.rfind("PK", 0) != 0)
+        return false;
+    try {
+        richtext::ZipArchive archive(bytes, {});
+        const auto manifest = archive.read("META-INF/manifest.xml");
+        return manifest && manifest->find("encryption-data") != std::string::npos;
+    } catch (const richtext::ReadError &) {
+        return false; // the reader says what is wrong with it
+    }
+}
+
+// The destination only ever holds nothing, its old content or the whole new file.
+void writeAtomically(const std::string &destination, const std::string &bytes)
+{
+    std::string temporary = destination + ".odt2wp5-XXXXXX";
+    const int fd = mkstemp(temporary.data());
+    if (fd < 0)
+        throw Failure("cannot write beside " + destination + ": " + std::strerror(errno));
+    std::size_t written = 0;
+    int error = 0;
+    while (written < bytes.size()) {
+        const ssize_t n = ::write(fd, bytes.data() + written, bytes.size() - written);
+        if (n < 0) {
+            if (errno == EINTR)
+                continue;
+            error = errno;
+            break;
+        }
+        written += static_cast<std::size_t>(n);
+    }
+    if (!error && fsync(fd) != 0)
+        error = errno;
+    if (::close(fd) != 0 && !error)
+        error = errno;
+    if (!error && std::rename(temporary.c_str(), destination.c_str()) != 0)
+        error = errno;
+    if (error) {
+        std::remove(temporary.c_str());
+        throw Failure("cannot write " + destination + ": " + std::strerror(error));
+    }
+}
+
+int run(WordPerfectWriter::Version version, const std::string &source, const std::string &destination)
+{
+    const std::string bytes = readWhole(source);
+    if (isEncryptedPackage(bytes))
+        throw Failure("the document is encrypted (password-protected); it cannot be converted");
+    const auto writer = WordPerfectWriter::create(version);
+    richtext::OdtReader::read(bytes, *writer);
+    if (writer->fileBytes().empty())
+        throw Failure("the document produced no WordPerfect output");
+    writeAtomically(destination, writer->fileBytes());
+    if (const int count = writer->substitutedCharacters()) {
+        std::fprintf(stderr, "odt2wp5: warning: %d character%s with no WordPerfect equivalent written as '?'\n",
+                     count, count == 1 ? "" : "s");
+    }
+    return 0;
+}
+
+} // namespace
+
+int main(int argc, char **argv)
+{
+    try {
+        if (argc != 4) {
+            report(usage);
+            return 2;
+        }
+        const std::string option = argv[1];
+        if (option != "--wp6" && option != "--wp5") {
+            report("unknown option " + option + "; " + usage);
+            return 2;
+        }
+        return run(option == "--wp6" ? WordPerfectWriter::Version::wp6 : WordPerfectWriter::Version::wp5, argv[2],
+                   argv[3]);
+    } catch (const Failure &error) {
+        report(error.what());
+    } catch (const richtext::ReadError &error) {
+        report(error.what());
+    } catch (const std::bad_alloc &) {
+        report("out of memory");
+    } catch (const std::exception &error) {
+        report(std::string("conversion failed: ") + error.what());
+    } catch (...) {
+        report("conversion failed for an unknown reason");
+    }
+    return 1;
+}

@@ -1,0 +1,26 @@
+// Feeds arbitrary bytes to the ODT reader (zipped or flat) and what it emits to the WordPerfect 6
+// writer, so that the reader's parsing and the writer's handling of any callback order are both
+// exercised. A ReadError is the expected answer to most inputs.
+
+#include "richtext/OdtReader.h"
+#include "richtext/ReadError.h"
+#include "richtext/wordperfect/WordPerfectWriter.h"
+
+#include <cstddef>
+#include <cstdint>
+#include <string_view>
+
+extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t *data, std::size_t size)
+{
+    using richtext::wordperfect::WordPerfectWriter;
+    const auto writer = WordPerfectWriter::create(WordPerfectWriter::Version::wp6);
+    // Small limits keep a zip bomb from looking like a slow input.
+    richtext::InflateLimits limits;
+    limits.entryBytes = 8u << 20;
+    limits.totalBytes = 16u << 20;
+    try {
+        richtext::OdtReader::read(std::string_view(reinterpret_cast<const char *>(data), size), *writer, limits);
+    } catch (const richtext::ReadError &) {
+    }
+    return 0;
+}

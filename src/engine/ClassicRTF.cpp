@@ -1,0 +1,41 @@
+#include "ClassicRTF.h"
+
+#include "GraphicSteps.h"
+#include "render/RTFDowngrade.h"
+#include "support/PlatformError.h"
+
+#include "richtext/HtmlReader.h"
+#include "richtext/OdtReader.h"
+#include "richtext/ReadError.h"
+#include "richtext/RtfWriter.h"
+
+namespace Converter::steps {
+namespace {
+
+std::string modernRTF(const Decoded &decoded)
+{
+    richtext::RtfWriter writer;
+    try {
+        if (decoded.type == Decoded::Type::html)
+            richtext::HtmlReader::read(decoded.data, writer);
+        else
+            richtext::OdtReader::read(decoded.data, writer);
+    } catch (const richtext::ReadError &error) {
+        throw PlatformError(error.what());
+    }
+    if (writer.rtf().empty())
+        throw PlatformError("The document could not be written as RTF.");
+    return writer.rtf();
+}
+
+} // namespace
+
+void writeClassicRTF(const Decoded &decoded, RTFCharset charset, const std::filesystem::path &to)
+{
+    // Nothing touches the destination until the RTF exists: a document that
+    // cannot be read leaves an older file where it was.
+    const std::string rtf = modernRTF(decoded);
+    writeWhole(to, RTFDowngrade::classic(rtf, charset));
+}
+
+} // namespace Converter::steps

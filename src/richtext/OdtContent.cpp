@@ -1,0 +1,331 @@
+#include "OdtContent.h"
+
+#include "OdfNames.h"
+#include "OdtInline.h"
+#include "OdtProperties.h"
+#include "OdtTableGrid.h"
+#include "Units.h"
+#include "XmlTree.h"
+
+#include <algorithm>
+#include <cstdlib>
+#include <cstring>
+
+namespace richtext {
+namespace {
+
+using namespace OdfNames;
+using librevenge::RVNGPropertyList;
+
+// Past this nesting the walk stops descending; libxml2 allows deeper trees
+// than a recursive walk should follow on the main thread's stack.
+constexpr int maximumDepth = 200;
+// Repeated rows, columns and cells let a small file describe a huge table.
+// Writer tables end at 1024 columns; past these bounds the walk gives up.
+constexpr long maximumElements = 2'000'000;
+constexpr long maximumCellsPerTable = 100'000;
+constexpr int maximumRepeat = 1024;
+
+int number(const xmlNode *node, const char *nameSpace, const char *name, int fallback)
+{
+    const auto value = Xml::attribute(node, nameSpace, name);
+    if (!value)
+        return fallback;
+    const int parsed = std::atoi(value->c_str());
+    return parsed > 0 ? std::min(parsed, maximumRepeat) : fallback;
+}
+
+std::string styleName(const xmlNode *node, const char *nameSpace = text)
+{
+    return Xml::attribute(node, nameSpace, "style-name").value_or("");
+}
+
+// Elements that hold no text of the document, or text it does not show.
+bool holdsNoText(const xmlNode *node)
+{
+    static const char *const skipped[] = {
+        "tracked-changes",
+        "sequence-decls",
+        "variable-decls",
+        "user-field-decls",
+        "dde-connection-decls",
+        "forms",
+        "soft-page-break",
+        "table-of-content-source",
+        "alphabetical-index-source",
+        "illustration-index-source",
+        "table-index-source",
+        "object-index-source",
+        "user-index-source",
+        "bibliography-source",
+        "index-title-template",
+        "named-expressions",
+        "annotation",
+        "annotation-end",
+    };
+    const char *name = Xml::localName(node);
+    return std::any_of(std::begin(skipped), std::end(skipped),
+                       [&](const char *skip) { return std::strcmp(name, skip) == 0; });
+}
+
+} // namespace
+
+OdtContent::OdtContent(const OdtStyles &styles, librevenge::RVNGTextInterface &sink, PictureSource pictures)
+    : sheet(styles), sink(sink), pictures(std::move(pictures)), budget(maximumElements)
+{
+}
+
+bool OdtContent::enter()
+{
+    if (depth >= maximumDepth || budget <= 0)
+        return false;
+    ++depth;
+    --budget;
+    return true;
+}
+
+void OdtContent::body(const xmlNode *officeText)
+{
+    for (const xmlNode *element : Xml::children(officeText)) {
+        if (holdsNoText(element))
+            continue;
+        const std::string master = masterPageFor(element);
+        if (!pageSpanOpen || !master.empty()) {
+            const OdtStyles::MasterPage *page = sheet.masterPage(master);
+            openPageSpan(page ? page : sheet.defaultMasterPage());
+        }
+        block(element);
+    }
+    if (!pageSpanOpen)
+        openPageSpan(sheet.defaultMasterPage());
+    sink.closePageSpan();
+}
+
+std::string OdtContent::masterPageFor(const xmlNode *element) const
+{
+    if (Xml::is(element, text, "p") || Xml::is(element, text, "h"))
+        return sheet.masterPageOf("paragraph", styleName(element), currentScope);
+    if (Xml::is(element, table, "table"))
+        return sheet.masterPageOf("table", styleName(element, table), currentScope);
+    if (Xml::is(element, text, "list") || Xml::is(element, text, "list-item") ||
+        Xml::is(element, text, "section"))
+        for (const xmlNode *child : Xml::children(element))
+            return masterPageFor(child);
+    return {};
+}
+
+void OdtContent::openPageSpan(const OdtStyles::MasterPage *master)
+{
+    if (pageSpanOpen)
+        sink.closePageSpan();
+    pageSpanOpen = true;
+    const std::string layout = master ? master->pageLayout : std::string();
+    sink.openPageSpan(OdtProperties::pageSpan(sheet.pageLayout(layout, "page")));
+    if (master)
+        headersAndFooters(*master);
+}
+
+void OdtContent::headersAndFooters(const OdtStyles::MasterPage &master)
+{
+    const OdtStyles::Scope saved = currentScope;
+    currentScope = OdtStyles::Scope::masterPages;
+    for (const bool footer : {false, true}) {
+        const std::string kind = footer ? "footer" : "header";
+        const bool hasLeft = master.parts.count(kind + "-left") != 0;
+        const std::pair<std::string, std::string> parts[] = {
+            {kind, hasLeft ? "odd" : "all"}, {kind + "-left", "even"}, {kind + "-first", "first"}};
+        for (const auto &[part, occurrence] : parts) {
+            const auto found = master.parts.find(part);
+            if (found == master.parts.end() ||
+                Xml::attribute(found->second, style, "display").value_or("") == "false")
+                continue;
+            const RVNGPropertyList properties = OdtProperties::headerFooter(
+                sheet.pageLayout(master.pageLayout, footer ? "footer-style" : "header-style"), occurrence);
+            footer ? sink.openFooter(properties) : sink.openHeader(properties);
+            blocks(found->second);
+            footer ? sink.closeFooter() : sink.closeHeader();
+        }
+    }
+    currentScope = saved;
+}
+
+void OdtContent::blocks(const xmlNode *parent)
+{
+    for (const xmlNode *element : Xml::children(parent))
+        block(element);
+}
+
+void OdtContent::block(const xmlNode *element)
+{
+    if (holdsNoText(element) || !enter())
+        return;
+    if (Xml::is(element, text, "p") || Xml::is(element, text, "h")) {
+        emitParagraph(element, false);
+    } else if (Xml::is(element, text, "list")) {
+        emitList(element, 1, {});
+    } else if (Xml::is(element, table, "table")) {
+        emitTable(element);
+    } else if (Xml::is(element, text, "section")) {
+        sink.openSection({});
+        blocks(element);
+        sink.closeSection();
+    } else if (Xml::is(element, draw, "frame") || Xml::is(element, draw, "a")) {
+        // A frame anchored to the page stands outside any paragraph; give it one.
+        sink.openParagraph({});
+        OdtInline pieces(*this, {});
+        pieces.element(element);
+        pieces.finish();
+        sink.closeParagraph();
+    } else if (std::strcmp(Xml::nameSpaceOf(element), draw) != 0) {
+        // Indexes, index bodies and the like: their paragraphs are the text.
+        blocks(element);
+    }
+    leave();
+}
+
+void OdtContent::emitParagraph(const xmlNode *element, bool listElement, std::optional<int> startValue)
+{
+    const std::string name = styleName(element);
+    RVNGPropertyList properties;
+    OdtProperties::addParagraph(properties,
+                                sheet.resolve("paragraph", name, "paragraph-properties", currentScope),
+                                sheet.tabStops(name, currentScope));
+    if (Xml::is(element, text, "h"))
+        properties.insert("text:outline-level", number(element, text, "outline-level", 1));
+    if (startValue)
+        properties.insert("text:start-value", *startValue);
+    listElement ? sink.openListElement(properties) : sink.openParagraph(properties);
+    OdtInline pieces(*this, sheet.resolve("paragraph", name, "text-properties", currentScope));
+    pieces.walk(element);
+    pieces.finish();
+    listElement ? sink.closeListElement() : sink.closeParagraph();
+}
+
+void OdtContent::emitList(const xmlNode *element, int level, const std::string &inheritedStyle)
+{
+    const std::string listStyle = Xml::attribute(element, text, "style-name").value_or(inheritedStyle);
+    const OdtStyles::ListLevel definition = sheet.listLevel(listStyle, std::min(level, 10), currentScope);
+    std::optional<int> start;
+    const bool continues = Xml::attribute(element, text, "continue-numbering").value_or("") == "true" ||
+                           Xml::attribute(element, text, "continue-list").has_value();
+    if (level == 1 && continues && listValues.count(listStyle))
+        start = listValues[listStyle] + 1;
+    RVNGPropertyList properties = OdtProperties::listLevel(definition, level, nextListId++, start);
+    definition.ordered ? sink.openOrderedListLevel(properties) : sink.openUnorderedListLevel(properties);
+
+    int value = Units::integer(properties, "text:start-value").value_or(1) - 1;
+    for (const xmlNode *item : Xml::children(element)) {
+        const bool header = Xml::is(item, text, "list-header");
+        if (!header && !Xml::is(item, text, "list-item"))
+            continue;
+        bool labelled = header;
+        std::optional<int> restart;
+        if (const auto at = Xml::attribute(item, text, "start-value"))
+            restart = value = std::atoi(at->c_str()) - 1;
+        for (const xmlNode *child : Xml::children(item)) {
+            if (!enter())
+                continue;
+            if (Xml::is(child, text, "list")) {
+                emitList(child, level + 1, listStyle);
+            } else if (!labelled && (Xml::is(child, text, "p") || Xml::is(child, text, "h"))) {
+                labelled = true;
+                ++value;
+                emitParagraph(child, true, restart ? std::optional<int>(*restart + 1) : std::nullopt);
+            } else {
+                block(child);
+            }
+            leave();
+        }
+    }
+    if (level == 1)
+        listValues[listStyle] = value;
+    definition.ordered ? sink.closeOrderedListLevel() : sink.closeUnorderedListLevel();
+}
+
+void OdtContent::emitTable(const xmlNode *element)
+{
+    std::vector<double> widths;
+    std::function<void(const xmlNode *)> columns = [&](const xmlNode *parent) {
+        for (const xmlNode *child : Xml::children(parent)) {
+            if (Xml::is(child, table, "table-column")) {
+                const OdfProperties column = sheet.resolve("table-column", styleName(child, table),
+                                                           "table-column-properties", currentScope);
+                const auto width = column.count("style:column-width")
+                                       ? Units::parseInches(column.at("style:column-width"))
+                                       : std::nullopt;
+                for (int n = number(child, table, "number-columns-repeated", 1);
+                     n > 0 && widths.size() < 1024; --n)
+                    widths.push_back(width.value_or(0));
+            } else if (Xml::is(child, table, "table-columns") ||
+                       Xml::is(child, table, "table-header-columns") ||
+                       Xml::is(child, table, "table-column-group")) {
+                columns(child);
+            }
+        }
+    };
+    columns(element);
+    sink.openTable(OdtProperties::table(
+        sheet.resolve("table", styleName(element, table), "table-properties", currentScope), widths));
+    int rowIndex = 0;
+    const long outside = budget;
+    const long allowed = std::min(budget, maximumCellsPerTable);
+    budget = allowed;
+    OdtTableGrid grid;
+    emitRows(element, false, rowIndex, grid);
+    budget = std::max(0L, outside - (allowed - budget));
+    sink.closeTable();
+}
+
+void OdtContent::emitRows(const xmlNode *parent, bool header, int &rowIndex, OdtTableGrid &grid)
+{
+    for (const xmlNode *child : Xml::children(parent)) {
+        if (Xml::is(child, table, "table-row")) {
+            for (int n = number(child, table, "number-rows-repeated", 1); n > 0 && budget > 0; --n)
+                emitRow(child, header, rowIndex++, grid);
+        } else if (Xml::is(child, table, "table-header-rows")) {
+            emitRows(child, true, rowIndex, grid);
+        } else if (Xml::is(child, table, "table-rows") || Xml::is(child, table, "table-row-group")) {
+            emitRows(child, header, rowIndex, grid);
+        }
+    }
+}
+
+void OdtContent::emitRow(const xmlNode *element, bool header, int rowIndex, OdtTableGrid &grid)
+{
+    sink.openTableRow(OdtProperties::row(
+        sheet.resolve("table-row", styleName(element, table), "table-row-properties", currentScope), header));
+    grid.beginRow(rowIndex);
+    auto coveredCell = [&](int column) {
+        RVNGPropertyList position;
+        position.insert("librevenge:column", column);
+        position.insert("librevenge:row", rowIndex);
+        sink.insertCoveredTableCell(position);
+    };
+    for (const xmlNode *cell : Xml::children(element)) {
+        const bool covered = Xml::is(cell, table, "covered-table-cell");
+        if (!covered && !Xml::is(cell, table, "table-cell"))
+            continue;
+        for (int n = number(cell, table, "number-columns-repeated", 1); n > 0 && budget-- > 0; --n) {
+            if (covered) {
+                coveredCell(grid.placeCovered());
+                continue;
+            }
+            const int columns = number(cell, table, "number-columns-spanned", 1);
+            const int rows = number(cell, table, "number-rows-spanned", 1);
+            std::vector<int> missing;
+            const int column = grid.placeCell(columns, rows, missing);
+            for (const int slot : missing)
+                coveredCell(slot);
+            sink.openTableCell(OdtProperties::cell(
+                sheet.resolve("table-cell", styleName(cell, table), "table-cell-properties", currentScope),
+                column, rowIndex, columns, rows));
+            blocks(cell);
+            sink.closeTableCell();
+        }
+    }
+    for (const int slot : grid.endRow())
+        coveredCell(slot);
+    sink.closeTableRow();
+}
+
+} // namespace richtext

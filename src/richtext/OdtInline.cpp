@@ -1,0 +1,315 @@
+#include "OdtInline.h"
+
+#include "OdfNames.h"
+#include "OdtContent.h"
+#include "OdtProperties.h"
+#include "XmlTree.h"
+
+#include <cstdlib>
+#include <cstring>
+
+namespace richtext {
+namespace {
+
+using namespace OdfNames;
+using librevenge::RVNGPropertyList;
+
+constexpr int maximumSpaces = 10'000;
+
+bool isSpace(char c)
+{
+    return c == ' ' || c == '\t' || c == '\n' || c == '\r';
+}
+
+// Inline elements that carry no text of the document.
+bool isMark(const char *name)
+{
+    static const char *const marks[] = {
+        "bookmark",
+        "bookmark-start",
+        "bookmark-end",
+        "reference-mark",
+        "reference-mark-start",
+        "reference-mark-end",
+        "soft-page-break",
+        "change",
+        "change-start",
+        "change-end",
+        "toc-mark",
+        "toc-mark-start",
+        "toc-mark-end",
+        "alphabetical-index-mark",
+        "alphabetical-index-mark-start",
+        "alphabetical-index-mark-end",
+        "user-index-mark",
+        "annotation-end",
+        "note-citation",
+    };
+    for (const char *mark : marks)
+        if (std::strcmp(name, mark) == 0)
+            return true;
+    return false;
+}
+
+// What a picture's bytes are, for consumers that go by MIME type.
+const char *mimeTypeOf(const std::string &bytes)
+{
+    if (bytes.rfind("\x89PNG", 0) == 0)
+        return "image/png";
+    if (bytes.rfind("\xFF\xD8\xFF", 0) == 0)
+        return "image/jpeg";
+    if (bytes.rfind("GIF8", 0) == 0)
+        return "image/gif";
+    if (bytes.rfind("BM", 0) == 0)
+        return "image/bmp";
+    if (bytes.size() > 44 && bytes.compare(40, 4, " EMF") == 0)
+        return "image/emf";
+    if (bytes.rfind("\xD7\xCD\xC6\x9A", 0) == 0)
+        return "image/wmf";
+    if (bytes.find("<svg") != std::string::npos)
+        return "image/svg+xml";
+    return "application/octet-stream";
+}
+
+} // namespace
+
+OdtInline::OdtInline(OdtContent &content, const OdfProperties &paragraphText) : content(content)
+{
+    formats.push_back(paragraphText);
+}
+
+void OdtInline::walk(const xmlNode *parent)
+{
+    for (const xmlNode *node = parent->children; node; node = node->next) {
+        if (node->type == XML_TEXT_NODE || node->type == XML_CDATA_SECTION_NODE)
+            characters(reinterpret_cast<const char *>(node->content));
+        else if (node->type == XML_ELEMENT_NODE)
+            element(node);
+    }
+}
+
+void OdtInline::characters(const char *text)
+{
+    if (!text)
+        return;
+    for (const char *c = text; *c; ++c) {
+        if (isSpace(*c)) {
+            if (!ignoreSpace)
+                pending += ' ';
+            ignoreSpace = true;
+        } else {
+            pending += *c;
+            ignoreSpace = false;
+        }
+    }
+}
+
+void OdtInline::flush()
+{
+    if (pending.empty())
+        return;
+    ensureSpan();
+    content.output().insertText(librevenge::RVNGString(pending.c_str()));
+    pending.clear();
+}
+
+void OdtInline::ensureSpan()
+{
+    if (spanOpen && openFormat == formats.back())
+        return;
+    closeSpan();
+    RVNGPropertyList properties;
+    OdtProperties::addText(properties, formats.back(), content.styles());
+    content.output().openSpan(properties);
+    openFormat = formats.back();
+    spanOpen = true;
+}
+
+void OdtInline::closeSpan()
+{
+    if (!spanOpen)
+        return;
+    content.output().closeSpan();
+    spanOpen = false;
+}
+
+void OdtInline::pushStyle(const xmlNode *node)
+{
+    OdfProperties format = formats.back();
+    const OdfProperties own = content.styles().resolve(
+        "text", Xml::attribute(node, text, "style-name").value_or(""), "text-properties", content.scope());
+    // A span's own style sits on the paragraph's formatting; it does not restart from the defaults.
+    const OdfProperties defaults = content.styles().resolve("text", "", "text-properties", content.scope());
+    for (const auto &[name, value] : own) {
+        const auto fallback = defaults.find(name);
+        if (fallback == defaults.end() || fallback->second != value || !format.count(name))
+            format[name] = value;
+    }
+    formats.push_back(std::move(format));
+}
+
+void OdtInline::element(const xmlNode *node)
+{
+    const char *name = Xml::localName(node);
+    librevenge::RVNGTextInterface &out = content.output();
+    if (std::strcmp(Xml::nameSpaceOf(node), text) == 0) {
+        if (std::strcmp(name, "span") == 0) {
+            flush();
+            pushStyle(node);
+            if (content.enter()) {
+                walk(node);
+                content.leave();
+            }
+            flush();
+            formats.pop_back();
+        } else if (std::strcmp(name, "a") == 0) {
+            flush();
+            closeSpan();
+            RVNGPropertyList link;
+            link.insert("xlink:type", "simple");
+            link.insert("xlink:href", Xml::attribute(node, xlink, "href").value_or("").c_str());
+            out.openLink(link);
+            pushStyle(node);
+            if (content.enter()) {
+                walk(node);
+                content.leave();
+            }
+            flush();
+            closeSpan();
+            formats.pop_back();
+            out.closeLink();
+        } else if (std::strcmp(name, "s") == 0) {
+            flush();
+            ensureSpan();
+            const auto count = Xml::attribute(node, text, "c");
+            for (int n = count ? std::max(1, std::min(std::atoi(count->c_str()), maximumSpaces)) : 1; n > 0;
+                 --n)
+                out.insertSpace();
+            ignoreSpace = false;
+        } else if (std::strcmp(name, "tab") == 0) {
+            flush();
+            ensureSpan();
+            out.insertTab();
+            ignoreSpace = false;
+        } else if (std::strcmp(name, "line-break") == 0) {
+            flush();
+            ensureSpan();
+            out.insertLineBreak();
+            ignoreSpace = false;
+        } else if (std::strcmp(name, "note") == 0) {
+            note(node);
+        } else if (std::strcmp(name, "page-number") == 0) {
+            field("text:page-number", node);
+        } else if (std::strcmp(name, "page-count") == 0) {
+            field("text:page-count", node);
+        } else if (!isMark(name) && content.enter()) {
+            // Other fields show their current value as their content.
+            walk(node);
+            content.leave();
+        }
+    } else if (Xml::is(node, draw, "frame")) {
+        frame(node);
+    } else if (Xml::is(node, draw, "a") && content.enter()) {
+        walk(node);
+        content.leave();
+    } else if (Xml::is(node, office, "annotation")) {
+        flush();
+        ensureSpan();
+        out.openComment({});
+        content.blocks(node);
+        out.closeComment();
+    } else if (!OdfNames::prefixOf(Xml::nameSpaceOf(node)) && content.enter()) {
+        // An element of another vocabulary: its text still belongs to the paragraph.
+        walk(node);
+        content.leave();
+    }
+}
+
+void OdtInline::field(const char *type, const xmlNode *node)
+{
+    flush();
+    ensureSpan();
+    RVNGPropertyList properties;
+    properties.insert("librevenge:field-type", type);
+    if (const auto format = Xml::attribute(node, style, "num-format"))
+        properties.insert("style:num-format", format->c_str());
+    content.output().insertField(properties);
+    ignoreSpace = false;
+}
+
+void OdtInline::note(const xmlNode *node)
+{
+    flush();
+    ensureSpan();
+    const bool endnote = Xml::attribute(node, text, "note-class").value_or("footnote") == "endnote";
+    RVNGPropertyList properties;
+    if (const xmlNode *citation = Xml::child(node, text, "note-citation"))
+        properties.insert("librevenge:number", Xml::text(citation).c_str());
+    librevenge::RVNGTextInterface &out = content.output();
+    endnote ? out.openEndnote(properties) : out.openFootnote(properties);
+    if (const xmlNode *body = Xml::child(node, text, "note-body"); body && content.enter()) {
+        content.blocks(body);
+        content.leave();
+    }
+    endnote ? out.closeEndnote() : out.closeFootnote();
+    ignoreSpace = false;
+}
+
+void OdtInline::frame(const xmlNode *node)
+{
+    OdfProperties odf;
+    for (auto &[name, value] : Xml::attributes(node))
+        odf[name] = value;
+    const RVNGPropertyList properties = OdtProperties::frame(odf);
+    librevenge::RVNGTextInterface &out = content.output();
+    flush();
+    if (const xmlNode *box = Xml::child(node, draw, "text-box")) {
+        ensureSpan();
+        out.openFrame(properties);
+        out.openTextBox({});
+        if (content.enter()) {
+            content.blocks(box);
+            content.leave();
+        }
+        out.closeTextBox();
+        out.closeFrame();
+        ignoreSpace = false;
+    } else if (const xmlNode *picture = Xml::child(node, draw, "image")) {
+        if (image(picture, properties))
+            ignoreSpace = false;
+    }
+}
+
+bool OdtInline::image(const xmlNode *node, const RVNGPropertyList &frame)
+{
+    librevenge::RVNGBinaryData data;
+    if (const xmlNode *inlined = Xml::child(node, office, "binary-data")) {
+        std::string base64 = Xml::text(inlined);
+        std::erase_if(base64, isSpace);
+        data = librevenge::RVNGBinaryData(librevenge::RVNGString(base64.c_str()));
+    } else if (const auto href = Xml::attribute(node, xlink, "href")) {
+        if (const auto bytes = content.picture(*href))
+            data = librevenge::RVNGBinaryData(reinterpret_cast<const unsigned char *>(bytes->data()),
+                                              bytes->size());
+    }
+    if (data.empty())
+        return false;
+    const std::string head(reinterpret_cast<const char *>(data.getDataBuffer()),
+                           std::min<unsigned long>(data.size(), 4096));
+    RVNGPropertyList object;
+    object.insert("librevenge:mime-type", mimeTypeOf(head));
+    object.insert("office:binary-data", data);
+    ensureSpan();
+    content.output().openFrame(frame);
+    content.output().insertBinaryObject(object);
+    content.output().closeFrame();
+    return true;
+}
+
+void OdtInline::finish()
+{
+    flush();
+    closeSpan();
+}
+
+} // namespace richtext

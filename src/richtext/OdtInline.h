@@ -1,0 +1,47 @@
+#pragma once
+
+#include "OdtStyles.h"
+
+#include <librevenge/librevenge.h>
+#include <libxml/tree.h>
+
+#include <string>
+#include <vector>
+
+namespace richtext {
+
+class OdtContent;
+
+// The text of one paragraph: spans, links, spaces, tabs, breaks, notes,
+// fields and frames. Whitespace is collapsed as ODF readers do: a run of
+// spaces, tabs and newlines is one space, and none at the paragraph's start.
+class OdtInline {
+public:
+    OdtInline(OdtContent &content, const OdfProperties &paragraphText);
+
+    // The inline content below `parent`, or one inline element itself.
+    void walk(const xmlNode *parent);
+    void element(const xmlNode *node);
+    void finish();
+
+private:
+    void characters(const char *text);
+    void flush();
+    void ensureSpan();
+    void closeSpan();
+    void pushStyle(const xmlNode *node);
+    void note(const xmlNode *node);
+    void frame(const xmlNode *node);
+    bool image(const xmlNode *node, const librevenge::RVNGPropertyList &frame);
+    void field(const char *type, const xmlNode *node);
+
+    OdtContent &content;
+    std::vector<OdfProperties> formats; // the paragraph's, then each enclosing span's
+    std::string pending;
+    bool ignoreSpace = true;
+    bool spanOpen = false;
+    OdfProperties openFormat;
+    int links = 0;
+};
+
+} // namespace richtext

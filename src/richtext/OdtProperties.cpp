@@ -1,0 +1,222 @@
+#include "OdtProperties.h"
+
+#include "Units.h"
+
+#include <cstdlib>
+
+namespace richtext::OdtProperties {
+namespace {
+
+using librevenge::RVNGPropertyList;
+
+const OdfProperties::mapped_type *find(const OdfProperties &properties, const std::string &name)
+{
+    const auto found = properties.find(name);
+    return found == properties.end() ? nullptr : &found->second;
+}
+
+void addLength(RVNGPropertyList &into, const OdfProperties &from, const std::string &name,
+               const char *as = nullptr)
+{
+    if (const auto *value = find(from, name))
+        if (const auto inches = Units::parseInches(*value))
+            into.insert(as ? as : name.c_str(), *inches);
+}
+
+void addText(RVNGPropertyList &into, const OdfProperties &from, const std::string &name)
+{
+    if (const auto *value = find(from, name))
+        into.insert(name.c_str(), value->c_str());
+}
+
+// fo:margin, fo:border and fo:padding shorthands, spelled out per side.
+OdfProperties expanded(const OdfProperties &properties)
+{
+    OdfProperties result = properties;
+    for (const char *shorthand : {"fo:margin", "fo:border", "fo:padding"}) {
+        const auto *value = find(properties, shorthand);
+        if (!value)
+            continue;
+        for (const char *side : {"-left", "-right", "-top", "-bottom"})
+            result.emplace(std::string(shorthand) + side, *value);
+    }
+    return result;
+}
+
+} // namespace
+
+void addParagraph(RVNGPropertyList &into, const OdfProperties &odf,
+                  const std::vector<OdtStyles::TabStop> &tabStops)
+{
+    const OdfProperties paragraph = expanded(odf);
+    if (const auto *align = find(paragraph, "fo:text-align"))
+        into.insert("fo:text-align", align->c_str());
+    for (const char *name : {"fo:margin-left", "fo:margin-right", "fo:margin-top", "fo:margin-bottom",
+                             "fo:text-indent", "style:line-height-at-least"})
+        addLength(into, paragraph, name);
+    if (const auto *height = find(paragraph, "fo:line-height")) {
+        if (const auto share = Units::parsePercent(*height))
+            into.insert("fo:line-height", *share, librevenge::RVNG_PERCENT);
+        else if (const auto inches = Units::parseInches(*height))
+            into.insert("fo:line-height", *inches);
+    }
+    for (const char *name : {"fo:break-before", "fo:break-after", "fo:keep-with-next", "fo:keep-together",
+                             "fo:widows", "fo:orphans", "fo:background-color", "fo:border-left",
+                             "fo:border-right", "fo:border-top", "fo:border-bottom"})
+        addText(into, paragraph, name);
+    if (!tabStops.empty()) {
+        librevenge::RVNGPropertyListVector stops;
+        for (const OdtStyles::TabStop &stop : tabStops) {
+            RVNGPropertyList tab;
+            addLength(tab, stop.properties, "style:position");
+            for (const char *name : {"style:type", "style:char", "style:leader-text"})
+                addText(tab, stop.properties, name);
+            const auto *leader = find(stop.properties, "style:leader-style");
+            if (leader && *leader != "none" && !find(stop.properties, "style:leader-text"))
+                tab.insert("style:leader-text", ".");
+            stops.append(tab);
+        }
+        into.insert("librevenge:tab-stops", stops);
+    }
+}
+
+void addText(RVNGPropertyList &into, const OdfProperties &text, const OdtStyles &styles)
+{
+    if (const auto *name = find(text, "style:font-name"))
+        into.insert("style:font-name", styles.fontFamily(*name).c_str());
+    else if (const auto *family = find(text, "fo:font-family"))
+        into.insert("style:font-name", styles.fontFamily(*family).c_str());
+    if (const auto *size = find(text, "fo:font-size"))
+        if (const auto inches = Units::parseInches(*size))
+            into.insert("fo:font-size", *inches * 72, librevenge::RVNG_POINT);
+    for (const char *name :
+         {"fo:font-weight", "fo:font-style", "style:text-underline-type", "style:text-underline-style",
+          "style:text-underline-mode", "style:text-underline-width", "style:text-line-through-type",
+          "style:text-line-through-style", "style:text-position", "fo:font-variant", "fo:text-transform",
+          "fo:color", "style:text-outline", "fo:text-shadow", "text:display", "style:font-relief",
+          "style:text-scale", "fo:language", "fo:country"})
+        addText(into, text, name);
+    if (const auto *background = find(text, "fo:background-color");
+        background && *background != "transparent")
+        into.insert("fo:background-color", background->c_str());
+    addLength(into, text, "fo:letter-spacing");
+}
+
+RVNGPropertyList pageSpan(const OdfProperties &odf)
+{
+    const OdfProperties page = expanded(odf);
+    RVNGPropertyList list;
+    for (const char *name : {"fo:page-width", "fo:page-height", "fo:margin-left", "fo:margin-right",
+                             "fo:margin-top", "fo:margin-bottom"})
+        addLength(list, page, name);
+    addText(list, page, "style:print-orientation");
+    return list;
+}
+
+RVNGPropertyList headerFooter(const OdfProperties &odf, const std::string &occurrence)
+{
+    const OdfProperties properties = expanded(odf);
+    RVNGPropertyList list;
+    list.insert("librevenge:occurrence", occurrence.c_str());
+    for (const char *name :
+         {"fo:min-height", "fo:margin-bottom", "fo:margin-top", "fo:margin-left", "fo:margin-right"})
+        addLength(list, properties, name);
+    return list;
+}
+
+RVNGPropertyList listLevel(const OdtStyles::ListLevel &level, int depth, int listId, std::optional<int> start)
+{
+    RVNGPropertyList list;
+    list.insert("librevenge:list-id", listId);
+    list.insert("librevenge:level", depth);
+    const OdfProperties &odf = level.properties;
+    if (level.ordered) {
+        for (const char *name : {"style:num-format", "style:num-prefix", "style:num-suffix"})
+            addText(list, odf, name);
+        if (!find(odf, "style:num-format"))
+            list.insert("style:num-format", "1");
+        if (const auto *levels = find(odf, "text:display-levels"))
+            list.insert("text:display-levels", std::atoi(levels->c_str()));
+        const auto *given = find(odf, "text:start-value");
+        list.insert("text:start-value", start.value_or(given ? std::atoi(given->c_str()) : 1));
+    } else {
+        const auto *bullet = find(odf, "text:bullet-char");
+        list.insert("text:bullet-char", bullet && !bullet->empty() ? bullet->c_str() : "\xE2\x80\xA2");
+    }
+    // ODF 1.2 lists place the label by margin and indent; older ones by space-before and label width.
+    if (const auto *margin = find(odf, "label-alignment/fo:margin-left")) {
+        const double left = Units::parseInches(*margin).value_or(0);
+        const auto *indent = find(odf, "label-alignment/fo:text-indent");
+        const double width = indent ? -Units::parseInches(*indent).value_or(0) : 0.25;
+        list.insert("text:space-before", left - width);
+        list.insert("text:min-label-width", width);
+    } else {
+        addLength(list, odf, "text:space-before");
+        addLength(list, odf, "text:min-label-width");
+    }
+    return list;
+}
+
+RVNGPropertyList table(const OdfProperties &odf, const std::vector<double> &columnWidths)
+{
+    const OdfProperties properties = expanded(odf);
+    RVNGPropertyList list;
+    for (const char *name :
+         {"style:width", "fo:margin-left", "fo:margin-right", "fo:margin-top", "fo:margin-bottom"})
+        addLength(list, properties, name);
+    addText(list, properties, "table:align");
+    addText(list, properties, "fo:break-before");
+    librevenge::RVNGPropertyListVector columns;
+    for (const double width : columnWidths) {
+        RVNGPropertyList column;
+        if (width > 0)
+            column.insert("style:column-width", width);
+        columns.append(column);
+    }
+    list.insert("librevenge:table-columns", columns);
+    return list;
+}
+
+RVNGPropertyList row(const OdfProperties &odf, bool header)
+{
+    RVNGPropertyList list;
+    addLength(list, odf, "style:row-height");
+    addLength(list, odf, "style:min-row-height");
+    if (header)
+        list.insert("librevenge:is-header-row", true);
+    return list;
+}
+
+RVNGPropertyList cell(const OdfProperties &odf, int column, int row, int columns, int rows)
+{
+    const OdfProperties properties = expanded(odf);
+    RVNGPropertyList list;
+    list.insert("librevenge:column", column);
+    list.insert("librevenge:row", row);
+    if (columns > 0)
+        list.insert("table:number-columns-spanned", columns);
+    if (rows > 0)
+        list.insert("table:number-rows-spanned", rows);
+    for (const char *name :
+         {"fo:border-left", "fo:border-right", "fo:border-top", "fo:border-bottom", "style:vertical-align"})
+        addText(list, properties, name);
+    if (const auto *background = find(properties, "fo:background-color");
+        background && *background != "transparent")
+        list.insert("fo:background-color", background->c_str());
+    for (const char *name : {"fo:padding-left", "fo:padding-right", "fo:padding-top", "fo:padding-bottom"})
+        addLength(list, properties, name);
+    return list;
+}
+
+RVNGPropertyList frame(const OdfProperties &odf)
+{
+    RVNGPropertyList list;
+    for (const char *name : {"svg:width", "svg:height", "svg:x", "svg:y", "fo:min-width", "fo:min-height"})
+        addLength(list, odf, name);
+    for (const char *name : {"text:anchor-type", "style:wrap", "style:horizontal-pos", "style:horizontal-rel",
+                             "style:vertical-pos", "style:vertical-rel"})
+        addText(list, odf, name);
+    return list;
+}
+
+} // namespace richtext::OdtProperties

@@ -1,0 +1,28 @@
+#pragma once
+
+#include "OdtStyles.h"
+
+#include <librevenge/librevenge.h>
+
+#include <optional>
+#include <string>
+#include <vector>
+
+// ODF style properties as librevenge carries them: lengths in inches, font
+// sizes in points, line heights as fractions, the rest as their ODF text.
+namespace richtext::OdtProperties {
+
+void addParagraph(librevenge::RVNGPropertyList &into, const OdfProperties &paragraph,
+                  const std::vector<OdtStyles::TabStop> &tabStops);
+void addText(librevenge::RVNGPropertyList &into, const OdfProperties &text, const OdtStyles &styles);
+
+librevenge::RVNGPropertyList pageSpan(const OdfProperties &page);
+librevenge::RVNGPropertyList headerFooter(const OdfProperties &properties, const std::string &occurrence);
+librevenge::RVNGPropertyList listLevel(const OdtStyles::ListLevel &level, int depth, int listId,
+                                       std::optional<int> start);
+librevenge::RVNGPropertyList table(const OdfProperties &table, const std::vector<double> &columnWidths);
+librevenge::RVNGPropertyList row(const OdfProperties &row, bool header);
+librevenge::RVNGPropertyList cell(const OdfProperties &cell, int column, int row, int columns, int rows);
+librevenge::RVNGPropertyList frame(const OdfProperties &frame);
+
+} // namespace richtext::OdtProperties

@@ -1,0 +1,278 @@
+#include "OdtStyles.h"
+
+#include "OdfNames.h"
+#include "Units.h"
+#include "XmlTree.h"
+
+#include <algorithm>
+#include <cstdlib>
+#include <cstring>
+#include <set>
+
+namespace richtext {
+namespace {
+
+using namespace OdfNames;
+
+std::string key(const std::string &family, const std::string &name)
+{
+    return family + '\n' + name;
+}
+
+bool endsWith(const std::string &text, const char *suffix)
+{
+    const std::size_t length = std::strlen(suffix);
+    return text.size() >= length && text.compare(text.size() - length, length, suffix) == 0;
+}
+
+OdfProperties attributesOf(const xmlNode *node)
+{
+    OdfProperties properties;
+    for (auto &[name, value] : Xml::attributes(node))
+        properties[name] = std::move(value);
+    return properties;
+}
+
+std::string unquoted(std::string family)
+{
+    if (family.size() >= 2 && (family.front() == '\'' || family.front() == '"') &&
+        family.back() == family.front())
+        return family.substr(1, family.size() - 2);
+    return family;
+}
+
+// A relative font size ("80%") becomes points against what it inherits.
+void mergeText(OdfProperties &into, const OdfProperties &from)
+{
+    for (const auto &[name, value] : from) {
+        if (name == "fo:font-size" && endsWith(value, "%")) {
+            const double base =
+                Units::parseInches(into.count(name) ? into[name] : "12pt").value_or(1.0 / 6) * 72;
+            into[name] = std::to_string(base * Units::parsePercent(value).value_or(1)) + "pt";
+        } else {
+            into[name] = value;
+        }
+    }
+}
+
+} // namespace
+
+void OdtStyles::load(const xmlNode *root, Scope automaticScope)
+{
+    for (const xmlNode *part : Xml::children(root)) {
+        if (Xml::is(part, office, "font-face-decls")) {
+            for (const xmlNode *face : Xml::children(part))
+                if (const auto name = Xml::attribute(face, style, "name"))
+                    fontFamilies[*name] = unquoted(Xml::attribute(face, svg, "font-family").value_or(*name));
+        } else if (Xml::is(part, office, "styles")) {
+            loadStyles(part, named, true);
+            for (const xmlNode *element : Xml::children(part))
+                if (Xml::is(element, text, "list-style"))
+                    loadListStyle(element, namedLists);
+        } else if (Xml::is(part, office, "automatic-styles")) {
+            loadStyles(part, automaticScope == Scope::body ? automaticBody : automaticMaster, false);
+            for (const xmlNode *element : Xml::children(part)) {
+                if (Xml::is(element, text, "list-style"))
+                    loadListStyle(element, automaticScope == Scope::body ? bodyLists : masterLists);
+                if (Xml::is(element, style, "page-layout")) {
+                    auto &layout = pageLayouts[Xml::attribute(element, style, "name").value_or("")];
+                    for (const xmlNode *group : Xml::children(element)) {
+                        if (Xml::is(group, style, "page-layout-properties"))
+                            layout["page"] = attributesOf(group);
+                        else if (Xml::is(group, style, "header-style") ||
+                                 Xml::is(group, style, "footer-style"))
+                            layout[Xml::localName(group)] =
+                                attributesOf(Xml::child(group, style, "header-footer-properties"));
+                    }
+                }
+            }
+        } else if (Xml::is(part, office, "master-styles")) {
+            for (const xmlNode *element : Xml::children(part)) {
+                if (!Xml::is(element, style, "master-page"))
+                    continue;
+                MasterPage master;
+                master.name = Xml::attribute(element, style, "name").value_or("");
+                master.pageLayout = Xml::attribute(element, style, "page-layout-name").value_or("");
+                for (xmlNode *content : Xml::children(element)) {
+                    const std::string ns = Xml::nameSpaceOf(content);
+                    if (ns == style || ns == loext)
+                        master.parts[Xml::localName(content)] = content;
+                }
+                if (firstMasterPage.empty())
+                    firstMasterPage = master.name;
+                masterPages[master.name] = std::move(master);
+            }
+        }
+    }
+}
+
+void OdtStyles::loadStyles(const xmlNode *container, StyleMap &into, bool withDefaults)
+{
+    for (const xmlNode *element : Xml::children(container)) {
+        const bool isDefault = Xml::is(element, style, "default-style");
+        if (!Xml::is(element, style, "style") && !(withDefaults && isDefault))
+            continue;
+        Style entry;
+        entry.family = Xml::attribute(element, style, "family").value_or("");
+        entry.parent = Xml::attribute(element, style, "parent-style-name").value_or("");
+        entry.masterPage = Xml::attribute(element, style, "master-page-name").value_or("");
+        entry.listStyle = Xml::attribute(element, style, "list-style-name").value_or("");
+        for (const xmlNode *group : Xml::children(element)) {
+            const std::string groupName = Xml::localName(group);
+            if (!endsWith(groupName, "-properties"))
+                continue;
+            OdfProperties &properties = entry.groups[groupName];
+            for (auto &[name, value] : attributesOf(group))
+                properties[name] = value;
+            if (const xmlNode *stops = Xml::child(group, style, "tab-stops")) {
+                entry.hasTabStops = true;
+                for (const xmlNode *stop : Xml::children(stops))
+                    if (Xml::is(stop, style, "tab-stop"))
+                        entry.tabStops.push_back(TabStop{attributesOf(stop)});
+            }
+        }
+        const std::string name = isDefault ? "" : Xml::attribute(element, style, "name").value_or("");
+        (isDefault ? defaults : into)[key(entry.family, name)] = std::move(entry);
+    }
+}
+
+void OdtStyles::loadListStyle(const xmlNode *element, ListStyles &into)
+{
+    auto &levels = into[Xml::attribute(element, style, "name").value_or("")];
+    for (const xmlNode *levelStyle : Xml::children(element)) {
+        const bool number = Xml::is(levelStyle, text, "list-level-style-number");
+        if (!number && !Xml::is(levelStyle, text, "list-level-style-bullet"))
+            continue;
+        ListLevel level;
+        level.ordered = number;
+        level.properties = attributesOf(levelStyle);
+        if (const xmlNode *properties = Xml::child(levelStyle, style, "list-level-properties")) {
+            for (auto &[name, value] : attributesOf(properties))
+                level.properties[name] = value;
+            for (auto &[name, value] :
+                 attributesOf(Xml::child(properties, style, "list-level-label-alignment")))
+                level.properties["label-alignment/" + name] = value;
+        }
+        const int index = std::atoi(level.properties["text:level"].c_str());
+        levels[std::max(1, std::min(index, 10))] = std::move(level);
+    }
+}
+
+const OdtStyles::Style *OdtStyles::find(const std::string &family, const std::string &name, Scope scope) const
+{
+    const std::string wanted = key(family, name);
+    const StyleMap *order[] = {scope == Scope::masterPages ? &automaticMaster : &automaticBody,
+                               &automaticBody, &named};
+    for (const StyleMap *map : order)
+        if (const auto found = map->find(wanted); found != map->end())
+            return &found->second;
+    return nullptr;
+}
+
+std::vector<const OdtStyles::Style *> OdtStyles::chain(const std::string &family, const std::string &name,
+                                                       Scope scope) const
+{
+    // From the style up to its last ancestor; a loop or a very deep chain stops early.
+    std::vector<const Style *> styles;
+    std::set<std::string> seen;
+    const Style *current = name.empty() ? nullptr : find(family, name, scope);
+    while (current && styles.size() < 64 && seen.insert(current->parent).second) {
+        styles.push_back(current);
+        if (current->parent.empty())
+            break;
+        const auto parent = named.find(key(family, current->parent));
+        current = parent != named.end() ? &parent->second : find(family, current->parent, scope);
+    }
+    return styles;
+}
+
+OdfProperties OdtStyles::resolve(const std::string &family, const std::string &name, const char *group,
+                                 Scope scope) const
+{
+    OdfProperties result;
+    auto merge = [&](const Style &style) {
+        const auto found = style.groups.find(group);
+        if (found == style.groups.end())
+            return;
+        if (std::strcmp(group, "text-properties") == 0)
+            mergeText(result, found->second);
+        else
+            for (const auto &[property, value] : found->second)
+                result[property] = value;
+    };
+    if (const auto fallback = defaults.find(key(family, "")); fallback != defaults.end())
+        merge(fallback->second);
+    const std::vector<const Style *> styles = chain(family, name, scope);
+    for (auto style = styles.rbegin(); style != styles.rend(); ++style)
+        merge(**style);
+    return result;
+}
+
+std::vector<OdtStyles::TabStop> OdtStyles::tabStops(const std::string &name, Scope scope) const
+{
+    for (const Style *style : chain("paragraph", name, scope))
+        if (style->hasTabStops)
+            return style->tabStops;
+    return {};
+}
+
+std::string OdtStyles::masterPageOf(const std::string &family, const std::string &name, Scope scope) const
+{
+    const Style *found = find(family, name, scope);
+    return found ? found->masterPage : std::string();
+}
+
+std::string OdtStyles::listStyleOf(const std::string &name, Scope scope) const
+{
+    for (const Style *style : chain("paragraph", name, scope))
+        if (!style->listStyle.empty())
+            return style->listStyle;
+    return {};
+}
+
+OdtStyles::ListLevel OdtStyles::listLevel(const std::string &listStyle, int level, Scope scope) const
+{
+    const ListStyles *order[] = {scope == Scope::masterPages ? &masterLists : &bodyLists, &bodyLists,
+                                 &namedLists};
+    for (const auto *lists : order) {
+        const auto list = lists->find(listStyle);
+        if (list == lists->end())
+            continue;
+        if (const auto found = list->second.find(level); found != list->second.end())
+            return found->second;
+        break;
+    }
+    ListLevel made;
+    made.properties["text:bullet-char"] = "\xE2\x80\xA2";
+    return made;
+}
+
+const OdtStyles::MasterPage *OdtStyles::masterPage(const std::string &name) const
+{
+    const auto found = masterPages.find(name);
+    return found == masterPages.end() ? nullptr : &found->second;
+}
+
+const OdtStyles::MasterPage *OdtStyles::defaultMasterPage() const
+{
+    if (const MasterPage *standard = masterPage("Standard"))
+        return standard;
+    return masterPage(firstMasterPage);
+}
+
+OdfProperties OdtStyles::pageLayout(const std::string &name, const char *group) const
+{
+    const auto layout = pageLayouts.find(name);
+    if (layout == pageLayouts.end())
+        return {};
+    const auto found = layout->second.find(group);
+    return found == layout->second.end() ? OdfProperties{} : found->second;
+}
+
+std::string OdtStyles::fontFamily(const std::string &fontName) const
+{
+    const auto found = fontFamilies.find(fontName);
+    return found == fontFamilies.end() ? fontName : found->second;
+}
+
+} // namespace richtext

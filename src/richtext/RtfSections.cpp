@@ -1,0 +1,69 @@
+#include "RtfSections.h"
+
+#include "RtfFormat.h"
+#include "Units.h"
+
+namespace richtext {
+
+bool RtfSections::open(const librevenge::RVNGPropertyList &pageSpan)
+{
+    const bool follows = any;
+    if (!any)
+        // The document's own page settings too, for readers that skip a section's.
+        paper = RtfFormat::page(pageSpan, false);
+    any = true;
+    pending = "\\sectd\\sbkpage" + RtfFormat::page(pageSpan, true);
+    started = false;
+    top = Units::inches(pageSpan, "fo:margin-top").value_or(1);
+    bottom = Units::inches(pageSpan, "fo:margin-bottom").value_or(1);
+    return follows;
+}
+
+std::optional<std::string> RtfSections::headerGroup(const librevenge::RVNGPropertyList &properties,
+                                                    bool footer)
+{
+    const std::string occurrence = Units::text(properties, "librevenge:occurrence").value_or("all");
+    std::string group = footer ? "\\footer" : "\\header";
+    if (occurrence == "odd") {
+        group += "r";
+    } else if (occurrence == "even" || occurrence == "left") {
+        group += "l";
+        facingPages = true;
+    } else if (occurrence == "first") {
+        group += "f";
+        pending += "\\titlepg";
+    } else if (occurrence != "all" && occurrence != "both") {
+        return std::nullopt;
+    }
+    // The header sits at the page margin; the text starts below its height and spacing.
+    const double height =
+        Units::inches(properties, "fo:min-height").value_or(0) +
+        Units::inches(properties, footer ? "fo:margin-top" : "fo:margin-bottom").value_or(0);
+    const double margin = footer ? bottom : top;
+    pending += (footer ? "\\footery" : "\\headery") + std::to_string(RtfFormat::twips(margin)) +
+               (footer ? "\\margbsxn" : "\\margtsxn") + std::to_string(RtfFormat::twips(margin + height));
+    return group;
+}
+
+bool RtfSections::addHeader(const std::string &group)
+{
+    if (started)
+        return false;
+    pending += group + "\n";
+    return true;
+}
+
+std::optional<std::string> RtfSections::start()
+{
+    if (started)
+        return std::nullopt;
+    started = true;
+    return std::move(pending);
+}
+
+std::string RtfSections::documentWords() const
+{
+    return paper + (facingPages ? "\\facingp" : "");
+}
+
+} // namespace richtext

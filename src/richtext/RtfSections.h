@@ -1,0 +1,41 @@
+#pragma once
+
+#include <librevenge/librevenge.h>
+
+#include <optional>
+#include <string>
+
+namespace richtext {
+
+// The page spans of a document as RTF sections: the document's page size
+// from the first span, each section's \sectd words and header and footer
+// groups, which RTF wants before the section's first text.
+class RtfSections {
+public:
+    // A new page span; true when one came before it, so a \sect is owed.
+    bool open(const librevenge::RVNGPropertyList &pageSpan);
+
+    // The control word that opens a header or footer group ("\headerl"), or
+    // none for a kind RTF has no place for. Adjusts the section's margins and flags.
+    std::optional<std::string> headerGroup(const librevenge::RVNGPropertyList &properties, bool footer);
+    // A finished header or footer group; false when the section's text has
+    // begun and the group must be written where it stands.
+    bool addHeader(const std::string &group);
+
+    // The section's words, once, when its first text is about to be written.
+    std::optional<std::string> start();
+
+    // \paperw, \margl... and \facingp for the document's header.
+    std::string documentWords() const;
+
+private:
+    std::string paper;
+    std::string pending;
+    bool started = false;
+    bool any = false;
+    bool facingPages = false;
+    double top = 1;
+    double bottom = 1;
+};
+
+} // namespace richtext

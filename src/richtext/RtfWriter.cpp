@@ -1,0 +1,468 @@
+#include "RtfWriter.h"
+
+#include "RtfPicture.h"
+#include "RtfText.h"
+#include "Units.h"
+#include "Utf8.h"
+
+namespace richtext {
+
+using librevenge::RVNGPropertyList;
+
+RtfWriter::RtfWriter()
+{
+    containers.push_back(Container{});
+}
+
+RtfWriter::~RtfWriter() = default;
+
+RtfWriter::Container &RtfWriter::container()
+{
+    return containers.back();
+}
+
+void RtfWriter::enter(Container::Kind kind)
+{
+    Container entered;
+    entered.kind = kind;
+    entered.noteMark = kind == Container::Kind::note;
+    containers.push_back(entered);
+}
+
+void RtfWriter::leave()
+{
+    if (container().paragraphOpen)
+        closeParagraph();
+    if (containers.size() > 1)
+        containers.pop_back();
+}
+
+bool RtfWriter::atTopLevel() const
+{
+    return containers.size() == 1 && !output.isAside();
+}
+
+void RtfWriter::startSectionIfNeeded()
+{
+    if (!atTopLevel())
+        return;
+    if (const auto words = sections.start())
+        output.raw(*words + "\n");
+}
+
+void RtfWriter::endOwedParagraph()
+{
+    if (!container().paragraphEnded)
+        return;
+    output.raw("\\par\n");
+    container().paragraphEnded = false;
+}
+
+void RtfWriter::setDocumentMetaData(const RVNGPropertyList &propList)
+{
+    const std::pair<const char *, const char *> fields[] = {
+        {"dc:title", "\\title"},
+        {"dc:subject", "\\subject"},
+        {"meta:initial-creator", "\\author"},
+        {"meta:keyword", "\\keywords"},
+    };
+    for (const auto &[name, rtfWord] : fields)
+        if (const auto value = Units::text(propList, name); value && !value->empty())
+            metadata += std::string("{") + rtfWord + " " + RtfText::escape(*value) + "}";
+}
+
+void RtfWriter::openPageSpan(const RVNGPropertyList &propList)
+{
+    startSectionIfNeeded();
+    if (sections.open(propList) && atTopLevel()) {
+        // \sect ends the section's last paragraph itself, and any table.
+        container().paragraphEnded = false;
+        container().afterTable = false;
+        output.raw("\\sect\n");
+    }
+}
+
+void RtfWriter::closePageSpan()
+{
+    startSectionIfNeeded();
+}
+
+void RtfWriter::openHeaderOrFooter(const RVNGPropertyList &propList, bool footer)
+{
+    output.setAside();
+    const std::optional<std::string> group = sections.headerGroup(propList, footer);
+    if (!group) {
+        enter(Container::Kind::ignored);
+        return;
+    }
+    output.raw("{");
+    output.word(*group);
+    enter(Container::Kind::header);
+}
+
+void RtfWriter::closeHeaderOrFooter()
+{
+    const bool ignored = container().kind == Container::Kind::ignored;
+    leave();
+    if (!ignored)
+        output.raw("}");
+    const std::string group = output.takeAside();
+    if (!ignored && !sections.addHeader(group))
+        output.raw(group + "\n");
+}
+
+void RtfWriter::beginParagraph(const RVNGPropertyList &propList, const std::string &listWords,
+                               const std::string &label)
+{
+    if (container().paragraphOpen)
+        closeParagraph();
+    startSectionIfNeeded();
+    endOwedParagraph();
+    Container &here = container();
+    here.afterTable = false;
+    here.paragraphOpen = true;
+    here.anyParagraph = true;
+    output.word("\\pard\\plain");
+    if (here.kind == Container::Kind::cell)
+        output.word("\\intbl");
+    output.word(listWords);
+    output.word(RtfFormat::paragraph(propList, palette));
+    if (here.noteMark) {
+        here.noteMark = false;
+        output.raw("{");
+        output.word("\\super\\chftn");
+        output.raw("}");
+    }
+    if (!label.empty()) {
+        output.raw("{");
+        output.word("\\listtext");
+        output.text(RtfText::escape(label));
+        output.word("\\tab");
+        output.raw("}");
+    }
+}
+
+void RtfWriter::ensureParagraph()
+{
+    if (!container().paragraphOpen)
+        beginParagraph({}, {}, {});
+}
+
+void RtfWriter::closeParagraph()
+{
+    while (container().links > 0)
+        closeLink();
+    if (container().spanOpen)
+        closeSpan();
+    if (!container().paragraphOpen)
+        return;
+    container().paragraphOpen = false;
+    container().paragraphEnded = true;
+}
+
+void RtfWriter::openSpan(const RVNGPropertyList &propList)
+{
+    ensureParagraph();
+    if (container().spanOpen)
+        closeSpan();
+    container().spanOpen = true;
+    container().spanLinks = container().links;
+    output.raw("{");
+    output.word(RtfFormat::character(propList, palette));
+}
+
+void RtfWriter::closeSpan()
+{
+    if (!container().spanOpen)
+        return;
+    // A link opened inside the span ends with it, so the groups stay nested.
+    while (container().links > container().spanLinks)
+        closeLink();
+    container().spanOpen = false;
+    output.raw("}");
+}
+
+void RtfWriter::openLink(const RVNGPropertyList &propList)
+{
+    ensureParagraph();
+    std::string target;
+    for (const char c : Units::text(propList, "xlink:href").value_or(""))
+        target += c == '"' ? std::string("%22") : c == '\\' ? std::string("%5C") : std::string(1, c);
+    output.raw("{");
+    output.word("\\field");
+    output.raw("{");
+    output.word("\\*\\fldinst");
+    output.raw("{");
+    output.text(RtfText::escape("HYPERLINK \"" + target + "\""));
+    output.raw("}}{");
+    output.word("\\fldrslt");
+    output.raw("{");
+    ++container().links;
+}
+
+void RtfWriter::closeLink()
+{
+    if (container().links == 0)
+        return;
+    if (container().spanOpen && container().spanLinks == container().links)
+        closeSpan();
+    --container().links;
+    output.raw("}}}");
+}
+
+void RtfWriter::insertTab()
+{
+    ensureParagraph();
+    output.word("\\tab");
+}
+
+void RtfWriter::insertSpace()
+{
+    ensureParagraph();
+    output.documentText(" ");
+}
+
+void RtfWriter::insertText(const librevenge::RVNGString &text)
+{
+    ensureParagraph();
+    output.documentText(std::string_view(text.cstr(), static_cast<std::size_t>(text.size())));
+}
+
+void RtfWriter::insertLineBreak()
+{
+    ensureParagraph();
+    output.word("\\line");
+}
+
+void RtfWriter::insertField(const RVNGPropertyList &propList)
+{
+    ensureParagraph();
+    output.raw(RtfFormat::field(Units::text(propList, "librevenge:field-type").value_or("")));
+}
+
+void RtfWriter::startListLevel(const RVNGPropertyList &propList, bool ordered)
+{
+    numbering.openLevel(propList, ordered);
+    if (numbering.depth() == 1 || currentList == 0)
+        currentList = lists.beginList();
+    const double labelWidth = Units::inches(propList, "text:min-label-width").value_or(0.25);
+    const double indent =
+        Units::inches(propList, "text:space-before").value_or(0.25 * (numbering.depth() - 1));
+    lists.defineLevel(currentList, numbering.depth() - 1, numbering.innermost(), indent, labelWidth);
+}
+
+void RtfWriter::endListLevel()
+{
+    numbering.closeLevel();
+    if (numbering.depth() == 0)
+        currentList = 0;
+}
+
+void RtfWriter::openListElement(const RVNGPropertyList &propList)
+{
+    if (numbering.depth() == 0) {
+        beginParagraph(propList, {}, {});
+        return;
+    }
+    if (const auto restart = Units::integer(propList, "text:start-value")) {
+        numbering.restartAt(*restart);
+        currentList = lists.restart(currentList, numbering.depth() - 1, *restart);
+    }
+    const std::string label = numbering.nextLabel();
+    beginParagraph(propList,
+                   "\\ls" + std::to_string(currentList) + "\\ilvl" +
+                       std::to_string(std::min(8, numbering.depth() - 1)),
+                   label);
+}
+
+void RtfWriter::openNote(bool endnote)
+{
+    ensureParagraph();
+    anyEndnote = anyEndnote || endnote;
+    output.raw("{");
+    output.word("\\super\\chftn");
+    output.raw("}{");
+    output.word(endnote ? "\\footnote\\ftnalt" : "\\footnote");
+    enter(Container::Kind::note);
+}
+
+void RtfWriter::closeNote()
+{
+    leave();
+    output.raw("}");
+}
+
+void RtfWriter::openComment(const RVNGPropertyList &)
+{
+    // Annotations have no place in classic RTF; their text is left out.
+    output.setAside();
+    enter(Container::Kind::ignored);
+}
+
+void RtfWriter::closeComment()
+{
+    leave();
+    output.takeAside();
+}
+
+void RtfWriter::openTextBox(const RVNGPropertyList &)
+{
+    ensureParagraph();
+    output.raw(RtfPicture::textBoxOpening(frame));
+    enter(Container::Kind::textBox);
+}
+
+void RtfWriter::closeTextBox()
+{
+    leave();
+    output.raw("}}}");
+}
+
+void RtfWriter::insertBinaryObject(const RVNGPropertyList &propList)
+{
+    const std::string picture = RtfPicture::group(propList, frame);
+    if (picture.empty())
+        return;
+    ensureParagraph();
+    output.raw(picture);
+}
+
+void RtfWriter::openTable(const RVNGPropertyList &propList)
+{
+    // RTF nests tables only through a flat ignorable group that the classic
+    // rewriting removes, so a table inside a cell becomes that cell's paragraphs.
+    if (!tables.empty() && container().kind == Container::Kind::cell) {
+        ++flattenedTables;
+        return;
+    }
+    if (flattenedTables > 0) {
+        ++flattenedTables;
+        return;
+    }
+    if (container().paragraphOpen)
+        closeParagraph();
+    startSectionIfNeeded();
+    endOwedParagraph();
+    if (container().afterTable) {
+        // Rows that follow rows are one table to every RTF reader; only a
+        // paragraph keeps two tables apart. A one-point one keeps the page as it was.
+        output.word("\\pard\\plain\\fs2\\sl-20\\slmult0\\par");
+        output.raw("\n");
+    }
+    tables.push_back(std::make_unique<RtfTable>(propList));
+}
+
+void RtfWriter::openTableRow(const RVNGPropertyList &propList)
+{
+    if (flattenedTables > 0 || tables.empty())
+        return;
+    tables.back()->beginRow(propList);
+    output.setAside();
+}
+
+void RtfWriter::openTableCell(const RVNGPropertyList &propList)
+{
+    if (flattenedTables > 0 || tables.empty())
+        return;
+    tables.back()->addCell(propList, palette);
+    enter(Container::Kind::cell);
+}
+
+void RtfWriter::closeTableCell()
+{
+    if (flattenedTables > 0 || tables.empty() || container().kind != Container::Kind::cell)
+        return;
+    const bool empty = !container().anyParagraph;
+    leave();
+    if (empty)
+        output.word("\\pard\\plain\\intbl");
+    output.word("\\cell");
+    output.raw("\n");
+}
+
+void RtfWriter::insertCoveredTableCell(const RVNGPropertyList &propList)
+{
+    if (flattenedTables > 0 || tables.empty())
+        return;
+    if (tables.back()->addCoveredCell(propList)) {
+        output.word("\\pard\\plain\\intbl\\cell");
+        output.raw("\n");
+    }
+}
+
+void RtfWriter::closeTableRow()
+{
+    if (flattenedTables > 0 || tables.empty() || !output.isAside())
+        return;
+    const std::string content = output.takeAside();
+    output.word(tables.back()->rowDefinition());
+    output.raw("\n" + content);
+    output.word("\\row");
+    output.raw("\n");
+}
+
+void RtfWriter::closeTable()
+{
+    if (flattenedTables > 0) {
+        --flattenedTables;
+        return;
+    }
+    if (!tables.empty())
+        tables.pop_back();
+    container().afterTable = true;
+}
+
+void RtfWriter::closeContainer()
+{
+    switch (container().kind) {
+    case Container::Kind::note:
+        closeNote();
+        break;
+    case Container::Kind::header:
+    case Container::Kind::ignored:
+        closeHeaderOrFooter();
+        break;
+    case Container::Kind::textBox:
+        closeTextBox();
+        break;
+    case Container::Kind::cell:
+        closeTableCell();
+        break;
+    case Container::Kind::body:
+        break;
+    }
+}
+
+void RtfWriter::endDocument()
+{
+    // A stream that left things open still gives a well-formed document.
+    while (containers.size() > 1 || !tables.empty() || flattenedTables > 0) {
+        if (containers.size() > 1 && container().kind != Container::Kind::cell) {
+            closeContainer();
+            continue;
+        }
+        if (containers.size() > 1)
+            closeTableCell();
+        if (!tables.empty() && output.isAside())
+            closeTableRow();
+        closeTable();
+    }
+    while (output.isAside())
+        output.raw(output.takeAside());
+    closeParagraph();
+    startSectionIfNeeded();
+    // Every paragraph of the text ends in \par, the last one too: readers
+    // drop a final paragraph that is empty and unterminated.
+    endOwedParagraph();
+
+    document = "{\\rtf1\\ansi\\ansicpg1252\\deff0\\uc1";
+    document += anyEndnote ? "\\fet2\n" : "\n";
+    document += palette.fontTable() + "\n" + palette.colourTable() + "\n" + lists.tables();
+    if (!metadata.empty())
+        document += "{\\info" + metadata + "}\n";
+    document += sections.documentWords() + "\n";
+    document += output.written();
+    document += "}\n";
+}
+
+} // namespace richtext

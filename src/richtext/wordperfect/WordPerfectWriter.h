@@ -1,0 +1,221 @@
+#pragma once
+
+#include "richtext/ListNumbering.h"
+
+#include <librevenge/librevenge.h>
+
+#include <cstdint>
+#include <memory>
+#include <string>
+#include <vector>
+
+namespace richtext::wordperfect {
+
+// WordPerfect attribute numbers, the same in 5.1 and 6.
+enum Attribute : int {
+    superscript = 5, subscript = 6, outline = 7, italic = 8, shadow = 9,
+    doubleUnderline = 0x0B, bold = 0x0C, strikeout = 0x0D, underline = 0x0E, smallCaps = 0x0F,
+};
+
+struct CharacterFormat {
+    std::uint32_t attributes = 0; // bit n = attribute n
+    std::string font;             // empty: not chosen yet
+    int size = 0;                 // 1/50 point; 0: not chosen yet
+    std::uint32_t colour = 0;     // 0xRRGGBB
+    bool operator==(const CharacterFormat &) const = default;
+};
+
+struct TabStop {
+    int position = 0; // WPU from the left margin
+    int kind = 0;     // 0 left, 1 centre, 2 right, 3 decimal
+    bool operator==(const TabStop &) const = default;
+};
+
+struct ParagraphFormat {
+    int justification = 0; // 0 left, 1 full, 2 centre, 3 right
+    int leftIndent = 0;    // WPU, from the page margin
+    int rightIndent = 0;
+    int firstLine = 0;     // WPU, relative to leftIndent
+    int lineSpacing = 0x10000; // 16.16
+    std::vector<TabStop> tabs;
+    bool operator==(const ParagraphFormat &) const = default;
+};
+
+struct PageSetup {
+    int width = 10200, height = 13200;   // WPU (US Letter)
+    int top = 1200, bottom = 1200, left = 1200, right = 1200;
+};
+
+struct CellShape {
+    int column = 0;
+    int columnSpan = 1;
+    int rowSpan = 1;
+    bool coveredFromAbove = false;
+    int borders = 0; // bit 0 left, 1 right, 2 top, 3 bottom: lines are drawn
+};
+
+// librevenge's text callbacks written as a WordPerfect document. Everything is buffered; the file
+// is complete after endDocument(), when the prefix (font lists, note bodies) is known.
+class WordPerfectWriter : public librevenge::RVNGTextInterface {
+public:
+    enum class Version { wp5, wp6 };
+    static std::unique_ptr<WordPerfectWriter> create(Version version);
+    ~WordPerfectWriter() override;
+
+    // The whole file; empty before endDocument().
+    const std::string &fileBytes() const { return file; }
+    // Characters that no WordPerfect set holds, written as the substitute '?'.
+    int substitutedCharacters() const { return substituted; }
+    int droppedImages() const { return images; }
+
+    void setDocumentMetaData(const librevenge::RVNGPropertyList &propList) override;
+    void startDocument(const librevenge::RVNGPropertyList &) override {}
+    void endDocument() override;
+    void definePageStyle(const librevenge::RVNGPropertyList &) override {}
+    void defineEmbeddedFont(const librevenge::RVNGPropertyList &) override {}
+    void openPageSpan(const librevenge::RVNGPropertyList &propList) override;
+    void closePageSpan() override {}
+    void openHeader(const librevenge::RVNGPropertyList &propList) override;
+    void closeHeader() override;
+    void openFooter(const librevenge::RVNGPropertyList &propList) override;
+    void closeFooter() override;
+    void defineParagraphStyle(const librevenge::RVNGPropertyList &) override {}
+    void openParagraph(const librevenge::RVNGPropertyList &propList) override;
+    void closeParagraph() override;
+    void defineCharacterStyle(const librevenge::RVNGPropertyList &) override {}
+    void openSpan(const librevenge::RVNGPropertyList &propList) override;
+    void closeSpan() override;
+    void openLink(const librevenge::RVNGPropertyList &) override {}
+    void closeLink() override {}
+    void defineSectionStyle(const librevenge::RVNGPropertyList &) override {}
+    void openSection(const librevenge::RVNGPropertyList &) override {}
+    void closeSection() override {}
+    void insertTab() override;
+    void insertSpace() override;
+    void insertText(const librevenge::RVNGString &text) override;
+    void insertLineBreak() override;
+    void insertField(const librevenge::RVNGPropertyList &propList) override;
+    void openOrderedListLevel(const librevenge::RVNGPropertyList &propList) override;
+    void openUnorderedListLevel(const librevenge::RVNGPropertyList &propList) override;
+    void closeOrderedListLevel() override;
+    void closeUnorderedListLevel() override;
+    void openListElement(const librevenge::RVNGPropertyList &propList) override;
+    void closeListElement() override { closeParagraph(); }
+    void openFootnote(const librevenge::RVNGPropertyList &propList) override;
+    void closeFootnote() override;
+    void openEndnote(const librevenge::RVNGPropertyList &propList) override;
+    void closeEndnote() override;
+    void openComment(const librevenge::RVNGPropertyList &) override;
+    void closeComment() override;
+    void openTextBox(const librevenge::RVNGPropertyList &) override;
+    void closeTextBox() override;
+    void openTable(const librevenge::RVNGPropertyList &propList) override;
+    void openTableRow(const librevenge::RVNGPropertyList &propList) override;
+    void closeTableRow() override {}
+    void openTableCell(const librevenge::RVNGPropertyList &propList) override;
+    void closeTableCell() override;
+    void insertCoveredTableCell(const librevenge::RVNGPropertyList &propList) override;
+    void closeTable() override;
+    void openFrame(const librevenge::RVNGPropertyList &) override {}
+    void closeFrame() override {}
+    void insertBinaryObject(const librevenge::RVNGPropertyList &) override { ++images; }
+    void insertEquation(const librevenge::RVNGPropertyList &) override {}
+    void openGroup(const librevenge::RVNGPropertyList &) override {}
+    void closeGroup() override {}
+    void defineGraphicStyle(const librevenge::RVNGPropertyList &) override {}
+    void drawRectangle(const librevenge::RVNGPropertyList &) override {}
+    void drawEllipse(const librevenge::RVNGPropertyList &) override {}
+    void drawPolygon(const librevenge::RVNGPropertyList &) override {}
+    void drawPolyline(const librevenge::RVNGPropertyList &) override {}
+    void drawPath(const librevenge::RVNGPropertyList &) override {}
+    void drawConnector(const librevenge::RVNGPropertyList &) override {}
+
+protected:
+    WordPerfectWriter();
+
+    // The bytes of the text being written now: the document, or a note, header or footer body.
+    std::string &out() { return streams.back().bytes; }
+    const PageSetup &pageSetup() const { return page; }
+    // Writing a note, header or footer body rather than the document's own text.
+    bool inSubDocument() const { return streams.back().subDocument; }
+    const std::string &title() const { return documentTitle; }
+    const std::string &author() const { return documentAuthor; }
+
+    // What each version writes; every one appends to out().
+    virtual void writeAscii(char c) = 0; // 0x21..0x7E
+    virtual void writeSpace() = 0;
+    virtual bool writeCharacter(std::u32string_view text, std::size_t &used) = 0; // false: no pair
+    virtual void writeHardReturn() = 0;
+    virtual void writeLineBreak() = 0;
+    virtual void writePageBreak() = 0;
+    virtual void writeTab() = 0;
+    virtual void writeAttribute(int attribute, bool on) = 0;
+    virtual void writeFont(const CharacterFormat &format) = 0;
+    virtual void writeColour(std::uint32_t rgb) = 0;
+    virtual void writeParagraphFormat(const ParagraphFormat &from, const ParagraphFormat &to) = 0;
+    virtual void writePageSetup() = 0;
+    virtual void writeTableStart(const std::vector<int> &widths) = 0;
+    virtual void writeCell(const CellShape &cell, bool firstInRow) = 0;
+    virtual void writeTableEnd() = 0;
+    virtual void writeNote(bool endnote, int number, const std::string &body) = 0;
+    virtual void writeHeaderFooter(bool footer, const std::string &occurrence, const std::string &body) = 0;
+    virtual void writePageNumber() = 0;
+    virtual std::string assemble(const std::string &document) = 0;
+
+private:
+    struct Stream {
+        std::string bytes;
+        CharacterFormat written;   // what the codes so far leave in force
+        CharacterFormat wanted;    // what the next text should have
+        ParagraphFormat paragraph; // in force
+        int pendingReturns = 0;    // paragraph ends not yet written
+        bool started = false;      // anything written yet
+        bool subDocument = false;  // a note, header or footer body
+        std::vector<std::string> boxes; // text boxes anchored in the open paragraph
+    };
+    struct OpenTable {
+        std::vector<int> widths; // WPU per column
+        int row = -1;
+        int column = 0;
+        int horizontalCover = 0;
+        bool firstInRow = true;
+        bool degraded = false; // nested: written as tab-separated paragraphs
+    };
+
+    void startParagraph(const librevenge::RVNGPropertyList &propList, const std::string &label);
+    void flushReturns();
+    void applyCharacterFormat();
+    void closeAttributes();
+    void resetParagraphFormat();
+    void openListLevel(const librevenge::RVNGPropertyList &propList, bool ordered);
+    void closeListLevel();
+    void endContainer();
+    void pushStream(bool subDocument);
+    std::string popStream();
+    void openNote(bool endnote);
+    void closeNote(bool endnote);
+    void openHeaderFooter(const librevenge::RVNGPropertyList &propList, bool footer);
+    void closeHeaderFooter(bool footer);
+    void text(std::u32string_view text);
+    void beginCell(const CellShape &cell);
+    void endCell();
+
+    std::vector<Stream> streams;
+    std::vector<OpenTable> tables;
+    std::vector<std::string> headerOccurrence;
+    ListNumbering numbering;
+    std::vector<std::pair<int, int>> listIndents; // per open level: text indent and label width, WPU
+    PageSetup page;
+    bool pageSetupKnown = false;
+    int footnotes = 0;
+    int endnotes = 0;
+    int hidden = 0; // inside a comment: nothing is written
+    int boxDepth = 0;
+    int substituted = 0;
+    int images = 0;
+    std::string documentTitle;
+    std::string documentAuthor;
+    std::string file;
+};
+
+} // namespace richtext::wordperfect

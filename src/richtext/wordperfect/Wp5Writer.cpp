@@ -1,0 +1,282 @@
+#include "Wp5Writer.h"
+
+#include "Bytes.h"
+#include "CharacterMap.h"
+
+#include <algorithm>
+
+namespace richtext::wordperfect {
+
+namespace {
+
+constexpr int fontRecordSize = 86;
+
+// Font names in the 5.1 pool are single bytes: Latin-1, anything else '?'.
+std::string latin1(const std::string &utf8)
+{
+    std::string out;
+    for (char32_t c : CharacterMap::decodeUtf8(utf8))
+        out += c > 0 && c < 0x100 ? static_cast<char>(c) : '?';
+    return out;
+}
+
+struct IndexedPacket {
+    int type;
+    std::string data;
+};
+
+} // namespace
+
+void Wp5Writer::function(int code, int sub, const std::string &data)
+{
+    std::string &o = out();
+    const unsigned length = static_cast<unsigned>(data.size()) + 4;
+    put8(o, code);
+    put8(o, sub);
+    put16(o, length);
+    o += data;
+    put16(o, length);
+    put8(o, sub);
+    put8(o, code);
+}
+
+void Wp5Writer::fixed(int code, const std::string &data)
+{
+    std::string &o = out();
+    put8(o, code);
+    o += data;
+    put8(o, code);
+}
+
+void Wp5Writer::writeAscii(char c) { out() += c; }
+void Wp5Writer::writeSpace() { out() += ' '; }
+
+bool Wp5Writer::writeCharacter(std::u32string_view text, std::size_t &used)
+{
+    const auto match = CharacterMap::wp5().find(text);
+    if (!match)
+        return false;
+    std::string data;
+    put8(data, match->number); // number first, then the set: the reverse of WordPerfect 6
+    put8(data, match->set);
+    fixed(0xC0, data);
+    used = match->length;
+    return true;
+}
+
+void Wp5Writer::writeHardReturn() { put8(out(), 0x0A); }
+// 5.1 has no line break inside a paragraph: a hard return is what its users typed.
+void Wp5Writer::writeLineBreak() { put8(out(), 0x0A); }
+void Wp5Writer::writePageBreak() { put8(out(), 0x0C); }
+
+void Wp5Writer::writeTab()
+{
+    fixed(0xC1, std::string(7, '\0')); // left tab; WordPerfect recomputes the positions
+}
+
+void Wp5Writer::writeAttribute(int attribute, bool on)
+{
+    std::string data;
+    put8(data, attribute);
+    fixed(on ? 0xC3 : 0xC4, data);
+}
+
+int Wp5Writer::fontNumber(const CharacterFormat &format)
+{
+    auto found = fontNumbers.find(format.font);
+    if (found == fontNumbers.end()) {
+        fonts.emplace_back(format.font, format.size);
+        found = fontNumbers.emplace(format.font, static_cast<int>(fonts.size()) - 1).first;
+    }
+    return found->second;
+}
+
+void Wp5Writer::writeFont(const CharacterFormat &format)
+{
+    std::string data(30, '\0');
+    data[25] = static_cast<char>(fontNumber(format));
+    data[28] = static_cast<char>(format.size & 0xFF);
+    data[29] = static_cast<char>((format.size >> 8) & 0xFF);
+    function(0xD1, 0x01, data);
+}
+
+void Wp5Writer::writeColour(std::uint32_t rgb)
+{
+    std::string data(3, '\0');
+    put8(data, rgb >> 16);
+    put8(data, rgb >> 8);
+    put8(data, rgb);
+    function(0xD1, 0x00, data);
+}
+
+void Wp5Writer::writeParagraphFormat(const ParagraphFormat &from, const ParagraphFormat &to)
+{
+    std::string data;
+    if (from.justification != to.justification) {
+        put8(data, from.justification);
+        put8(data, to.justification);
+        function(0xD0, 0x06, data);
+    }
+    if (from.lineSpacing != to.lineSpacing) {
+        data.clear();
+        put16(data, static_cast<unsigned>(from.lineSpacing >> 8)); // 8.8 fixed point
+        put16(data, static_cast<unsigned>(to.lineSpacing >> 8));
+        function(0xD0, 0x02, data);
+    }
+    // libwpd loses a header's or note's whole text when it holds a margin code, so indents stay
+    // in the document's own text.
+    if ((from.leftIndent != to.leftIndent || from.rightIndent != to.rightIndent) && !inSubDocument()) {
+        // 5.1 indents whole paragraphs by moving the margins, which are measured from the page edge.
+        const PageSetup &page = pageSetup();
+        data.clear();
+        put16(data, static_cast<unsigned>(std::max(0, page.left + from.leftIndent)));
+        put16(data, static_cast<unsigned>(std::max(0, page.right + from.rightIndent)));
+        put16(data, static_cast<unsigned>(std::max(0, page.left + to.leftIndent)));
+        put16(data, static_cast<unsigned>(std::max(0, page.right + to.rightIndent)));
+        function(0xD0, 0x01, data);
+    }
+}
+
+void Wp5Writer::writePageSetup()
+{
+    const PageSetup &page = pageSetup();
+    std::string data;
+    put16(data, 1200);
+    put16(data, 1200);
+    put16(data, page.left);
+    put16(data, page.right);
+    function(0xD0, 0x01, data);
+    data.clear();
+    put16(data, 1200);
+    put16(data, 1200);
+    put16(data, page.top);
+    put16(data, page.bottom);
+    function(0xD0, 0x05, data);
+}
+
+void Wp5Writer::writeTableStart(const std::vector<int> &widths)
+{
+    const std::size_t columns = std::min<std::size_t>(widths.size(), 32);
+    std::string data(24, '\0'); // the previous definition: none
+    put8(data, 0);              // flags: table at the left margin
+    put8(data, 0);
+    put16(data, static_cast<unsigned>(columns));
+    data.append(4, '\0');
+    put16(data, 0x53); // gutters: 0.07 in, as WordPerfect sets them
+    put16(data, 0x53);
+    data.append(10, '\0');
+    put16(data, 0); // left offset
+    for (std::size_t i = 0; i < columns; ++i)
+        put16(data, static_cast<unsigned>(std::max(1, widths[i])));
+    for (std::size_t i = 0; i < columns; ++i)
+        put16(data, 0);
+    for (std::size_t i = 0; i < columns; ++i)
+        put8(data, 0);
+    function(0xD2, 0x0B, data);
+}
+
+void Wp5Writer::writeCell(const CellShape &cell, bool firstInRow)
+{
+    if (firstInRow)
+        function(0xDC, 0x01, {});
+    std::string data;
+    put8(data, 0);
+    put8(data, std::min(cell.column, 31));
+    put8(data, cell.coveredFromAbove ? 0x81 : std::min(cell.columnSpan, 32));
+    put8(data, cell.coveredFromAbove ? 1 : std::min(cell.rowSpan, 127));
+    data.append(4, '\0');
+    put16(data, 0);
+    put8(data, 0);
+    function(0xDC, 0x00, data);
+}
+
+void Wp5Writer::writeTableEnd() { function(0xDC, 0x02, {}); }
+
+void Wp5Writer::writeNote(bool endnote, int number, const std::string &body)
+{
+    std::string data;
+    put8(data, 0);
+    put16(data, static_cast<unsigned>(number));
+    if (endnote) {
+        data.append(4, '\0');
+    } else {
+        put8(data, 0);          // no continuation pages
+        data.append(2, '\0');   // line count on the one page
+        data.append(9, '\0');
+    }
+    data += body;
+    function(0xD6, endnote ? 0x01 : 0x00, data);
+}
+
+void Wp5Writer::writeHeaderFooter(bool footer, const std::string &occurrence, const std::string &body)
+{
+    std::string data(7, '\0');
+    put8(data, occurrence == "odd" ? 2 : occurrence == "even" ? 4 : 1);
+    data.append(10, '\0');
+    // libwpd takes a header without a body for no header at all; an empty one is one empty line.
+    data += body.empty() ? std::string(1, '\x0A') : body;
+    function(0xD5, (footer ? 2 : 0) + (occurrence == "even" ? 1 : 0), data);
+}
+
+// ^B is 5.1's page number in a header or footer; libwpd reads it as nothing.
+void Wp5Writer::writePageNumber() { put8(out(), 0x02); }
+
+std::string Wp5Writer::assemble(const std::string &document)
+{
+    if (fonts.empty())
+        fonts.emplace_back("Times New Roman", 600);
+    std::string pool;
+    std::string list;
+    for (const auto &[name, size] : fonts) {
+        std::string record(fontRecordSize, '\0');
+        record[18] = static_cast<char>(pool.size() & 0xFF);
+        record[19] = static_cast<char>((pool.size() >> 8) & 0xFF);
+        record[47] = static_cast<char>(size & 0xFF);
+        record[48] = static_cast<char>((size >> 8) & 0xFF);
+        record[49] = 0x50; // proportional
+        list += record;
+        pool += latin1(name);
+        pool += '\0';
+    }
+    // Document flags as real files carry them: needs formatting, quality, redline '|', screen width.
+    const unsigned char flags[] = {0x08, 0x33, 0x7C, 0x00, 0x78, 0x00, 0x00, 0x00,
+                                   0x01, 0x00, 0x00, 0x00, 0x00, 0x00, 0x00, 0x00};
+    std::string graphics;
+    put16(graphics, 0);
+    const IndexedPacket packets[] = {
+        {0x06, std::string(reinterpret_cast<const char *>(flags), sizeof flags)},
+        {0x07, pool},
+        {0x0F, list},
+        {0x08, graphics},
+    };
+
+    std::string file = "\xFFWPC";
+    const std::uint32_t blockAt = 16;
+    std::uint32_t at = blockAt + 50;
+    std::uint32_t documentAt = at;
+    for (const IndexedPacket &packet : packets)
+        documentAt += static_cast<std::uint32_t>(packet.data.size());
+    put32(file, documentAt);
+    put8(file, 1);    // WordPerfect
+    put8(file, 0x0A); // document
+    put8(file, 0);    // 5.x
+    put8(file, 1);    // 5.1
+    put16(file, 0);   // not encrypted
+    put16(file, 0);
+    put16(file, 0xFFFB);
+    put16(file, 5);
+    put16(file, 50);
+    put32(file, 0); // no further block
+    for (const IndexedPacket &packet : packets) {
+        put16(file, static_cast<unsigned>(packet.type));
+        put32(file, static_cast<std::uint32_t>(packet.data.size()));
+        put32(file, at);
+        at += static_cast<std::uint32_t>(packet.data.size());
+    }
+    for (const IndexedPacket &packet : packets)
+        file += packet.data;
+    file += document;
+    return file;
+}
+
+} // namespace richtext::wordperfect

@@ -1,0 +1,43 @@
+#pragma once
+
+#include "WordPerfectWriter.h"
+
+#include <map>
+
+namespace richtext::wordperfect {
+
+// WordPerfect 5.1 for DOS: the 16-byte prefix, one index block (document flags, font-name pool,
+// fonts used, graphics count), then the document area, where note and header bodies sit inline.
+class Wp5Writer : public WordPerfectWriter {
+protected:
+    void writeAscii(char c) override;
+    void writeSpace() override;
+    bool writeCharacter(std::u32string_view text, std::size_t &used) override;
+    void writeHardReturn() override;
+    void writeLineBreak() override;
+    void writePageBreak() override;
+    void writeTab() override;
+    void writeAttribute(int attribute, bool on) override;
+    void writeFont(const CharacterFormat &format) override;
+    void writeColour(std::uint32_t rgb) override;
+    void writeParagraphFormat(const ParagraphFormat &from, const ParagraphFormat &to) override;
+    void writePageSetup() override;
+    void writeTableStart(const std::vector<int> &widths) override;
+    void writeCell(const CellShape &cell, bool firstInRow) override;
+    void writeTableEnd() override;
+    void writeNote(bool endnote, int number, const std::string &body) override;
+    void writeHeaderFooter(bool footer, const std::string &occurrence, const std::string &body) override;
+    void writePageNumber() override;
+    std::string assemble(const std::string &document) override;
+
+private:
+    // A variable-length function: code, sub, length, data, length, sub, code (length = data + 4).
+    void function(int code, int sub, const std::string &data);
+    void fixed(int code, const std::string &data);
+    int fontNumber(const CharacterFormat &format);
+
+    std::vector<std::pair<std::string, int>> fonts; // name and size of each font-list record
+    std::map<std::string, int> fontNumbers;
+};
+
+} // namespace richtext::wordperfect

@@ -1,0 +1,375 @@
+#include "Wp6Writer.h"
+
+#include "Bytes.h"
+#include "CharacterMap.h"
+
+namespace richtext::wordperfect {
+
+namespace {
+
+// Known metrics and classification of the faces real WordPerfect describes most; any other
+// TrueType face gets the serif values, which only guide WordPerfect's substitution.
+struct FaceData {
+    const char *name;
+    unsigned metrics[5];
+    unsigned family;
+    unsigned general;
+    unsigned classification;
+};
+constexpr FaceData serifFace{"Times New Roman", {40, 7894, 4035, 2105, 0}, 0x0911, 0x1B, 1};
+constexpr FaceData sansFace{"Arial", {44, 8070, 4210, 1929, 0}, 0x4116, 0x17, 8};
+
+bool looksSans(const std::string &name)
+{
+    for (const char *word : {"Arial", "Helvetica", "Sans", "Liberation Sans", "Verdana", "Tahoma", "Calibri"}) {
+        if (name.find(word) != std::string::npos)
+            return true;
+    }
+    return false;
+}
+
+// A WordPerfect 6 string: one word per character, low byte the number, high byte the set.
+void putWpString(std::string &out, std::u32string_view text)
+{
+    for (std::size_t i = 0; i < text.size();) {
+        const char32_t c = text[i];
+        if (c < 0x80) {
+            put16(out, c);
+            ++i;
+        } else if (const auto match = CharacterMap::wp6().find(text.substr(i))) {
+            put16(out, (match->set << 8) | match->number);
+            i += match->length;
+        } else {
+            put16(out, '?');
+            ++i;
+        }
+    }
+}
+
+std::string fontDescriptor(const std::string &name)
+{
+    const FaceData &face = looksSans(name) ? sansFace : serifFace;
+    std::string data;
+    for (unsigned metric : face.metrics)
+        put16(data, metric);
+    put16(data, face.family);
+    put8(data, 0);    // scripting system
+    put8(data, 0);    // primary character set
+    put8(data, 0);    // width
+    put8(data, 0x5A); // weight: regular
+    put8(data, 0);    // attributes
+    put8(data, face.general);
+    put8(data, face.classification);
+    put8(data, 0);    // fill
+    put8(data, 0x8B); // TrueType
+    put8(data, 0x14); // described by the .DRS
+    std::string names;
+    putWpString(names, CharacterMap::decodeUtf8(name));
+    put16(names, 0);
+    putWpString(names, U"Regular");
+    put16(names, 0);
+    put16(names, 0); // no prefix
+    put16(names, 0); // no extension
+    put16(data, static_cast<unsigned>(names.size()));
+    return data + names;
+}
+
+} // namespace
+
+void Wp6Writer::function(int code, int sub, const std::string &data, int pid)
+{
+    const unsigned size = 1 + 1 + 2 + 1 + (pid ? 3 : 0) + 2 + static_cast<unsigned>(data.size()) + 2 + 1;
+    std::string &o = out();
+    put8(o, code);
+    put8(o, sub);
+    put16(o, size);
+    put8(o, pid ? 0x80 : 0);
+    if (pid) {
+        put8(o, 1);
+        put16(o, pid);
+    }
+    put16(o, static_cast<unsigned>(data.size()));
+    o += data;
+    put16(o, size);
+    put8(o, code);
+}
+
+int Wp6Writer::addPacket(int type, int flags, std::string data)
+{
+    packets.push_back({type, flags, 0, std::move(data)});
+    return static_cast<int>(packets.size());
+}
+
+int Wp6Writer::fontPid(const std::string &name)
+{
+    auto found = fontPids.find(name);
+    if (found == fontPids.end())
+        found = fontPids.emplace(name, addPacket(0x55, 0x00, fontDescriptor(name))).first;
+    return found->second;
+}
+
+int Wp6Writer::textPacket(const std::string &body)
+{
+    std::string data;
+    put16(data, 1);   // one text block
+    put32(data, 10);  // where it starts, from the packet's start
+    put32(data, static_cast<std::uint32_t>(body.size()));
+    data += body;
+    const int pid = addPacket(0x08, 0x02, std::move(data));
+    packets[pid - 1].uses = 1;
+    return pid;
+}
+
+void Wp6Writer::writeAscii(char c) { out() += c; }
+void Wp6Writer::writeSpace() { put8(out(), 0x80); } // 0x20 would read as a compact accented letter
+
+bool Wp6Writer::writeCharacter(std::u32string_view text, std::size_t &used)
+{
+    const auto match = CharacterMap::wp6().find(text);
+    if (!match)
+        return false;
+    std::string &o = out();
+    put8(o, 0xF0);
+    put8(o, match->number);
+    put8(o, match->set);
+    put8(o, 0xF0);
+    used = match->length;
+    return true;
+}
+
+void Wp6Writer::writeHardReturn() { put8(out(), 0xCC); }
+void Wp6Writer::writePageBreak() { put8(out(), 0xC7); }
+
+void Wp6Writer::writeLineBreak()
+{
+    // A deletable soft end of line marked "does not end the paragraph": WordPerfect's line break.
+    std::string data;
+    put16(data, 0);
+    put8(data, 0x8D);
+    function(0xD0, 0x14, data);
+}
+
+void Wp6Writer::writeTab()
+{
+    std::string data;
+    put16(data, 0xFFFF); // position unknown: WordPerfect computes it from the tab set
+    function(0xE0, 0x11, data);
+}
+
+void Wp6Writer::writeAttribute(int attribute, bool on)
+{
+    std::string &o = out();
+    const int code = on ? 0xF2 : 0xF3;
+    put8(o, code);
+    put8(o, attribute);
+    put8(o, code);
+}
+
+void Wp6Writer::writeFont(const CharacterFormat &format)
+{
+    if (initialFont.empty()) {
+        initialFont = format.font;
+        initialSize = format.size;
+    }
+    const int pid = fontPid(format.font);
+    packets[pid - 1].uses += 2;
+    std::string face;
+    put16(face, 0);
+    put16(face, 0);
+    put16(face, 0);
+    put16(face, format.size);
+    function(0xD4, 0x1A, face, pid);
+    std::string size;
+    put16(size, format.size);
+    function(0xD4, 0x1B, size, pid);
+}
+
+void Wp6Writer::writeColour(std::uint32_t rgb)
+{
+    std::string data;
+    put8(data, rgb >> 16);
+    put8(data, rgb >> 8);
+    put8(data, rgb);
+    put8(data, 100); // shading: full colour
+    function(0xD4, 0x18, data);
+}
+
+void Wp6Writer::writeParagraphFormat(const ParagraphFormat &from, const ParagraphFormat &to)
+{
+    std::string data;
+    if (from.justification != to.justification) {
+        put8(data, to.justification);
+        function(0xD3, 0x05, data);
+    }
+    if (from.lineSpacing != to.lineSpacing) {
+        data.clear();
+        put32(data, static_cast<std::uint32_t>(to.lineSpacing));
+        function(0xD3, 0x01, data);
+    }
+    const std::pair<int, int> margins[] = {{0x0C, to.leftIndent - from.leftIndent}, {0x0D, to.rightIndent - from.rightIndent},
+                                           {0x0B, to.firstLine - from.firstLine}};
+    const int values[] = {to.leftIndent, to.rightIndent, to.firstLine};
+    for (int i = 0; i < 3; ++i) {
+        if (margins[i].second == 0)
+            continue;
+        data.clear();
+        put16(data, static_cast<unsigned>(static_cast<std::int16_t>(values[i])));
+        function(0xD3, margins[i].first, data);
+    }
+    if (from.tabs != to.tabs) {
+        data.clear();
+        put8(data, 1);  // relative to the left margin
+        put16(data, 0); // no adjustment
+        put8(data, static_cast<unsigned>(std::min<std::size_t>(to.tabs.size(), 120)));
+        for (std::size_t i = 0; i < to.tabs.size() && i < 120; ++i) {
+            put8(data, to.tabs[i].kind);
+            put16(data, static_cast<unsigned>(std::max(0, to.tabs[i].position)));
+        }
+        function(0xD3, 0x04, data);
+    }
+}
+
+void Wp6Writer::writePageSetup()
+{
+    const PageSetup &page = pageSetup();
+    std::string data;
+    put16(data, page.top);
+    function(0xD1, 0x00, data);
+    data.clear();
+    put16(data, page.bottom);
+    function(0xD1, 0x01, data);
+    data.clear();
+    put16(data, page.left);
+    function(0xD2, 0x00, data);
+    data.clear();
+    put16(data, page.right);
+    function(0xD2, 0x01, data);
+}
+
+void Wp6Writer::writeTableStart(const std::vector<int> &widths)
+{
+    std::string data;
+    put8(data, 0);  // flags
+    put8(data, 0);  // position: at the left margin
+    put16(data, 0); // left offset
+    function(0xD4, 0x2A, data);
+    for (int width : widths) {
+        data.clear();
+        put8(data, 0);
+        put16(data, static_cast<unsigned>(std::max(1, width)));
+        put16(data, 0x53); // gutters real WordPerfect uses: 0.07 in
+        put16(data, 0x53);
+        put32(data, 0);
+        put8(data, 0);
+        put16(data, 0);
+        put16(data, 0);
+        put8(data, 0);
+        function(0xD4, 0x2C, data);
+    }
+    function(0xD4, 0x2B, {});
+}
+
+void Wp6Writer::writeCell(const CellShape &cell, bool firstInRow)
+{
+    std::string data;
+    put16(data, 0); // no deletable sub-functions
+    if (cell.coveredFromAbove || cell.columnSpan > 1 || cell.rowSpan > 1) {
+        put8(data, 0x85);
+        put8(data, cell.coveredFromAbove ? 0x81 : std::min(cell.columnSpan, 127));
+        put8(data, cell.coveredFromAbove ? 1 : std::min(cell.rowSpan, 127));
+        put8(data, 0x85);
+    }
+    if (cell.borders != 0x0F) {
+        put8(data, 0x8B);
+        put8(data, ~cell.borders & 0x0F); // the bits say which lines are off
+        put8(data, 0x8B);
+    }
+    function(0xD0, firstInRow ? 0x0B : 0x0A, data);
+}
+
+void Wp6Writer::writeTableEnd() { put8(out(), 0xBF); }
+
+void Wp6Writer::writeNote(bool endnote, int, const std::string &body)
+{
+    const int pid = textPacket(body);
+    function(0xD7, endnote ? 0x02 : 0x00, {}, pid);
+    function(0xD7, endnote ? 0x03 : 0x01, {});
+}
+
+void Wp6Writer::writeHeaderFooter(bool footer, const std::string &occurrence, const std::string &body)
+{
+    const int pid = textPacket(body);
+    const bool secondary = occurrence == "even";
+    std::string data;
+    put8(data, occurrence == "odd" ? 1 : occurrence == "even" ? 2 : 3);
+    put8(data, 0);
+    function(0xD6, (footer ? 2 : 0) + (secondary ? 1 : 0), data, pid);
+}
+
+void Wp6Writer::writePageNumber()
+{
+    // Display page number on, the number WordPerfect last laid out (it recomputes it), off.
+    std::string level;
+    put8(level, 0);
+    function(0xDA, 0x04, level);
+    writeAscii('1');
+    function(0xDA, 0x05, {});
+}
+
+std::string Wp6Writer::assemble(const std::string &document)
+{
+    const std::string font = initialFont.empty() ? std::string(serifFace.name) : initialFont;
+    const int descriptor = fontPid(font);
+    packets[descriptor - 1].uses += 1;
+    std::string initial;
+    put16(initial, 1);
+    put16(initial, descriptor);
+    put16(initial, initialSize ? initialSize : 600);
+    addPacket(0x25, 0x09, initial);
+    packets.back().uses = 1;
+    // Document flags as every real file has them; 0x08 asks WordPerfect to reformat on opening.
+    const unsigned char flags[] = {0x08, 0x33, 0x7C, 0x00, 0x78, 0x00, 0x00, 0x02, 0x00,
+                                   0x00, 0x00, 0x00, 0x00, 0x00, 0x03};
+    addPacket(0x02, 0x08, std::string(reinterpret_cast<const char *>(flags), sizeof flags));
+    packets.back().uses = 1;
+
+    const std::uint32_t indexAt = 0x200;
+    const std::uint32_t dataAt = indexAt + 14 * static_cast<std::uint32_t>(packets.size() + 1);
+    std::uint32_t documentAt = dataAt;
+    for (const Packet &packet : packets)
+        documentAt += static_cast<std::uint32_t>(packet.data.size());
+
+    std::string file = "\xFFWPC";
+    put32(file, documentAt);
+    put8(file, 1);    // WordPerfect
+    put8(file, 0x0A); // document
+    put8(file, 2);    // 6.x
+    put8(file, 1);    // 6.1 and later
+    put16(file, 0);   // not encrypted
+    put16(file, indexAt);
+    put16(file, 5);   // extended header
+    put16(file, 0);
+    put32(file, 0);   // file size, set below
+    file.resize(indexAt, '\0');
+    put8(file, 2);
+    put8(file, 0);
+    put16(file, static_cast<unsigned>(packets.size() + 1));
+    file.append(10, '\0');
+    std::uint32_t at = dataAt;
+    for (const Packet &packet : packets) {
+        put8(file, packet.flags);
+        put8(file, packet.type);
+        put16(file, static_cast<unsigned>(packet.uses));
+        put16(file, 0);
+        put32(file, static_cast<std::uint32_t>(packet.data.size()));
+        put32(file, at);
+        at += static_cast<std::uint32_t>(packet.data.size());
+    }
+    for (const Packet &packet : packets)
+        file += packet.data;
+    file += document;
+    patch32(file, 20, static_cast<std::uint32_t>(file.size()));
+    return file;
+}
+
+} // namespace richtext::wordperfect

@@ -1,0 +1,53 @@
+#pragma once
+
+#include "WordPerfectWriter.h"
+
+#include <map>
+
+namespace richtext::wordperfect {
+
+// WordPerfect 6.1 (read by every WordPerfect from 6.1 to X9): the 16-byte prefix and extended
+// header, the index of prefix packets (font descriptors, initial font, note and header bodies,
+// document flags and summary), then the document area.
+class Wp6Writer : public WordPerfectWriter {
+protected:
+    void writeAscii(char c) override;
+    void writeSpace() override;
+    bool writeCharacter(std::u32string_view text, std::size_t &used) override;
+    void writeHardReturn() override;
+    void writeLineBreak() override;
+    void writePageBreak() override;
+    void writeTab() override;
+    void writeAttribute(int attribute, bool on) override;
+    void writeFont(const CharacterFormat &format) override;
+    void writeColour(std::uint32_t rgb) override;
+    void writeParagraphFormat(const ParagraphFormat &from, const ParagraphFormat &to) override;
+    void writePageSetup() override;
+    void writeTableStart(const std::vector<int> &widths) override;
+    void writeCell(const CellShape &cell, bool firstInRow) override;
+    void writeTableEnd() override;
+    void writeNote(bool endnote, int number, const std::string &body) override;
+    void writeHeaderFooter(bool footer, const std::string &occurrence, const std::string &body) override;
+    void writePageNumber() override;
+    std::string assemble(const std::string &document) override;
+
+private:
+    struct Packet {
+        int type;
+        int flags;
+        int uses;
+        std::string data;
+    };
+    // A variable-length function: code, sub, size, flags, [PIDs], non-deletable data, size, code.
+    void function(int code, int sub, const std::string &data, int pid = 0);
+    int addPacket(int type, int flags, std::string data);
+    int fontPid(const std::string &name);
+    int textPacket(const std::string &body);
+
+    std::vector<Packet> packets; // PID = position + 1
+    std::map<std::string, int> fontPids;
+    std::string initialFont;
+    int initialSize = 0;
+};
+
+} // namespace richtext::wordperfect

@@ -1,0 +1,246 @@
+#include "engine/ClassicRTF.h"
+#include "FakeTools.h"
+#include "engine/ConversionError.h"
+#include "engine/Converter.h"
+#include "render/RTFDowngrade.h"
+#include "support/PlatformError.h"
+
+#include "richtext/HtmlReader.h"
+#include "richtext/OdtReader.h"
+#include "richtext/RtfWriter.h"
+
+#include <gtest/gtest.h>
+
+#include <QCoreApplication>
+#include <QThread>
+
+namespace fs = std::filesystem;
+using namespace testing_support;
+
+namespace {
+
+// "Café “quoted” Š ☺ €" with a bold word, as wpd2odt and wpd2html would give it.
+const std::string words = "Caf\xC3\xA9 \xE2\x80\x9Cquoted\xE2\x80\x9D \xC5\xA0 \xE2\x98\xBA \xE2\x82\xAC";
+
+std::string flatOdt()
+{
+    return "<?xml version=\"1.0\" encoding=\"UTF-8\"?><office:document "
+           "xmlns:office=\"urn:oasis:names:tc:opendocument:xmlns:office:1.0\" "
+           "xmlns:style=\"urn:oasis:names:tc:opendocument:xmlns:style:1.0\" "
+           "xmlns:text=\"urn:oasis:names:tc:opendocument:xmlns:text:1.0\" "
+           "xmlns:fo=\"urn:oasis:names:tc:opendocument:xmlns:xsl-fo-compatible:1.0\" office:version=\"1.1\">"
+           "<office:automatic-styles><style:style style:name=\"B\" "
+           "style:family=\"text\"><style:text-properties "
+           "fo:font-weight=\"bold\"/></style:style></office:automatic-styles><office:body><office:text>"
+           "<text:p><text:span text:style-name=\"B\">Bold</text:span> " +
+           words + "</text:p></office:text></office:body></office:document>";
+}
+
+std::string html()
+{
+    return "<!DOCTYPE HTML>\n<html><head><meta http-equiv=\"content-type\" content=\"text/html; "
+           "charset=UTF-8\" >"
+           "<style>\n.span0 {\n font-weight: bold;\n}\n</style></head><body><p><span "
+           "class=\"span0\">Bold</span>\n"
+           "<span>" +
+           words + "</span>\n</p></body></html>";
+}
+
+Decoded decoded(Decoded::Type type)
+{
+    return {type == Decoded::Type::html ? html() : flatOdt(), type};
+}
+
+// What our rich-text library makes of the document before the classic rewriting.
+std::string modernRTF(const Decoded &document)
+{
+    richtext::RtfWriter writer;
+    if (document.type == Decoded::Type::html)
+        richtext::HtmlReader::read(document.data, writer);
+    else
+        richtext::OdtReader::read(document.data, writer);
+    return writer.rtf();
+}
+
+struct Case {
+    Decoded::Type type;
+    RTFCharset charset;
+    std::vector<std::string> contains;
+};
+
+void PrintTo(const Case &c, std::ostream *out)
+{
+    *out << (c.type == Decoded::Type::html ? "HTML" : "ODT") << " in " << rawValue(c.charset);
+}
+
+class WriteClassicRTF : public testing::TestWithParam<Case> {};
+
+TEST_P(WriteClassicRTF, WritesTheDocumentInTheCharset)
+{
+    TempDir dir;
+    const fs::path to = dir / "Letter.rtf";
+    writeFile(to, "an older conversion");
+    const Decoded document = decoded(GetParam().type);
+    Converter::steps::writeClassicRTF(document, GetParam().charset, to);
+    const std::string written = readFile(to);
+    for (const std::string &part : GetParam().contains)
+        EXPECT_NE(written.find(part), std::string::npos) << "no " << part << " in\n" << written;
+    EXPECT_EQ(written, RTFDowngrade::classic(modernRTF(document), GetParam().charset))
+        << "the file is the classic rewriting, byte for byte";
+}
+
+const std::vector<std::string> ansi = {"{\\rtf1\\ansi\\ansicpg1252", "\\b Bold}",
+                                       "Caf\\'e9 \\'93quoted\\'94 \\'8a \\u9786\\'3f \\'80"};
+const std::vector<std::string> mac = {"{\\rtf1\\mac", "\\b Bold}",
+                                      "Caf\\'8e \\'d2quoted\\'d3 \\'3f \\u9786\\'3f \\'db"};
+
+INSTANTIATE_TEST_SUITE_P(ClassicRTF, WriteClassicRTF,
+                         testing::Values(Case{Decoded::Type::openDocumentText, RTFCharset::ansi, ansi},
+                                         Case{Decoded::Type::openDocumentText, RTFCharset::mac, mac},
+                                         Case{Decoded::Type::html, RTFCharset::ansi, ansi},
+                                         Case{Decoded::Type::html, RTFCharset::mac, mac}));
+
+TEST(WriteClassicRTF, MacHoldsNoAnsi)
+{
+    TempDir dir;
+    Converter::steps::writeClassicRTF(decoded(Decoded::Type::openDocumentText), RTFCharset::mac,
+                                      dir / "m.rtf");
+    const std::string written = readFile(dir / "m.rtf");
+    EXPECT_EQ(written.find("\\ansi"), std::string::npos);
+    EXPECT_EQ(written.find("ansicpg"), std::string::npos);
+}
+
+struct Unreadable {
+    const char *why;
+    Decoded document;
+    std::string reason;
+};
+
+void PrintTo(const Unreadable &c, std::ostream *out)
+{
+    *out << c.why;
+}
+
+class UnreadableDocument : public testing::TestWithParam<Unreadable> {};
+
+TEST_P(UnreadableDocument, FailsWithTheReadersWordsAndKeepsTheOldFile)
+{
+    TempDir dir;
+    const fs::path to = dir / "Letter.rtf";
+    writeFile(to, "an older conversion");
+    try {
+        Converter::steps::writeClassicRTF(GetParam().document, RTFCharset::ansi, to);
+        ADD_FAILURE() << "no error";
+    } catch (const PlatformError &error) {
+        EXPECT_NE(std::string(error.what()).find(GetParam().reason), std::string::npos) << error.what();
+    }
+    EXPECT_EQ(readFile(to), "an older conversion");
+}
+
+INSTANTIATE_TEST_SUITE_P(
+    ClassicRTF, UnreadableDocument,
+    testing::Values(Unreadable{"malformed XML",
+                               {"<office:document><unclosed", Decoded::Type::openDocumentText},
+                               "not well-formed XML"},
+                    Unreadable{"not ODT at all",
+                               {"%PDF-1.4", Decoded::Type::openDocumentText},
+                               "neither an OpenDocument package nor OpenDocument XML"},
+                    Unreadable{"a damaged package",
+                               {std::string("PK\x03\x04garbage", 11), Decoded::Type::openDocumentText},
+                               "not a readable zip package"},
+                    Unreadable{"empty HTML", {"  \n", Decoded::Type::html}, "empty"}));
+
+TEST(WriteClassicRTF, AFailedWriteIsThePlatformsError)
+{
+    TempDir dir;
+    try {
+        Converter::steps::writeClassicRTF(decoded(Decoded::Type::openDocumentText), RTFCharset::ansi,
+                                          dir / "missing" / "Letter.rtf");
+        ADD_FAILURE() << "wrote into a missing folder";
+    } catch (const PlatformError &error) {
+        EXPECT_STREQ(error.what(), "No such file or directory");
+    }
+}
+
+// The whole job, with stand-ins for the converters.
+struct Job {
+    std::exception_ptr outcome;
+    int calls = 0;
+    bool onMainThread = false;
+
+    Job(const FakeTools &tools, RTFCharset charset, const fs::path &to)
+    {
+        Converter::perform(JobCase::wpToRTF{tools.work("Letter.wpd"), std::nullopt, charset}, to,
+                           [this](Converter::Outcome result) {
+                               ++calls;
+                               onMainThread =
+                                   QThread::currentThread() == QCoreApplication::instance()->thread();
+                               outcome = result;
+                           });
+        if (!waitUntil([this] { return calls > 0; }))
+            ADD_FAILURE() << "no completion";
+        waitUntil([] { return false; }, 0.1);
+    }
+};
+
+TEST(WordPerfectToRTF, ConvertsThroughWpd2odt)
+{
+    FakeTools tools;
+    writeFile(tools.work("decoded.fodt"), flatOdt());
+    tools.add("wpd2odt", "cat '" + tools.work("decoded.fodt").string() + "'");
+    const fs::path to = tools.work("Letter.rtf");
+    writeFile(to, "older");
+    const Job job(tools, RTFCharset::mac, to);
+    EXPECT_EQ(job.calls, 1);
+    EXPECT_TRUE(job.onMainThread);
+    EXPECT_EQ(job.outcome, nullptr);
+    EXPECT_EQ(readFile(to),
+              RTFDowngrade::classic(modernRTF(decoded(Decoded::Type::openDocumentText)), RTFCharset::mac));
+    EXPECT_EQ(tools.argsOf("wpd2odt"), "--stdout " + tools.work("Letter.wpd").string() + "\n");
+}
+
+TEST(WordPerfectToRTF, FallsBackToWpd2html)
+{
+    FakeTools tools;
+    writeFile(tools.work("decoded.html"), html());
+    tools.add("wpd2odt", "exit 1");
+    tools.add("wpd2html", "cat '" + tools.work("decoded.html").string() + "'");
+    const Job job(tools, RTFCharset::ansi, tools.work("Letter.rtf"));
+    EXPECT_EQ(job.outcome, nullptr);
+    EXPECT_NE(readFile(tools.work("Letter.rtf")).find("Caf\\'e9"), std::string::npos);
+}
+
+TEST(WordPerfectToRTF, PassesFailuresOnAndLeavesTheDestinationAlone)
+{
+    FakeTools tools;
+    const fs::path to = tools.work("Letter.rtf");
+    writeFile(to, "older");
+
+    tools.add("wpd2odt", "exit 1");
+    tools.add("wpd2html", "exit 1");
+    const Job nothing(tools, RTFCharset::ansi, to);
+    ASSERT_TRUE(nothing.outcome);
+    try {
+        std::rethrow_exception(nothing.outcome);
+    } catch (const ConversionError &error) {
+        EXPECT_EQ(error, ConversionError::conversionFailed(""));
+    } catch (...) {
+        ADD_FAILURE() << "not a ConversionError";
+    }
+    EXPECT_EQ(readFile(to), "older");
+
+    tools.add("wpd2odt", "printf 'this is no document'");
+    const Job unreadable(tools, RTFCharset::ansi, to);
+    EXPECT_EQ(unreadable.calls, 1);
+    ASSERT_TRUE(unreadable.outcome);
+    try {
+        std::rethrow_exception(unreadable.outcome);
+    } catch (const PlatformError &error) {
+        EXPECT_NE(std::string(error.what()).find("OpenDocument"), std::string::npos) << error.what();
+    } catch (...) {
+        ADD_FAILURE() << "not a PlatformError";
+    }
+    EXPECT_EQ(readFile(to), "older");
+}
+
+} // namespace

@@ -1,0 +1,189 @@
+#include "render/RTFDowngrade.h"
+
+#include <gtest/gtest.h>
+
+#include <unicode/ucnv.h>
+
+#include <cstdio>
+#include <memory>
+#include <optional>
+#include <set>
+#include <string>
+
+namespace {
+
+std::string escape(unsigned byte)
+{
+    char text[8];
+    std::snprintf(text, sizeof text, "\\'%02x", byte);
+    return text;
+}
+
+// What ICU's own converters make of a Windows-1252 byte in Mac OS Roman: an
+// oracle that shares nothing with our tables.
+std::optional<unsigned> icuMacByte(unsigned windowsByte)
+{
+    UErrorCode status = U_ZERO_ERROR;
+    std::unique_ptr<UConverter, void (*)(UConverter *)> windows(ucnv_open("windows-1252", &status),
+                                                                ucnv_close);
+    std::unique_ptr<UConverter, void (*)(UConverter *)> mac(ucnv_open("macintosh", &status), ucnv_close);
+    ucnv_setToUCallBack(windows.get(), UCNV_TO_U_CALLBACK_STOP, nullptr, nullptr, nullptr, &status);
+    ucnv_setFromUCallBack(mac.get(), UCNV_FROM_U_CALLBACK_STOP, nullptr, nullptr, nullptr, &status);
+    if (U_FAILURE(status))
+        return std::nullopt;
+    const char in = static_cast<char>(windowsByte);
+    UChar unicode[4];
+    const int32_t length = ucnv_toUChars(windows.get(), unicode, 4, &in, 1, &status);
+    if (U_FAILURE(status) || length != 1 || unicode[0] == 0xFFFD || unicode[0] == 0x1A)
+        return std::nullopt;
+    char out[4];
+    const int32_t written = ucnv_fromUChars(mac.get(), out, 4, unicode, 1, &status);
+    if (U_FAILURE(status) || written != 1)
+        return std::nullopt;
+    return static_cast<unsigned char>(out[0]);
+}
+
+struct Rewrite {
+    const char *why;
+    std::string in;
+    RTFCharset charset;
+    std::string out;
+};
+
+void PrintTo(const Rewrite &rewrite, std::ostream *out)
+{
+    *out << rewrite.why;
+}
+
+class ClassicRewrite : public testing::TestWithParam<Rewrite> {};
+
+TEST_P(ClassicRewrite, GivesTheExpectedBytes)
+{
+    EXPECT_EQ(RTFDowngrade::classic(GetParam().in, GetParam().charset), GetParam().out) << GetParam().why;
+}
+
+INSTANTIATE_TEST_SUITE_P(
+    EdgeCases, ClassicRewrite,
+    testing::Values(
+        Rewrite{"empty input", "", RTFCharset::ansi, ""},
+        Rewrite{"empty input under mac", "", RTFCharset::mac, ""},
+        Rewrite{"a negative cocoartf goes whole", R"(\cocoartf-5 x)", RTFCharset::ansi, " x"},
+        Rewrite{"cocoartf needs its number", R"(\cocoartf x)", RTFCharset::ansi, R"(\cocoartf x)"},
+        Rewrite{"the delimiting space stays", R"(\pard\pardirnatural \f0)", RTFCharset::ansi, R"(\pard \f0)"},
+        Rewrite{"both tab defaults go, none leaves a 'deftab'", R"(\pardeftab720\deftab560 a)",
+                RTFCharset::ansi, " a"},
+        Rewrite{"all writer words", "\\cocoatextscaling0\\cocoaplatform1\\partightenfactor0 x",
+                RTFCharset::ansi, " x"},
+        Rewrite{"a flat ignorable group goes whole", R"(a{\*\generator x;}b)", RTFCharset::ansi, "ab"},
+        Rewrite{"an ignorable group with a nested group stays", R"({\*\listtable{\list\listid1}})",
+                RTFCharset::ansi, R"({\*\listtable{\list\listid1}})"},
+        Rewrite{"one pass: the inner group goes, the outer stays", R"({\*\a{\*\b}})", RTFCharset::ansi,
+                R"({\*\a})"},
+        Rewrite{"an empty {\\*} goes", R"(a{\*}b)", RTFCharset::ansi, "ab"},
+        Rewrite{"a flat group may span lines", "{\\*\\x\nline}y", RTFCharset::ansi, "y"},
+        Rewrite{"ansi keeps escapes and header", R"({\rtf1\ansi\ansicpg1252 Caf\'e9})", RTFCharset::ansi,
+                R"({\rtf1\ansi\ansicpg1252 Caf\'e9})"},
+        Rewrite{"escapes below 0x80 stay under mac, their case too", R"(\'41\'7f\'4A)", RTFCharset::mac,
+                R"(\'41\'7f\'4A)"},
+        Rewrite{"upper-case digits come out lower-case", R"(\'E9)", RTFCharset::mac, R"(\'8e)"},
+        Rewrite{"adjacent escapes both change", R"(\'93\'94)", RTFCharset::mac, R"(\'d2\'d3)"},
+        Rewrite{"no code-page character", R"(\'81\'8d\'8f\'90\'9d)", RTFCharset::mac,
+                R"(\'3f\'3f\'3f\'3f\'3f)"},
+        Rewrite{"no Mac OS Roman character", R"(\'8a\'bd)", RTFCharset::mac, R"(\'3f\'3f)"},
+        Rewrite{"the header becomes \\mac", R"({\rtf1\ansi\ansicpg1252\deff0 x})", RTFCharset::mac,
+                R"({\rtf1\mac\deff0 x})"},
+        Rewrite{"a lone \\ansi", R"({\rtf1\ansi x})", RTFCharset::mac, R"({\rtf1\mac x})"},
+        Rewrite{"a lone \\ansicpg1252 goes", R"({\rtf1\ansicpg1252 x})", RTFCharset::mac, R"({\rtf1 x})"},
+        Rewrite{"a backslash-escaped backslash does not protect an escape (the pattern says so)", R"(\\'e9)",
+                RTFCharset::mac, R"(\\'8e)"},
+        Rewrite{"not UTF-8: read as Latin-1, written as UTF-8", "caf\xE9", RTFCharset::ansi, "caf\xC3\xA9"},
+        Rewrite{"not UTF-8 under mac: the raw byte is text, not an escape", "\xE9\\'e9", RTFCharset::mac,
+                "\xC3\xA9\\'8e"},
+        Rewrite{"UTF-8 text passes through", "\xE2\x82\xAC \\cocoartf1", RTFCharset::mac, "\xE2\x82\xAC "},
+        Rewrite{"a byte-order mark stays", "\xEF\xBB\xBF{\\rtf1}", RTFCharset::ansi,
+                "\xEF\xBB\xBF{\\rtf1}"}));
+
+TEST(ClassicRewrite, AWriterDocumentBecomesClassic)
+{
+    const std::string modern =
+        "{\\rtf1\\ansi\\ansicpg1252\\cocoartf2761\n"
+        "\\cocoatextscaling0\\cocoaplatform0{\\fonttbl\\f0\\fswiss\\fcharset0 Helvetica;}\n"
+        "{\\colortbl;\\red255\\green255\\blue255;}\n"
+        "{\\*\\expandedcolortbl;;}\n"
+        "{\\*\\generator x;}\n"
+        "\\paperw11900\\paperh16840\\margl1440\\margr1440\\vieww11520\\viewh8400\\viewkind0\n"
+        "\\deftab720\n"
+        "\\pard\\tx566\\pardeftab720\\partightenfactor0\\pardirnatural\n"
+        "\n"
+        "\\f0\\fs24 \\cf0 Caf\\'e9 \\'93quoted\\'94\\'85}";
+
+    const std::string ansi = RTFDowngrade::classic(modern, RTFCharset::ansi);
+    EXPECT_EQ(ansi.rfind("{\\rtf1\\ansi\\ansicpg1252", 0), 0u);
+    for (const char *gone : {"\\cocoa", "\\partightenfactor", "\\pardirnatural", "\\pardeftab", "\\deftab",
+                             "\\expandedcolortbl", "\\generator"})
+        EXPECT_EQ(ansi.find(gone), std::string::npos) << gone;
+    EXPECT_NE(ansi.find("Caf\\'e9 \\'93quoted\\'94\\'85}"), std::string::npos);
+    EXPECT_NE(ansi.find("{\\fonttbl\\f0\\fswiss\\fcharset0 Helvetica;}"), std::string::npos);
+
+    const std::string mac = RTFDowngrade::classic(modern, RTFCharset::mac);
+    EXPECT_EQ(mac.rfind("{\\rtf1\\mac", 0), 0u);
+    EXPECT_EQ(mac.find("\\ansi"), std::string::npos);
+    EXPECT_EQ(mac.find("ansicpg1252"), std::string::npos);
+    EXPECT_NE(mac.find("Caf\\'8e \\'d2quoted\\'d3\\'c9}"), std::string::npos);
+    EXPECT_EQ(RTFDowngrade::classic(ansi, RTFCharset::mac), mac) << "the two rewrites compose";
+}
+
+TEST(ClassicMapping, MatchesEveryRowListed)
+{
+    const std::pair<unsigned, unsigned> rows[] = {
+        {0x80, 0xdb}, {0x85, 0xc9}, {0x91, 0xd4}, {0x92, 0xd5}, {0x93, 0xd2}, {0x94, 0xd3}, {0x96, 0xd0},
+        {0x97, 0xd1}, {0xa0, 0xca}, {0xa9, 0xa9}, {0xc7, 0x82}, {0xdf, 0xa7}, {0xe9, 0x8e}, {0xfc, 0x9f},
+    };
+    for (const auto &[in, out] : rows)
+        EXPECT_EQ(RTFDowngrade::classic(escape(in), RTFCharset::mac), escape(out)) << std::hex << in;
+}
+
+TEST(ClassicMapping, Has103MappedBytes20WithoutMacRomanAnd5WithoutWindows1252)
+{
+    const std::set<unsigned> noWindows = {0x81, 0x8d, 0x8f, 0x90, 0x9d};
+    const std::set<unsigned> noMac = {0x8a, 0x8e, 0x9a, 0x9e, 0xa4, 0xa6, 0xad, 0xb2, 0xb3, 0xb9,
+                                      0xbc, 0xbd, 0xbe, 0xd0, 0xd7, 0xdd, 0xde, 0xf0, 0xfd, 0xfe};
+    std::set<std::string> mappedTo;
+    int questionMarks = 0;
+    for (unsigned byte = 0x80; byte <= 0xff; ++byte) {
+        const std::string out = RTFDowngrade::classic(escape(byte), RTFCharset::mac);
+        EXPECT_EQ(RTFDowngrade::classic(escape(byte), RTFCharset::ansi), escape(byte)) << "ansi keeps it";
+        if (out == "\\'3f") {
+            ++questionMarks;
+            EXPECT_TRUE(noWindows.count(byte) || noMac.count(byte)) << std::hex << byte;
+            continue;
+        }
+        mappedTo.insert(out);
+        const std::optional<unsigned> icu = icuMacByte(byte);
+        ASSERT_TRUE(icu) << "ICU maps what we do not: " << std::hex << byte;
+        EXPECT_EQ(out, escape(*icu)) << "disagrees with ICU for " << std::hex << byte;
+    }
+    EXPECT_EQ(mappedTo.size(), 103u) << "each mapped byte has its own Mac OS Roman byte";
+    EXPECT_EQ(questionMarks, 25);
+    for (unsigned byte : noMac)
+        EXPECT_FALSE(icuMacByte(byte)) << "ICU too lacks " << std::hex << byte;
+}
+
+TEST(ClassicRewrite, LargeUnclosedGroupsAreHandledWithoutHarm)
+{
+    // A million characters of an ignorable group that never closes: nothing to remove.
+    std::string rtf = "{\\rtf1{\\*\\x" + std::string(1 << 20, 'a');
+    EXPECT_EQ(RTFDowngrade::classic(rtf, RTFCharset::ansi), rtf);
+    std::string many;
+    for (int i = 0; i < 100000; ++i)
+        many += "{\\*\\g" + std::to_string(i) + ";}\\'e9";
+    const std::string out = RTFDowngrade::classic(many, RTFCharset::mac);
+    EXPECT_EQ(out, [] {
+        std::string expected;
+        for (int i = 0; i < 100000; ++i)
+            expected += "\\'8e";
+        return expected;
+    }());
+}
+
+} // namespace

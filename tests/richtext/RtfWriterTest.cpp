@@ -1,0 +1,341 @@
+#include "Fixtures.h"
+
+#include "richtext/RtfWriter.h"
+
+#include <gtest/gtest.h>
+
+#include <functional>
+
+using librevenge::RVNGPropertyList;
+using richtext::RtfWriter;
+
+namespace {
+
+using Script = std::function<void(RtfWriter &)>;
+
+// One paragraph inside one page span, the script telling the rest.
+std::string write(const Script &inside, const RVNGPropertyList &paragraph = {})
+{
+    RtfWriter writer;
+    writer.startDocument({});
+    writer.openPageSpan({});
+    writer.openParagraph(paragraph);
+    inside(writer);
+    writer.closeParagraph();
+    writer.closePageSpan();
+    writer.endDocument();
+    return writer.rtf();
+}
+
+std::string text(const std::string &utf8)
+{
+    return write([&](RtfWriter &out) { out.insertText(utf8.c_str()); });
+}
+
+RVNGPropertyList with(const char *name, const char *value)
+{
+    RVNGPropertyList list;
+    list.insert(name, value);
+    return list;
+}
+
+RVNGPropertyList with(const char *name, double inches, librevenge::RVNGUnit unit = librevenge::RVNG_INCH)
+{
+    RVNGPropertyList list;
+    list.insert(name, inches, unit);
+    return list;
+}
+
+struct Expect {
+    const char *why;
+    std::function<std::string()> rtf;
+    std::vector<std::string> contains;
+};
+
+void PrintTo(const Expect &c, std::ostream *out)
+{
+    *out << c.why;
+}
+
+class RtfOutput : public testing::TestWithParam<Expect> {};
+
+TEST_P(RtfOutput, HoldsTheControlWords)
+{
+    const std::string rtf = GetParam().rtf();
+    EXPECT_EQ(rtf.rfind("{\\rtf1\\ansi\\ansicpg1252\\deff0\\uc1", 0), 0u) << rtf;
+    EXPECT_TRUE(fixtures::balanced(rtf)) << rtf;
+    for (const std::string &part : GetParam().contains)
+        EXPECT_NE(rtf.find(part), std::string::npos) << "no " << part << " in\n" << rtf;
+}
+
+std::string span(const RVNGPropertyList &properties)
+{
+    return write([&](RtfWriter &out) {
+        out.openSpan(properties);
+        out.insertText("x");
+        out.closeSpan();
+    });
+}
+
+RVNGPropertyList tabStop()
+{
+    RVNGPropertyList paragraph = with("fo:margin-left", 0.5);
+    librevenge::RVNGPropertyListVector stops;
+    RVNGPropertyList stop = with("style:position", 1.0);
+    stop.insert("style:type", "right");
+    stop.insert("style:leader-text", ".");
+    stops.append(stop);
+    paragraph.insert("librevenge:tab-stops", stops);
+    return paragraph;
+}
+
+INSTANTIATE_TEST_SUITE_P(
+    RtfWriter, RtfOutput,
+    testing::Values(
+        Expect{"RTF's own characters", [] { return text("a\\b{c}"); }, {"a\\\\b\\{c\\}"}},
+        Expect{"code page 1252 as hex escapes",
+               [] { return text("caf\xC3\xA9 \xE2\x82\xAC\xC5\xA0"); },
+               {"caf\\'e9 \\'80\\'8a"}},
+        Expect{"other characters as \\u", [] { return text("\xE2\x98\xBA"); }, {"\\u9786\\'3f"}},
+        Expect{"characters beyond 16 bits as two halves",
+               [] { return text("\xF0\x9F\x98\x80"); },
+               {"\\u-10179\\'3f\\u-8704\\'3f"}},
+        Expect{"malformed UTF-8",
+               [] {
+                   return text("a\xFF"
+                               "b");
+               },
+               {"a\\u-3\\'3fb"}},
+        Expect{"spaces that meet are kept apart", [] { return text("a   b"); }, {"a {} {} b"}},
+        Expect{"explicit spaces too",
+               [] {
+                   return write([](RtfWriter &out) {
+                       out.insertText("a ");
+                       out.insertSpace();
+                       out.insertSpace();
+                   });
+               },
+               {"a {} {} "}},
+        Expect{"a word is not run into the text",
+               [] { return span(with("fo:font-weight", "bold")); },
+               {"\\b x}"}},
+        Expect{"italic", [] { return span(with("fo:font-style", "italic")); }, {"\\i x"}},
+        Expect{"underline", [] { return span(with("style:text-underline-style", "solid")); }, {"\\ul x"}},
+        Expect{"double underline",
+               [] {
+                   RVNGPropertyList list = with("style:text-underline-type", "double");
+                   list.insert("style:text-underline-style", "solid");
+                   return span(list);
+               },
+               {"\\uldb x"}},
+        Expect{"strike-through",
+               [] { return span(with("style:text-line-through-style", "solid")); },
+               {"\\strike x"}},
+        Expect{"superscript", [] { return span(with("style:text-position", "super 58%")); }, {"\\super x"}},
+        Expect{"subscript as a percentage",
+               [] { return span(with("style:text-position", "-33% 58%")); },
+               {"\\sub x"}},
+        Expect{"small capitals", [] { return span(with("fo:font-variant", "small-caps")); }, {"\\scaps x"}},
+        Expect{"size in half points",
+               [] { return span(with("fo:font-size", 11.0, librevenge::RVNG_POINT)); },
+               {"\\fs22 x"}},
+        Expect{"a font, by the table",
+               [] { return span(with("style:font-name", "Courier New")); },
+               {"{\\fonttbl{\\f0\\fnil Courier New;}}", "\\f0 x"}},
+        Expect{"a colour, by the table",
+               [] { return span(with("fo:color", "#00FF80")); },
+               {"{\\colortbl;\\red0\\green255\\blue128;}", "\\cf1 x"}},
+        Expect{
+            "centred", [] { return write([](RtfWriter &) {}, with("fo:text-align", "center")); }, {"\\qc"}},
+        Expect{
+            "end is right", [] { return write([](RtfWriter &) {}, with("fo:text-align", "end")); }, {"\\qr"}},
+        Expect{"justified",
+               [] { return write([](RtfWriter &) {}, with("fo:text-align", "justify")); },
+               {"\\qj"}},
+        Expect{"indents in twips",
+               [] { return write([](RtfWriter &) {}, with("fo:text-indent", -0.25)); },
+               {"\\fi-360"}},
+        Expect{"spacing before",
+               [] { return write([](RtfWriter &) {}, with("fo:margin-top", 0.1)); },
+               {"\\sb144"}},
+        Expect{
+            "line spacing",
+            [] { return write([](RtfWriter &) {}, with("fo:line-height", 1.5, librevenge::RVNG_PERCENT)); },
+            {"\\sl360\\slmult1"}},
+        Expect{"a page break",
+               [] { return write([](RtfWriter &) {}, with("fo:break-before", "page")); },
+               {"\\pagebb"}},
+        Expect{"tab stops count from the margin",
+               [] { return write([](RtfWriter &) {}, tabStop()); },
+               {"\\li720", "\\tqr\\tldot\\tx2160"}},
+        Expect{"tabs and line breaks",
+               [] {
+                   return write([](RtfWriter &out) {
+                       out.insertTab();
+                       out.insertText("a");
+                       out.insertLineBreak();
+                       out.insertSpace();
+                   });
+               },
+               {"\\tab a\\line  "}},
+        Expect{"a picture the format can hold",
+               [] {
+                   return write([](RtfWriter &out) {
+                       // A PNG's signature and size: 2 by 3 pixels.
+                       static const char header[] =
+                           "\x89PNG\r\n\x1a\n\0\0\0\rIHDR\0\0\0\x02\0\0\0\x03\x08\x02\0\0\0";
+                       const std::string png(header, sizeof header - 1);
+                       RVNGPropertyList object = with("librevenge:mime-type", "image/png");
+                       object.insert("office:binary-data",
+                                     librevenge::RVNGBinaryData(
+                                         reinterpret_cast<const unsigned char *>(png.data()), png.size()));
+                       RVNGPropertyList frame = with("svg:width", 2.0);
+                       frame.insert("svg:height", 1.0);
+                       out.openFrame(frame);
+                       out.insertBinaryObject(object);
+                       out.closeFrame();
+                   });
+               },
+               {"{\\pict\\pngblip\\picw2\\pich3\\picwgoal2880\\pichgoal1440\n89504e470d0a1a0a"}}));
+
+TEST(RtfWriter, WritesEveryPartOfADocument)
+{
+    RtfWriter writer;
+    fixtures::everything(writer);
+    const std::string rtf = writer.rtf();
+    ASSERT_TRUE(fixtures::balanced(rtf)) << rtf;
+    const char *parts[] = {
+        "{\\info{\\title Everything}}",
+        "\\paperw12240\\paperh15840\\margl1440",
+        "\\sectd\\sbkpage\\pgwsxn12240",
+        "{\\header\\pard\\plain\\ql Head {\\chpgn}}",
+        "\\b\\cf1 Bold caf\\'e9 \\u9786\\'3f \\{braces\\} back\\\\slash}",
+        "{\\super\\chftn}{\\footnote\\pard\\plain\\ql{\\super\\chftn}The note.}",
+        "{\\field{\\*\\fldinst{HYPERLINK \"https://example.org/?q=%22x%22\"}}{\\fldrslt{{link}}}}",
+        "\\levelnfc3\\levelnfcn3\\leveljc0\\leveljcn0\\levelfollow0\\levelstartat2{\\leveltext\\'02\\'00.;}{"
+        "\\levelnumbers\\'01;}",
+        "{\\*\\listoverridetable{\\listoverride\\listid1\\listoverridecount0\\ls1}}",
+        "\\pard\\plain\\ls1\\ilvl0\\ql{\\listtext B.\\tab}item",
+        "\\trowd\\trgaph108\\trleft0\\cellx2880\n\\pard\\plain\\intbl\\ql cell\\cell\n\\row",
+        "\\sect\n\\sectd",
+    };
+    for (const char *part : parts)
+        EXPECT_NE(rtf.find(part), std::string::npos) << "no " << part << " in\n" << rtf;
+    EXPECT_EQ(rtf.find("\\par\n\\sect"), std::string::npos) << "\\sect ends the paragraph itself";
+    EXPECT_TRUE(rtf.ends_with("\\ql second section\\par\n}\n")) << "the last paragraph ends like the others";
+}
+
+TEST(RtfWriter, WritesSpansAndMergesOfTables)
+{
+    RtfWriter writer;
+    writer.openPageSpan({});
+    RVNGPropertyList table;
+    librevenge::RVNGPropertyListVector columns;
+    for (double width : {1.0, 2.0, 0.5}) {
+        RVNGPropertyList column;
+        column.insert("style:column-width", width);
+        columns.append(column);
+    }
+    table.insert("librevenge:table-columns", columns);
+    writer.openTable(table);
+    RVNGPropertyList tall;
+    tall.insert("table:number-rows-spanned", 2);
+    tall.insert("table:number-columns-spanned", 2);
+    tall.insert("fo:border", "0.0139in solid #000000");
+    for (int row = 0; row < 2; ++row) {
+        writer.openTableRow({});
+        if (row == 0) {
+            writer.openTableCell(tall);
+            writer.insertText("tall");
+            writer.closeTableCell();
+            writer.insertCoveredTableCell({});
+        } else {
+            writer.insertCoveredTableCell({});
+            writer.insertCoveredTableCell({});
+        }
+        writer.openTableCell({});
+        writer.openTable({}); // a table in a cell: its text stays, its grid goes
+        writer.openTableRow({});
+        writer.openTableCell({});
+        writer.insertText(row == 0 ? "inner" : "last");
+        writer.closeTableCell();
+        writer.closeTableRow();
+        writer.closeTable();
+        writer.closeTableCell();
+        writer.closeTableRow();
+    }
+    writer.closeTable();
+    writer.closePageSpan();
+    writer.endDocument();
+    const std::string rtf = writer.rtf();
+    ASSERT_TRUE(fixtures::balanced(rtf)) << rtf;
+    EXPECT_NE(rtf.find("\\clvmgf\\clbrdrt\\brdrs\\brdrw20\\brdrcf1\\clbrdrl"), std::string::npos) << rtf;
+    EXPECT_NE(rtf.find("\\cellx4320\\cellx5040\n\\pard\\plain\\intbl\\ql tall\\cell"), std::string::npos)
+        << rtf;
+    EXPECT_NE(rtf.find("\\clvmrg\\clbrdrt"), std::string::npos) << rtf;
+    EXPECT_NE(rtf.find("\\pard\\plain\\intbl\\cell\n\\pard\\plain\\intbl\\ql last\\cell"), std::string::npos)
+        << rtf;
+    EXPECT_EQ(rtf.find("\\itap"), std::string::npos);
+    int rows = 0;
+    for (std::size_t at = 0; (at = rtf.find("\\row", at)) != std::string::npos; at += 4)
+        ++rows;
+    EXPECT_EQ(rows, 2) << "the inner tables made no rows of their own";
+}
+
+TEST(RtfWriter, StartsAListAgainInAListOfItsOwn)
+{
+    RtfWriter writer;
+    writer.openPageSpan({});
+    RVNGPropertyList level = with("style:num-format", "1");
+    writer.openOrderedListLevel(level);
+    writer.openListElement({});
+    writer.insertText("one");
+    writer.closeListElement();
+    RVNGPropertyList restart;
+    restart.insert("text:start-value", 5);
+    writer.openListElement(restart);
+    writer.insertText("five");
+    writer.closeListElement();
+    writer.closeOrderedListLevel();
+    writer.closePageSpan();
+    writer.endDocument();
+    const std::string rtf = writer.rtf();
+    EXPECT_NE(rtf.find("\\ls1\\ilvl0\\ql{\\listtext 1\\tab}one"), std::string::npos) << rtf;
+    EXPECT_NE(rtf.find("\\ls2\\ilvl0\\ql{\\listtext 5\\tab}five"), std::string::npos) << rtf;
+    EXPECT_NE(rtf.find("\\levelstartat5{\\leveltext\\'01\\'00;}"), std::string::npos) << rtf;
+}
+
+TEST(RtfWriter, KeepsAdjacentTablesApart)
+{
+    RtfWriter writer;
+    writer.openPageSpan({});
+    for (const char *text : {"first", "second"}) {
+        writer.openTable({});
+        writer.openTableRow({});
+        writer.openTableCell({});
+        writer.insertText(text);
+        writer.closeTableCell();
+        writer.closeTableRow();
+        writer.closeTable();
+    }
+    writer.closePageSpan();
+    writer.endDocument();
+    EXPECT_NE(writer.rtf().find("\\row\n\\pard\\plain\\fs2\\sl-20\\slmult0\\par\n\\trowd"), std::string::npos)
+        << writer.rtf();
+}
+
+TEST(RtfWriter, ClosesWhatAStreamLeftOpen)
+{
+    RtfWriter writer;
+    writer.insertText("before any paragraph ");
+    writer.closeSpan();
+    writer.openSpan(with("fo:font-weight", "bold"));
+    writer.openLink(with("xlink:href", "x"));
+    writer.openFootnote({});
+    writer.insertText("in a note");
+    writer.endDocument();
+    EXPECT_TRUE(fixtures::balanced(writer.rtf())) << writer.rtf();
+    EXPECT_NE(writer.rtf().find("before any paragraph"), std::string::npos);
+}
+
+} // namespace

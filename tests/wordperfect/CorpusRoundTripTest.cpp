@@ -1,0 +1,168 @@
+// Every OpenDocument text of the corpus, written as WordPerfect 6 and 5.1 and read back by
+// independent readers: wpd2text must take each file without complaint, and LibreOffice (which
+// reads WordPerfect through libwpd) must export the same plain text from our file as from the
+// source, characters that no WordPerfect set holds standing as the counted '?'.
+
+#include "OdtFile.h"
+#include "ProgramRun.h"
+#include "ScratchFolder.h"
+
+#include "richtext/wordperfect/CharacterMap.h"
+
+#include <gtest/gtest.h>
+
+#include <filesystem>
+#include <map>
+#include <string>
+#include <vector>
+
+namespace fs = std::filesystem;
+using richtext::wordperfect::CharacterMap;
+
+namespace {
+
+struct Source {
+    fs::path path;
+    std::string key; // a base name no other file shares
+};
+
+std::vector<Source> corpusDocuments()
+{
+    std::vector<Source> sources;
+    const fs::path office = fs::path(QM_CORPUS_DIR) / "office";
+    if (!fs::is_directory(office))
+        return sources;
+    for (const auto &entry : fs::directory_iterator(office)) {
+        const std::string extension = entry.path().extension().string();
+        if ((extension == ".odt" || extension == ".fodt") && entry.path().filename() != "testODTEncrypted.odt")
+            sources.push_back({entry.path(), entry.path().stem().string() + "-" + extension.substr(1)});
+    }
+    std::sort(sources.begin(), sources.end(), [](const Source &a, const Source &b) { return a.key < b.key; });
+    return sources;
+}
+
+std::string utf8(char32_t c)
+{
+    std::string out;
+    if (c < 0x80) {
+        out += static_cast<char>(c);
+    } else if (c < 0x800) {
+        out += static_cast<char>(0xC0 | (c >> 6));
+        out += static_cast<char>(0x80 | (c & 0x3F));
+    } else if (c < 0x10000) {
+        out += static_cast<char>(0xE0 | (c >> 12));
+        out += static_cast<char>(0x80 | ((c >> 6) & 0x3F));
+        out += static_cast<char>(0x80 | (c & 0x3F));
+    } else {
+        out += static_cast<char>(0xF0 | (c >> 18));
+        out += static_cast<char>(0x80 | ((c >> 12) & 0x3F));
+        out += static_cast<char>(0x80 | ((c >> 6) & 0x3F));
+        out += static_cast<char>(0x80 | (c & 0x3F));
+    }
+    return out;
+}
+
+// Whitespace collapsed, the BOM dropped; with a map, what it cannot hold becomes '?'.
+std::string normalised(const std::string &text, const CharacterMap *map)
+{
+    const std::u32string chars = CharacterMap::decodeUtf8(text);
+    std::string out;
+    bool space = false;
+    for (std::size_t i = 0; i < chars.size(); ++i) {
+        const char32_t c = chars[i];
+        if (c == 0xFEFF || c == 0x200B)
+            continue;
+        if (c == U' ' || c == U'\t' || c == U'\n' || c == U'\r' || c == 0xA0 || c == 0x0C) {
+            space = !out.empty();
+            continue;
+        }
+        if (space)
+            out += ' ';
+        space = false;
+        if (map && c >= 0x7F && !map->find(std::u32string_view(chars).substr(i)))
+            out += '?';
+        else
+            out += utf8(c);
+    }
+    return out;
+}
+
+// One soffice run for many files: a private profile, each output named after its input.
+bool convertAll(const std::string &format, const std::vector<std::string> &inputs, const std::string &outdir,
+                const std::string &filter, const std::string &profile)
+{
+    std::vector<std::string> argv{SOFFICE_PATH, "-env:UserInstallation=file://" + profile, "--headless", "--norestore"};
+    if (!filter.empty())
+        argv.push_back("--infilter=" + filter);
+    argv.insert(argv.end(), {"--convert-to", format, "--outdir", outdir});
+    argv.insert(argv.end(), inputs.begin(), inputs.end());
+    return ProgramRun::of(argv).status == 0;
+}
+
+TEST(CorpusRoundTrip, LibreOfficeReadsTheSameTextFromOurWordPerfectFiles)
+{
+    const std::vector<Source> sources = corpusDocuments();
+    if (sources.empty())
+        GTEST_SKIP() << "../shared/corpus/office is absent";
+    if (std::string(SOFFICE_PATH).empty())
+        GTEST_SKIP() << "LibreOffice (soffice) is not installed";
+
+    ScratchFolder scratch;
+    const std::string profile = scratch.file("profile");
+    const std::string sourceText = scratch.file("source-text");
+    const std::string ourText = scratch.file("wp-text");
+    const std::string ourOdt = scratch.file("wp-odt");
+    std::vector<std::string> sourceInputs, ourInputs;
+    const char *versions[] = {"wp6", "wp5"};
+    for (const Source &source : sources) {
+        const std::string link = scratch.file(source.key + source.path.extension().string());
+        fs::create_symlink(source.path, link);
+        sourceInputs.push_back(link);
+        for (const char *version : versions) {
+            const std::string output = scratch.file(std::string(version) + "-" + source.key + ".wpd");
+            const ProgramRun run = ProgramRun::of({ODT2WP5_PATH, std::string("--") + version, source.path, output});
+            EXPECT_EQ(run.status, 0) << source.key << " " << version << ": " << run.err;
+            const ProgramRun text = ProgramRun::of({WPD2TEXT_PATH, output});
+            EXPECT_EQ(text.status, 0) << source.key << " " << version;
+            EXPECT_EQ(text.err, "") << source.key << " " << version;
+            if (run.status == 0)
+                ourInputs.push_back(output);
+        }
+    }
+    ASSERT_TRUE(convertAll("txt:Text", sourceInputs, sourceText, "", profile));
+    ASSERT_TRUE(convertAll("txt:Text", ourInputs, ourText, "WordPerfect", profile));
+    ASSERT_TRUE(convertAll("odt", ourInputs, ourOdt, "WordPerfect", profile));
+
+    for (const Source &source : sources) {
+        const std::string expectedRaw = ScratchFolder::readFile(sourceText + "/" + source.key + ".txt");
+        EXPECT_FALSE(expectedRaw.empty()) << source.key << ": LibreOffice exported no text from the source";
+        for (const char *version : versions) {
+            const CharacterMap &map = std::string(version) == "wp6" ? CharacterMap::wp6() : CharacterMap::wp5();
+            const std::string name = std::string(version) + "-" + source.key;
+            const std::string ours = normalised(ScratchFolder::readFile(ourText + "/" + name + ".txt"), nullptr);
+            EXPECT_EQ(ours, normalised(expectedRaw, &map)) << name;
+            // LibreOffice opens our file as a document and keeps its text when saving it as ODT.
+            const OdtFile odt = OdtFile::package(ourOdt + "/" + name + ".odt");
+            ASSERT_TRUE(odt.ok()) << name << ": LibreOffice wrote no ODT";
+            const auto words = OdtFile::words(odt.read("content.xml"));
+            for (const std::string &word : OdtFile::wordsOfPlainText(ours))
+                EXPECT_TRUE(OdtFile::hasWord(words, word)) << name << ": lost " << word;
+        }
+    }
+}
+
+TEST(CorpusRoundTrip, ThePasswordProtectedDocumentFailsInPlainWords)
+{
+    const fs::path encrypted = fs::path(QM_CORPUS_DIR) / "office" / "testODTEncrypted.odt";
+    if (!fs::exists(encrypted))
+        GTEST_SKIP() << "../shared/corpus/office/testODTEncrypted.odt is absent";
+    ScratchFolder scratch;
+    for (const char *version : {"--wp6", "--wp5"}) {
+        const ProgramRun run = ProgramRun::of({ODT2WP5_PATH, version, encrypted.string(), scratch.file("x.wpd")});
+        EXPECT_EQ(run.status, 1);
+        EXPECT_NE(run.err.find("the document is encrypted"), std::string::npos) << run.err;
+        EXPECT_TRUE(scratch.names().empty());
+    }
+}
+
+} // namespace

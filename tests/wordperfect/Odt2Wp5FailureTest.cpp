@@ -1,0 +1,108 @@
+// odt2wp5's failures: one line on stderr, a non-zero status, and never a destination file.
+
+#include "ProgramRun.h"
+#include "ScratchFolder.h"
+#include "WpTestSupport.h"
+
+#include <zip.h>
+
+#include <gtest/gtest.h>
+
+#include <algorithm>
+#include <stdexcept>
+#include <string>
+
+namespace {
+
+// A package shaped like a password-protected one: the manifest describes how content.xml is encrypted.
+std::string encryptedPackage()
+{
+    const std::string manifest =
+        "<?xml version=\"1.0\" encoding=\"UTF-8\"?><manifest:manifest"
+        " xmlns:manifest=\"urn:oasis:names:tc:opendocument:xmlns:manifest:1.0\">"
+        "<manifest:file-entry manifest:full-path=\"/\" manifest:media-type=\"application/vnd.oasis.opendocument.text\"/>"
+        "<manifest:file-entry manifest:full-path=\"content.xml\" manifest:media-type=\"text/xml\">"
+        "<manifest:encryption-data manifest:checksum-type=\"SHA1/1K\" manifest:checksum=\"AAAA\">"
+        "<manifest:algorithm manifest:algorithm-name=\"Blowfish CFB\" manifest:initialisation-vector=\"AAAA\"/>"
+        "</manifest:encryption-data></manifest:file-entry></manifest:manifest>";
+    zip_error_t error;
+    zip_error_init(&error);
+    zip_source_t *buffer = zip_source_buffer_create(nullptr, 0, 0, &error);
+    zip_t *archive = zip_open_from_source(buffer, ZIP_TRUNCATE, &error);
+    if (!archive)
+        throw std::runtime_error("cannot make a zip archive");
+    zip_source_keep(buffer);
+    const std::string mimetype = "application/vnd.oasis.opendocument.text";
+    const std::string content = "\x8f\x12\x00\xffnot xml at all";
+    const std::pair<std::string, const std::string *> entries[] = {
+        {"mimetype", &mimetype}, {"META-INF/manifest.xml", &manifest}, {"content.xml", &content}};
+    for (const auto &[name, bytes] : entries)
+        zip_file_add(archive, name.c_str(), zip_source_buffer(archive, bytes->data(), bytes->size(), 0), 0);
+    zip_close(archive);
+    zip_source_open(buffer);
+    zip_source_seek(buffer, 0, SEEK_END);
+    std::string result(static_cast<std::size_t>(zip_source_tell(buffer)), '\0');
+    zip_source_seek(buffer, 0, SEEK_SET);
+    zip_source_read(buffer, result.data(), result.size());
+    zip_source_close(buffer);
+    zip_source_free(buffer);
+    return result;
+}
+
+struct Case {
+    const char *name;
+    int status;
+    const char *messagePart;
+};
+
+TEST(Odt2Wp5Failures, SayWhyInOneLineAndLeaveNoFile)
+{
+    ScratchFolder scratch;
+    const std::string good = scratch.write("good.fodt", wptest::flatOdt("", "<text:p>text</text:p>"));
+    const std::string encrypted = scratch.write("locked.odt", encryptedPackage());
+    const std::string garbage = scratch.write("garbage.odt", "PK\x03\x04 this is not really a zip");
+    const std::string missing = scratch.file("missing.odt");
+    const std::string destination = scratch.file("out.wpd");
+    const std::string inMissingFolder = scratch.file("no/such/folder/out.wpd");
+    struct Run {
+        Case expected;
+        std::vector<std::string> arguments;
+        std::string destination;
+    };
+    const Run runs[] = {
+        {{"encrypted", 1, "encrypted"}, {"--wp6", encrypted, destination}, destination},
+        {{"encrypted 5.1", 1, "encrypted"}, {"--wp5", encrypted, destination}, destination},
+        {{"not a package", 1, ""}, {"--wp6", garbage, destination}, destination},
+        {{"missing source", 1, "missing.odt"}, {"--wp5", missing, destination}, destination},
+        {{"unwritable destination", 1, "out.wpd"}, {"--wp6", good, inMissingFolder}, inMissingFolder},
+        {{"unknown version", 2, "usage"}, {"--wp7", good, destination}, destination},
+        {{"too few arguments", 2, "usage"}, {"--wp6", good}, destination},
+    };
+    for (const Run &run : runs) {
+        std::vector<std::string> argv{ODT2WP5_PATH};
+        argv.insert(argv.end(), run.arguments.begin(), run.arguments.end());
+        const ProgramRun result = ProgramRun::of(argv);
+        EXPECT_EQ(result.status, run.expected.status) << run.expected.name;
+        EXPECT_EQ(std::count(result.err.begin(), result.err.end(), '\n'), 1) << run.expected.name << ": " << result.err;
+        EXPECT_NE(result.err.find(run.expected.messagePart), std::string::npos) << run.expected.name << ": " << result.err;
+        EXPECT_EQ(result.out, "") << run.expected.name;
+        EXPECT_FALSE(ScratchFolder::readFile(run.destination).size()) << run.expected.name;
+    }
+    // Nothing but the inputs is left: no temporary file beside the destination.
+    EXPECT_EQ(scratch.names(), (std::set<std::string>{"good.fodt", "locked.odt", "garbage.odt"}));
+}
+
+TEST(Odt2Wp5Failures, ReplacesAnOldDestinationWhole)
+{
+    ScratchFolder scratch;
+    const std::string source = scratch.write("a.fodt", wptest::flatOdt("", "<text:p>fresh words</text:p>"));
+    const std::string destination = scratch.write("a.wpd", "old content");
+    const ProgramRun run = ProgramRun::of({ODT2WP5_PATH, "--wp6", source, destination});
+    ASSERT_EQ(run.status, 0) << run.err;
+    EXPECT_EQ(run.err, "");
+    const ProgramRun text = ProgramRun::of({WPD2TEXT_PATH, destination});
+    EXPECT_NE(text.out.find("fresh words"), std::string::npos);
+    EXPECT_EQ(scratch.names(), (std::set<std::string>{"a.fodt", "a.wpd"}));
+}
+
+} // namespace
