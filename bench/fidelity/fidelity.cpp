@@ -13,6 +13,7 @@
 #include <cmath>
 #include <cstdio>
 #include <filesystem>
+#include <functional>
 #include <fstream>
 #include <map>
 #include <optional>
@@ -233,8 +234,8 @@ struct Score {
     }
 };
 
-const char *featureNames[] = {"chars", "runs", "para", "tables", "notes", "hdr/ftr"};
-constexpr int featureCount = 6;
+const char *featureNames[] = {"chars", "runs", "para", "tables", "notes", "hdr/ftr", "images"};
+constexpr int featureCount = 7;
 
 std::vector<Score> compare(const Document &source, const Document &back, const CharacterMap &map, bool colour)
 {
@@ -360,6 +361,32 @@ std::vector<Score> compare(const Document &source, const Document &back, const C
         else if (scores[5].why.empty())
             scores[5].why = "\"" + narrow(part).substr(0, 50) + "\" not found back";
     scores[5].set(sameParts, static_cast<double>(ha.size()), "");
+
+    // Pictures: every one with data in the source should come back as a picture with data.
+    auto picturesIn = [](const Document &d) {
+        std::size_t count = 0;
+        std::function<void(const Blocks &)> walk = [&](const Blocks &blocks) {
+            for (const Block &block : blocks) {
+                if (const Paragraph *p = block.paragraph()) {
+                    for (const Inline &piece : p->content) {
+                        count += piece.kind == Inline::Kind::image && !piece.data.empty();
+                        if (piece.content)
+                            walk(*piece.content);
+                    }
+                } else if (const Table *table = block.table()) {
+                    for (const Row &row : table->rows)
+                        for (const Cell &cell : row.cells)
+                            walk(cell.blocks);
+                }
+            }
+        };
+        for (const PageSpan &span : d.pageSpans)
+            walk(span.blocks);
+        return count;
+    };
+    const std::size_t pa = picturesIn(source), pb = picturesIn(back);
+    scores[6].set(static_cast<double>(std::min(pa, pb)), static_cast<double>(pa),
+                  std::to_string(pa) + " pictures, " + std::to_string(pb) + " read back");
     return scores;
 }
 

@@ -108,6 +108,10 @@ int run(WordPerfectWriter::Version version, const std::string &source, const std
         std::fprintf(stderr, "odt2wp5: warning: %d character%s with no WordPerfect equivalent written as '?'\n",
                      count, count == 1 ? "" : "s");
     }
+    if (const int count = writer->droppedImages()) {
+        std::fprintf(stderr, "odt2wp5: warning: %d picture%s in a format WordPerfect graphics cannot hold left out\n",
+                     count, count == 1 ? "" : "s");
+    }
     return 0;
 }
 

@@ -220,7 +220,8 @@ void HtmlContent::librevengeCharacters(const char *text, const HtmlFormat &forma
         if (*c == '\n' || *c == '\r')
             continue;
         const bool tab = *c == '\t';
-        const bool space = c[0] == '\xC2' && c[1] == '\xA0';
+        // U+FDD0, how the reader marked librevenge's explicit spaces.
+        const bool space = c[0] == '\xEF' && c[1] == '\xB7' && c[2] == '\x90';
         if (!tab && !space) {
             run += *c;
             continue;
@@ -231,7 +232,7 @@ void HtmlContent::librevengeCharacters(const char *text, const HtmlFormat &forma
         ensureSpan(format);
         tab ? sink.insertTab() : sink.insertSpace();
         state.anyText = true;
-        c += space ? 1 : 0;
+        c += space ? 2 : 0;
     }
     emit(run, format);
 }

@@ -18,8 +18,8 @@ namespace richtext {
 class HtmlContent {
 public:
     // `fromLibrevenge`: the HTML is librevenge's, whose markup says more than HTML
-    // means: a tab character is a tab, a no-break space one explicit space, and
-    // the line break after every closing tag is no space at all.
+    // means: a tab character is a tab, an &nbsp; one explicit space (HtmlReader
+    // marks them as U+FDD0), and the line break after every closing tag is no space at all.
     HtmlContent(const CssStyles &sheet, const HtmlNotes &notes, librevenge::RVNGTextInterface &sink,
                 bool fromLibrevenge);
 

@@ -87,7 +87,7 @@ void tagDefaults(const std::string &tag, const xmlNode *element, HtmlFormat &for
         format.text["fo:font-size"] = points(fontPoints(format.text) * 5 / 6);
     if (tag == "big")
         format.text["fo:font-size"] = points(fontPoints(format.text) * 6 / 5);
-    if (tag == "center" || (tag == "th"))
+    if (tag == "center" || tag == "th")
         format.paragraph["fo:text-align"] = "center";
     if (tag == "blockquote")
         format.paragraph["fo:margin-left"] = format.paragraph["fo:margin-right"] = "0.5in";
@@ -158,8 +158,9 @@ void margins(const std::string &value, HtmlFormat &format, double size)
         lengths.push_back(part);
     if (lengths.empty() || lengths.size() > 4)
         return;
+    // Sides left out copy others, as CSS says: right and bottom from top, left from right.
     while (lengths.size() < 4)
-        lengths.push_back(lengths[lengths.size() == 3 ? 1 : lengths.size() == 2 ? 0 : 0]);
+        lengths.push_back(lengths[lengths.size() == 3 ? 1 : 0]);
     const char *sides[] = {"fo:margin-top", "fo:margin-right", "fo:margin-bottom", "fo:margin-left"};
     for (int i = 0; i < 4; ++i)
         if (const auto length = HtmlFormat::cssInches(lengths[static_cast<std::size_t>(i)], size))

@@ -53,24 +53,50 @@ std::string attribute(const xmlNode *node, const char *name)
 }
 
 // Style elements may stand anywhere, though they belong in the head.
-void collectStyles(const xmlNode *node, CssStyles &sheet, std::string &text, int depth = 0)
+void collectStyles(const xmlNode *node, CssStyles &sheet, int depth = 0)
 {
     for (; node && depth < 64; node = node->next) {
-        if (named(node, "style")) {
-            text += contentOf(node);
+        if (named(node, "style"))
             sheet.parse(contentOf(node));
-        } else {
-            collectStyles(node->children, sheet, text, depth + 1);
-        }
+        else
+            collectStyles(node->children, sheet, depth + 1);
     }
 }
 
 // librevenge's HTML generator (wpd2html) numbers its classes from 0 and
 // writes each rule's brace at the end of its selector's line.
-bool writtenByLibrevenge(const std::string &styleText)
+bool writtenByLibrevenge(std::string_view html)
 {
-    return styleText.find(".span0 {\n") != std::string::npos ||
-           styleText.find(".para0 {\n") != std::string::npos;
+    return html.find(".span0 {\n") != std::string_view::npos ||
+           html.find(".para0 {\n") != std::string_view::npos;
+}
+
+// librevenge writes an explicit space as &nbsp; but a no-break space of the
+// text as the character itself; after parsing both would be U+00A0. The
+// explicit ones become a noncharacter, which no text holds, to tell them apart.
+std::string markExplicitSpaces(std::string_view html)
+{
+    std::string marked;
+    marked.reserve(html.size());
+    for (std::size_t at = 0;;) {
+        const std::size_t entity = html.find("&nbsp;", at);
+        marked.append(html.substr(at, entity - at));
+        if (entity == std::string_view::npos)
+            return marked;
+        marked += "&#xFDD0;";
+        at = entity + 6;
+    }
+}
+
+// HTML that is not UTF-8 is nearly always in the 8-bit code page of its day;
+// reading it as such keeps its text, where libxml2 would stop at the first bad byte.
+std::string fromWindows1252(std::string_view bytes)
+{
+    std::string text;
+    text.reserve(bytes.size() + bytes.size() / 4);
+    for (const char byte : bytes)
+        Utf8::append(text, CodePages::fromWindows1252(static_cast<std::uint8_t>(byte)).value_or(U'\uFFFD'));
+    return text;
 }
 
 librevenge::RVNGPropertyList metadata(const xmlNode *head)
@@ -92,17 +118,6 @@ librevenge::RVNGPropertyList metadata(const xmlNode *head)
             list.insert(field, attribute(node, "content").c_str());
     }
     return list;
-}
-
-// HTML that is not UTF-8 is nearly always in the 8-bit code page of its day;
-// reading it as such keeps its text, where libxml2 would stop at the first bad byte.
-std::string fromWindows1252(std::string_view bytes)
-{
-    std::string text;
-    text.reserve(bytes.size() + bytes.size() / 4);
-    for (const char byte : bytes)
-        Utf8::append(text, CodePages::fromWindows1252(static_cast<std::uint8_t>(byte)).value_or(U'\uFFFD'));
-    return text;
 }
 
 librevenge::RVNGPropertyList letterPage()
@@ -134,6 +149,11 @@ void HtmlReader::read(std::string_view bytes, librevenge::RVNGTextInterface &sin
         converted = fromWindows1252(bytes);
         bytes = converted;
     }
+    const bool fromLibrevenge = writtenByLibrevenge(bytes);
+    if (fromLibrevenge) {
+        converted = markExplicitSpaces(bytes);
+        bytes = converted;
+    }
     std::unique_ptr<htmlParserCtxt, void (*)(htmlParserCtxtPtr)> parser(htmlNewParserCtxt(),
                                                                         htmlFreeParserCtxt);
     if (!parser)
@@ -148,8 +168,7 @@ void HtmlReader::read(std::string_view bytes, librevenge::RVNGTextInterface &sin
 
     const xmlNode *root = xmlDocGetRootElement(document.get());
     CssStyles sheet;
-    std::string styleText;
-    collectStyles(root, sheet, styleText);
+    collectStyles(root, sheet);
     const xmlNode *head = findElement(root, "head");
     const xmlNode *body = findElement(root, "body");
     const HtmlNotes notes = HtmlNotes::find(body);
@@ -157,7 +176,7 @@ void HtmlReader::read(std::string_view bytes, librevenge::RVNGTextInterface &sin
     sink.setDocumentMetaData(metadata(head));
     sink.startDocument({});
     sink.openPageSpan(letterPage());
-    HtmlContent(sheet, notes, sink, writtenByLibrevenge(styleText)).body(body);
+    HtmlContent(sheet, notes, sink, fromLibrevenge).body(body);
     sink.closePageSpan();
     sink.endDocument();
 }

@@ -5,6 +5,7 @@
 #include "OdtStyles.h"
 #include "ReadError.h"
 #include "XmlTree.h"
+#include "ZipArchive.h"
 
 #include <memory>
 #include <optional>
@@ -66,6 +67,11 @@ void emit(const xmlNode *documentRoot, const xmlNode *metaRoot, const OdtStyles 
 void readPackage(std::string_view bytes, librevenge::RVNGTextInterface &sink, InflateLimits limits)
 {
     auto archive = std::make_shared<ZipArchive>(bytes, limits);
+    // An encrypted package's entries are ciphertext; the manifest says so in the clear.
+    if (const auto manifest = archive->read("META-INF/manifest.xml");
+        manifest && manifest->find("encryption-data") != std::string::npos)
+        throw ReadError("The document is protected by a password, and I cannot read encrypted "
+                        "OpenDocument files.");
     const std::optional<std::string> contentXml = archive->read("content.xml");
     if (!contentXml)
         throw ReadError("The package has no content.xml, so it holds no document text.");

@@ -1,6 +1,6 @@
 #pragma once
 
-#include "ZipArchive.h"
+#include "InflateLimits.h"
 
 #include <librevenge/librevenge.h>
 

@@ -121,6 +121,8 @@ Agreement compare(const richtext::Document &expected, const richtext::Document &
         same += want[i].character == have[i].character && want[i].emphasis == have[i].emphasis;
     }
     agreement.characters = std::max(want.size(), have.size());
+    agreement.emphasised = static_cast<std::size_t>(
+        std::count_if(want.begin(), want.end(), [](const Character &c) { return c.emphasis != 0; }));
     agreement.sameEmphasis = aligned ? same : 0;
 
     std::vector<std::string> wantTexts, haveTexts;
@@ -161,8 +163,9 @@ std::string normalised(const std::string &utf8)
     return result;
 }
 
-std::string macDifference(const std::string &expected, const std::string &found)
+std::string macDifference(const std::string &expected, const std::string &found, std::size_t &questionMarks)
 {
+    questionMarks = 0;
     static const std::u32string lacking =
         U"\u0160\u017D\u0161\u017E\u00A4\u00A6\u00AD\u00B2\u00B3\u00B9\u00BC"
         U"\u00BD\u00BE\u00D0\u00D7\u00DD\u00DE\u00F0\u00FD\u00FE";
@@ -171,8 +174,12 @@ std::string macDifference(const std::string &expected, const std::string &found)
     if (want.size() != have.size())
         return "lengths differ: " + std::to_string(want.size()) + " and " + std::to_string(have.size());
     for (std::size_t i = 0; i < want.size(); ++i) {
-        if (want[i] == have[i] || (have[i] == U'?' && lacking.find(want[i]) != std::u32string::npos))
+        if (want[i] == have[i])
             continue;
+        if (have[i] == U'?' && lacking.find(want[i]) != std::u32string::npos) {
+            ++questionMarks;
+            continue;
+        }
         std::string context;
         for (std::size_t k = i >= 20 ? i - 20 : 0; k < std::min(want.size(), i + 20); ++k)
             richtext::Utf8::append(context, want[k]);

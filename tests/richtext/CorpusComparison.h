@@ -12,6 +12,7 @@ namespace corpus {
 struct Agreement {
     std::size_t characters = 0;   // compared, whitespace left out
     std::size_t sameEmphasis = 0; // with the same bold, italic and underline
+    std::size_t emphasised = 0;   // of the expected ones, those bold, italic or underlined
     std::size_t paragraphs = 0;   // paired by their text
     std::size_t sameAlignment = 0;
     std::vector<std::string> tablesExpected; // "rows x columns", in order
@@ -33,7 +34,8 @@ std::string normalised(const std::string &utf8);
 
 // Where `found` differs from `expected`, only as the classic Mac rewriting
 // may: one of the 20 characters Mac OS Roman lacks, written as "?". Returns
-// an empty text when they agree so, else a description of the first difference.
-std::string macDifference(const std::string &expected, const std::string &found);
+// an empty text when they agree so, else a description of the first
+// difference; `questionMarks` counts the characters that became "?".
+std::string macDifference(const std::string &expected, const std::string &found, std::size_t &questionMarks);
 
 } // namespace corpus

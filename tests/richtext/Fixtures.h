@@ -1,7 +1,7 @@
 #pragma once
 
 #include "richtext/Document.h"
-#include "richtext/ZipArchive.h"
+#include "richtext/InflateLimits.h"
 
 #include <librevenge/librevenge.h>
 

@@ -153,7 +153,7 @@ TEST(HtmlReader, PutsWpd2htmlNotesBackInPlace)
         "<hr>\n<p class=\"para0\"><sup id=\"dataF1\"><a href=\"#calledF1\">F1</a></sup><span class=\"span0\">"
         "The note.</span>\n</p>\n<hr>\n<p class=\"para0\"><sup id=\"dataE1\"><a "
         "href=\"#calledE1\">E1</a></sup>"
-        "<span class=\"span0\">The end&nbsp;note.\tTabbed</span>\n</p>\n",
+        "<span class=\"span0\">The end&nbsp;note.\tTabbed\xC2\xA0hard</span>\n</p>\n",
         ".para0 {\n text-align:left;\n}\n.span0 {\n font-size: 12.0000pt;\n}\n");
     const richtext::Document document = readHtml(html);
     EXPECT_EQ(texts(document), (std::vector<std::string>{"Text and"}))
@@ -163,8 +163,8 @@ TEST(HtmlReader, PutsWpd2htmlNotesBackInPlace)
     EXPECT_EQ(footnotes[0]->content->at(0).paragraph()->text(), "The note.");
     const auto endnotes = document.notes(Inline::Kind::endnote);
     ASSERT_EQ(endnotes.size(), 1u);
-    EXPECT_EQ(endnotes[0]->content->at(0).paragraph()->text(), "The end note.\tTabbed")
-        << "librevenge's no-break space is an explicit space and its tab a tab";
+    EXPECT_EQ(endnotes[0]->content->at(0).paragraph()->text(), "The end note.\tTabbed\xC2\xA0hard")
+        << "librevenge's &nbsp; is an explicit space, its tab a tab; a no-break space of the text stays";
 }
 
 TEST(HtmlReader, KeepsOrdinaryNoBreakSpacesAndLinks)

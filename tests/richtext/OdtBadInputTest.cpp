@@ -123,6 +123,17 @@ INSTANTIATE_TEST_SUITE_P(
                      return p;
                  },
                  "content.xml"},
+        BadInput{
+            "an encrypted package",
+            [] {
+                return oneParagraph().package(
+                    {{"META-INF/manifest.xml",
+                      "<manifest:manifest "
+                      "xmlns:manifest=\"urn:oasis:names:tc:opendocument:xmlns:manifest:1.0\">"
+                      "<manifest:file-entry manifest:full-path=\"content.xml\"><manifest:encryption-data/>"
+                      "</manifest:file-entry></manifest:manifest>"}});
+            },
+            "protected by a password"},
         BadInput{"a package without content.xml",
                  [] {
                      return zipOf({{"mimetype", "application/vnd.oasis.opendocument.text"},

@@ -4,6 +4,7 @@
 #include "Wp6Writer.h"
 
 #include "CharacterMap.h"
+#include "Properties.h"
 
 #include <algorithm>
 #include <cmath>
@@ -13,120 +14,7 @@
 
 namespace richtext::wordperfect {
 
-namespace {
-
 using librevenge::RVNGPropertyList;
-
-std::string textOf(const RVNGPropertyList &list, const char *name)
-{
-    const librevenge::RVNGProperty *property = list[name];
-    return property ? property->getStr().cstr() : std::string();
-}
-
-// A length in inches from librevenge's text form ("0.5in", "12pt", "2.54cm", "720*" twips).
-std::optional<double> inchesOf(const RVNGPropertyList &list, const char *name)
-{
-    const std::string value = textOf(list, name);
-    if (value.empty())
-        return std::nullopt;
-    char *end = nullptr;
-    const double number = std::strtod(value.c_str(), &end);
-    if (end == value.c_str())
-        return std::nullopt;
-    const std::string unit(end);
-    if (unit == "pt")
-        return number / 72.0;
-    if (unit == "cm")
-        return number / 2.54;
-    if (unit == "mm")
-        return number / 25.4;
-    if (unit == "*")
-        return number / 1440.0;
-    if (unit == "pc")
-        return number / 6.0;
-    return number;
-}
-
-int wpu(double inches)
-{
-    return static_cast<int>(std::lround(inches * 1200.0));
-}
-
-bool isNone(const std::string &value)
-{
-    return value.empty() || value == "none";
-}
-
-CharacterFormat characterFormatOf(const RVNGPropertyList &list)
-{
-    CharacterFormat format;
-    auto set = [&](int attribute) { format.attributes |= 1u << attribute; };
-    const std::string weight = textOf(list, "fo:font-weight");
-    if (weight == "bold" || weight == "bolder" || std::atoi(weight.c_str()) >= 600)
-        set(bold);
-    const std::string style = textOf(list, "fo:font-style");
-    if (style == "italic" || style == "oblique")
-        set(italic);
-    const std::string underlineType = textOf(list, "style:text-underline-type");
-    const std::string underlineStyle = textOf(list, "style:text-underline-style");
-    if (underlineType == "double")
-        set(doubleUnderline);
-    else if (!isNone(underlineStyle) || (!isNone(underlineType) && !underlineType.empty()))
-        set(underline);
-    if (!isNone(textOf(list, "style:text-line-through-style")) || !isNone(textOf(list, "style:text-line-through-type")))
-        set(strikeout);
-    const std::string position = textOf(list, "style:text-position");
-    if (position.rfind("super", 0) == 0 || (!position.empty() && std::strtod(position.c_str(), nullptr) > 0))
-        set(superscript);
-    else if (position.rfind("sub", 0) == 0 || (!position.empty() && std::strtod(position.c_str(), nullptr) < 0))
-        set(subscript);
-    if (textOf(list, "fo:font-variant") == "small-caps")
-        set(smallCaps);
-    if (textOf(list, "style:text-outline") == "true")
-        set(outline);
-    if (!isNone(textOf(list, "fo:text-shadow")))
-        set(shadow);
-    format.font = textOf(list, "style:font-name");
-    if (const auto size = inchesOf(list, "fo:font-size"))
-        format.size = static_cast<int>(std::lround(*size * 72.0 * 50.0));
-    const std::string colour = textOf(list, "fo:color");
-    if (colour.size() == 7 && colour[0] == '#')
-        format.colour = static_cast<std::uint32_t>(std::strtoul(colour.c_str() + 1, nullptr, 16));
-    return format;
-}
-
-ParagraphFormat paragraphFormatOf(const RVNGPropertyList &list)
-{
-    ParagraphFormat format;
-    const std::string align = textOf(list, "fo:text-align");
-    if (align == "center")
-        format.justification = 2;
-    else if (align == "end" || align == "right")
-        format.justification = 3;
-    else if (align == "justify")
-        format.justification = 1;
-    format.leftIndent = wpu(inchesOf(list, "fo:margin-left").value_or(0));
-    format.rightIndent = wpu(inchesOf(list, "fo:margin-right").value_or(0));
-    format.firstLine = wpu(inchesOf(list, "fo:text-indent").value_or(0));
-    const std::string height = textOf(list, "fo:line-height");
-    if (!height.empty() && height.back() == '%') {
-        const double ratio = std::strtod(height.c_str(), nullptr) / 100.0;
-        if (ratio > 0.2 && ratio < 10)
-            format.lineSpacing = static_cast<int>(std::lround(ratio * 65536.0));
-    }
-    if (const librevenge::RVNGPropertyListVector *tabs = list.child("style:tab-stops")) {
-        for (unsigned long i = 0; i < tabs->count(); ++i) {
-            TabStop stop;
-            stop.position = wpu(inchesOf((*tabs)[i], "style:position").value_or(0));
-            const std::string type = textOf((*tabs)[i], "style:type");
-            stop.kind = type == "center" ? 1 : type == "right" ? 2 : type == "char" ? 3 : 0;
-            format.tabs.push_back(stop);
-        }
-    }
-    return format;
-}
-
-} // namespace
 
 std::unique_ptr<WordPerfectWriter> WordPerfectWriter::create(Version version)
 {
@@ -141,14 +29,6 @@ WordPerfectWriter::WordPerfectWriter()
 }
 
 WordPerfectWriter::~WordPerfectWriter() = default;
-
-void WordPerfectWriter::setDocumentMetaData(const RVNGPropertyList &propList)
-{
-    documentTitle = textOf(propList, "dc:title");
-    documentAuthor = textOf(propList, "meta:initial-creator");
-    if (documentAuthor.empty())
-        documentAuthor = textOf(propList, "dc:creator");
-}
 
 void WordPerfectWriter::endDocument()
 {
@@ -492,129 +372,6 @@ void WordPerfectWriter::resetParagraphFormat()
         writeParagraphFormat(stream.paragraph, plain);
         stream.paragraph = plain;
     }
-}
-
-void WordPerfectWriter::openTable(const RVNGPropertyList &propList)
-{
-    if (hidden)
-        return;
-    OpenTable table;
-    if (!tables.empty()) {
-        // WordPerfect tables do not nest: an inner table's cells become paragraphs of the outer cell.
-        table.degraded = true;
-        tables.push_back(table);
-        return;
-    }
-    if (const librevenge::RVNGPropertyListVector *columns = propList.child("librevenge:table-columns")) {
-        for (unsigned long i = 0; i < columns->count(); ++i)
-            table.widths.push_back(wpu(inchesOf((*columns)[i], "style:column-width").value_or(1.0)));
-    }
-    tables.push_back(table);
-    Stream &outer = streams.back();
-    flushReturns();
-    closeAttributes();
-    resetParagraphFormat();
-    outer.started = true;
-    const CharacterFormat written = outer.written;
-    pushStream(false);
-    streams.back().written = written;
-    streams.back().started = true;
-}
-
-void WordPerfectWriter::openTableRow(const RVNGPropertyList &)
-{
-    if (hidden || tables.empty() || tables.back().degraded)
-        return;
-    OpenTable &table = tables.back();
-    if (!table.firstInRow || table.row >= 0)
-        endCell();
-    ++table.row;
-    table.column = 0;
-    table.horizontalCover = 0;
-    table.firstInRow = true;
-}
-
-void WordPerfectWriter::beginCell(const CellShape &cell)
-{
-    OpenTable &table = tables.back();
-    writeCell(cell, table.firstInRow);
-    table.firstInRow = false;
-    streams.back().paragraph = ParagraphFormat();
-    streams.back().pendingReturns = 0;
-}
-
-void WordPerfectWriter::endCell()
-{
-    endContainer();
-    resetParagraphFormat();
-}
-
-void WordPerfectWriter::openTableCell(const RVNGPropertyList &propList)
-{
-    if (hidden || tables.empty() || tables.back().degraded)
-        return;
-    OpenTable &table = tables.back();
-    CellShape cell;
-    cell.column = table.column;
-    if (const librevenge::RVNGProperty *span = propList["table:number-columns-spanned"])
-        cell.columnSpan = std::max(1, span->getInt());
-    if (const librevenge::RVNGProperty *span = propList["table:number-rows-spanned"])
-        cell.rowSpan = std::max(1, span->getInt());
-    const char *sides[] = {"fo:border-left", "fo:border-right", "fo:border-top", "fo:border-bottom"};
-    const std::string all = textOf(propList, "fo:border");
-    for (int side = 0; side < 4; ++side) {
-        const std::string border = textOf(propList, sides[side]);
-        if (!isNone(border.empty() ? all : border) && (border.empty() ? all : border).find("none") == std::string::npos)
-            cell.borders |= 1 << side;
-    }
-    beginCell(cell);
-    table.column += cell.columnSpan;
-    table.horizontalCover = cell.columnSpan - 1;
-}
-
-void WordPerfectWriter::closeTableCell()
-{
-    if (hidden || tables.empty() || tables.back().degraded)
-        return;
-    endCell();
-}
-
-void WordPerfectWriter::insertCoveredTableCell(const RVNGPropertyList &)
-{
-    if (hidden || tables.empty() || tables.back().degraded)
-        return;
-    OpenTable &table = tables.back();
-    if (table.horizontalCover > 0) {
-        --table.horizontalCover;
-        return; // WordPerfect writes nothing for the columns a cell spans
-    }
-    CellShape cell;
-    cell.column = table.column;
-    cell.coveredFromAbove = true;
-    beginCell(cell);
-    endCell();
-    ++table.column;
-}
-
-void WordPerfectWriter::closeTable()
-{
-    if (hidden || tables.empty())
-        return;
-    const OpenTable table = tables.back();
-    tables.pop_back();
-    if (table.degraded)
-        return;
-    endCell();
-    const CharacterFormat written = streams.back().written;
-    const std::string body = popStream();
-    std::vector<int> widths = table.widths;
-    if (widths.empty())
-        widths.assign(std::max(1, table.column), 1200);
-    writeTableStart(widths);
-    out() += body;
-    writeTableEnd();
-    streams.back().written = written;
-    streams.back().pendingReturns = 0;
 }
 
 } // namespace richtext::wordperfect

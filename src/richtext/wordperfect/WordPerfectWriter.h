@@ -6,6 +6,7 @@
 
 #include <cstdint>
 #include <memory>
+#include <optional>
 #include <string>
 #include <vector>
 
@@ -46,6 +47,14 @@ struct PageSetup {
     int top = 1200, bottom = 1200, left = 1200, right = 1200;
 };
 
+// What the document's metadata says, as WordPerfect's document summary holds it.
+struct DocumentSummary {
+    std::string title, author, subject, description, keywords;
+    bool empty() const { return title.empty() && author.empty() && subject.empty() && description.empty() && keywords.empty(); }
+};
+
+struct Raster;
+
 struct CellShape {
     int column = 0;
     int columnSpan = 1;
@@ -66,7 +75,9 @@ public:
     const std::string &fileBytes() const { return file; }
     // Characters that no WordPerfect set holds, written as the substitute '?'.
     int substitutedCharacters() const { return substituted; }
-    int droppedImages() const { return images; }
+    // Pictures written as graphics boxes, and pictures in a format no box can hold (left out).
+    int writtenImages() const { return imagesWritten; }
+    int droppedImages() const { return imagesDropped; }
 
     void setDocumentMetaData(const librevenge::RVNGPropertyList &propList) override;
     void startDocument(const librevenge::RVNGPropertyList &) override {}
@@ -116,9 +127,9 @@ public:
     void closeTableCell() override;
     void insertCoveredTableCell(const librevenge::RVNGPropertyList &propList) override;
     void closeTable() override;
-    void openFrame(const librevenge::RVNGPropertyList &) override {}
-    void closeFrame() override {}
-    void insertBinaryObject(const librevenge::RVNGPropertyList &) override { ++images; }
+    void openFrame(const librevenge::RVNGPropertyList &propList) override;
+    void closeFrame() override;
+    void insertBinaryObject(const librevenge::RVNGPropertyList &propList) override;
     void insertEquation(const librevenge::RVNGPropertyList &) override {}
     void openGroup(const librevenge::RVNGPropertyList &) override {}
     void closeGroup() override {}
@@ -138,8 +149,7 @@ protected:
     const PageSetup &pageSetup() const { return page; }
     // Writing a note, header or footer body rather than the document's own text.
     bool inSubDocument() const { return streams.back().subDocument; }
-    const std::string &title() const { return documentTitle; }
-    const std::string &author() const { return documentAuthor; }
+    const DocumentSummary &summary() const { return documentSummary; }
 
     // What each version writes; every one appends to out().
     virtual void writeAscii(char c) = 0; // 0x21..0x7E
@@ -160,6 +170,8 @@ protected:
     virtual void writeNote(bool endnote, int number, const std::string &body) = 0;
     virtual void writeHeaderFooter(bool footer, const std::string &occurrence, const std::string &body) = 0;
     virtual void writePageNumber() = 0;
+    // A picture in a character-anchored graphics box of widthWpu x heightWpu.
+    virtual void writeImage(const Raster &raster, int widthWpu, int heightWpu) = 0;
     virtual std::string assemble(const std::string &document) = 0;
 
 private:
@@ -212,9 +224,10 @@ private:
     int hidden = 0; // inside a comment: nothing is written
     int boxDepth = 0;
     int substituted = 0;
-    int images = 0;
-    std::string documentTitle;
-    std::string documentAuthor;
+    int imagesWritten = 0;
+    int imagesDropped = 0;
+    std::optional<std::pair<double, double>> frameSize; // inches, of the open frame
+    DocumentSummary documentSummary;
     std::string file;
 };
 

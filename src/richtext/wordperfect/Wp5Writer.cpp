@@ -2,6 +2,7 @@
 
 #include "Bytes.h"
 #include "CharacterMap.h"
+#include "WpgImage.h"
 
 #include <algorithm>
 
@@ -152,6 +153,60 @@ void Wp5Writer::writePageSetup()
     put16(data, page.top);
     put16(data, page.bottom);
     function(0xD0, 0x05, data);
+    writePaperSize(page.width, page.height);
+}
+
+// Paper size and type: four 47-byte form descriptions (old desired, old effective, new desired,
+// new effective: length, width, type, name) and the orientation at 189, as WordPerfect 5.1 lays
+// the code out; the printer-specific tail stays zero.
+void Wp5Writer::writePaperSize(int width, int height)
+{
+    std::string data(243, '\0');
+    auto form = [&](std::size_t at, int length, int breadth, bool named) {
+        data[at] = static_cast<char>(length & 0xFF);
+        data[at + 1] = static_cast<char>((length >> 8) & 0xFF);
+        data[at + 2] = static_cast<char>(breadth & 0xFF);
+        data[at + 3] = static_cast<char>((breadth >> 8) & 0xFF);
+        data[at + 4] = 0x01; // standard paper
+        if (named) {
+            data[at + 5] = 0x08;
+            data.replace(at + 6, 8, "Standard");
+        }
+    };
+    form(0, 13200, 10200, false);
+    form(47, 13200, 10200, true);
+    form(95, height, width, false);
+    form(142, height, width, true);
+    data[189] = 0; // the size is given as the page stands
+    function(0xD0, 0x0B, data);
+}
+
+void Wp5Writer::writeImage(const Raster &raster, int widthWpu, int heightWpu)
+{
+    // A figure box laid out as WordPerfect 5.1 writes one for a retrieved graphic; the graphic
+    // itself goes to the graphics packet of the prefix, found by its index there.
+    const int index = static_cast<int>(pictures.size());
+    pictures.push_back(wpg1Records(raster, widthWpu, heightWpu));
+    std::string data(117, '\0');
+    auto at16 = [&](std::size_t offset, unsigned value) {
+        data[offset] = static_cast<char>(value & 0xFF);
+        data[offset + 1] = static_cast<char>((value >> 8) & 0xFF);
+    };
+    at16(0, static_cast<unsigned>(((index + 1) << 5) | 1)); // box number
+    data[2] = 0x06; // anchored to a character, aligned at its top
+    data[3] = 0x00;
+    at16(4, static_cast<unsigned>(std::min(widthWpu, 0xFFFF)));
+    at16(6, static_cast<unsigned>(std::min(heightWpu, 0xFFFF)));
+    at16(12, 200); // spacing around the box, as WordPerfect's figure default
+    at16(18, 200);
+    at16(34, static_cast<unsigned>(std::min(widthWpu, 0x7FFF))); // the graphic's own size
+    at16(36, static_cast<unsigned>(std::min(heightWpu, 0x7FFF)));
+    at16(40, 100); // scaled 100 % both ways
+    at16(42, 100);
+    data[48] = static_cast<char>(0x80); // contents: a graphic held in the document
+    data[99] = 0x01;
+    at16(109, static_cast<unsigned>(index));
+    function(0xDA, 0x00, data);
 }
 
 void Wp5Writer::writeTableStart(const std::vector<int> &widths)
@@ -242,7 +297,11 @@ std::string Wp5Writer::assemble(const std::string &document)
     const unsigned char flags[] = {0x08, 0x33, 0x7C, 0x00, 0x78, 0x00, 0x00, 0x00,
                                    0x01, 0x00, 0x00, 0x00, 0x00, 0x00, 0x00, 0x00};
     std::string graphics;
-    put16(graphics, 0);
+    put16(graphics, static_cast<unsigned>(pictures.size()));
+    for (const std::string &picture : pictures)
+        put32(graphics, static_cast<std::uint32_t>(picture.size()));
+    for (const std::string &picture : pictures)
+        graphics += picture;
     const IndexedPacket packets[] = {
         {0x06, std::string(reinterpret_cast<const char *>(flags), sizeof flags)},
         {0x07, pool},

@@ -7,7 +7,8 @@
 namespace richtext::wordperfect {
 
 // WordPerfect 5.1 for DOS: the 16-byte prefix, one index block (document flags, font-name pool,
-// fonts used, graphics count), then the document area, where note and header bodies sit inline.
+// fonts used, the graphics of figure boxes), then the document area, where note and header
+// bodies sit inline.
 class Wp5Writer : public WordPerfectWriter {
 protected:
     void writeAscii(char c) override;
@@ -28,6 +29,7 @@ protected:
     void writeNote(bool endnote, int number, const std::string &body) override;
     void writeHeaderFooter(bool footer, const std::string &occurrence, const std::string &body) override;
     void writePageNumber() override;
+    void writeImage(const Raster &raster, int widthWpu, int heightWpu) override;
     std::string assemble(const std::string &document) override;
 
 private:
@@ -35,9 +37,11 @@ private:
     void function(int code, int sub, const std::string &data);
     void fixed(int code, const std::string &data);
     int fontNumber(const CharacterFormat &format);
+    void writePaperSize(int width, int height);
 
     std::vector<std::pair<std::string, int>> fonts; // name and size of each font-list record
     std::map<std::string, int> fontNumbers;
+    std::vector<std::string> pictures; // WordPerfect Graphics records of each figure box
 };
 
 } // namespace richtext::wordperfect

@@ -2,6 +2,7 @@
 
 #include "Bytes.h"
 #include "CharacterMap.h"
+#include "WpgImage.h"
 
 namespace richtext::wordperfect {
 
@@ -44,6 +45,30 @@ void putWpString(std::string &out, std::u32string_view text)
             ++i;
         }
     }
+}
+
+// The extended document summary: one group per field, each u16 group size, u16 field tag, u16
+// flags, the tag's name (empty) and the value as WordPerfect strings ending in a zero word.
+std::string documentSummaryData(const DocumentSummary &summary)
+{
+    const std::pair<int, const std::string *> fields[] = {
+        {17, &summary.title}, {5, &summary.author}, {46, &summary.subject},
+        {1, &summary.description}, {26, &summary.keywords},
+    };
+    std::string data;
+    for (const auto &[tag, value] : fields) {
+        if (value->empty())
+            continue;
+        std::string group;
+        put16(group, static_cast<unsigned>(tag));
+        put16(group, 0);
+        put16(group, 0); // no name: WordPerfect names its fields itself
+        putWpString(group, CharacterMap::decodeUtf8(*value));
+        put16(group, 0);
+        put16(data, static_cast<unsigned>(group.size() + 2));
+        data += group;
+    }
+    return data;
 }
 
 std::string fontDescriptor(const std::string &name)
@@ -244,6 +269,59 @@ void Wp6Writer::writePageSetup()
     data.clear();
     put16(data, page.right);
     function(0xD2, 0x01, data);
+    data.clear();
+    put8(data, 0);  // no form hash: WordPerfect matches the size against its form list
+    put16(data, 0);
+    put16(data, static_cast<unsigned>(page.height));
+    put16(data, static_cast<unsigned>(page.width));
+    put8(data, 0);  // form type: standard
+    put8(data, 0);  // the size is given as the page stands
+    put8(data, 0);  // unnamed
+    function(0xD1, 0x11, data);
+}
+
+void Wp6Writer::writeImage(const Raster &raster, int widthWpu, int heightWpu)
+{
+    const int picture = addPacket(0x6F, 0x00, wpg1File(raster, widthWpu, heightWpu));
+    packets[picture - 1].uses = 1;
+    std::string names;
+    put16(names, 1); // child packets: the picture data
+    put16(names, static_cast<unsigned>(picture));
+    put16(names, 0); // no file name: the picture lives only in the document
+    const int filename = addPacket(0x40, 0x01, names);
+    packets[filename - 1].uses = 1;
+
+    std::string positioning;
+    put16(positioning, 0x7C00); // general, horizontal, vertical, width, height follow
+    put8(positioning, 0x03);    // general: mask, then value: on the text baseline
+    put8(positioning, 0x02);
+    put8(positioning, 0);       // horizontal: at the character
+    put16(positioning, 0);
+    put8(positioning, 0);
+    put8(positioning, 0);
+    put8(positioning, 0x01);    // vertical: relative to the anchor
+    put16(positioning, 0);
+    put8(positioning, 0x01);    // width and height as real WordPerfect flags a set-size box
+    put16(positioning, static_cast<unsigned>(std::min(widthWpu, 0xFFFF)));
+    put8(positioning, 0x00);
+    put16(positioning, static_cast<unsigned>(std::min(heightWpu, 0xFFFF)));
+    std::string content;
+    put16(content, 0x4000); // content type follows
+    put8(content, 0x03);    // image
+    std::string overrides;
+    // Positioning, then content. libwpd takes the positioning block's own flags for the outer ones
+    // once it has read it; 0x7C00 includes the content bit, so both readers see the content.
+    put16(overrides, 0x6000);
+    put16(overrides, static_cast<unsigned>(positioning.size()));
+    overrides += positioning;
+    put16(overrides, static_cast<unsigned>(content.size()));
+    overrides += content;
+
+    std::string data(14, '\0'); // reserved
+    put16(data, static_cast<unsigned>(overrides.size() + 4)); // override and wrap data, with both sizes
+    put16(data, static_cast<unsigned>(overrides.size()));
+    data += overrides;
+    function(0xDF, 0x00, data, filename); // character-anchored box
 }
 
 void Wp6Writer::writeTableStart(const std::vector<int> &widths)
@@ -332,6 +410,11 @@ std::string Wp6Writer::assemble(const std::string &document)
                                    0x00, 0x00, 0x00, 0x00, 0x00, 0x03};
     addPacket(0x02, 0x08, std::string(reinterpret_cast<const char *>(flags), sizeof flags));
     packets.back().uses = 1;
+
+    if (!summary().empty())
+        addPacket(0x12, 0x08, documentSummaryData(summary()));
+    if (!summary().empty())
+        packets.back().uses = 1;
 
     const std::uint32_t indexAt = 0x200;
     const std::uint32_t dataAt = indexAt + 14 * static_cast<std::uint32_t>(packets.size() + 1);

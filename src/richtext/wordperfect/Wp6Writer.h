@@ -29,6 +29,7 @@ protected:
     void writeNote(bool endnote, int number, const std::string &body) override;
     void writeHeaderFooter(bool footer, const std::string &occurrence, const std::string &body) override;
     void writePageNumber() override;
+    void writeImage(const Raster &raster, int widthWpu, int heightWpu) override;
     std::string assemble(const std::string &document) override;
 
 private:

@@ -1,0 +1,67 @@
+// The document's metadata and its pictures: what the WordPerfect writers take from outside the
+// text flow.
+
+#include "WordPerfectWriter.h"
+
+#include "Properties.h"
+#include "WpgImage.h"
+
+#include <cmath>
+
+namespace richtext::wordperfect {
+
+using librevenge::RVNGPropertyList;
+
+void WordPerfectWriter::setDocumentMetaData(const RVNGPropertyList &propList)
+{
+    DocumentSummary &summary = documentSummary;
+    summary.title = textOf(propList, "dc:title");
+    summary.author = textOf(propList, "meta:initial-creator");
+    if (summary.author.empty())
+        summary.author = textOf(propList, "dc:creator");
+    summary.subject = textOf(propList, "dc:subject");
+    summary.description = textOf(propList, "dc:description");
+    summary.keywords = textOf(propList, "meta:keyword");
+    if (summary.keywords.empty())
+        summary.keywords = textOf(propList, "meta:keywords");
+}
+
+void WordPerfectWriter::openFrame(const RVNGPropertyList &propList)
+{
+    const auto width = inchesOf(propList, "svg:width");
+    const auto height = inchesOf(propList, "svg:height");
+    if (width && height && *width > 0 && *height > 0)
+        frameSize = std::make_pair(*width, *height);
+    else
+        frameSize.reset();
+}
+
+void WordPerfectWriter::closeFrame()
+{
+    frameSize.reset();
+}
+
+void WordPerfectWriter::insertBinaryObject(const RVNGPropertyList &propList)
+{
+    if (hidden)
+        return;
+    const librevenge::RVNGProperty *data = propList["office:binary-data"];
+    std::optional<Raster> raster;
+    if (data) {
+        const librevenge::RVNGBinaryData bytes(data->getStr());
+        if (bytes.getDataBuffer())
+            raster = decodeRaster({reinterpret_cast<const char *>(bytes.getDataBuffer()), bytes.size()});
+    }
+    if (!raster) {
+        ++imagesDropped; // SVG, WMF and the like: WordPerfect Graphics holds no such data
+        return;
+    }
+    // Without a frame size the picture keeps the size its pixels have on a 96 dpi screen.
+    const double width = frameSize ? frameSize->first : raster->width / 96.0;
+    const double height = frameSize ? frameSize->second : raster->height / 96.0;
+    text(U"");
+    writeImage(*raster, std::max(1, wpu(width)), std::max(1, wpu(height)));
+    ++imagesWritten;
+}
+
+} // namespace richtext::wordperfect

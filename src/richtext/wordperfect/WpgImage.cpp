@@ -1,0 +1,276 @@
+#include "WpgImage.h"
+
+#include "Bytes.h"
+
+#include <jpeglib.h>
+#include <png.h>
+
+#include <algorithm>
+#include <csetjmp>
+#include <cstdio>
+#include <cstdlib>
+
+namespace richtext::wordperfect {
+
+namespace {
+
+std::optional<Raster> decodePng(std::string_view bytes)
+{
+    png_image image{};
+    image.version = PNG_IMAGE_VERSION;
+    if (!png_image_begin_read_from_memory(&image, bytes.data(), bytes.size()))
+        return std::nullopt;
+    image.format = PNG_FORMAT_RGB;
+    Raster raster;
+    raster.width = static_cast<int>(image.width);
+    raster.height = static_cast<int>(image.height);
+    if (raster.width <= 0 || raster.height <= 0 || std::size_t(raster.width) * raster.height > 64u << 20) {
+        png_image_free(&image);
+        return std::nullopt;
+    }
+    raster.rgb.resize(PNG_IMAGE_SIZE(image));
+    const png_color white{255, 255, 255};
+    if (!png_image_finish_read(&image, &white, raster.rgb.data(), 0, nullptr)) {
+        png_image_free(&image);
+        return std::nullopt;
+    }
+    return raster;
+}
+
+struct JpegError {
+    jpeg_error_mgr manager;
+    std::jmp_buf jump;
+};
+
+void jpegFailed(j_common_ptr info)
+{
+    std::longjmp(reinterpret_cast<JpegError *>(info->err)->jump, 1);
+}
+
+void jpegQuiet(j_common_ptr, int) {}
+
+// No C++ object with a destructor lives between setjmp and a longjmp back to it.
+bool decodeJpegInto(std::string_view bytes, Raster &raster)
+{
+    jpeg_decompress_struct info;
+    JpegError error;
+    info.err = jpeg_std_error(&error.manager);
+    error.manager.error_exit = jpegFailed;
+    error.manager.emit_message = jpegQuiet;
+    if (setjmp(error.jump)) {
+        jpeg_destroy_decompress(&info);
+        return false;
+    }
+    jpeg_create_decompress(&info);
+    jpeg_mem_src(&info, reinterpret_cast<const unsigned char *>(bytes.data()), static_cast<unsigned long>(bytes.size()));
+    jpeg_read_header(&info, TRUE);
+    info.out_color_space = JCS_RGB;
+    jpeg_start_decompress(&info);
+    if (info.output_components != 3 || std::size_t(info.output_width) * info.output_height > 64u << 20) {
+        jpeg_destroy_decompress(&info);
+        return false;
+    }
+    raster.width = static_cast<int>(info.output_width);
+    raster.height = static_cast<int>(info.output_height);
+    raster.rgb.resize(std::size_t(raster.width) * raster.height * 3);
+    while (info.output_scanline < info.output_height) {
+        JSAMPROW row = raster.rgb.data() + std::size_t(info.output_scanline) * raster.width * 3;
+        jpeg_read_scanlines(&info, &row, 1);
+    }
+    jpeg_finish_decompress(&info);
+    jpeg_destroy_decompress(&info);
+    return true;
+}
+
+Raster scaledToFit(const Raster &raster, int maxSide)
+{
+    const int longest = std::max(raster.width, raster.height);
+    if (longest <= maxSide)
+        return raster;
+    Raster small;
+    small.width = std::max(1, static_cast<int>(static_cast<long long>(raster.width) * maxSide / longest));
+    small.height = std::max(1, static_cast<int>(static_cast<long long>(raster.height) * maxSide / longest));
+    small.rgb.resize(std::size_t(small.width) * small.height * 3);
+    for (int y = 0; y < small.height; ++y) {
+        const int sy = static_cast<int>(static_cast<long long>(y) * raster.height / small.height);
+        for (int x = 0; x < small.width; ++x) {
+            const int sx = static_cast<int>(static_cast<long long>(x) * raster.width / small.width);
+            std::copy_n(&raster.rgb[(std::size_t(sy) * raster.width + sx) * 3], 3,
+                        &small.rgb[(std::size_t(y) * small.width + x) * 3]);
+        }
+    }
+    return small;
+}
+
+// 256 colours: a 6x6x6 cube and a 40-step grey ramp. A 4x4 ordered dither keeps photographs
+// from banding; the grey ramp keeps text and line art neutral.
+constexpr int cubeSteps = 6;
+constexpr int greyBase = cubeSteps * cubeSteps * cubeSteps;
+constexpr int greySteps = 256 - greyBase;
+
+unsigned char paletteIndex(const unsigned char *rgb, int x, int y)
+{
+    static const int bayer[4][4] = {{0, 8, 2, 10}, {12, 4, 14, 6}, {3, 11, 1, 9}, {15, 7, 13, 5}};
+    const int lo = std::min({rgb[0], rgb[1], rgb[2]});
+    const int hi = std::max({rgb[0], rgb[1], rgb[2]});
+    const int threshold = bayer[y & 3][x & 3];
+    if (hi - lo < 10) {
+        const int grey = (rgb[0] + rgb[1] + rgb[2]) / 3;
+        const int scaled = grey * (greySteps - 1) * 16 + threshold * 255;
+        return static_cast<unsigned char>(greyBase + std::min(greySteps - 1, scaled / (255 * 16)));
+    }
+    int index = 0;
+    for (int c = 0; c < 3; ++c) {
+        const int scaled = rgb[c] * (cubeSteps - 1) * 16 + threshold * 255;
+        index = index * cubeSteps + std::min(cubeSteps - 1, scaled / (255 * 16));
+    }
+    return static_cast<unsigned char>(index);
+}
+
+// WordPerfect Graphics record lengths: one byte below 0xFF, else FF and a word, and above 0x7FFF
+// FF, the high word with its top bit set, then the low word.
+void putRecord(std::string &out, int type, const std::string &data)
+{
+    put8(out, static_cast<unsigned>(type));
+    const std::size_t size = data.size();
+    if (size < 0xFF) {
+        put8(out, static_cast<unsigned>(size));
+    } else if (size < 0x8000) {
+        put8(out, 0xFF);
+        put16(out, static_cast<unsigned>(size));
+    } else {
+        put8(out, 0xFF);
+        put16(out, static_cast<unsigned>((size >> 16) | 0x8000));
+        put16(out, static_cast<unsigned>(size & 0xFFFF));
+    }
+    out += data;
+}
+
+// Run-length coding, a scanline at a time: 80|n b = n times b, n b.. = n literal bytes, 00 n =
+// the previous scanline n more times.
+void encodeRow(std::string &out, const unsigned char *row, int width)
+{
+    int i = 0;
+    while (i < width) {
+        int run = 1;
+        while (i + run < width && run < 127 && row[i + run] == row[i])
+            ++run;
+        if (run >= 3) {
+            put8(out, 0x80 | static_cast<unsigned>(run));
+            put8(out, row[i]);
+            i += run;
+            continue;
+        }
+        int literal = 0;
+        while (i + literal < width && literal < 127) {
+            const int at = i + literal;
+            if (at + 2 < width && row[at] == row[at + 1] && row[at] == row[at + 2])
+                break;
+            ++literal;
+        }
+        put8(out, static_cast<unsigned>(literal));
+        out.append(reinterpret_cast<const char *>(row + i), literal);
+        i += literal;
+    }
+}
+
+} // namespace
+
+std::optional<Raster> decodeRaster(std::string_view bytes, int maxSide)
+{
+    std::optional<Raster> raster;
+    if (bytes.substr(0, 8) == "\x89PNG\r\n\x1A\n") {
+        raster = decodePng(bytes);
+    } else if (bytes.substr(0, 3) == "\xFF\xD8\xFF") {
+        Raster jpeg;
+        if (decodeJpegInto(bytes, jpeg))
+            raster = std::move(jpeg);
+    }
+    if (!raster)
+        return std::nullopt;
+    return scaledToFit(*raster, maxSide);
+}
+
+std::string wpg1Records(const Raster &raster, int widthWpu, int heightWpu)
+{
+    widthWpu = std::clamp(widthWpu, 1, 0x7FFF);
+    heightWpu = std::clamp(heightWpu, 1, 0x7FFF);
+    std::string out;
+    std::string start;
+    put8(start, 1); // version
+    put8(start, 0); // flags
+    put16(start, static_cast<unsigned>(widthWpu));
+    put16(start, static_cast<unsigned>(heightWpu));
+    putRecord(out, 0x0F, start);
+
+    std::string palette;
+    put16(palette, 0);
+    put16(palette, 256);
+    for (int i = 0; i < greyBase; ++i) {
+        put8(palette, (i / 36) * 51);
+        put8(palette, (i / 6 % 6) * 51);
+        put8(palette, (i % 6) * 51);
+    }
+    for (int i = 0; i < greySteps; ++i) {
+        const unsigned grey = static_cast<unsigned>(i * 255 / (greySteps - 1));
+        put8(palette, grey);
+        put8(palette, grey);
+        put8(palette, grey);
+    }
+    putRecord(out, 0x0E, palette);
+
+    std::string bitmap;
+    put16(bitmap, 0); // rotation
+    put16(bitmap, 0); // lower-left corner
+    put16(bitmap, 0);
+    put16(bitmap, static_cast<unsigned>(widthWpu)); // upper-right corner
+    put16(bitmap, static_cast<unsigned>(heightWpu));
+    put16(bitmap, static_cast<unsigned>(raster.width));
+    put16(bitmap, static_cast<unsigned>(raster.height));
+    put16(bitmap, 8); // bits per pixel
+    // libwpg measures the corners in units of the resolution, WordPerfect in WPU: 1200 suits both.
+    put16(bitmap, 1200);
+    put16(bitmap, 1200);
+    std::vector<unsigned char> previous;
+    std::vector<unsigned char> row(static_cast<std::size_t>(raster.width));
+    int repeats = 0;
+    for (int y = 0; y < raster.height; ++y) {
+        for (int x = 0; x < raster.width; ++x)
+            row[x] = paletteIndex(&raster.rgb[(std::size_t(y) * raster.width + x) * 3], x, y);
+        if (row == previous && repeats < 255) {
+            ++repeats;
+            continue;
+        }
+        if (repeats) {
+            put8(bitmap, 0);
+            put8(bitmap, static_cast<unsigned>(repeats));
+            repeats = 0;
+        }
+        encodeRow(bitmap, row.data(), raster.width);
+        previous = row;
+    }
+    if (repeats) {
+        put8(bitmap, 0);
+        put8(bitmap, static_cast<unsigned>(repeats));
+    }
+    // libwpg stops decoding one byte before a record's end; a spare byte keeps the last code.
+    put8(bitmap, 0);
+    putRecord(out, 0x14, bitmap);
+    putRecord(out, 0x10, {});
+    return out;
+}
+
+std::string wpg1File(const Raster &raster, int widthWpu, int heightWpu)
+{
+    std::string file = "\xFFWPC";
+    put32(file, 16);  // records start after this prefix
+    put8(file, 1);    // WordPerfect
+    put8(file, 0x16); // graphics
+    put8(file, 1);    // version 1
+    put8(file, 0);
+    put16(file, 0);   // not encrypted
+    put16(file, 0);
+    return file + wpg1Records(raster, widthWpu, heightWpu);
+}
+
+} // namespace richtext::wordperfect

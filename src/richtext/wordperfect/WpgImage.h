@@ -1,0 +1,28 @@
+#pragma once
+
+#include <optional>
+#include <string>
+#include <string_view>
+#include <vector>
+
+namespace richtext::wordperfect {
+
+// An image decoded to 8-bit RGB rows, top row first.
+struct Raster {
+    int width = 0;
+    int height = 0;
+    std::vector<unsigned char> rgb;
+};
+
+// PNG or JPEG bytes decoded, transparency laid over white; nothing for any other format or for
+// data the decoder refuses. Very large images are scaled down to fit maxSide pixels.
+std::optional<Raster> decodeRaster(std::string_view bytes, int maxSide = 1600);
+
+// The image as WordPerfect Graphics 1 records (start, colour map, 8-bit bitmap, end), the only
+// graphics format WordPerfect 5.1 reads and one every later WordPerfect reads too. widthWpu and
+// heightWpu are the picture's size in 1/1200 inch. WordPerfect 5.1 stores the records bare in its
+// document; a stand-alone or WordPerfect 6 embedded file starts with the 16-byte prefix.
+std::string wpg1Records(const Raster &raster, int widthWpu, int heightWpu);
+std::string wpg1File(const Raster &raster, int widthWpu, int heightWpu);
+
+} // namespace richtext::wordperfect

@@ -1,0 +1,266 @@
+// Pictures, paper size and the document summary through odt2wp5's command line, read back by
+// libwpd (the box and its graphic) and libwpg (the pixels in the graphic).
+
+#include "ProgramRun.h"
+#include "ScratchFolder.h"
+#include "WpTestSupport.h"
+
+#include "richtext/ModelBuilder.h"
+#include "richtext/OdtReader.h"
+
+#include <libwpg/libwpg.h>
+#include <librevenge-stream/librevenge-stream.h>
+#include <librevenge/librevenge.h>
+#include <png.h>
+
+#include <gtest/gtest.h>
+
+#include <filesystem>
+#include <string>
+#include <vector>
+
+namespace {
+
+struct Version {
+    const char *option;
+    const char *extension;
+};
+const Version versions[] = {{"--wp6", "wpd"}, {"--wp5", "wp5"}};
+
+const richtext::Inline *firstImage(const richtext::Paragraph &paragraph)
+{
+    for (const richtext::Inline &piece : paragraph.content) {
+        if (piece.kind == richtext::Inline::Kind::image)
+            return &piece;
+    }
+    return nullptr;
+}
+
+void collectImages(const richtext::Blocks &blocks, std::vector<const richtext::Inline *> &images)
+{
+    for (const richtext::Block &block : blocks) {
+        if (const richtext::Paragraph *paragraph = block.paragraph()) {
+            for (const richtext::Inline &piece : paragraph->content) {
+                if (piece.kind == richtext::Inline::Kind::image && !piece.data.empty())
+                    images.push_back(&piece);
+                if (piece.content)
+                    collectImages(*piece.content, images);
+            }
+        } else if (const richtext::Table *table = block.table()) {
+            for (const richtext::Row &row : table->rows)
+                for (const richtext::Cell &cell : row.cells)
+                    collectImages(cell.blocks, images);
+        }
+    }
+}
+
+std::vector<const richtext::Inline *> imagesOf(const richtext::Document &document)
+{
+    std::vector<const richtext::Inline *> images;
+    for (const richtext::PageSpan &span : document.pageSpans)
+        collectImages(span.blocks, images);
+    return images;
+}
+
+// A 4 x 2 PNG: the left half red, the right half blue.
+std::string redBluePng()
+{
+    std::vector<unsigned char> pixels;
+    for (int y = 0; y < 2; ++y)
+        for (int x = 0; x < 4; ++x)
+            pixels.insert(pixels.end(), {static_cast<unsigned char>(x < 2 ? 255 : 0), 0,
+                                         static_cast<unsigned char>(x < 2 ? 0 : 255)});
+    png_image image{};
+    image.version = PNG_IMAGE_VERSION;
+    image.width = 4;
+    image.height = 2;
+    image.format = PNG_FORMAT_RGB;
+    png_alloc_size_t size = 0;
+    png_image_write_to_memory(&image, nullptr, &size, 0, pixels.data(), 0, nullptr);
+    std::string png(size, '\0');
+    png_image_write_to_memory(&image, png.data(), &size, 0, pixels.data(), 0, nullptr);
+    png.resize(size);
+    return png;
+}
+
+std::string base64(const std::string &bytes)
+{
+    librevenge::RVNGBinaryData data(reinterpret_cast<const unsigned char *>(bytes.data()), bytes.size());
+    return data.getBase64Data().cstr();
+}
+
+// What libwpg draws from a WordPerfect graphic: the bitmap's top-left and top-right pixels.
+struct Drawn {
+    bool bitmap = false;
+    unsigned leftPixel = 0, rightPixel = 0; // 0xRRGGBB
+};
+
+Drawn drawnBy(const std::string &graphic)
+{
+    librevenge::RVNGStringStream input(reinterpret_cast<const unsigned char *>(graphic.data()),
+                                       static_cast<unsigned>(graphic.size()));
+    librevenge::RVNGStringVector pages;
+    librevenge::RVNGSVGDrawingGenerator svg(pages, "");
+    // WordPerfect 5.1 keeps its graphics without the 16-byte prefix: version 1 records.
+    const bool prefixed = graphic.rfind("\xFFWPC", 0) == 0;
+    libwpg::WPGraphics::parse(&input, &svg, prefixed ? libwpg::WPG_AUTODETECT : libwpg::WPG_WPG1);
+    if (pages.empty())
+        return {};
+    const std::string page = pages[0].cstr();
+    const std::string marker = "data:image/bmp;base64,";
+    const auto start = page.find(marker);
+    if (start == std::string::npos)
+        return {};
+    const auto end = page.find('"', start);
+    const librevenge::RVNGBinaryData dib(librevenge::RVNGString(page.substr(start + marker.size(), end - start - marker.size()).c_str()));
+    const unsigned char *bmp = dib.getDataBuffer();
+    if (dib.size() < 54 || bmp[0] != 'B' || bmp[1] != 'M' || bmp[28] != 32)
+        return {};
+    auto u32 = [&](std::size_t at) { return unsigned(bmp[at]) | bmp[at + 1] << 8 | bmp[at + 2] << 16 | unsigned(bmp[at + 3]) << 24; };
+    const unsigned offset = u32(10), width = u32(18), height = u32(22);
+    if (dib.size() < offset + std::size_t(width) * height * 4)
+        return {};
+    // Rows run bottom-up; pixels are blue, green, red, alpha.
+    const unsigned char *top = bmp + offset + std::size_t(height - 1) * width * 4;
+    auto rgb = [&](unsigned x) { return unsigned(top[x * 4 + 2]) << 16 | unsigned(top[x * 4 + 1]) << 8 | top[x * 4]; };
+    return {true, rgb(0), rgb(width - 1)};
+}
+
+class PicturesAndPages : public ::testing::TestWithParam<Version> {
+protected:
+    wptest::ReadBack convert(const std::string &odt, std::string *warnings = nullptr)
+    {
+        const std::string source = scratch.write("source.fodt", odt);
+        const std::string destination = scratch.file(std::string("out.") + GetParam().extension);
+        const ProgramRun run = ProgramRun::of({ODT2WP5_PATH, GetParam().option, source, destination});
+        EXPECT_EQ(run.status, 0) << run.err;
+        if (warnings)
+            *warnings = run.err;
+        wptest::ReadBack back = wptest::readWordPerfect(ScratchFolder::readFile(destination));
+        EXPECT_TRUE(back.ok);
+        return back;
+    }
+    bool wp6() const { return std::string(GetParam().option) == "--wp6"; }
+
+    ScratchFolder scratch;
+};
+
+std::string pictureBody(const std::string &mime, const std::string &bytes)
+{
+    return "<text:p>before <draw:frame text:anchor-type=\"as-char\" svg:width=\"2in\" svg:height=\"1in\"><draw:image"
+           " draw:mime-type=\"" + mime + "\"><office:binary-data>" + base64(bytes) +
+           "</office:binary-data></draw:image></draw:frame> after</text:p>";
+}
+
+TEST_P(PicturesAndPages, WritesRasterPicturesAsGraphicsBoxesAndCountsTheOthers)
+{
+    struct Case {
+        const char *name;
+        std::string body;
+        int boxes;
+        const char *warning;
+    };
+    const Case cases[] = {
+        {"png", pictureBody("image/png", redBluePng()), 1, nullptr},
+        {"svg", pictureBody("image/svg+xml", "<svg xmlns=\"http://www.w3.org/2000/svg\" width=\"4\" height=\"2\"/>"), 0,
+         "1 picture in a format WordPerfect graphics cannot hold left out"},
+    };
+    for (const Case &c : cases) {
+        SCOPED_TRACE(c.name);
+        std::string warnings;
+        const auto back = convert(wptest::flatOdt("", c.body), &warnings);
+        const auto images = imagesOf(back.document);
+        ASSERT_EQ(static_cast<int>(images.size()), c.boxes);
+        EXPECT_EQ(c.warning != nullptr, warnings.find(c.warning ? c.warning : "\x01") != std::string::npos) << warnings;
+        if (!c.boxes)
+            continue;
+        const richtext::Inline &image = *images.front();
+        EXPECT_EQ(wptest::property(image.object, "librevenge:mime-type"), "image/x-wpg");
+        EXPECT_EQ(wptest::property(image.object, "svg:width"), "2.0000in");
+        EXPECT_EQ(wptest::property(image.object, "svg:height"), "1.0000in");
+        const Drawn drawn = drawnBy(image.data);
+        ASSERT_TRUE(drawn.bitmap);
+        EXPECT_EQ(drawn.leftPixel, 0xFF0000u);
+        EXPECT_EQ(drawn.rightPixel, 0x0000FFu);
+        const richtext::Paragraph *paragraph = wptest::paragraphWith(back.document, "before");
+        ASSERT_NE(paragraph, nullptr);
+        EXPECT_EQ(firstImage(*paragraph), &image); // in the text, where the frame was anchored
+    }
+}
+
+TEST_P(PicturesAndPages, KeepsThePaperSize)
+{
+    struct Case {
+        const char *width, *height;
+        const char *expectWidth, *expectHeight;
+    };
+    const Case cases[] = {
+        {"21cm", "29.7cm", "8.2677in", "11.6929in"},
+        {"8.5in", "14in", "8.5000in", "14.0000in"},
+        {"21cm", "14.8cm", "8.2677in", "5.8268in"},
+    };
+    for (const Case &c : cases) {
+        SCOPED_TRACE(std::string(c.width) + " x " + c.height);
+        const auto back = convert(wptest::flatOdt(
+            std::string("<style:page-layout style:name=\"pm1\"><style:page-layout-properties fo:page-width=\"") + c.width +
+                "\" fo:page-height=\"" + c.height + "\" fo:margin-left=\"1in\" fo:margin-right=\"1in\""
+                " fo:margin-top=\"1in\" fo:margin-bottom=\"1in\"/></style:page-layout>",
+            "<text:p>page text</text:p>",
+            "<style:master-page style:name=\"Standard\" style:page-layout-name=\"pm1\"/>"));
+        ASSERT_FALSE(back.document.pageSpans.empty());
+        const auto &page = back.document.pageSpans.front().properties;
+        EXPECT_NEAR(std::stod(wptest::property(page, "fo:page-width")), std::stod(c.expectWidth), 0.002);
+        EXPECT_NEAR(std::stod(wptest::property(page, "fo:page-height")), std::stod(c.expectHeight), 0.002);
+    }
+}
+
+TEST_P(PicturesAndPages, CorpusPicturesBecomeGraphicsBoxes)
+{
+    const std::filesystem::path office = std::filesystem::path(QM_CORPUS_DIR) / "office";
+    if (!std::filesystem::is_directory(office))
+        GTEST_SKIP() << "the shared corpus is not here: " << office;
+    for (const char *name : {"embedded-png.odt", "testODTEmbedded.odt", "demoLibreOfficeImagePasteBug.odt"}) {
+        SCOPED_TRACE(name);
+        const std::string path = (office / name).string();
+        richtext::ModelBuilder source;
+        richtext::OdtReader::read(ScratchFolder::readFile(path), source);
+        const std::string destination = scratch.file(std::string("corpus.") + GetParam().extension);
+        const ProgramRun run = ProgramRun::of({ODT2WP5_PATH, GetParam().option, path, destination});
+        ASSERT_EQ(run.status, 0) << run.err;
+        const auto back = wptest::readWordPerfect(ScratchFolder::readFile(destination));
+        ASSERT_TRUE(back.ok);
+        EXPECT_EQ(imagesOf(back.document).size(), imagesOf(source.document()).size());
+        for (const richtext::Inline *image : imagesOf(back.document))
+            EXPECT_TRUE(drawnBy(image->data).bitmap);
+    }
+}
+
+INSTANTIATE_TEST_SUITE_P(BothVersions, PicturesAndPages, ::testing::ValuesIn(versions),
+                         [](const auto &info) { return std::string(info.param.option + 2); });
+
+// Only WordPerfect 6 has a document summary libwpd reads.
+TEST(WordPerfect6Summary, CarriesTheDocumentMetadata)
+{
+    ScratchFolder scratch;
+    const std::string odt =
+        "<?xml version=\"1.0\" encoding=\"UTF-8\"?><office:document"
+        " xmlns:office=\"urn:oasis:names:tc:opendocument:xmlns:office:1.0\""
+        " xmlns:text=\"urn:oasis:names:tc:opendocument:xmlns:text:1.0\""
+        " xmlns:dc=\"http://purl.org/dc/elements/1.1/\" xmlns:meta=\"urn:oasis:names:tc:opendocument:xmlns:meta:1.0\""
+        " office:version=\"1.3\" office:mimetype=\"application/vnd.oasis.opendocument.text\"><office:meta>"
+        "<dc:title>Quarterly Report</dc:title><meta:initial-creator>Ada Lovelace</meta:initial-creator>"
+        "<dc:subject>Finances</dc:subject><dc:description>A short summary</dc:description>"
+        "<meta:keyword>money</meta:keyword></office:meta><office:body><office:text><text:p>x</text:p>"
+        "</office:text></office:body></office:document>";
+    const std::string destination = scratch.file("summary.wpd");
+    ASSERT_EQ(ProgramRun::of({ODT2WP5_PATH, "--wp6", scratch.write("s.fodt", odt), destination}).status, 0);
+    const auto back = wptest::readWordPerfect(ScratchFolder::readFile(destination));
+    ASSERT_TRUE(back.ok);
+    const std::pair<const char *, const char *> expected[] = {
+        {"librevenge:descriptive-name", "Quarterly Report"}, {"meta:initial-creator", "Ada Lovelace"},
+        {"dc:subject", "Finances"}, {"dc:description", "A short summary"}, {"meta:keyword", "money"}};
+    for (const auto &[name, value] : expected)
+        EXPECT_EQ(wptest::property(back.document.metadata, name), value) << name;
+}
+
+} // namespace
