@@ -242,8 +242,11 @@ OdtStyles::ListLevel OdtStyles::listLevel(const std::string &listStyle, int leve
             return found->second;
         break;
     }
+    // A level the list style does not define is numbered "1.", as LibreOffice numbers it.
     ListLevel made;
-    made.properties["text:bullet-char"] = "\xE2\x80\xA2";
+    made.ordered = true;
+    made.properties["style:num-format"] = "1";
+    made.properties["style:num-suffix"] = ".";
     return made;
 }
 

@@ -240,6 +240,16 @@ TEST_P(OdtToWordPerfect, WritesCharactersAndCountsTheOnesNoSetHolds)
     EXPECT_EQ(std::count(run.err.begin(), run.err.end(), '\n'), 1);
 }
 
+TEST_P(OdtToWordPerfect, WritesWordsSymbolFontGlyphsAsWhatTheyMean)
+{
+    ProgramRun run;
+    const auto back = convert(wptest::flatOdt("", "<text:p>\uF0B7 bullet \uF0A8 diamond \uF0D8 arrow</text:p>"), &run);
+    const richtext::Paragraph *paragraph = wptest::paragraphWith(back.document, "bullet");
+    ASSERT_NE(paragraph, nullptr);
+    EXPECT_EQ(paragraph->text(), "\u2022 bullet \u2666 diamond \u2022 arrow");
+    EXPECT_EQ(run.err, "") << "nothing was substituted";
+}
+
 TEST_P(OdtToWordPerfect, WritesListLabelsWithTheirIndent)
 {
     const auto back = convert(wptest::flatOdt(

@@ -225,6 +225,43 @@ void WordPerfectWriter::applyCharacterFormat()
     written.attributes = wanted.attributes;
 }
 
+namespace {
+
+// Word keeps the glyphs of the Symbol and Wingdings fonts (bullets above all)
+// in the private-use range U+F020-U+F0FF; these are their usual meanings.
+std::optional<char32_t> symbolFontMeaning(char32_t c)
+{
+    switch (c) {
+    case 0xF0B7: return U'\u2022'; // Symbol bullet
+    case 0xF0A7: return U'\u25AA'; // Wingdings small square
+    case 0xF0A8: return U'\u2666'; // Symbol diamond
+    case 0xF0A9: return U'\u2665';
+    case 0xF0AA: return U'\u2660';
+    case 0xF0A5: return U'\u221E';
+    case 0xF06E: return U'\u25A0'; // Wingdings black square
+    case 0xF06F: return U'\u25A1';
+    case 0xF0FC: return U'\u2713';
+    case 0xF0D8: // Wingdings arrowheads and other ornaments stand as a bullet
+    case 0xF076:
+    case 0xF071:
+    case 0xF0D2: return U'\u2022';
+    default: return std::nullopt;
+    }
+}
+
+} // namespace
+
+bool WordPerfectWriter::writeSymbolFontCharacter(char32_t c)
+{
+    const auto meaning = symbolFontMeaning(c);
+    if (!meaning)
+        return false;
+    std::size_t used = 1;
+    const char32_t standIn[] = {*meaning, 0};
+    return writeCharacter(std::u32string_view(standIn, 1), used) ||
+           writeCharacter(std::u32string_view(U"\u2022", 1), used);
+}
+
 void WordPerfectWriter::text(std::u32string_view text)
 {
     Stream &stream = streams.back();
@@ -246,7 +283,7 @@ void WordPerfectWriter::text(std::u32string_view text)
             writeAscii(static_cast<char>(c));
         else if (c < 0x20 || c == 0xFEFF || (c >= 0x200B && c <= 0x200D))
             ; // controls and invisible marks carry nothing WordPerfect can show
-        else if (!writeCharacter(text.substr(i), used)) {
+        else if (!writeCharacter(text.substr(i), used) && !writeSymbolFontCharacter(c)) {
             writeAscii('?');
             ++substituted;
             used = 1;

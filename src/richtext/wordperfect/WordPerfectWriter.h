@@ -155,6 +155,8 @@ protected:
     virtual void writeAscii(char c) = 0; // 0x21..0x7E
     virtual void writeSpace() = 0;
     virtual bool writeCharacter(std::u32string_view text, std::size_t &used) = 0; // false: no pair
+    // Word's private-use Symbol and Wingdings glyphs, written as what they mean.
+    bool writeSymbolFontCharacter(char32_t c);
     virtual void writeHardReturn() = 0;
     virtual void writeLineBreak() = 0;
     virtual void writePageBreak() = 0;
