@@ -1,4 +1,5 @@
 #include "HtmlContent.h"
+#include "Base64.h"
 
 #include "HtmlTable.h"
 #include "OdtProperties.h"
@@ -388,7 +389,7 @@ void HtmlContent::image(const xmlNode *element, const HtmlFormat &format)
         return;
     std::string base64 = source.substr(comma + 1);
     std::erase_if(base64, isSpace);
-    const librevenge::RVNGBinaryData data((librevenge::RVNGString(base64.c_str())));
+    const librevenge::RVNGBinaryData data = decodeBase64(base64);
     if (data.empty())
         return;
     RVNGPropertyList frame;

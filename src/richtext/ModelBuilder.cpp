@@ -1,4 +1,5 @@
 #include "ModelBuilder.h"
+#include "Base64.h"
 
 #include "Units.h"
 
@@ -253,7 +254,7 @@ void ModelBuilder::insertBinaryObject(const librevenge::RVNGPropertyList &propLi
     for (const auto &[key, value] : propertiesOf(propList))
         image.object[key] = value;
     if (const librevenge::RVNGProperty *data = propList["office:binary-data"]) {
-        const librevenge::RVNGBinaryData bytes(data->getStr());
+        const librevenge::RVNGBinaryData bytes = decodeBase64(data->getStr().cstr());
         if (bytes.getDataBuffer())
             image.data.assign(reinterpret_cast<const char *>(bytes.getDataBuffer()), bytes.size());
     }

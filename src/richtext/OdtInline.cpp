@@ -1,4 +1,5 @@
 #include "OdtInline.h"
+#include "Base64.h"
 
 #include "OdfNames.h"
 #include "OdtContent.h"
@@ -286,7 +287,7 @@ bool OdtInline::image(const xmlNode *node, const RVNGPropertyList &frame)
     if (const xmlNode *inlined = Xml::child(node, office, "binary-data")) {
         std::string base64 = Xml::text(inlined);
         std::erase_if(base64, isSpace);
-        data = librevenge::RVNGBinaryData(librevenge::RVNGString(base64.c_str()));
+        data = decodeBase64(base64);
     } else if (const auto href = Xml::attribute(node, xlink, "href")) {
         if (const auto bytes = content.picture(*href))
             data = librevenge::RVNGBinaryData(reinterpret_cast<const unsigned char *>(bytes->data()),

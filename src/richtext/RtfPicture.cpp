@@ -1,4 +1,5 @@
 #include "RtfPicture.h"
+#include "Base64.h"
 
 #include "RtfFormat.h"
 #include "Units.h"
@@ -48,7 +49,7 @@ std::optional<Picture> fromData(const librevenge::RVNGPropertyList &object, libr
     const librevenge::RVNGProperty *data = object["office:binary-data"];
     if (!data)
         return std::nullopt;
-    keep = librevenge::RVNGBinaryData(data->getStr());
+    keep = decodeBase64(data->getStr().cstr());
     if (!keep.getDataBuffer())
         return std::nullopt;
     return recognise(keep.getDataBuffer(), keep.size());

@@ -149,6 +149,14 @@ INSTANTIATE_TEST_SUITE_P(
                  "not well-formed XML"},
         BadInput{"text that is not UTF-8", [] { return oneParagraph("caf\xE9").flat(); },
                  "not well-formed XML"},
+        // Found by fuzzing: librevenge's base64 decoder threw through the reader.
+        BadInput{"a picture whose base64 is damaged",
+                 [] {
+                     return oneParagraph("kept<draw:frame><draw:image><office:binary-data>iVBO*#!w0KGgo="
+                                         "</office:binary-data></draw:image></draw:frame>")
+                         .flat();
+                 },
+                 "", {"kept"}},
         BadInput{"XML that is not OpenDocument",
                  [] { return std::string("<?xml version=\"1.0\"?><html><p>x</p></html>"); },
                  "not an OpenDocument document"},
