@@ -4,6 +4,7 @@
 // source. Characters no WordPerfect set holds may stand as '?'.
 
 #include "../engine/EngineRun.h"
+#include "PlainText.h"
 #include "richtext/wordperfect/CharacterMap.h"
 #include "tools/ConversionTools.h"
 #include "tools/OfficeImport.h"
@@ -53,50 +54,6 @@ void exportText(const std::vector<fs::path> &files, const fs::path &outdir)
     ConversionTools::run(*ConversionTools::libreOfficeURL(), args, "soffice");
     std::error_code ignored;
     fs::remove_all(profile.substr(7), ignored);
-}
-
-void append(std::string &out, char32_t c)
-{
-    if (c < 0x80) {
-        out += static_cast<char>(c);
-    } else if (c < 0x800) {
-        out += static_cast<char>(0xC0 | (c >> 6));
-        out += static_cast<char>(0x80 | (c & 0x3F));
-    } else if (c < 0x10000) {
-        out += static_cast<char>(0xE0 | (c >> 12));
-        out += static_cast<char>(0x80 | ((c >> 6) & 0x3F));
-        out += static_cast<char>(0x80 | (c & 0x3F));
-    } else {
-        out += static_cast<char>(0xF0 | (c >> 18));
-        out += static_cast<char>(0x80 | ((c >> 12) & 0x3F));
-        out += static_cast<char>(0x80 | ((c >> 6) & 0x3F));
-        out += static_cast<char>(0x80 | (c & 0x3F));
-    }
-}
-
-// Whitespace collapsed and the BOM dropped; with a map, what no WordPerfect set holds becomes '?'.
-std::string normalised(const std::string &text, const CharacterMap *map)
-{
-    const std::u32string chars = CharacterMap::decodeUtf8(text);
-    std::string out;
-    bool space = false;
-    for (std::size_t i = 0; i < chars.size(); ++i) {
-        const char32_t c = chars[i];
-        if (c == 0xFEFF || c == 0x200B)
-            continue;
-        if (c == U' ' || c == U'\t' || c == U'\n' || c == U'\r' || c == 0xA0 || c == 0x0C) {
-            space = !out.empty();
-            continue;
-        }
-        if (space)
-            out += ' ';
-        space = false;
-        if (map && c >= 0x7F && !map->find(std::u32string_view(chars).substr(i)))
-            out += '?';
-        else
-            append(out, c);
-    }
-    return out;
 }
 
 std::vector<std::string> words(const std::string &text)
@@ -250,8 +207,8 @@ protected:
                     ADD_FAILURE() << "not converted: " << failures.at(name);
                     continue;
                 }
-                const std::string ours = normalised(readFile(oursText / (source.key + "-" + ext + ".txt")), nullptr);
-                const std::string theirs = normalised(expected, map);
+                const std::string ours = plaintext::normalised(readFile(oursText / (source.key + "-" + ext + ".txt")), nullptr);
+                const std::string theirs = plaintext::normalised(expected, map);
                 EXPECT_TRUE(theirs.empty() || !ours.empty()) << "LibreOffice read nothing from our file";
                 const auto reason = known.find(source.key);
                 if (reason == known.end()) {

@@ -4,6 +4,7 @@
 // source, characters that no WordPerfect set holds standing as the counted '?'.
 
 #include "OdtFile.h"
+#include "PlainText.h"
 #include "ProgramRun.h"
 #include "ScratchFolder.h"
 
@@ -39,52 +40,6 @@ std::vector<Source> corpusDocuments()
     }
     std::sort(sources.begin(), sources.end(), [](const Source &a, const Source &b) { return a.key < b.key; });
     return sources;
-}
-
-std::string utf8(char32_t c)
-{
-    std::string out;
-    if (c < 0x80) {
-        out += static_cast<char>(c);
-    } else if (c < 0x800) {
-        out += static_cast<char>(0xC0 | (c >> 6));
-        out += static_cast<char>(0x80 | (c & 0x3F));
-    } else if (c < 0x10000) {
-        out += static_cast<char>(0xE0 | (c >> 12));
-        out += static_cast<char>(0x80 | ((c >> 6) & 0x3F));
-        out += static_cast<char>(0x80 | (c & 0x3F));
-    } else {
-        out += static_cast<char>(0xF0 | (c >> 18));
-        out += static_cast<char>(0x80 | ((c >> 12) & 0x3F));
-        out += static_cast<char>(0x80 | ((c >> 6) & 0x3F));
-        out += static_cast<char>(0x80 | (c & 0x3F));
-    }
-    return out;
-}
-
-// Whitespace collapsed, the BOM dropped; with a map, what it cannot hold becomes '?'.
-std::string normalised(const std::string &text, const CharacterMap *map)
-{
-    const std::u32string chars = CharacterMap::decodeUtf8(text);
-    std::string out;
-    bool space = false;
-    for (std::size_t i = 0; i < chars.size(); ++i) {
-        const char32_t c = chars[i];
-        if (c == 0xFEFF || c == 0x200B)
-            continue;
-        if (c == U' ' || c == U'\t' || c == U'\n' || c == U'\r' || c == 0xA0 || c == 0x0C) {
-            space = !out.empty();
-            continue;
-        }
-        if (space)
-            out += ' ';
-        space = false;
-        if (map && c >= 0x7F && !map->find(std::u32string_view(chars).substr(i)))
-            out += '?';
-        else
-            out += utf8(c);
-    }
-    return out;
 }
 
 // One soffice run for many files: a private profile, each output named after its input.
@@ -145,11 +100,11 @@ TEST(CorpusRoundTrip, LibreOfficeReadsTheSameTextFromOurWordPerfectFiles)
         for (const char *version : versions) {
             const CharacterMap &map = std::string(version) == "wp6" ? CharacterMap::wp6() : CharacterMap::wp5();
             const std::string name = std::string(version) + "-" + source.key;
-            const std::string ours = normalised(ScratchFolder::readFile(ourText + "/" + name + ".txt"), nullptr);
+            const std::string ours = plaintext::normalised(ScratchFolder::readFile(ourText + "/" + name + ".txt"), nullptr);
             if (const auto known = knownDifferences.find(source.key); known != knownDifferences.end())
-                EXPECT_NE(ours, normalised(expectedRaw, &map)) << name << " now matches: take it off the list";
+                EXPECT_NE(ours, plaintext::normalised(expectedRaw, &map)) << name << " now matches: take it off the list";
             else
-                EXPECT_EQ(ours, normalised(expectedRaw, &map)) << name;
+                EXPECT_EQ(ours, plaintext::normalised(expectedRaw, &map)) << name;
             // LibreOffice opens our file as a document and keeps its text when saving it as ODT.
             const OdtFile odt = OdtFile::package(ourOdt + "/" + name + ".odt");
             ASSERT_TRUE(odt.ok()) << name << ": LibreOffice wrote no ODT";
