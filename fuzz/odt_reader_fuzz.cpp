@@ -1,6 +1,6 @@
-// Feeds arbitrary bytes to the ODT reader (zipped or flat) and what it emits to the WordPerfect 6
-// writer, so that the reader's parsing and the writer's handling of any callback order are both
-// exercised. A ReadError is the expected answer to most inputs.
+// odt2wp5's path: arbitrary bytes to the ODT reader (zipped or flat) and what it emits to a
+// WordPerfect writer, so that the reader's parsing and the writers' handling of any callback order
+// are both exercised. A ReadError is the expected answer to most inputs.
 
 #include "richtext/OdtReader.h"
 #include "richtext/ReadError.h"
@@ -13,7 +13,9 @@
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t *data, std::size_t size)
 {
     using richtext::wordperfect::WordPerfectWriter;
-    const auto writer = WordPerfectWriter::create(WordPerfectWriter::Version::wp6);
+    // The length picks the version, so mutations reach both writers at no extra cost per input.
+    const auto writer = WordPerfectWriter::create(size % 2 ? WordPerfectWriter::Version::wp5
+                                                           : WordPerfectWriter::Version::wp6);
     // Small limits keep a zip bomb from looking like a slow input.
     richtext::InflateLimits limits;
     limits.entryBytes = 8u << 20;

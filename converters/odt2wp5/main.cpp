@@ -17,6 +17,7 @@
 #include <string>
 
 #include <fcntl.h>
+#include <sys/stat.h>
 #include <unistd.h>
 
 namespace {
@@ -66,13 +67,20 @@ bool isEncryptedPackage(const std::string &bytes)
 // The destination only ever holds nothing, its old content or the whole new file.
 void writeAtomically(const std::string &destination, const std::string &bytes)
 {
-    std::string temporary = destination + ".odt2wp5-XXXXXX";
+    // A short name in the same folder: the destination's own name may already be as long as the
+    // file system allows, and rename() only replaces atomically within one file system.
+    const std::size_t slash = destination.rfind('/');
+    std::string temporary =
+        (slash == std::string::npos ? std::string() : destination.substr(0, slash + 1)) + ".odt2wp5-XXXXXX";
     const int fd = mkstemp(temporary.data());
     if (fd < 0)
         throw Failure("cannot write beside " + destination + ": " + std::strerror(errno));
+    // mkstemp makes the file private; the document gets what any new file would.
+    const mode_t mask = ::umask(0);
+    ::umask(mask);
+    int error = ::fchmod(fd, 0666 & ~mask) == 0 ? 0 : errno;
     std::size_t written = 0;
-    int error = 0;
-    while (written < bytes.size()) {
+    while (!error && written < bytes.size()) {
         const ssize_t n = ::write(fd, bytes.data() + written, bytes.size() - written);
         if (n < 0) {
             if (errno == EINTR)

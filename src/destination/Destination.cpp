@@ -3,6 +3,9 @@
 #include "app/Prompter.h"
 #include "classify/InputFile.h"
 
+#include <climits>
+#include <unistd.h>
+
 namespace fs = std::filesystem;
 
 namespace Destination {
@@ -20,6 +23,23 @@ bool occupied(const fs::path &path)
     return fs::exists(path, error);
 }
 
+// A name longer than the folder's file system holds would only fail once the converter had run;
+// the base name gives up its tail instead (whole UTF-8 sequences), so the suffix survives.
+fs::path fittedName(const fs::path &folder, std::string stem, const std::string &suffix)
+{
+    long limit = ::pathconf(folder.empty() ? "." : folder.c_str(), _PC_NAME_MAX);
+    if (limit <= 0)
+        limit = NAME_MAX;
+    const auto room = static_cast<std::size_t>(limit) > suffix.size() ? limit - suffix.size() : 1;
+    if (stem.size() > room) {
+        std::size_t cut = room;
+        while (cut > 0 && (static_cast<unsigned char>(stem[cut]) & 0xC0) == 0x80)
+            --cut; // never split a multi-byte character
+        stem.resize(cut);
+    }
+    return folder / (stem + suffix);
+}
+
 } // namespace
 
 std::string baseName(const fs::path &url)
@@ -33,7 +53,7 @@ std::string baseName(const fs::path &url)
 
 fs::path proposedURL(const fs::path &url, const std::string &ext)
 {
-    return url.parent_path() / (baseName(url) + "." + ext);
+    return fittedName(url.parent_path(), baseName(url), "." + ext);
 }
 
 fs::path firstFreeNumberedURL(const fs::path &url, const std::string &ext,
@@ -41,7 +61,7 @@ fs::path firstFreeNumberedURL(const fs::path &url, const std::string &ext,
 {
     const std::string base = baseName(url);
     for (unsigned long n = 1;; ++n) {
-        const fs::path candidate = url.parent_path() / (base + " (" + std::to_string(n) + ")." + ext);
+        const fs::path candidate = fittedName(url.parent_path(), base, " (" + std::to_string(n) + ")." + ext);
         if (!occupied(candidate) && !(alsoTaken && alsoTaken(candidate)))
             return candidate;
     }

@@ -47,3 +47,26 @@ TEST(Destination, NumberedNamesTakeTheFirstFreeNumber)
     const auto claimed = [&](const fs::path &p) { return p == dir / "Letter (1).odt"; };
     EXPECT_EQ(Destination::firstFreeNumberedURL(input, "odt", claimed), dir / "Letter (3).odt");
 }
+
+TEST(Destination, ANameTooLongForTheFolderLosesTheTailOfItsBaseNotItsExtension)
+{
+    TempDir dir;
+    // 255 bytes, the usual limit: two-byte characters then an unknown extension that stays in the base.
+    std::string name;
+    while (name.size() < 252)
+        name += "\xC3\xA9"; // é
+    name += ".z";
+    ASSERT_EQ(name.size(), 254u);
+    const fs::path proposed = Destination::proposedURL(dir / name, "odt");
+    EXPECT_EQ(proposed.parent_path(), dir.path());
+    const std::string output = proposed.filename().string();
+    EXPECT_LE(output.size(), 255u);
+    EXPECT_EQ(output.substr(output.size() - 4), ".odt");
+    EXPECT_EQ(output.rfind("\xC3\xA9\xC3\xA9", 0), 0u);
+    EXPECT_EQ(output.size() % 2, 0u) << "no character cut in half: " << output.size() - 4 << " bytes of é";
+    writeFile(proposed, "x"); // the file system takes the name
+    const fs::path numbered = Destination::firstFreeNumberedURL(dir / name, "odt");
+    EXPECT_LE(numbered.filename().string().size(), 255u);
+    EXPECT_TRUE(numbered.filename().string().ends_with(" (1).odt"));
+    writeFile(numbered, "x");
+}

@@ -4,6 +4,7 @@
 #include "ScratchFolder.h"
 #include "WpTestSupport.h"
 
+#include <sys/stat.h>
 #include <zip.h>
 
 #include <gtest/gtest.h>
@@ -103,6 +104,21 @@ TEST(Odt2Wp5Failures, ReplacesAnOldDestinationWhole)
     const ProgramRun text = ProgramRun::of({WPD2TEXT_PATH, destination});
     EXPECT_NE(text.out.find("fresh words"), std::string::npos);
     EXPECT_EQ(scratch.names(), (std::set<std::string>{"a.fodt", "a.wpd"}));
+    struct stat status {};
+    ASSERT_EQ(::stat(destination.c_str(), &status), 0);
+    const mode_t mask = ::umask(0);
+    ::umask(mask);
+    EXPECT_EQ(status.st_mode & 0777, 0666 & ~mask) << "permissions of any new file, not private to its writer";
+}
+
+TEST(Odt2Wp5Output, ADestinationNameAsLongAsAllowedIsWritten)
+{
+    ScratchFolder scratch;
+    const std::string source = scratch.write("a.fodt", wptest::flatOdt("", "<text:p>long</text:p>"));
+    const std::string name = std::string(251, 'n') + ".wpd";
+    const ProgramRun run = ProgramRun::of({ODT2WP5_PATH, "--wp5", source, scratch.file(name)});
+    EXPECT_EQ(run.status, 0) << run.err;
+    EXPECT_EQ(scratch.names(), (std::set<std::string>{"a.fodt", name}));
 }
 
 } // namespace
