@@ -123,7 +123,7 @@ void AppDelegate::startWPDocument(const InputFile &file)
         return;
     }
     const DocTarget target = plan->ext == "rtf" ? DocTarget::rtf : DocTarget::odt;
-    const auto dest = Destination::resolve(file.url, plan->ext, prompter);
+    const auto dest = destinationFor(file, plan->ext);
     if (!dest)
         return;
     if (!file.isEncrypted) {
@@ -158,7 +158,7 @@ void AppDelegate::runWPDocument(const InputFile &file, const fs::path &dest, Doc
 void AppDelegate::startWPGraphic(const InputFile &file)
 {
     const auto plan = planJob(file, InputFile::Kind::wpGraphic, settings);
-    const auto dest = Destination::resolve(file.url, plan->ext, prompter);
+    const auto dest = destinationFor(file, plan->ext);
     if (!dest)
         return;
     execute(plan->job, *dest, fileName(file.url), {});
@@ -169,10 +169,20 @@ void AppDelegate::startToWordPerfect(const InputFile &file, bool alreadyODT)
     if (!alreadyODT && !ConversionTools::libreOfficeURL())
         showLibreOfficeNoticeIfNeeded();
     const auto plan = planJob(file, alreadyODT ? InputFile::Kind::openDocument : InputFile::Kind::office, settings);
-    const auto dest = Destination::resolve(file.url, plan->ext, prompter);
+    const auto dest = destinationFor(file, plan->ext);
     if (!dest)
         return;
     execute(plan->job, *dest, fileName(file.url), {});
+}
+
+std::optional<fs::path> AppDelegate::destinationFor(const InputFile &file, const std::string &ext)
+{
+    // A name another conversion of this session is about to write counts as taken, so Letter.wpd
+    // and Letter.wp5 dropped together never overwrite each other; there is no file yet to ask about.
+    const auto taken = [this](const fs::path &candidate) { return underWay.contains(candidate); };
+    if (taken(Destination::proposedURL(file.url, ext)))
+        return Destination::firstFreeNumberedURL(file.url, ext, taken);
+    return Destination::resolve(file.url, ext, prompter, taken);
 }
 
 void AppDelegate::execute(const Job &job, const fs::path &to, const std::string &name,
@@ -180,6 +190,7 @@ void AppDelegate::execute(const Job &job, const fs::path &to, const std::string 
 {
     Log::write("convert: " + name + " \u2192 " + fileName(to));
     ++pendingConversions;
+    underWay.insert(to);
     const quint64 id = nextConversionId++;
     Q_EMIT conversionStarted(id, qt(jobSource(job).string()), qt(to.string()), familyOf(jobSource(job)));
     QPointer<AppDelegate> self(this);
@@ -193,6 +204,7 @@ void AppDelegate::complete(quint64 id, const std::exception_ptr &outcome, const 
                            const std::function<void()> &onWrongPassword)
 {
     --pendingConversions;
+    underWay.erase(to);
     if (!outcome) {
         Q_EMIT conversionFinished(id, true, {});
         reveal(to);

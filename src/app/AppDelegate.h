@@ -14,6 +14,7 @@
 #include <functional>
 #include <memory>
 #include <optional>
+#include <set>
 #include <string>
 #include <vector>
 
@@ -74,6 +75,7 @@ private:
     void startWPDocument(const InputFile &file);
     void startWPGraphic(const InputFile &file);
     void startToWordPerfect(const InputFile &file, bool alreadyODT);
+    std::optional<std::filesystem::path> destinationFor(const InputFile &file, const std::string &ext);
     void runWPDocument(const InputFile &file, const std::filesystem::path &dest, DocTarget target,
                        std::optional<std::string> password);
     void execute(const Job &job, const std::filesystem::path &to, const std::string &name,
@@ -91,6 +93,8 @@ private:
     std::unique_ptr<MainWindow> window;
     quint64 nextConversionId = 1;
     bool quitting = false;
+    // Destinations of the conversions under way, which may not have written their file yet.
+    std::set<std::filesystem::path> underWay;
 };
 
 // The name as the log and the messages show it: the last path component.

@@ -67,7 +67,8 @@ fs::path firstFreeNumberedURL(const fs::path &url, const std::string &ext,
     }
 }
 
-Choice resolve(const fs::path &url, const std::string &ext, Prompter &prompter)
+Choice resolve(const fs::path &url, const std::string &ext, Prompter &prompter,
+               const std::function<bool(const fs::path &)> &alsoTaken)
 {
     const fs::path proposed = proposedURL(url, ext);
     if (!occupied(proposed))
@@ -78,7 +79,7 @@ Choice resolve(const fs::path &url, const std::string &ext, Prompter &prompter)
     alert.informative = "Do you want to replace it, or keep both files?";
     alert.buttons = {"Keep Both", "Replace", "Cancel"};
     switch (prompter.run(alert).button) {
-    case 0: return firstFreeNumberedURL(url, ext);
+    case 0: return firstFreeNumberedURL(url, ext, alsoTaken);
     case 1: return proposed;
     default: return std::nullopt;
     }
