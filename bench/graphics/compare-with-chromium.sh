@@ -15,8 +15,12 @@ if ! command -v chromium >/dev/null; then
 fi
 command -v rsvg-convert >/dev/null || { echo "rsvg-convert is missing (scripts/setup installs librsvg2-bin)"; exit 1; }
 
-work=$(mktemp -d)
-trap 'rm -rf "$work"' EXIT
+# KEEP=DIR keeps the pages and pictures there for a look.
+if [ -n "${KEEP:-}" ]; then
+    work=$KEEP; mkdir -p "$work"
+else
+    work=$(mktemp -d); trap 'rm -rf "$work"' EXIT
+fi
 "$bench" render "$work" "$corpus"/*.wpg >"$work/ours.txt"
 
 chrome() { # page width height png

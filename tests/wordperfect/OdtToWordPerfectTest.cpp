@@ -122,12 +122,21 @@ TEST_P(OdtToWordPerfect, KeepsParagraphAlignmentIndentsAndBreaks)
         "<style:style style:name=\"IN\" style:family=\"paragraph\"><style:paragraph-properties fo:margin-left=\"1in\"/>"
         "</style:style>"
         "<style:style style:name=\"PB\" style:family=\"paragraph\"><style:paragraph-properties fo:break-before=\"page\"/>"
-        "</style:style>";
+        "</style:style>"
+        "<style:style style:name=\"FL\" style:family=\"paragraph\"><style:paragraph-properties"
+        " fo:text-indent=\"0.5in\"/></style:style>"
+        "<style:style style:name=\"HG\" style:family=\"paragraph\"><style:paragraph-properties fo:margin-left=\"1in\""
+        " fo:text-indent=\"-0.5in\"/></style:style>"
+        "<style:style style:name=\"TB\" style:family=\"paragraph\"><style:paragraph-properties fo:margin-left=\"0.5in\">"
+        "<style:tab-stops><style:tab-stop style:position=\"1in\"/><style:tab-stop style:position=\"3in\""
+        " style:type=\"center\"/></style:tab-stops></style:paragraph-properties></style:style>";
     const auto back = convert(wptest::flatOdt(
         styles, "<text:p>first left</text:p><text:p text:style-name=\"C\">centred one</text:p>"
                 "<text:p text:style-name=\"R\">right one</text:p><text:p text:style-name=\"J\">justified one</text:p>"
                 "<text:p text:style-name=\"IN\">indented one</text:p><text:p>back left</text:p>"
-                "<text:p text:style-name=\"PB\">new page</text:p><text:p>line one<text:line-break/>line two</text:p>"));
+                "<text:p text:style-name=\"PB\">new page</text:p><text:p>line one<text:line-break/>line two</text:p>"
+                "<text:p text:style-name=\"FL\">first line in</text:p><text:p text:style-name=\"HG\">hanging one</text:p>"
+                "<text:p text:style-name=\"TB\">tabbed<text:tab/>one<text:tab/>two</text:p>"));
     struct Expected {
         const char *text;
         const char *property;
@@ -138,6 +147,10 @@ TEST_P(OdtToWordPerfect, KeepsParagraphAlignmentIndentsAndBreaks)
         {"right one", "fo:text-align", "end"},     {"justified one", "fo:text-align", "justify"},
         {"indented one", "fo:margin-left", "1.0000in"}, {"back left", "fo:text-align", "left"},
         {"back left", "fo:margin-left", "0.0000in"},   {"new page", "fo:break-before", "page"},
+        {"first line in", "fo:text-indent", "0.5000in"}, {"first line in", "fo:margin-left", "0.0000in"},
+        {"hanging one", "fo:margin-left", "1.0000in"},  {"hanging one", "fo:text-indent", "-0.5000in"},
+        {"tabbed", "style:tab-stops", "2"}, {"tabbed", "style:tab-stops/0/style:position", "1.0000in"},
+        {"tabbed", "style:tab-stops/1/style:position", "3.0000in"}, {"tabbed", "style:tab-stops/1/style:type", "center"},
     };
     for (const Expected &e : expected) {
         const richtext::Paragraph *paragraph = wptest::paragraphWith(back.document, e.text);
@@ -223,6 +236,27 @@ TEST_P(OdtToWordPerfect, KeepsNotesHeadersAndFooters)
     EXPECT_NE(std::find(seen.begin(), seen.end(), "footer:bottom words "), seen.end());
     // libwpd reads 5.1's page number code (^B) as nothing; 6 has a field it turns back into one.
     EXPECT_EQ(pageNumber, std::string(GetParam().option) == "--wp6");
+}
+
+TEST_P(OdtToWordPerfect, EachPageStyleKeepsItsOwnHeader)
+{
+    const std::string styles = "<style:style style:name=\"P2\" style:family=\"paragraph\""
+                               " style:master-page-name=\"Second\"><style:paragraph-properties"
+                               " fo:break-before=\"page\"/></style:style>";
+    const std::string masters =
+        "<style:master-page style:name=\"Standard\"><style:header><text:p>first header</text:p></style:header>"
+        "</style:master-page><style:master-page style:name=\"Second\"><style:header><text:p>second header</text:p>"
+        "</style:header></style:master-page>";
+    const auto back = convert(wptest::flatOdt(
+        styles, "<text:p>page one</text:p><text:p text:style-name=\"P2\">page two</text:p>", masters));
+    std::vector<std::string> headers;
+    for (const auto &span : back.document.pageSpans)
+        for (const auto &part : span.headersAndFooters)
+            headers.push_back(part.blocks.front().paragraph()->text());
+    EXPECT_EQ(headers, (std::vector<std::string> {"first header", "second header"}));
+    const richtext::Paragraph *two = wptest::paragraphWith(back.document, "page two");
+    ASSERT_NE(two, nullptr);
+    EXPECT_EQ(two->text(), "page two") << "one page break, no empty page or paragraph between";
 }
 
 TEST_P(OdtToWordPerfect, WritesCharactersAndCountsTheOnesNoSetHolds)

@@ -104,7 +104,11 @@ ParagraphFormat paragraphFormatOf(const RVNGPropertyList &list)
         if (ratio > 0.2 && ratio < 10)
             format.lineSpacing = static_cast<int>(std::lround(ratio * 65536.0));
     }
-    if (const librevenge::RVNGPropertyListVector *tabs = list.child("style:tab-stops")) {
+    // Our readers name the stops as librevenge does; libwpd, and so older callers, as ODF does.
+    const librevenge::RVNGPropertyListVector *tabs = list.child("librevenge:tab-stops");
+    if (!tabs)
+        tabs = list.child("style:tab-stops");
+    if (tabs) {
         for (unsigned long i = 0; i < tabs->count(); ++i) {
             TabStop stop;
             stop.position = wpu(inchesOf((*tabs)[i], "style:position").value_or(0));

@@ -42,6 +42,12 @@ void WordPerfectWriter::endDocument()
 
 void WordPerfectWriter::openPageSpan(const RVNGPropertyList &propList)
 {
+    if (streams.size() == 1 && streams.back().started) {
+        // A new page style starts a new page. The break goes before its header and footer codes:
+        // they apply from the page they stand on, and before it they would replace the last page's.
+        breakPage();
+        pageJustBroken = true;
+    }
     if (pageSetupKnown)
         return; // WordPerfect keeps one page setup unless the codes change it; the first one rules
     pageSetupKnown = true;
@@ -105,6 +111,16 @@ void WordPerfectWriter::closeHeader() { closeHeaderFooter(false); }
 void WordPerfectWriter::openFooter(const RVNGPropertyList &propList) { openHeaderFooter(propList, true); }
 void WordPerfectWriter::closeFooter() { closeHeaderFooter(true); }
 
+void WordPerfectWriter::breakPage()
+{
+    // A hard page ends the paragraph before it, as WordPerfect writes it: it takes an HRt's place.
+    Stream &stream = streams.back();
+    if (stream.pendingReturns > 0)
+        --stream.pendingReturns;
+    flushReturns();
+    writePageBreak();
+}
+
 void WordPerfectWriter::flushReturns()
 {
     Stream &stream = streams.back();
@@ -119,12 +135,10 @@ void WordPerfectWriter::startParagraph(const RVNGPropertyList &propList, const s
     if (hidden)
         return;
     Stream &stream = streams.back();
-    if (textOf(propList, "fo:break-before") == "page" && streams.size() == 1 && stream.started) {
-        // A hard page ends the paragraph before it, as WordPerfect writes it: it takes an HRt's place.
-        if (stream.pendingReturns > 0)
-            --stream.pendingReturns;
-        flushReturns();
-        writePageBreak();
+    if (streams.size() == 1) {
+        if (textOf(propList, "fo:break-before") == "page" && stream.started && !pageJustBroken)
+            breakPage();
+        pageJustBroken = false;
     }
     flushReturns();
     ParagraphFormat format = paragraphFormatOf(propList);
@@ -132,6 +146,7 @@ void WordPerfectWriter::startParagraph(const RVNGPropertyList &propList, const s
         writeParagraphFormat(stream.paragraph, format);
         stream.paragraph = format;
     }
+    writeParagraphStart(format);
     stream.started = true;
     stream.wanted.attributes = 0;
     if (!label.empty()) {

@@ -165,6 +165,8 @@ protected:
     virtual void writeFont(const CharacterFormat &format) = 0;
     virtual void writeColour(std::uint32_t rgb) = 0;
     virtual void writeParagraphFormat(const ParagraphFormat &from, const ParagraphFormat &to) = 0;
+    // At the start of every paragraph, after its format: for what a format holds only per paragraph.
+    virtual void writeParagraphStart(const ParagraphFormat &) {}
     virtual void writePageSetup() = 0;
     virtual void writeTableStart(const std::vector<int> &widths) = 0;
     virtual void writeCell(const CellShape &cell, bool firstInRow) = 0;
@@ -198,6 +200,7 @@ private:
 
     void startParagraph(const librevenge::RVNGPropertyList &propList, const std::string &label);
     void flushReturns();
+    void breakPage();
     void applyCharacterFormat();
     void closeAttributes();
     void resetParagraphFormat();
@@ -221,6 +224,7 @@ private:
     std::vector<std::pair<int, int>> listIndents; // per open level: text indent and label width, WPU
     PageSetup page;
     bool pageSetupKnown = false;
+    bool pageJustBroken = false; // a new page span wrote the break its first paragraph asks for
     int footnotes = 0;
     int endnotes = 0;
     int hidden = 0; // inside a comment: nothing is written

@@ -136,6 +136,43 @@ void Wp5Writer::writeParagraphFormat(const ParagraphFormat &from, const Paragrap
         put16(data, static_cast<unsigned>(std::max(0, page.right + to.rightIndent)));
         function(0xD0, 0x01, data);
     }
+    if (from.tabs != to.tabs)
+        writeTabSet(to.tabs);
+}
+
+// Tab set: the old and the new 40 stops, each as positions from the page edge (0xFFFF ends
+// the list) then alignments two to a byte, and the margin the positions are relative to.
+void Wp5Writer::writeTabSet(const std::vector<TabStop> &tabs)
+{
+    const int margin = pageSetup().left;
+    std::string data(100, '\0');
+    const std::size_t count = std::min<std::size_t>(tabs.size(), 40);
+    for (std::size_t i = 0; i < 40; ++i)
+        put16(data, i < count ? static_cast<unsigned>(std::clamp(margin + tabs[i].position, 0, 0xFFFE)) : 0xFFFF);
+    for (std::size_t i = 0; i < 20; ++i) {
+        const int even = 2 * i < count ? tabs[2 * i].kind : 0;
+        const int odd = 2 * i + 1 < count ? tabs[2 * i + 1].kind : 0;
+        put8(data, static_cast<unsigned>((even << 4) | odd));
+    }
+    put16(data, 0xFFFF); // the old margin
+    put16(data, static_cast<unsigned>(margin));
+    function(0xD0, 0x04, data);
+}
+
+void Wp5Writer::writeParagraphStart(const ParagraphFormat &format)
+{
+    // 5.1 has no first-line indent of its own: its users typed a tab (or a margin release for a
+    // hanging line) at the start of the paragraph, and readers take that tab's position as the indent.
+    if (format.firstLine == 0)
+        return;
+    const int position = pageSetup().left + format.leftIndent + format.firstLine;
+    if (position <= 0 || position >= 0xFFFE)
+        return;
+    std::string data(7, '\0');
+    data[0] = format.firstLine > 0 ? 0x00 : 0x10; // left tab, or back tab
+    data[3] = static_cast<char>(position & 0xFF);
+    data[4] = static_cast<char>((position >> 8) & 0xFF);
+    fixed(0xC1, data);
 }
 
 void Wp5Writer::writePageSetup()

@@ -22,6 +22,8 @@ protected:
     void writeFont(const CharacterFormat &format) override;
     void writeColour(std::uint32_t rgb) override;
     void writeParagraphFormat(const ParagraphFormat &from, const ParagraphFormat &to) override;
+    void writeParagraphStart(const ParagraphFormat &format) override;
+    void writeTabSet(const std::vector<TabStop> &tabs);
     void writePageSetup() override;
     void writeTableStart(const std::vector<int> &widths) override;
     void writeCell(const CellShape &cell, bool firstInRow) override;
