@@ -74,6 +74,8 @@ void ListNumbering::openLevel(const librevenge::RVNGPropertyList &properties, bo
         level.bullet = Units::text(properties, "text:bullet-char").value_or("\xE2\x80\xA2");
     }
     level.listId = Units::integer(properties, "librevenge:list-id").value_or(0);
+    const librevenge::RVNGProperty *continued = properties["librevenge:continued"];
+    level.continued = continued && continued->getInt() != 0;
     levels.push_back(level);
     counters.push_back(level.start - 1);
 }
@@ -105,7 +107,12 @@ std::string ListNumbering::nextLabel()
     for (std::size_t i = levels.size() - shown; i < levels.size(); ++i) {
         if (!number.empty())
             number += '.';
-        number += formatNumber(counters[i], levels[i].ordered ? levels[i].format : "1");
+        // A level above that has not numbered an item yet shows its start value, as word
+        // processors show "1.1.1" below an item that holds only a deeper list; one that goes on
+        // from an earlier list shows where that list stopped.
+        const bool fresh = i + 1 < levels.size() && !levels[i].continued;
+        const int value = fresh ? std::max(counters[i], levels[i].start) : counters[i];
+        number += formatNumber(value, levels[i].ordered ? levels[i].format : "1");
     }
     return level.prefix + number + level.suffix;
 }

@@ -22,6 +22,7 @@ public:
         int start = 1;
         int displayLevels = 1;
         int listId = 0;
+        bool continued = false; // counts on from an earlier list rather than from its own start
     };
 
     void openLevel(const librevenge::RVNGPropertyList &properties, bool ordered);

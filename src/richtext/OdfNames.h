@@ -14,6 +14,7 @@ inline constexpr const char *xlink = "http://www.w3.org/1999/xlink";
 inline constexpr const char *dc = "http://purl.org/dc/elements/1.1/";
 inline constexpr const char *meta = "urn:oasis:names:tc:opendocument:xmlns:meta:1.0";
 inline constexpr const char *loext = "urn:org:documentfoundation:names:experimental:office:xmlns:loext:1.0";
+inline constexpr const char *xml = "http://www.w3.org/XML/1998/namespace";
 
 // "fo", "style", ... for a namespace URI; nullptr for one we do not read.
 const char *prefixOf(const char *nameSpace);

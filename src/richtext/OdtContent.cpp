@@ -86,6 +86,14 @@ bool OdtContent::enter()
 
 void OdtContent::body(const xmlNode *officeText)
 {
+    if (const xmlNode *changes = Xml::child(officeText, text, "tracked-changes")) {
+        for (const xmlNode *region : Xml::children(changes)) {
+            const xmlNode *deletion = Xml::child(region, text, "deletion");
+            const auto id = Xml::attribute(region, text, "id");
+            if (deletion && id)
+                deletions[*id] = deletion;
+        }
+    }
     for (const xmlNode *element : Xml::children(officeText)) {
         if (holdsNoText(element))
             continue;
@@ -99,6 +107,16 @@ void OdtContent::body(const xmlNode *officeText)
     if (!pageSpanOpen)
         openPageSpan(sheet.defaultMasterPage());
     sink.closePageSpan();
+}
+
+const xmlNode *OdtContent::takeDeletion(const std::string &id)
+{
+    const auto found = deletions.find(id);
+    if (found == deletions.end() || !found->second)
+        return nullptr;
+    const xmlNode *node = found->second;
+    found->second = nullptr; // a change that refers to itself is shown once
+    return node;
 }
 
 std::string OdtContent::masterPageFor(const xmlNode *element) const
@@ -162,7 +180,7 @@ void OdtContent::block(const xmlNode *element)
     if (Xml::is(element, text, "p") || Xml::is(element, text, "h")) {
         emitParagraph(element, false);
     } else if (Xml::is(element, text, "list")) {
-        emitList(element, 1, {});
+        emitList(element, 1, {}, {});
     } else if (Xml::is(element, table, "table")) {
         emitTable(element);
     } else if (Xml::is(element, text, "section")) {
@@ -201,19 +219,37 @@ void OdtContent::emitParagraph(const xmlNode *element, bool listElement, std::op
     listElement ? sink.closeListElement() : sink.closeParagraph();
 }
 
-void OdtContent::emitList(const xmlNode *element, int level, const std::string &inheritedStyle)
+void OdtContent::emitList(const xmlNode *element, int level, const std::string &inheritedStyle,
+                          const std::string &inheritedChain)
 {
     const std::string listStyle = Xml::attribute(element, text, "style-name").value_or(inheritedStyle);
     const OdtStyles::ListLevel definition = sheet.listLevel(listStyle, std::min(level, 10), currentScope);
+    // Lists that continue one another count on together, level by level; a number given to an item
+    // restarts every level below it, as ODF numbers lists.
+    std::string chain = inheritedChain;
+    if (level == 1) {
+        const auto continued = Xml::attribute(element, text, "continue-list");
+        const bool continues =
+            continued || Xml::attribute(element, text, "continue-numbering").value_or("") == "true";
+        chain = continued && chainOfList.count(*continued) ? chainOfList[*continued] : listStyle;
+        if (!continues)
+            listValues[chain].clear();
+        if (const auto id = Xml::attribute(element, xml, "id"))
+            chainOfList[*id] = chain;
+    }
+    std::map<int, int> &reached = listValues[chain];
     std::optional<int> start;
-    const bool continues = Xml::attribute(element, text, "continue-numbering").value_or("") == "true" ||
-                           Xml::attribute(element, text, "continue-list").has_value();
-    if (level == 1 && continues && listValues.count(listStyle))
-        start = listValues[listStyle] + 1;
+    if (reached.count(level))
+        start = reached[level] + 1;
     RVNGPropertyList properties = OdtProperties::listLevel(definition, level, nextListId++, start);
+    if (start)
+        properties.insert("librevenge:continued", true); // the start is where an earlier list stopped
     definition.ordered ? sink.openOrderedListLevel(properties) : sink.openUnorderedListLevel(properties);
 
     int value = Units::integer(properties, "text:start-value").value_or(1) - 1;
+    const auto styled = definition.properties.find("text:start-value");
+    const int first = styled == definition.properties.end() ? 1 : std::max(1, std::atoi(styled->second.c_str()));
+    bool told = true; // whether the consumer's count of this level agrees with ours
     for (const xmlNode *item : Xml::children(element)) {
         const bool header = Xml::is(item, text, "list-header");
         if (!header && !Xml::is(item, text, "list-item"))
@@ -222,23 +258,38 @@ void OdtContent::emitList(const xmlNode *element, int level, const std::string &
         std::optional<int> restart;
         if (const auto at = Xml::attribute(item, text, "start-value"))
             restart = value = std::atoi(at->c_str()) - 1;
-        for (const xmlNode *child : Xml::children(item)) {
+        else if (!told)
+            restart = value;
+        const auto parts = Xml::children(item);
+        const bool numbered = std::any_of(parts.begin(), parts.end(), [](const xmlNode *part) {
+            return Xml::is(part, text, "p") || Xml::is(part, text, "h");
+        });
+        if (!header && !numbered && value < first) {
+            // An item that holds only a deeper list takes the level's first number without showing
+            // it ("1.1.1" below it), and the next item counts on from there.
+            value = first;
+            listValues[chain].erase(listValues[chain].upper_bound(level), listValues[chain].end());
+            listValues[chain][level] = value;
+            told = false;
+        }
+        for (const xmlNode *child : parts) {
             if (!enter())
                 continue;
             if (Xml::is(child, text, "list")) {
-                emitList(child, level + 1, listStyle);
+                emitList(child, level + 1, listStyle, chain);
             } else if (!labelled && (Xml::is(child, text, "p") || Xml::is(child, text, "h"))) {
                 labelled = true;
                 ++value;
+                listValues[chain].erase(listValues[chain].upper_bound(level), listValues[chain].end());
+                listValues[chain][level] = value;
                 emitParagraph(child, true, restart ? std::optional<int>(*restart + 1) : std::nullopt);
+                told = true;
             } else {
                 block(child);
             }
             leave();
         }
     }
-    if (level == 1)
-        listValues[listStyle] = value;
     definition.ordered ? sink.closeOrderedListLevel() : sink.closeUnorderedListLevel();
 }
 

@@ -17,7 +17,8 @@ class OdtTableGrid;
 // Walks the body of an OpenDocument text and tells a RVNGTextInterface what
 // it finds: page spans from master pages (with their headers and footers),
 // paragraphs, lists, tables, sections. Elements it does not know are looked
-// into for text; those that hold none (declarations, tracked changes) are skipped.
+// into for text; those that hold none (declarations) are skipped. Text a tracked change deleted
+// is shown struck out where it stood, as WordPerfect's document compare marks it.
 class OdtContent {
 public:
     // The bytes of a picture inside the package ("Pictures/1.png"); none when absent.
@@ -33,6 +34,10 @@ public:
     OdtStyles::Scope scope() const { return currentScope; }
     librevenge::RVNGTextInterface &output() { return sink; }
     std::optional<std::string> picture(const std::string &href) const { return pictures(href); }
+    // The content a tracked change removed (its text:deletion element), by change id; none when
+    // the id names no deletion or that deletion is already being shown.
+    const xmlNode *takeDeletion(const std::string &id);
+    void returnDeletion(const std::string &id, const xmlNode *node) { deletions[id] = node; }
     // False once the document is too deep or too large to follow further.
     bool enter();
     void leave() { --depth; }
@@ -41,7 +46,8 @@ private:
     void block(const xmlNode *element);
     void emitParagraph(const xmlNode *element, bool listElement,
                        std::optional<int> startValue = std::nullopt);
-    void emitList(const xmlNode *element, int level, const std::string &inheritedStyle);
+    void emitList(const xmlNode *element, int level, const std::string &inheritedStyle,
+                  const std::string &inheritedChain);
     void emitTable(const xmlNode *element);
     void emitRows(const xmlNode *parent, bool header, int &rowIndex, OdtTableGrid &grid);
     void emitRow(const xmlNode *element, bool header, int rowIndex, OdtTableGrid &grid);
@@ -57,7 +63,9 @@ private:
     int depth = 0;
     long budget; // elements left to walk before the document counts as too large
     int nextListId = 1;
-    std::map<std::string, int> listValues; // the last number each list style reached, for continued lists
+    std::map<std::string, std::map<int, int>> listValues; // per chain of lists: the number each level reached
+    std::map<std::string, std::string> chainOfList;        // a list's xml:id to the chain it counts in
+    std::map<std::string, const xmlNode *> deletions;
 };
 
 } // namespace richtext

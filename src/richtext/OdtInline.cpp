@@ -7,6 +7,7 @@
 #include "XmlTree.h"
 
 #include <cstdlib>
+#include <functional>
 #include <cstring>
 
 namespace richtext {
@@ -33,7 +34,6 @@ bool isMark(const char *name)
         "reference-mark-start",
         "reference-mark-end",
         "soft-page-break",
-        "change",
         "change-start",
         "change-end",
         "toc-mark",
@@ -199,6 +199,8 @@ void OdtInline::element(const xmlNode *node)
             ignoreSpace = false;
         } else if (std::strcmp(name, "note") == 0) {
             note(node);
+        } else if (std::strcmp(name, "change") == 0) {
+            deleted(node);
         } else if (std::strcmp(name, "page-number") == 0) {
             field("text:page-number", node);
         } else if (std::strcmp(name, "page-count") == 0) {
@@ -224,6 +226,37 @@ void OdtInline::element(const xmlNode *node)
         walk(node);
         content.leave();
     }
+}
+
+void OdtInline::deleted(const xmlNode *node)
+{
+    const std::string id = Xml::attribute(node, text, "change-id").value_or("");
+    const xmlNode *deletion = content.takeDeletion(id);
+    if (!deletion)
+        return;
+    flush();
+    OdfProperties struck = formats.back();
+    struck["style:text-line-through-style"] = "solid";
+    formats.push_back(std::move(struck));
+    // The removed paragraphs run on inline: they stood where the mark is, inside this paragraph.
+    std::function<void(const xmlNode *)> paragraphs = [&](const xmlNode *parent) {
+        for (const xmlNode *child : Xml::children(parent)) {
+            if (!content.enter())
+                return;
+            if (Xml::is(child, text, "p") || Xml::is(child, text, "h")) {
+                if (!pending.empty() || spanOpen)
+                    characters(" ");
+                walk(child);
+            } else if (Xml::is(child, text, "list") || Xml::is(child, text, "list-item")) {
+                paragraphs(child);
+            }
+            content.leave();
+        }
+    };
+    paragraphs(deletion);
+    flush();
+    formats.pop_back();
+    content.returnDeletion(id, deletion);
 }
 
 void OdtInline::field(const char *type, const xmlNode *node)

@@ -31,6 +31,7 @@ private:
     void closeSpan();
     void pushStyle(const xmlNode *node);
     void note(const xmlNode *node);
+    void deleted(const xmlNode *node);
     void frame(const xmlNode *node);
     bool image(const xmlNode *node, const librevenge::RVNGPropertyList &frame);
     void field(const char *type, const xmlNode *node);

@@ -2,7 +2,9 @@
 
 #include "Units.h"
 
+#include <algorithm>
 #include <cstdlib>
+#include <vector>
 
 namespace richtext::OdtProperties {
 namespace {
@@ -124,6 +126,39 @@ RVNGPropertyList headerFooter(const OdfProperties &odf, const std::string &occur
     return list;
 }
 
+namespace {
+
+// LibreOffice spells a label out whole ("%1%.%2%)": levels 1 and 2, then a parenthesis) and leaves
+// display-levels at a value it no longer uses; the pattern decides when it is there and names the
+// levels just above this one, as labels do.
+void applyLabelPattern(RVNGPropertyList &list, const std::string &pattern, int depth)
+{
+    std::vector<int> levels;
+    std::size_t first = std::string::npos, last = 0;
+    for (std::size_t at = pattern.find('%'); at != std::string::npos; at = pattern.find('%', at + 1)) {
+        const std::size_t close = pattern.find('%', at + 1);
+        if (close == std::string::npos || close == at + 1 || close - at > 3)
+            break;
+        const std::string digits = pattern.substr(at + 1, close - at - 1);
+        if (digits.find_first_not_of("0123456789") != std::string::npos)
+            continue;
+        levels.push_back(std::atoi(digits.c_str()));
+        first = std::min(first, at);
+        last = close + 1;
+        at = close;
+    }
+    if (levels.empty() || levels.back() != depth)
+        return;
+    for (std::size_t i = 1; i < levels.size(); ++i)
+        if (levels[i] != levels[i - 1] + 1)
+            return;
+    list.insert("text:display-levels", static_cast<int>(levels.size()));
+    list.insert("style:num-prefix", pattern.substr(0, first).c_str());
+    list.insert("style:num-suffix", pattern.substr(last).c_str());
+}
+
+} // namespace
+
 RVNGPropertyList listLevel(const OdtStyles::ListLevel &level, int depth, int listId, std::optional<int> start)
 {
     RVNGPropertyList list;
@@ -139,6 +174,8 @@ RVNGPropertyList listLevel(const OdtStyles::ListLevel &level, int depth, int lis
             list.insert("text:display-levels", std::atoi(levels->c_str()));
         const auto *given = find(odf, "text:start-value");
         list.insert("text:start-value", start.value_or(given ? std::atoi(given->c_str()) : 1));
+        if (const auto *pattern = find(odf, "loext:num-list-format"))
+            applyLabelPattern(list, *pattern, depth);
     } else {
         const auto *bullet = find(odf, "text:bullet-char");
         list.insert("text:bullet-char", bullet && !bullet->empty() ? bullet->c_str() : "\xE2\x80\xA2");

@@ -192,6 +192,60 @@ TEST(OdtReader, ReadsListsWithTheirLabels)
     EXPECT_EQ(seen, expected);
 }
 
+TEST(OdtReader, NumbersContinuedListsLevelByLevelAsWordProcessorsDo)
+{
+    Odt odt;
+    odt.automaticStyles = R"~(<text:list-style style:name="L1">
+        <text:list-level-style-number text:level="1" style:num-format="1" style:num-suffix=")"/>
+        <text:list-level-style-number text:level="2" style:num-format="a" style:num-suffix=")"/>
+        <text:list-level-style-number text:level="3" style:num-format="i" loext:num-list-format="%1%.%2%.%3%"
+            text:display-levels="1"/>
+        </text:list-style>)~";
+    odt.body = R"(<text:list xml:id="first" text:style-name="L1">
+        <text:list-item><text:p>one</text:p><text:list><text:list-item><text:p>one a</text:p>
+          <text:list><text:list-item><text:p>deep</text:p></text:list-item></text:list></text:list-item>
+        </text:list></text:list-item></text:list>
+        <text:p>between</text:p>
+        <text:list text:continue-list="first" text:style-name="L1"><text:list-item><text:list><text:list-item>
+          <text:list><text:list-item><text:p>deeper on</text:p></text:list-item></text:list></text:list-item>
+          </text:list></text:list-item>
+          <text:list-item><text:p>two</text:p></text:list-item></text:list>
+        <text:list text:style-name="L1"><text:list-item><text:list><text:list-item><text:p>under nothing</text:p>
+          </text:list-item></text:list></text:list-item><text:list-item><text:p>after it</text:p></text:list-item>
+        </text:list>)";
+    const richtext::Document document = readOdt(odt.flat());
+    std::vector<std::pair<std::string, std::string>> seen;
+    for (const richtext::Paragraph *paragraph : document.paragraphs())
+        seen.emplace_back(paragraph->text(), paragraph->label);
+    const std::vector<std::pair<std::string, std::string>> expected = {
+        {"one", "1)"}, {"one a", "a)"}, {"deep", "1.a.i"}, {"between", ""},
+        // The continued list goes on at every level; the item holding only a deeper list shows nothing.
+        {"deeper on", "1.a.ii"}, {"two", "2)"},
+        // A new list whose first item holds only a deeper list: that item still takes number 1.
+        {"under nothing", "a)"}, {"after it", "2)"},
+    };
+    EXPECT_EQ(seen, expected);
+}
+
+TEST(OdtReader, ShowsTrackedDeletionsStruckOutWhereTheyStood)
+{
+    Odt odt;
+    odt.body = R"(<text:tracked-changes><text:changed-region text:id="c1"><text:deletion>
+        <office:change-info><dc:creator>A</dc:creator></office:change-info>
+        <text:p>removed words</text:p><text:p>and more<text:change text:change-id="c1"/></text:p></text:deletion>
+        </text:changed-region><text:changed-region text:id="c2"><text:insertion/></text:changed-region>
+        </text:tracked-changes>
+        <text:p>kept <text:change text:change-id="c1"/>after<text:change text:change-id="c2"/></text:p>)";
+    const richtext::Document document = readOdt(odt.flat());
+    EXPECT_EQ(texts(document), (std::vector<std::string> {"kept removed words and moreafter"}));
+    const richtext::Inline *removed = nullptr;
+    for (const Inline &piece : document.paragraphs().front()->content)
+        if (piece.text.find("removed") != std::string::npos)
+            removed = &piece;
+    ASSERT_NE(removed, nullptr);
+    EXPECT_EQ(removed->style.count("style:text-line-through-style"), 1u);
+}
+
 TEST(OdtReader, ReadsTablesWithSpansAndRepeats)
 {
     Odt odt;

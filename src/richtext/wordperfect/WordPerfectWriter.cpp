@@ -371,6 +371,8 @@ void WordPerfectWriter::openListElement(const RVNGPropertyList &propList)
         properties.insert("fo:margin-left", paragraphLeft + listIndents.back().first / 1200.0, librevenge::RVNG_INCH);
         properties.insert("fo:text-indent", -listIndents.back().second / 1200.0, librevenge::RVNG_INCH);
     }
+    if (const librevenge::RVNGProperty *restart = propList["text:start-value"]; restart && numbering.depth() > 0)
+        numbering.restartAt(restart->getInt());
     startParagraph(properties, numbering.depth() > 0 ? numbering.nextLabel() : std::string());
 }
 
