@@ -46,6 +46,16 @@ std::string ListNumbering::formatNumber(int value, const std::string &format)
         return {};
     if (value < 1 && format != "1")
         return std::to_string(value);
+    if (format == "1st") { // LibreOffice's ordinal format
+        const int tens = value % 100;
+        const int last = value % 10;
+        const char *suffix = (tens >= 11 && tens <= 13) ? "th" : last == 1 ? "st" : last == 2 ? "nd" : last == 3 ? "rd" : "th";
+        return std::to_string(value) + suffix;
+    }
+    if (format.rfind("01", 0) == 0) { // "01, 02, 03, ...": at least two digits
+        const std::string digits = std::to_string(value);
+        return digits.size() < 2 ? "0" + digits : digits;
+    }
     switch (format[0]) {
     case 'a':
         return alphabetic(value);

@@ -141,7 +141,9 @@ void OdtStyles::loadListStyle(const xmlNode *element, ListStyles &into)
     auto &levels = into[Xml::attribute(element, style, "name").value_or("")];
     for (const xmlNode *levelStyle : Xml::children(element)) {
         const bool number = Xml::is(levelStyle, text, "list-level-style-number");
-        if (!number && !Xml::is(levelStyle, text, "list-level-style-bullet"))
+        // A picture bullet is a bullet all the same; the default bullet character stands in for it.
+        if (!number && !Xml::is(levelStyle, text, "list-level-style-bullet") &&
+            !Xml::is(levelStyle, text, "list-level-style-image"))
             continue;
         ListLevel level;
         level.ordered = number;

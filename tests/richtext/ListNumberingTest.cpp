@@ -18,6 +18,8 @@ TEST(ListNumbering, FormatsNumbersAsOdfDoes)
         {1, "1", "1"},   {42, "1", "42"},  {1, "a", "a"},  {26, "a", "z"},
         {27, "a", "aa"}, {53, "A", "AAA"}, {4, "i", "iv"}, {1994, "I", "MCMXCIV"},
         {9, "i", "ix"},  {3, "", ""},      {0, "a", "0"},  {-2, "i", "-2"},
+        {1, "1st", "1st"}, {2, "1st", "2nd"}, {3, "1st", "3rd"}, {11, "1st", "11th"}, {112, "1st", "112th"},
+        {23, "1st", "23rd"}, {7, "01, 02, 03, ...", "07"}, {123, "01, 02, 03, ...", "123"},
     };
     for (const Number &number : numbers)
         EXPECT_EQ(ListNumbering::formatNumber(number.value, number.format), number.expected)

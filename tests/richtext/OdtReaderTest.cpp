@@ -168,7 +168,8 @@ TEST(OdtReader, ReadsListsWithTheirLabels)
         <text:list-level-style-number text:level="2" style:num-format="i" style:num-prefix="("
             style:num-suffix=")"/>
         </text:list-style><text:list-style style:name="L2"><text:list-level-style-bullet text:level="1"
-        text:bullet-char="*"/></text:list-style>)~";
+        text:bullet-char="*"/></text:list-style><text:list-style style:name="L3"><text:list-level-style-image
+        text:level="1" xlink:href="Pictures/dot.png"/></text:list-style>)~";
     odt.body = R"(<text:list text:style-name="L1">
         <text:list-item><text:p>one</text:p>
           <text:list><text:list-item><text:p>inner</text:p></text:list-item>
@@ -179,7 +180,8 @@ TEST(OdtReader, ReadsListsWithTheirLabels)
         </text:list-item></text:list>
         <text:list text:style-name="L2"><text:list-item><text:p>dot</text:p></text:list-item></text:list>
         <text:list text:style-name="L1"><text:list-item text:start-value="7"><text:p>seventh</text:p>
-        </text:list-item><text:list-item><text:p>eighth</text:p></text:list-item></text:list>)";
+        </text:list-item><text:list-item><text:p>eighth</text:p></text:list-item></text:list>
+        <text:list text:style-name="L3"><text:list-item><text:p>pictured</text:p></text:list-item></text:list>)";
     const richtext::Document document = readOdt(odt.flat());
     std::vector<std::tuple<std::string, int, std::string>> seen;
     for (const richtext::Paragraph *paragraph : document.paragraphs())
@@ -187,7 +189,7 @@ TEST(OdtReader, ReadsListsWithTheirLabels)
     const std::vector<std::tuple<std::string, int, std::string>> expected = {
         {"one", 1, "B."},     {"inner", 2, "(i)"}, {"inner two", 2, "(ii)"}, {"two", 1, "C."},
         {"same item", 0, ""}, {"between", 0, ""},  {"three", 1, "D."},       {"dot", 1, "*"},
-        {"seventh", 1, "G."}, {"eighth", 1, "H."},
+        {"seventh", 1, "G."}, {"eighth", 1, "H."}, {"pictured", 1, "\u2022"},
     };
     EXPECT_EQ(seen, expected);
 }

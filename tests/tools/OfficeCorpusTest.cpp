@@ -95,13 +95,8 @@ const KnownDifferences throughLibreOffice = {
     {"6953-tables-doc", {"a text box holding a table is written after its anchor; LibreOffice's export leaves "
                          "text boxes out"}},
     {"9005-various_lists-doc", {"Symbol-font bullets; LibreOffice's text export shows every bullet as \u2022"}},
-    {"NEWSSLID-doc", {"LibreOffice exports this bullet as \u00B7, ours as the bullet itself"}},
-    {"OpenXML_text_reference_v1_2-docx", {"Symbol-font bullets"}},
     {"Rwanda-docx", {"note anchors with custom marks come out as '?'"}},
     {"Sample_OpenXML_DOCX-docx", {"text frames are written as paragraphs; LibreOffice's export leaves them out"}},
-    {"testRTFJapanese-rtf", {"ideographs stand as '?', and LibreOffice spaces them differently"}},
-    {"testRTFListLibreOffice-rtf", {"the list's own bullet glyph is kept; LibreOffice exports \u2022"}},
-    {"testRTFListMicrosoftWord-rtf", {"the list's own bullet glyph is kept; LibreOffice exports \u2022"}},
     {"testRTFVarious-rtf", {"a text box is written as a paragraph; Symbol-font bullets"}},
     {"testWORD_numbered_list-doc", {"a text box is written after its anchor; LibreOffice's export leaves it out"}},
     {"wv-endnoteexample1-doc", {"custom note marks become numbers"}},

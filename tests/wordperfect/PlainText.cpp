@@ -5,9 +5,37 @@
 
 namespace plaintext {
 
+namespace {
+
+// A list bullet is formatting, not text: LibreOffice's text export draws every bullet its own way
+// (•, ·) while our files keep the document's own glyph (–, o, ▪). A bullet-like character that opens
+// a line before a space or tab counts as "•" on both sides.
+std::u32string unifiedBullets(std::u32string chars)
+{
+    bool lineStart = true;
+    for (std::size_t i = 0; i < chars.size(); ++i) {
+        const char32_t c = chars[i];
+        if (c == U'\n') {
+            lineStart = true;
+            continue;
+        }
+        if (lineStart && (c == U' ' || c == U'\t'))
+            continue;
+        static const std::u32string bullets = U"o-*\u00B7\u2013\u2014\u2022\u2043\u25A0\u25A1\u25AA\u25BA"
+                                              U"\u25CB\u25CF\u25E6\u2713\u2714\u27A2";
+        const bool symbol = bullets.find(c) != std::u32string::npos || (c >= 0xF000 && c <= 0xF0FF);
+        if (lineStart && symbol && i + 1 < chars.size() && (chars[i + 1] == U' ' || chars[i + 1] == U'\t'))
+            chars[i] = U'\u2022';
+        lineStart = false;
+    }
+    return chars;
+}
+
+} // namespace
+
 std::string normalised(const std::string &text, const richtext::wordperfect::CharacterMap *map)
 {
-    const std::u32string chars = richtext::wordperfect::CharacterMap::decodeUtf8(text);
+    const std::u32string chars = unifiedBullets(richtext::wordperfect::CharacterMap::decodeUtf8(text));
     std::string out;
     bool space = false;
     for (std::size_t i = 0; i < chars.size(); ++i) {
