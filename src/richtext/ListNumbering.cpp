@@ -30,6 +30,23 @@ std::string alphabetic(int value)
     return std::string(static_cast<std::size_t>(repeat), static_cast<char>('a' + letter));
 }
 
+// 一 二 三 … 十, 十一 … 九十九: the ideographic numbers of CJK lists and headings.
+std::string ideographic(int value)
+{
+    static const char *const digits[] = {"", "\u4E00", "\u4E8C", "\u4E09", "\u56DB", "\u4E94",
+                                         "\u516D", "\u4E03", "\u516B", "\u4E5D"};
+    if (value < 1 || value > 99)
+        return std::to_string(value);
+    const int tens = value / 10;
+    const int ones = value % 10;
+    std::string result;
+    if (tens > 1)
+        result += digits[tens];
+    if (tens > 0)
+        result += "\u5341";
+    return result + digits[ones];
+}
+
 std::string upper(std::string text)
 {
     for (char &c : text)
@@ -46,6 +63,8 @@ std::string ListNumbering::formatNumber(int value, const std::string &format)
         return {};
     if (value < 1 && format != "1")
         return std::to_string(value);
+    if (format.rfind("\u4E00", 0) == 0) // "一, 二, 三, ..."
+        return ideographic(value);
     if (format == "1st") { // LibreOffice's ordinal format
         const int tens = value % 100;
         const int last = value % 10;

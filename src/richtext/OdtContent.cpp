@@ -1,5 +1,6 @@
 #include "OdtContent.h"
 
+#include "ListNumbering.h"
 #include "OdfNames.h"
 #include "OdtInline.h"
 #include "OdtProperties.h"
@@ -214,9 +215,46 @@ void OdtContent::emitParagraph(const xmlNode *element, bool listElement, std::op
         properties.insert("text:start-value", *startValue);
     listElement ? sink.openListElement(properties) : sink.openParagraph(properties);
     OdtInline pieces(*this, sheet.resolve("paragraph", name, "text-properties", currentScope));
+    if (Xml::is(element, text, "h") && !listElement &&
+        Xml::attribute(element, text, "is-list-header").value_or("") != "true") {
+        std::string followedBy;
+        const std::string label = headingLabel(number(element, text, "outline-level", 1), followedBy);
+        if (!label.empty())
+            pieces.label(label, followedBy);
+    }
     pieces.walk(element);
     pieces.finish();
     listElement ? sink.closeListElement() : sink.closeParagraph();
+}
+
+// Headings number themselves from the outline style, as chapters do: "2.3" counts the third heading
+// of level 2 since the second of level 1.
+std::string OdtContent::headingLabel(int level, std::string &followedBy)
+{
+    level = std::clamp(level, 1, 10);
+    const auto definition = sheet.outlineLevel(level);
+    if (!definition)
+        return {};
+    outlineValues.erase(outlineValues.upper_bound(level), outlineValues.end());
+    const RVNGPropertyList properties = OdtProperties::listLevel(*definition, level, 0, std::nullopt);
+    const int start = Units::integer(properties, "text:start-value").value_or(1);
+    outlineValues[level] = outlineValues.count(level) ? outlineValues[level] + 1 : start;
+    const int shown = std::clamp(Units::integer(properties, "text:display-levels").value_or(1), 1, level);
+    std::string number;
+    for (int at = level - shown + 1; at <= level; ++at) {
+        const auto above = sheet.outlineLevel(at);
+        const std::string format =
+            above ? Units::text(OdtProperties::listLevel(*above, at, 0, std::nullopt), "style:num-format").value_or("1")
+                  : "1";
+        if (!number.empty())
+            number += '.';
+        const auto reached = outlineValues.find(at);
+        number += ListNumbering::formatNumber(reached == outlineValues.end() ? 1 : reached->second, format);
+    }
+    const auto follows = definition->properties.find("label-alignment/text:label-followed-by");
+    followedBy = follows == definition->properties.end() ? "space" : follows->second;
+    return Units::text(properties, "style:num-prefix").value_or("") + number +
+           Units::text(properties, "style:num-suffix").value_or("");
 }
 
 void OdtContent::emitList(const xmlNode *element, int level, const std::string &inheritedStyle,

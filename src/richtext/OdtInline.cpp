@@ -45,6 +45,7 @@ bool isMark(const char *name)
         "user-index-mark",
         "annotation-end",
         "note-citation",
+        "ruby-text", // a reading aid set above its base; text exports keep only the base, as we do
     };
     for (const char *mark : marks)
         if (std::strcmp(name, mark) == 0)
@@ -338,6 +339,19 @@ bool OdtInline::image(const xmlNode *node, const RVNGPropertyList &frame)
     content.output().insertBinaryObject(object);
     content.output().closeFrame();
     return true;
+}
+
+void OdtInline::label(const std::string &text, const std::string &followedBy)
+{
+    pending += text;
+    if (followedBy == "listtab") {
+        flush();
+        ensureSpan();
+        content.output().insertTab();
+    } else if (followedBy != "nothing") {
+        pending += ' ';
+    }
+    ignoreSpace = true;
 }
 
 void OdtInline::finish()

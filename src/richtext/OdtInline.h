@@ -23,6 +23,8 @@ public:
     void walk(const xmlNode *parent);
     void element(const xmlNode *node);
     void finish();
+    // A heading's number before its text, then what ODF says follows it ("listtab", "space", "nothing").
+    void label(const std::string &text, const std::string &followedBy);
 
 private:
     void characters(const char *text);

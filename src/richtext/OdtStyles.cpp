@@ -66,9 +66,16 @@ void OdtStyles::load(const xmlNode *root, Scope automaticScope)
                     fontFamilies[*name] = unquoted(Xml::attribute(face, svg, "font-family").value_or(*name));
         } else if (Xml::is(part, office, "styles")) {
             loadStyles(part, named, true);
-            for (const xmlNode *element : Xml::children(part))
+            for (const xmlNode *element : Xml::children(part)) {
                 if (Xml::is(element, text, "list-style"))
                     loadListStyle(element, namedLists);
+                if (Xml::is(element, text, "outline-style")) {
+                    ListStyles outlines;
+                    loadListStyle(element, outlines);
+                    if (!outlines.empty())
+                        outline = outlines.begin()->second;
+                }
+            }
         } else if (Xml::is(part, office, "automatic-styles")) {
             loadStyles(part, automaticScope == Scope::body ? automaticBody : automaticMaster, false);
             for (const xmlNode *element : Xml::children(part)) {
@@ -140,7 +147,8 @@ void OdtStyles::loadListStyle(const xmlNode *element, ListStyles &into)
 {
     auto &levels = into[Xml::attribute(element, style, "name").value_or("")];
     for (const xmlNode *levelStyle : Xml::children(element)) {
-        const bool number = Xml::is(levelStyle, text, "list-level-style-number");
+        const bool number = Xml::is(levelStyle, text, "list-level-style-number") ||
+                            Xml::is(levelStyle, text, "outline-level-style");
         // A picture bullet is a bullet all the same; the default bullet character stands in for it.
         if (!number && !Xml::is(levelStyle, text, "list-level-style-bullet") &&
             !Xml::is(levelStyle, text, "list-level-style-image"))
@@ -230,6 +238,17 @@ std::string OdtStyles::listStyleOf(const std::string &name, Scope scope) const
         if (!style->listStyle.empty())
             return style->listStyle;
     return {};
+}
+
+std::optional<OdtStyles::ListLevel> OdtStyles::outlineLevel(int level) const
+{
+    const auto found = outline.find(level);
+    if (found == outline.end())
+        return std::nullopt;
+    const auto format = found->second.properties.find("style:num-format");
+    if (format == found->second.properties.end() || format->second.empty())
+        return std::nullopt;
+    return found->second;
 }
 
 OdtStyles::ListLevel OdtStyles::listLevel(const std::string &listStyle, int level, Scope scope) const

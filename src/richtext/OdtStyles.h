@@ -3,6 +3,7 @@
 #include <libxml/tree.h>
 
 #include <map>
+#include <optional>
 #include <string>
 #include <vector>
 
@@ -48,6 +49,8 @@ public:
 
     // Level 1..10 of a list style; a level the style does not define is made up as ODF readers do.
     ListLevel listLevel(const std::string &listStyle, int level, Scope scope) const;
+    // How headings of an outline level are numbered (text:outline-style); none when not at all.
+    std::optional<ListLevel> outlineLevel(int level) const;
 
     const MasterPage *masterPage(const std::string &name) const;
     // The master page that the first page uses when nothing names one.
@@ -72,6 +75,7 @@ private:
 
     void loadStyles(const xmlNode *container, StyleMap &into, bool defaults);
     void loadListStyle(const xmlNode *element, ListStyles &into);
+    std::map<int, ListLevel> outline;
     const Style *find(const std::string &family, const std::string &name, Scope scope) const;
     std::vector<const Style *> chain(const std::string &family, const std::string &name, Scope scope) const;
 

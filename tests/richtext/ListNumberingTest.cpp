@@ -20,6 +20,8 @@ TEST(ListNumbering, FormatsNumbersAsOdfDoes)
         {9, "i", "ix"},  {3, "", ""},      {0, "a", "0"},  {-2, "i", "-2"},
         {1, "1st", "1st"}, {2, "1st", "2nd"}, {3, "1st", "3rd"}, {11, "1st", "11th"}, {112, "1st", "112th"},
         {23, "1st", "23rd"}, {7, "01, 02, 03, ...", "07"}, {123, "01, 02, 03, ...", "123"},
+        {3, "\u4E00, \u4E8C, \u4E09, ...", "\u4E09"}, {10, "\u4E00", "\u5341"}, {12, "\u4E00", "\u5341\u4E8C"},
+        {40, "\u4E00", "\u56DB\u5341"}, {100, "\u4E00", "100"},
     };
     for (const Number &number : numbers)
         EXPECT_EQ(ListNumbering::formatNumber(number.value, number.format), number.expected)

@@ -229,6 +229,31 @@ TEST(OdtReader, NumbersContinuedListsLevelByLevelAsWordProcessorsDo)
     EXPECT_EQ(seen, expected);
 }
 
+TEST(OdtReader, NumbersHeadingsFromTheOutlineStyle)
+{
+    Odt odt;
+    odt.styles = R"(<text:outline-style style:name="Outline">
+        <text:outline-level-style text:level="1" style:num-format="1" style:num-suffix="."/>
+        <text:outline-level-style text:level="2" style:num-format="1" text:display-levels="2"><style:list-level-properties>
+          <style:list-level-label-alignment text:label-followed-by="listtab"/></style:list-level-properties>
+        </text:outline-level-style>
+        <text:outline-level-style text:level="3" style:num-format=""/></text:outline-style>)";
+    odt.body = R"(<text:h text:outline-level="1">Intro</text:h><text:h text:outline-level="2">Scope</text:h>
+        <text:h text:outline-level="2">Terms</text:h><text:h text:outline-level="3">Plain</text:h>
+        <text:h text:outline-level="1">Method</text:h><text:h text:outline-level="2">Data</text:h>
+        <text:h text:outline-level="1" text:is-list-header="true">Unnumbered</text:h>)";
+    EXPECT_EQ(texts(readOdt(odt.flat())), (std::vector<std::string> {"1. Intro", "1.1\tScope", "1.2\tTerms", "Plain",
+                                                                      "2. Method", "2.1\tData", "Unnumbered"}));
+}
+
+TEST(OdtReader, KeepsTheBaseOfRubyTextAsTextExportsDo)
+{
+    Odt odt;
+    odt.body = R"(<text:p>see <text:ruby><text:ruby-base>base</text:ruby-base><text:ruby-text>aid</text:ruby-text>
+        </text:ruby> here</text:p>)";
+    EXPECT_EQ(texts(readOdt(odt.flat())), (std::vector<std::string> {"see base here"}));
+}
+
 TEST(OdtReader, ShowsTrackedDeletionsStruckOutWhereTheyStood)
 {
     Odt odt;

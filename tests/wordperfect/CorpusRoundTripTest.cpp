@@ -56,9 +56,7 @@ bool convertAll(const std::string &format, const std::vector<std::string> &input
 
 // Files whose text does not come back exactly yet, and why. A file that
 // comes back exact must leave this list.
-const std::map<std::string, const char *> knownDifferences = {
-    {"cjk-office-odt", "heading outline numbers (1\u3001 ...) are not produced by the ODT reader"},
-};
+const std::map<std::string, const char *> knownDifferences = {};
 
 TEST(CorpusRoundTrip, LibreOfficeReadsTheSameTextFromOurWordPerfectFiles)
 {
