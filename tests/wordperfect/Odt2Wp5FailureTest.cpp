@@ -10,10 +10,33 @@
 #include <gtest/gtest.h>
 
 #include <algorithm>
+#include <filesystem>
 #include <stdexcept>
 #include <string>
 
 namespace {
+
+std::string zipOf(const std::vector<std::pair<std::string, std::string>> &entries)
+{
+    zip_error_t error;
+    zip_error_init(&error);
+    zip_source_t *buffer = zip_source_buffer_create(nullptr, 0, 0, &error);
+    zip_t *archive = zip_open_from_source(buffer, ZIP_TRUNCATE, &error);
+    if (!archive)
+        throw std::runtime_error("cannot make a zip archive");
+    zip_source_keep(buffer);
+    for (const auto &[name, bytes] : entries)
+        zip_file_add(archive, name.c_str(), zip_source_buffer(archive, bytes.data(), bytes.size(), 0), 0);
+    zip_close(archive);
+    zip_source_open(buffer);
+    zip_source_seek(buffer, 0, SEEK_END);
+    std::string result(static_cast<std::size_t>(zip_source_tell(buffer)), '\0');
+    zip_source_seek(buffer, 0, SEEK_SET);
+    zip_source_read(buffer, result.data(), result.size());
+    zip_source_close(buffer);
+    zip_source_free(buffer);
+    return result;
+}
 
 // A package shaped like a password-protected one: the manifest describes how content.xml is encrypted.
 std::string encryptedPackage()
@@ -26,28 +49,10 @@ std::string encryptedPackage()
         "<manifest:encryption-data manifest:checksum-type=\"SHA1/1K\" manifest:checksum=\"AAAA\">"
         "<manifest:algorithm manifest:algorithm-name=\"Blowfish CFB\" manifest:initialisation-vector=\"AAAA\"/>"
         "</manifest:encryption-data></manifest:file-entry></manifest:manifest>";
-    zip_error_t error;
-    zip_error_init(&error);
-    zip_source_t *buffer = zip_source_buffer_create(nullptr, 0, 0, &error);
-    zip_t *archive = zip_open_from_source(buffer, ZIP_TRUNCATE, &error);
-    if (!archive)
-        throw std::runtime_error("cannot make a zip archive");
-    zip_source_keep(buffer);
-    const std::string mimetype = "application/vnd.oasis.opendocument.text";
     const std::string content = "\x8f\x12\x00\xffnot xml at all";
-    const std::pair<std::string, const std::string *> entries[] = {
-        {"mimetype", &mimetype}, {"META-INF/manifest.xml", &manifest}, {"content.xml", &content}};
-    for (const auto &[name, bytes] : entries)
-        zip_file_add(archive, name.c_str(), zip_source_buffer(archive, bytes->data(), bytes->size(), 0), 0);
-    zip_close(archive);
-    zip_source_open(buffer);
-    zip_source_seek(buffer, 0, SEEK_END);
-    std::string result(static_cast<std::size_t>(zip_source_tell(buffer)), '\0');
-    zip_source_seek(buffer, 0, SEEK_SET);
-    zip_source_read(buffer, result.data(), result.size());
-    zip_source_close(buffer);
-    zip_source_free(buffer);
-    return result;
+    return zipOf({{"mimetype", "application/vnd.oasis.opendocument.text"},
+                  {"META-INF/manifest.xml", manifest},
+                  {"content.xml", content}});
 }
 
 struct Case {
@@ -109,6 +114,38 @@ TEST(Odt2Wp5Failures, ReplacesAnOldDestinationWhole)
     const mode_t mask = ::umask(0);
     ::umask(mask);
     EXPECT_EQ(status.st_mode & 0777, 0666 & ~mask) << "permissions of any new file, not private to its writer";
+}
+
+TEST(Odt2Wp5Output, APackageNeverReachesOutsideItself)
+{
+    ScratchFolder scratch;
+    const std::string content =
+        "<?xml version=\"1.0\" encoding=\"UTF-8\"?><office:document-content"
+        " xmlns:office=\"urn:oasis:names:tc:opendocument:xmlns:office:1.0\""
+        " xmlns:text=\"urn:oasis:names:tc:opendocument:xmlns:text:1.0\""
+        " xmlns:draw=\"urn:oasis:names:tc:opendocument:xmlns:drawing:1.0\""
+        " xmlns:svg=\"urn:oasis:names:tc:opendocument:xmlns:svg-compatible:1.0\""
+        " xmlns:xlink=\"http://www.w3.org/1999/xlink\" office:version=\"1.3\"><office:body><office:text>"
+        "<text:p>inside<draw:frame svg:width=\"1in\" svg:height=\"1in\"><draw:image xlink:href=\"../../escaped.txt\"/>"
+        "</draw:frame><draw:frame><draw:image xlink:href=\"/etc/passwd\"/></draw:frame><draw:frame>"
+        "<draw:image xlink:href=\"file:///etc/passwd\"/></draw:frame></text:p></office:text></office:body>"
+        "</office:document-content>";
+    // Entries whose names climb out of the package, and pictures that point outside it.
+    const std::string package = zipOf({{"mimetype", "application/vnd.oasis.opendocument.text"},
+                                       {"content.xml", content},
+                                       {"../../escaped.txt", "out"},
+                                       {"/tmp/quillmorph-absolute.txt", "out"}});
+    std::filesystem::create_directories(scratch.file("deep/er"));
+    const std::string source = scratch.write("deep/er/a.odt", package);
+    const std::string destination = scratch.file("deep/er/a.wpd");
+    const ProgramRun run = ProgramRun::of({ODT2WP5_PATH, "--wp6", source, destination});
+    EXPECT_EQ(run.status, 0) << run.err;
+    EXPECT_EQ(scratch.names(), (std::set<std::string> {"deep"}));
+    EXPECT_FALSE(std::filesystem::exists(scratch.file("escaped.txt")));
+    EXPECT_FALSE(std::filesystem::exists("/tmp/quillmorph-absolute.txt"));
+    const std::string written = ScratchFolder::readFile(destination);
+    EXPECT_NE(written.find("inside"), std::string::npos);
+    EXPECT_EQ(written.find("root:"), std::string::npos) << "a file of this machine was read in";
 }
 
 TEST(Odt2Wp5Output, ADestinationNameAsLongAsAllowedIsWritten)
