@@ -306,15 +306,29 @@ TEST_P(OdtToWordPerfect, WritesListLabelsWithTheirIndent)
     }
 }
 
-TEST_P(OdtToWordPerfect, WritesATextBoxAfterItsAnchorParagraph)
+TEST_P(OdtToWordPerfect, KeepsATextBoxAsABoxOrAfterItsAnchorParagraph)
 {
     const auto back = convert(wptest::flatOdt(
         "", "<text:p>anchor words<draw:frame text:anchor-type=\"as-char\" svg:width=\"2in\" svg:height=\"1in\">"
             "<draw:text-box><text:p>caption words</text:p></draw:text-box></draw:frame> tail</text:p><text:p>next</text:p>"));
     std::vector<std::string> texts;
-    for (const richtext::Paragraph *paragraph : back.document.paragraphs())
+    std::vector<std::string> boxed;
+    for (const richtext::Paragraph *paragraph : back.document.paragraphs()) {
         texts.push_back(paragraph->text());
-    EXPECT_EQ(texts, (std::vector<std::string>{"anchor words tail", "caption words", "next"}));
+        for (const richtext::Inline &piece : paragraph->content)
+            if (piece.kind == richtext::Inline::Kind::textBox && piece.content)
+                for (const richtext::Block &block : *piece.content)
+                    if (const richtext::Paragraph *inner = block.paragraph())
+                        boxed.push_back(inner->text());
+    }
+    if (std::string(GetParam().option) == "--wp6") {
+        // WordPerfect 6 has text boxes: the words stay in one, anchored where they were.
+        EXPECT_EQ(texts, (std::vector<std::string> {"anchor words tail", "next"}));
+        EXPECT_EQ(boxed, std::vector<std::string> {"caption words"});
+    } else {
+        EXPECT_EQ(texts, (std::vector<std::string> {"anchor words tail", "caption words", "next"}));
+        EXPECT_TRUE(boxed.empty());
+    }
 }
 
 INSTANTIATE_TEST_SUITE_P(BothVersions, OdtToWordPerfect, ::testing::ValuesIn(versions),

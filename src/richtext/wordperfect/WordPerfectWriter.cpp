@@ -396,13 +396,14 @@ void WordPerfectWriter::openEndnote(const RVNGPropertyList &) { openNote(true); 
 void WordPerfectWriter::closeEndnote() { closeNote(true); }
 void WordPerfectWriter::openComment(const RVNGPropertyList &) { ++hidden; }
 void WordPerfectWriter::closeComment() { --hidden; }
-// A text box (an image's caption, a side note) has no place inside a WordPerfect paragraph that
-// libwpd reads back: its paragraphs follow the paragraph it is anchored in.
+// A text box (an image's caption, a side note) becomes a WordPerfect text box where the format has
+// one libwpd reads back (6); elsewhere its paragraphs follow the paragraph it is anchored in.
 void WordPerfectWriter::openTextBox(const RVNGPropertyList &)
 {
     if (hidden)
         return;
     ++boxDepth;
+    boxSizes.push_back(frameSize);
     pushStream(false);
 }
 
@@ -414,8 +415,19 @@ void WordPerfectWriter::closeTextBox()
     endContainer();
     resetParagraphFormat();
     const std::string body = popStream();
-    if (!body.empty())
-        streams.back().boxes.push_back(body);
+    const auto size = boxSizes.back();
+    boxSizes.pop_back();
+    if (body.empty())
+        return;
+    const int width = size ? std::max(1, wpu(size->first)) : 2400;
+    const int height = size ? std::max(1, wpu(size->second)) : 1200;
+    // A box inside a box, a header or a note stays text: libwpd reads no box there.
+    if (writesTextBoxes() && boxDepth == 0 && !inSubDocument()) {
+        text(U"");
+        writeTextBox(body, width, height);
+        return;
+    }
+    streams.back().boxes.push_back(body);
 }
 
 void WordPerfectWriter::resetParagraphFormat()

@@ -176,6 +176,9 @@ protected:
     virtual void writePageNumber() = 0;
     // A picture in a character-anchored graphics box of widthWpu x heightWpu.
     virtual void writeImage(const Raster &raster, int widthWpu, int heightWpu) = 0;
+    // A text box holding `body`, where the format has one that libwpd reads.
+    virtual bool writesTextBoxes() const { return false; }
+    virtual void writeTextBox(const std::string &, int, int) {}
     virtual std::string assemble(const std::string &document) = 0;
 
 private:
@@ -229,6 +232,7 @@ private:
     int endnotes = 0;
     int hidden = 0; // inside a comment: nothing is written
     int boxDepth = 0;
+    std::vector<std::optional<std::pair<double, double>>> boxSizes; // of each open text box's frame
     int substituted = 0;
     int imagesWritten = 0;
     int imagesDropped = 0;

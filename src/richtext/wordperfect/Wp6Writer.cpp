@@ -1,5 +1,7 @@
 #include "Wp6Writer.h"
 
+#include <algorithm>
+
 #include "Bytes.h"
 #include "CharacterMap.h"
 #include "WpgImage.h"
@@ -290,7 +292,18 @@ void Wp6Writer::writeImage(const Raster &raster, int widthWpu, int heightWpu)
     put16(names, 0); // no file name: the picture lives only in the document
     const int filename = addPacket(0x40, 0x01, names);
     packets[filename - 1].uses = 1;
+    writeBox(0x03, filename, widthWpu, heightWpu);
+}
 
+void Wp6Writer::writeTextBox(const std::string &body, int widthWpu, int heightWpu)
+{
+    writeBox(0x01, textPacket(body), widthWpu, heightWpu);
+}
+
+// A character-anchored box of the given content (0x01 text, 0x03 image), whose content is the
+// packet `pid`: a text packet, or the file-name packet that leads to the picture.
+void Wp6Writer::writeBox(int contentType, int pid, int widthWpu, int heightWpu)
+{
     std::string positioning;
     put16(positioning, 0x7C00); // general, horizontal, vertical, width, height follow
     put8(positioning, 0x03);    // general: mask, then value: on the text baseline
@@ -302,12 +315,12 @@ void Wp6Writer::writeImage(const Raster &raster, int widthWpu, int heightWpu)
     put8(positioning, 0x01);    // vertical: relative to the anchor
     put16(positioning, 0);
     put8(positioning, 0x01);    // width and height as real WordPerfect flags a set-size box
-    put16(positioning, static_cast<unsigned>(std::min(widthWpu, 0xFFFF)));
+    put16(positioning, static_cast<unsigned>(std::clamp(widthWpu, 1, 0xFFFF)));
     put8(positioning, 0x00);
-    put16(positioning, static_cast<unsigned>(std::min(heightWpu, 0xFFFF)));
+    put16(positioning, static_cast<unsigned>(std::clamp(heightWpu, 1, 0xFFFF)));
     std::string content;
     put16(content, 0x4000); // content type follows
-    put8(content, 0x03);    // image
+    put8(content, static_cast<unsigned>(contentType));
     std::string overrides;
     // Positioning, then content. libwpd takes the positioning block's own flags for the outer ones
     // once it has read it; 0x7C00 includes the content bit, so both readers see the content.
@@ -321,7 +334,7 @@ void Wp6Writer::writeImage(const Raster &raster, int widthWpu, int heightWpu)
     put16(data, static_cast<unsigned>(overrides.size() + 4)); // override and wrap data, with both sizes
     put16(data, static_cast<unsigned>(overrides.size()));
     data += overrides;
-    function(0xDF, 0x00, data, filename); // character-anchored box
+    function(0xDF, 0x00, data, pid); // character-anchored box
 }
 
 void Wp6Writer::writeTableStart(const std::vector<int> &widths)

@@ -30,6 +30,9 @@ protected:
     void writeHeaderFooter(bool footer, const std::string &occurrence, const std::string &body) override;
     void writePageNumber() override;
     void writeImage(const Raster &raster, int widthWpu, int heightWpu) override;
+    bool writesTextBoxes() const override { return true; }
+    void writeTextBox(const std::string &body, int widthWpu, int heightWpu) override;
+    void writeBox(int contentType, int pid, int widthWpu, int heightWpu);
     std::string assemble(const std::string &document) override;
 
 private:
