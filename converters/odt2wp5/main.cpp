@@ -116,6 +116,10 @@ int run(WordPerfectWriter::Version version, const std::string &source, const std
         std::fprintf(stderr, "odt2wp5: warning: %d character%s with no WordPerfect equivalent written as '?'\n",
                      count, count == 1 ? "" : "s");
     }
+    if (const int count = writer->inlinedFirstPageParts()) {
+        std::fprintf(stderr, "odt2wp5: warning: %d first-page header%s or footer%s written as the page's opening text\n",
+                     count, count == 1 ? "" : "s", count == 1 ? "" : "s");
+    }
     if (const int count = writer->droppedImages()) {
         std::fprintf(stderr, "odt2wp5: warning: %d picture%s in a format WordPerfect graphics cannot hold left out\n",
                      count, count == 1 ? "" : "s");

@@ -259,6 +259,25 @@ TEST_P(OdtToWordPerfect, EachPageStyleKeepsItsOwnHeader)
     EXPECT_EQ(two->text(), "page two") << "one page break, no empty page or paragraph between";
 }
 
+TEST_P(OdtToWordPerfect, AFirstPageHeaderOpensThePageAndLeavesTheRegularOneAlone)
+{
+    const std::string masters =
+        "<style:master-page style:name=\"Standard\"><style:header><text:p>running head</text:p></style:header>"
+        "<style:header-first><text:p>letterhead</text:p></style:header-first></style:master-page>";
+    ProgramRun run;
+    const auto back = convert(wptest::flatOdt("", "<text:p>dear reader</text:p>", masters), &run);
+    std::vector<std::string> headers;
+    for (const auto &span : back.document.pageSpans)
+        for (const auto &part : span.headersAndFooters)
+            headers.push_back(part.blocks.front().paragraph()->text());
+    EXPECT_EQ(headers, std::vector<std::string> {"running head"});
+    std::vector<std::string> texts;
+    for (const richtext::Paragraph *paragraph : back.document.paragraphs())
+        texts.push_back(paragraph->text());
+    EXPECT_EQ(texts, (std::vector<std::string> {"letterhead", "dear reader"}));
+    EXPECT_NE(run.err.find("1 first-page header or footer"), std::string::npos) << run.err;
+}
+
 TEST_P(OdtToWordPerfect, WritesCharactersAndCountsTheOnesNoSetHolds)
 {
     ProgramRun run;

@@ -103,6 +103,18 @@ void WordPerfectWriter::closeHeaderFooter(bool footer)
     const std::string body = popStream();
     const std::string occurrence = headerOccurrence.back();
     headerOccurrence.pop_back();
+    if (occurrence == "first") {
+        // WordPerfect has no header for one page that libwpd reads, and as a header for every page
+        // it would replace the regular one: its text opens the page instead, where it shows.
+        if (!body.empty() && streams.size() == 1) {
+            flushReturns();
+            out() += body;
+            writeHardReturn();
+            streams.back().started = true;
+            ++firstPagePartsInlined;
+        }
+        return;
+    }
     writeHeaderFooter(footer, occurrence.empty() ? "all" : occurrence, body);
 }
 

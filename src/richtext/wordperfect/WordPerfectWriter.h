@@ -78,6 +78,8 @@ public:
     // Pictures written as graphics boxes, and pictures in a format no box can hold (left out).
     int writtenImages() const { return imagesWritten; }
     int droppedImages() const { return imagesDropped; }
+    // First-page headers and footers, written as the first lines of their page.
+    int inlinedFirstPageParts() const { return firstPagePartsInlined; }
 
     void setDocumentMetaData(const librevenge::RVNGPropertyList &propList) override;
     void startDocument(const librevenge::RVNGPropertyList &) override {}
@@ -236,6 +238,7 @@ private:
     int substituted = 0;
     int imagesWritten = 0;
     int imagesDropped = 0;
+    int firstPagePartsInlined = 0;
     std::optional<std::pair<double, double>> frameSize; // inches, of the open frame
     DocumentSummary documentSummary;
     std::string file;
