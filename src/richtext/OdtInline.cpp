@@ -278,8 +278,12 @@ void OdtInline::note(const xmlNode *node)
     ensureSpan();
     const bool endnote = Xml::attribute(node, text, "note-class").value_or("footnote") == "endnote";
     RVNGPropertyList properties;
-    if (const xmlNode *citation = Xml::child(node, text, "note-citation"))
+    if (const xmlNode *citation = Xml::child(node, text, "note-citation")) {
         properties.insert("librevenge:number", Xml::text(citation).c_str());
+        // A mark the author chose, not a number the application counted.
+        if (const auto label = Xml::attribute(citation, text, "label"); label && !label->empty())
+            properties.insert("text:label", label->c_str());
+    }
     librevenge::RVNGTextInterface &out = content.output();
     endnote ? out.openEndnote(properties) : out.openFootnote(properties);
     if (const xmlNode *body = Xml::child(node, text, "note-body"); body && content.enter()) {

@@ -388,23 +388,31 @@ void WordPerfectWriter::openListElement(const RVNGPropertyList &propList)
     startParagraph(properties, numbering.depth() > 0 ? numbering.nextLabel() : std::string());
 }
 
-void WordPerfectWriter::openNote(bool)
+void WordPerfectWriter::openNote(const RVNGPropertyList &propList)
 {
-    if (!hidden)
-        pushStream(true);
+    if (hidden)
+        return;
+    const std::string citation = textOf(propList, "text:label");
+    const bool own = citation.size() == 1 && citation[0] > ' ' && citation[0] < 0x7F &&
+                     !(citation[0] >= '0' && citation[0] <= '9');
+    noteMarks.push_back(own ? citation[0] : '\0');
+    pushStream(true);
 }
 
 void WordPerfectWriter::closeNote(bool endnote)
 {
-    if (hidden || streams.size() < 2)
+    if (hidden || streams.size() < 2 || noteMarks.empty())
         return;
     const std::string body = popStream();
-    writeNote(endnote, endnote ? ++endnotes : ++footnotes, body);
+    const char mark = noteMarks.back();
+    noteMarks.pop_back();
+    const int number = mark ? 0 : endnote ? ++endnotes : ++footnotes; // a marked note takes no number
+    writeNote(endnote, number, body, mark);
 }
 
-void WordPerfectWriter::openFootnote(const RVNGPropertyList &) { openNote(false); }
+void WordPerfectWriter::openFootnote(const RVNGPropertyList &propList) { openNote(propList); }
 void WordPerfectWriter::closeFootnote() { closeNote(false); }
-void WordPerfectWriter::openEndnote(const RVNGPropertyList &) { openNote(true); }
+void WordPerfectWriter::openEndnote(const RVNGPropertyList &propList) { openNote(propList); }
 void WordPerfectWriter::closeEndnote() { closeNote(true); }
 void WordPerfectWriter::openComment(const RVNGPropertyList &) { ++hidden; }
 void WordPerfectWriter::closeComment() { --hidden; }

@@ -173,7 +173,8 @@ protected:
     virtual void writeTableStart(const std::vector<int> &widths) = 0;
     virtual void writeCell(const CellShape &cell, bool firstInRow) = 0;
     virtual void writeTableEnd() = 0;
-    virtual void writeNote(bool endnote, int number, const std::string &body) = 0;
+    // `mark` is the note's own citation when it is one character that is not a number ("*").
+    virtual void writeNote(bool endnote, int number, const std::string &body, char mark) = 0;
     virtual void writeHeaderFooter(bool footer, const std::string &occurrence, const std::string &body) = 0;
     virtual void writePageNumber() = 0;
     // A picture in a character-anchored graphics box of widthWpu x heightWpu.
@@ -214,7 +215,7 @@ private:
     void endContainer();
     void pushStream(bool subDocument);
     std::string popStream();
-    void openNote(bool endnote);
+    void openNote(const librevenge::RVNGPropertyList &propList);
     void closeNote(bool endnote);
     void openHeaderFooter(const librevenge::RVNGPropertyList &propList, bool footer);
     void closeHeaderFooter(bool footer);
@@ -238,6 +239,7 @@ private:
     int substituted = 0;
     int imagesWritten = 0;
     int imagesDropped = 0;
+    std::vector<char> noteMarks;
     int firstPagePartsInlined = 0;
     std::optional<std::pair<double, double>> frameSize; // inches, of the open frame
     DocumentSummary documentSummary;

@@ -284,11 +284,12 @@ void Wp5Writer::writeCell(const CellShape &cell, bool firstInRow)
 
 void Wp5Writer::writeTableEnd() { function(0xDC, 0x02, {}); }
 
-void Wp5Writer::writeNote(bool endnote, int number, const std::string &body)
+void Wp5Writer::writeNote(bool endnote, int number, const std::string &body, char mark)
 {
     std::string data;
-    put8(data, 0);
-    put16(data, static_cast<unsigned>(number));
+    // A note marked with a character of its own: the flag says the number is that character.
+    put8(data, mark ? 0x80 : 0);
+    put16(data, mark ? static_cast<unsigned char>(mark) : static_cast<unsigned>(number));
     if (endnote) {
         data.append(4, '\0');
     } else {

@@ -380,7 +380,7 @@ void Wp6Writer::writeCell(const CellShape &cell, bool firstInRow)
 
 void Wp6Writer::writeTableEnd() { put8(out(), 0xBF); }
 
-void Wp6Writer::writeNote(bool endnote, int, const std::string &body)
+void Wp6Writer::writeNote(bool endnote, int, const std::string &body, char)
 {
     const int pid = textPacket(body);
     function(0xD7, endnote ? 0x02 : 0x00, {}, pid);

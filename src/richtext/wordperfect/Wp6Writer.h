@@ -26,7 +26,7 @@ protected:
     void writeTableStart(const std::vector<int> &widths) override;
     void writeCell(const CellShape &cell, bool firstInRow) override;
     void writeTableEnd() override;
-    void writeNote(bool endnote, int number, const std::string &body) override;
+    void writeNote(bool endnote, int number, const std::string &body, char mark) override;
     void writeHeaderFooter(bool footer, const std::string &occurrence, const std::string &body) override;
     void writePageNumber() override;
     void writeImage(const Raster &raster, int widthWpu, int heightWpu) override;
