@@ -11,6 +11,8 @@ cleanup() {
     rm -rf "$work"
 }
 trap cleanup EXIT
+# Whatever step fails, the first instance's log says what it saw.
+trap 'echo "failed at line $LINENO; the first instance logged:"; cat "$log" 2>/dev/null' ERR
 export QT_QPA_PLATFORM=offscreen XDG_CONFIG_HOME="$work/config" XDG_STATE_HOME="$work/state"
 log="$work/state/Quillmorph/Quillmorph.log"
 
