@@ -1,6 +1,7 @@
 // odt2wp5 --wp6|--wp5 ODT DEST: writes an OpenDocument text (.odt or flat .fodt) as a
 // WordPerfect 6.1 or 5.1 document.
 
+#include "AtomicFile.h"
 #include "richtext/OdtReader.h"
 #include "richtext/ReadError.h"
 #include "richtext/ZipArchive.h"
@@ -15,6 +16,7 @@
 #include <new>
 #include <stdexcept>
 #include <string>
+#include <system_error>
 
 #include <fcntl.h>
 #include <sys/stat.h>
@@ -67,38 +69,13 @@ bool isEncryptedPackage(const std::string &bytes)
 // The destination only ever holds nothing, its old content or the whole new file.
 void writeAtomically(const std::string &destination, const std::string &bytes)
 {
-    // A short name in the same folder: the destination's own name may already be as long as the
-    // file system allows, and rename() only replaces atomically within one file system.
-    const std::size_t slash = destination.rfind('/');
-    std::string temporary =
-        (slash == std::string::npos ? std::string() : destination.substr(0, slash + 1)) + ".odt2wp5-XXXXXX";
-    const int fd = mkstemp(temporary.data());
-    if (fd < 0)
-        throw Failure("cannot write beside " + destination + ": " + std::strerror(errno));
-    // mkstemp makes the file private; the document gets what any new file would.
-    const mode_t mask = ::umask(0);
-    ::umask(mask);
-    int error = ::fchmod(fd, 0666 & ~mask) == 0 ? 0 : errno;
-    std::size_t written = 0;
-    while (!error && written < bytes.size()) {
-        const ssize_t n = ::write(fd, bytes.data() + written, bytes.size() - written);
-        if (n < 0) {
-            if (errno == EINTR)
-                continue;
-            error = errno;
-            break;
-        }
-        written += static_cast<std::size_t>(n);
-    }
-    if (!error && fsync(fd) != 0)
-        error = errno;
-    if (::close(fd) != 0 && !error)
-        error = errno;
-    if (!error && std::rename(temporary.c_str(), destination.c_str()) != 0)
-        error = errno;
-    if (error) {
-        std::remove(temporary.c_str());
-        throw Failure("cannot write " + destination + ": " + std::strerror(error));
+    try {
+        AtomicFile::setHiddenPrefix(".odt2wp5-");
+        AtomicFile file(destination);
+        file.write(bytes);
+        file.commit();
+    } catch (const std::system_error &error) {
+        throw Failure("cannot write " + destination + ": " + std::strerror(error.code().value()));
     }
 }
 

@@ -10,6 +10,8 @@
 #include <cstring>
 #include <filesystem>
 #include <functional>
+#include <csignal>
+#include <sys/wait.h>
 #include <unistd.h>
 
 namespace fs = std::filesystem;
@@ -152,6 +154,27 @@ TEST(FailureTest, ExistingDestinationSurvivesAFailedConversion)
     EXPECT_EQ(ProgramRun::of({WPD2ODT_PATH, source, destination}).status, 1);
     EXPECT_EQ(ScratchFolder::readFile(destination), "the earlier result");
     EXPECT_EQ(folder.names(), (std::set<std::string>{"notes.wp", "out.odt"}));
+}
+
+TEST(FailureTest, AConverterKilledMidWayLeavesNoFileBehind)
+{
+    ScratchFolder folder;
+    // A gigabyte (sparse) keeps libwpd busy for seconds, long enough to be killed while at work.
+    const std::string source = folder.write("huge.wp", WordPerfectFixtures::wp51({"first words"}));
+    std::filesystem::resize_file(source, std::uintmax_t {1} << 30);
+    const std::string destination = folder.file("huge.odt");
+    const pid_t child = ::fork();
+    ASSERT_GE(child, 0);
+    if (child == 0) {
+        ::execl(WPD2ODT_PATH, WPD2ODT_PATH, source.c_str(), destination.c_str(), static_cast<char *>(nullptr));
+        ::_exit(127);
+    }
+    ::usleep(500'000);
+    ::kill(child, SIGKILL);
+    int status = 0;
+    ::waitpid(child, &status, 0);
+    ASSERT_TRUE(WIFSIGNALED(status)) << "finished before it could be killed";
+    EXPECT_EQ(folder.names(), std::set<std::string> {"huge.wp"}) << "no output and no hidden temporary file";
 }
 
 class UsageTest : public testing::TestWithParam<std::vector<std::string>> {};
