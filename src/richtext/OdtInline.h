@@ -44,7 +44,6 @@ private:
     bool ignoreSpace = true;
     bool spanOpen = false;
     OdfProperties openFormat;
-    int links = 0;
 };
 
 } // namespace richtext
