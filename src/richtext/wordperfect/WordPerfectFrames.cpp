@@ -53,12 +53,12 @@ void WordPerfectWriter::insertBinaryObject(const RVNGPropertyList &propList)
             raster = decodeRaster({reinterpret_cast<const char *>(bytes.getDataBuffer()), bytes.size()});
     }
     if (!raster) {
-        ++imagesDropped; // SVG, WMF and the like: WordPerfect Graphics holds no such data
+        ++imagesDropped; // WMF, GIF and the like: WordPerfect Graphics holds no such data
         return;
     }
-    // Without a frame size the picture keeps the size its pixels have on a 96 dpi screen.
-    const double width = frameSize ? frameSize->first : raster->width / 96.0;
-    const double height = frameSize ? frameSize->second : raster->height / 96.0;
+    // Without a frame size the picture keeps its own size.
+    const double width = frameSize ? frameSize->first : raster->width / raster->pixelsPerInch;
+    const double height = frameSize ? frameSize->second : raster->height / raster->pixelsPerInch;
     text(U"");
     writeImage(*raster, std::max(1, wpu(width)), std::max(1, wpu(height)));
     ++imagesWritten;

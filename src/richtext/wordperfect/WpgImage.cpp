@@ -1,6 +1,8 @@
 #include "WpgImage.h"
 
 #include "Bytes.h"
+#include "SvgImage.h"
+#include "SvmImage.h"
 
 #include <jpeglib.h>
 #include <png.h>
@@ -178,6 +180,11 @@ void encodeRow(std::string &out, const unsigned char *row, int width)
 
 std::optional<Raster> decodeRaster(std::string_view bytes, int maxSide)
 {
+    // Drawings are rendered to fit maxSide from the start.
+    if (isSvm(bytes))
+        return renderSvm(bytes, maxSide);
+    if (looksLikeSvg(bytes))
+        return renderSvg(bytes, maxSide);
     std::optional<Raster> raster;
     if (bytes.substr(0, 8) == "\x89PNG\r\n\x1A\n") {
         raster = decodePng(bytes);

@@ -12,10 +12,14 @@ struct Raster {
     int width = 0;
     int height = 0;
     std::vector<unsigned char> rgb;
+    // The picture's own size is width / pixelsPerInch: a screen's pixels for bitmaps, finer for
+    // drawings rendered here.
+    double pixelsPerInch = 96;
 };
 
-// PNG or JPEG bytes decoded, transparency laid over white; nothing for any other format or for
-// data the decoder refuses. Very large images are scaled down to fit maxSide pixels.
+// PNG or JPEG decoded, or a StarView metafile or SVG drawn, transparency laid over white; nothing
+// for any other format or for data the decoder refuses. Very large images are scaled down to fit
+// maxSide pixels.
 std::optional<Raster> decodeRaster(std::string_view bytes, int maxSide = 1600);
 
 // The image as WordPerfect Graphics 1 records (start, colour map, 8-bit bitmap, end), the only
