@@ -140,6 +140,11 @@ void OdfXmlWriter::startElement(const char *name, const librevenge::RVNGProperty
         return;
     }
     flushHeldImage();
+    const std::string_view element(name);
+    if (element == "text:p" || element == "text:h")
+        atParagraphStart = true;
+    else if (element != "text:span" && element != "text:a")
+        atParagraphStart = false;
     if (pictures && name == imageElement) {
         closeStartTag();
         heldImage = serialiseAttributes(attributes);
@@ -180,7 +185,19 @@ void OdfXmlWriter::characters(const librevenge::RVNGString &text)
     }
     flushHeldImage();
     closeStartTag();
-    appendEscaped(out, text.cstr(), false);
+    const char *rest = text.cstr();
+    if (atParagraphStart && *rest) {
+        std::size_t spaces = 0;
+        while (rest[spaces] == ' ')
+            ++spaces;
+        if (spaces == 1)
+            out += "<text:s/>";
+        else if (spaces > 1)
+            out += "<text:s text:c=\"" + std::to_string(spaces) + "\"/>";
+        rest += spaces;
+        atParagraphStart = false;
+    }
+    appendEscaped(out, rest, false);
 }
 
 void OdfXmlWriter::writeStartTag(const std::string &name, const std::string &attributes)

@@ -38,4 +38,7 @@ private:
     std::optional<std::string> heldImage;
     bool inPictureData = false;
     std::string pictureData;
+    // Nothing has been written in the open paragraph yet: ODF readers drop spaces here unless they
+    // are text:s, and libodfgen writes a single leading space as plain text.
+    bool atParagraphStart = false;
 };

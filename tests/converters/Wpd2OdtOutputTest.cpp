@@ -126,4 +126,15 @@ TEST(OutputTest, ReplacesAnExistingDestination)
     EXPECT_EQ(folder.names(), (std::set<std::string>{"doc.wp", "out.odt"}));
 }
 
+TEST(OutputTest, SpacesThatOpenAParagraphAreKept)
+{
+    ScratchFolder folder;
+    const std::string source = folder.write("doc.wp", WordPerfectFixtures::wp51({" indented by a space", "plain"}));
+    const ProgramRun run = ProgramRun::of({WPD2ODT_PATH, "--stdout", source});
+    ASSERT_EQ(run.status, 0) << run.err;
+    // Plain leading spaces are dropped by every ODF reader; only text:s keeps them.
+    EXPECT_NE(run.out.find("<text:s/>indented by a space"), std::string::npos) << run.out;
+    EXPECT_NE(run.out.find(">plain<"), std::string::npos);
+}
+
 } // namespace
