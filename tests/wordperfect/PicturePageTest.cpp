@@ -268,4 +268,87 @@ TEST(WordPerfect6Summary, CarriesTheDocumentMetadata)
         EXPECT_EQ(wptest::property(back.document.metadata, name), value) << name;
 }
 
+// The document summary packet of a 5.1 file, found through the chained index blocks; empty if none.
+std::string summaryPacketOf(const std::string &file)
+{
+    auto u16 = [&](std::size_t at) { return static_cast<unsigned>(static_cast<unsigned char>(file.at(at))) |
+                                            static_cast<unsigned>(static_cast<unsigned char>(file.at(at + 1))) << 8; };
+    auto u32 = [&](std::size_t at) { return u16(at) | u16(at + 2) << 16; };
+    for (std::size_t block = 16; block != 0 && block + 50 <= file.size(); block = u32(block + 6)) {
+        if (u16(block) != 0xFFFB)
+            break;
+        for (std::size_t entry = block + 10; entry < block + 50; entry += 10)
+            if (u16(entry) == 0x01)
+                return file.substr(u32(entry + 6), u32(entry + 2));
+    }
+    return {};
+}
+
+// Reads a summary packet by the 5.1 layout: fixed date text, name and type, then NUL-terminated
+// fields, the 5.1 marker, the numeric date and the marker again.
+struct Summary51 {
+    std::string name, type;
+    std::vector<std::string> fields;
+    bool markers = false;
+    int year = 0;
+};
+
+Summary51 readSummary51(const std::string &packet)
+{
+    Summary51 summary;
+    if (packet.size() < 26 + 68 + 21 + 12)
+        return summary;
+    summary.name = packet.substr(26, 68);
+    summary.type = packet.substr(94, 21);
+    std::size_t at = 115;
+    for (int field = 0; field < 6 && at < packet.size(); ++field) {
+        const std::size_t end = packet.find('\0', at);
+        if (end == std::string::npos)
+            return summary;
+        summary.fields.push_back(packet.substr(at, end - at));
+        at = end + 1;
+    }
+    summary.markers = packet.size() == at + 12 && static_cast<unsigned char>(packet[at]) == 0xFF &&
+                      static_cast<unsigned char>(packet.back()) == 0xFF;
+    if (summary.markers)
+        summary.year = static_cast<unsigned char>(packet[at + 1]) | static_cast<unsigned char>(packet[at + 2]) << 8;
+    return summary;
+}
+
+TEST(WordPerfect51Summary, IsLaidOutAsRealFilesHaveIt)
+{
+    // A document WordPerfect 5.1 itself saved shows the layout the writer follows.
+    const std::filesystem::path sample = std::filesystem::path(QM_CORPUS_DIR) / "wp" / "SANYIG01.C3P";
+    if (std::filesystem::exists(sample)) {
+        const Summary51 real = readSummary51(summaryPacketOf(ScratchFolder::readFile(sample.string())));
+        EXPECT_TRUE(real.markers);
+        EXPECT_EQ(real.type, std::string("pecha 01") + std::string(12, ' ') + '\0');
+        EXPECT_EQ(real.year, 1994);
+    }
+
+    ScratchFolder scratch;
+    const std::string odt =
+        "<?xml version=\"1.0\" encoding=\"UTF-8\"?><office:document"
+        " xmlns:office=\"urn:oasis:names:tc:opendocument:xmlns:office:1.0\""
+        " xmlns:text=\"urn:oasis:names:tc:opendocument:xmlns:text:1.0\""
+        " xmlns:dc=\"http://purl.org/dc/elements/1.1/\" xmlns:meta=\"urn:oasis:names:tc:opendocument:xmlns:meta:1.0\""
+        " office:version=\"1.3\" office:mimetype=\"application/vnd.oasis.opendocument.text\"><office:meta>"
+        "<dc:title>Quarterly R\u00E9port</dc:title><meta:initial-creator>Ada Lovelace</meta:initial-creator>"
+        "<dc:subject>Finances</dc:subject><dc:description>A short summary</dc:description>"
+        "<meta:keyword>money</meta:keyword></office:meta><office:body><office:text><text:p>x</text:p>"
+        "</office:text></office:body></office:document>";
+    const std::string destination = scratch.file("summary.wp5");
+    ASSERT_EQ(ProgramRun::of({ODT2WP5_PATH, "--wp5", scratch.write("s.fodt", odt), destination}).status, 0);
+    const std::string file = ScratchFolder::readFile(destination);
+    EXPECT_TRUE(wptest::readWordPerfect(file).ok) << "libwpd still reads the file";
+    const Summary51 ours = readSummary51(summaryPacketOf(file));
+    EXPECT_TRUE(ours.markers);
+    EXPECT_EQ(ours.name.substr(0, 11), "Quarterly R");
+    EXPECT_EQ(ours.name[11], '\xC0') << "é as a WordPerfect character code, C0 number set C0";
+    EXPECT_EQ(ours.name.substr(14, 5), "\xC0port");
+    EXPECT_EQ(ours.name.find_first_not_of(' ', 21), std::string::npos) << "padded with spaces";
+    EXPECT_EQ(ours.fields, (std::vector<std::string> {"Finances", "Ada Lovelace", "", "A short summary", "", "money"}));
+    EXPECT_GE(ours.year, 2024);
+}
+
 } // namespace

@@ -5,6 +5,9 @@
 #include "WpgImage.h"
 
 #include <algorithm>
+#include <vector>
+#include <ctime>
+#include <cstdio>
 
 namespace richtext::wordperfect {
 
@@ -25,6 +28,71 @@ struct IndexedPacket {
     int type;
     std::string data;
 };
+
+// Text for a summary field: ASCII as it is, other characters as WordPerfect's extended-character
+// code, anything else as '?'; never more than `room` bytes, and no code cut in half.
+std::string summaryText(const std::string &utf8, std::size_t room)
+{
+    const std::u32string text = CharacterMap::decodeUtf8(utf8);
+    std::string out;
+    for (std::size_t i = 0; i < text.size();) {
+        std::string piece;
+        std::size_t used = 1;
+        if (text[i] >= 0x20 && text[i] < 0x7F) {
+            piece = static_cast<char>(text[i]);
+        } else if (const auto match = CharacterMap::wp5().find(std::u32string_view(text).substr(i))) {
+            piece = {'\xC0', static_cast<char>(match->number), static_cast<char>(match->set), '\xC0'};
+            used = match->length;
+        } else {
+            piece = text[i] == U'\n' || text[i] == U'\t' ? " " : "?";
+        }
+        if (out.size() + piece.size() > room)
+            break;
+        out += piece;
+        i += used;
+    }
+    return out;
+}
+
+// The document summary packet as WordPerfect 5.1 lays it out: creation date as text (26 with its
+// NUL), descriptive name (68, space-padded, no NUL), descriptive type (21 with NUL), then subject,
+// author, typist, abstract, account and keywords as NUL-terminated strings of bounded length, and
+// the 5.1 marker, the creation date in numbers and the marker again.
+std::string summaryPacket(const DocumentSummary &summary)
+{
+    const std::time_t now = std::time(nullptr);
+    std::tm local {};
+    localtime_r(&now, &local);
+    char stamp[32];
+    std::snprintf(stamp, sizeof stamp, "%02d-%02d-%02d %02d:%02d%c", local.tm_mday, local.tm_mon + 1,
+                  local.tm_year % 100, local.tm_hour % 12 == 0 ? 12 : local.tm_hour % 12, local.tm_min,
+                  local.tm_hour < 12 ? 'a' : 'p');
+    std::string data = stamp;
+    data.resize(25, ' ');
+    data += '\0';
+    std::string name = summaryText(summary.title, 68);
+    name.resize(68, ' ');
+    data += name;
+    data += std::string(20, ' ') + '\0';
+    const std::pair<const std::string *, std::size_t> fields[] = {
+        {&summary.subject, 160}, {&summary.author, 60}, {nullptr, 60},
+        {&summary.description, 780}, {nullptr, 160}, {&summary.keywords, 160},
+    };
+    for (const auto &[value, room] : fields) {
+        if (value)
+            data += summaryText(*value, room);
+        data += '\0';
+    }
+    put8(data, 0xFF);
+    put16(data, static_cast<unsigned>(local.tm_year + 1900));
+    put8(data, static_cast<unsigned>(local.tm_mon + 1));
+    put8(data, static_cast<unsigned>(local.tm_mday));
+    put8(data, static_cast<unsigned>(local.tm_hour));
+    put8(data, static_cast<unsigned>(local.tm_min));
+    data.append(4, '\0');
+    put8(data, 0xFF);
+    return data;
+}
 
 } // namespace
 
@@ -340,16 +408,20 @@ std::string Wp5Writer::assemble(const std::string &document)
         put32(graphics, static_cast<std::uint32_t>(picture.size()));
     for (const std::string &picture : pictures)
         graphics += picture;
-    const IndexedPacket packets[] = {
+    std::vector<IndexedPacket> packets = {
         {0x06, std::string(reinterpret_cast<const char *>(flags), sizeof flags)},
         {0x07, pool},
         {0x0F, list},
         {0x08, graphics},
     };
+    if (!summary().empty())
+        packets.push_back({0x01, summaryPacket(summary())});
 
+    // Index blocks of four entries each, chained; unused entries in the last one stay zero.
+    const std::size_t blocks = (packets.size() + 3) / 4;
     std::string file = "\xFFWPC";
     const std::uint32_t blockAt = 16;
-    std::uint32_t at = blockAt + 50;
+    std::uint32_t at = blockAt + 50 * static_cast<std::uint32_t>(blocks);
     std::uint32_t documentAt = at;
     for (const IndexedPacket &packet : packets)
         documentAt += static_cast<std::uint32_t>(packet.data.size());
@@ -360,15 +432,19 @@ std::string Wp5Writer::assemble(const std::string &document)
     put8(file, 1);    // 5.1
     put16(file, 0);   // not encrypted
     put16(file, 0);
-    put16(file, 0xFFFB);
-    put16(file, 5);
-    put16(file, 50);
-    put32(file, 0); // no further block
-    for (const IndexedPacket &packet : packets) {
-        put16(file, static_cast<unsigned>(packet.type));
-        put32(file, static_cast<std::uint32_t>(packet.data.size()));
-        put32(file, at);
-        at += static_cast<std::uint32_t>(packet.data.size());
+    for (std::size_t block = 0; block < blocks; ++block) {
+        put16(file, 0xFFFB);
+        put16(file, 5);
+        put16(file, 50);
+        put32(file, block + 1 < blocks ? blockAt + 50 * static_cast<std::uint32_t>(block + 1) : 0);
+        for (std::size_t slot = 4 * block; slot < 4 * block + 4; ++slot) {
+            const bool used = slot < packets.size();
+            put16(file, used ? static_cast<unsigned>(packets[slot].type) : 0);
+            put32(file, used ? static_cast<std::uint32_t>(packets[slot].data.size()) : 0);
+            put32(file, used ? at : 0);
+            if (used)
+                at += static_cast<std::uint32_t>(packets[slot].data.size());
+        }
     }
     for (const IndexedPacket &packet : packets)
         file += packet.data;
