@@ -233,6 +233,7 @@ INSTANTIATE_TEST_SUITE_P(
                "<table><tr><td colspan=\"2000000000\" rowspan=\"99999\">x</td></tr></table>",
                {"x"}},
         Broken{"a cell outside a table", "<td>cell</td>", {"cell"}},
+
         Broken{"hidden content", "<p>shown<span style=\"display:none\">hidden</span></p>", {"shown"}},
         Broken{"nesting too deep to follow is cut off",
                [] {
@@ -242,6 +243,21 @@ INSTANTIATE_TEST_SUITE_P(
                    return deep + "deep";
                }(),
                {"shallow"}}));
+
+TEST(HtmlBadInput, DeclaredEntitiesAreNeverExpanded)
+{
+    // Neither a file of this machine nor a billion laughs gets into the document.
+    const std::string passwd = "<!DOCTYPE html [<!ENTITY x SYSTEM \"file:///etc/passwd\">]><p>a&x;b</p>";
+    const std::string laughs = "<!DOCTYPE html [<!ENTITY a \"aaaaaaaaaa\"><!ENTITY b \"&a;&a;&a;&a;&a;&a;&a;"
+                               "&a;&a;&a;\"><!ENTITY c \"&b;&b;&b;&b;&b;&b;&b;&b;&b;&b;\">]><p>&c;</p>";
+    for (const std::string &html : {passwd, laughs}) {
+        std::string all;
+        ASSERT_NO_THROW(for (const std::string &text : texts(readHtml(html))) all += text);
+        EXPECT_EQ(all.find("root:"), std::string::npos);
+        EXPECT_EQ(all.find("aaaaaaaaaaaaaaaaaaaa"), std::string::npos);
+        EXPECT_LT(all.size(), 200u);
+    }
+}
 
 TEST(HtmlBadInput, NothingToReadIsAnError)
 {
