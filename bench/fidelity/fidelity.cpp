@@ -329,7 +329,7 @@ std::vector<Score> compare(const Document &source, const Document &back, const C
                 if (note->content)
                     for (const Block &block : *note->content)
                         if (const Paragraph *p = block.paragraph())
-                            text += p->text() + "\n";
+                            text += (p->label.empty() ? std::string() : p->label + "\t") + p->text() + "\n";
                 out.push_back((kind == Inline::Kind::footnote ? U"F:" : U"E:") + expectedText(text, m));
             }
         return out;
