@@ -165,7 +165,13 @@ TEST_P(PicturesAndPages, WritesPicturesAsGraphicsBoxesAndCountsTheOthers)
         {"svg", pictureBody("image/svg+xml", "<svg xmlns=\"http://www.w3.org/2000/svg\" width=\"4\" height=\"2\">"
                                              "<rect width=\"2\" height=\"2\" fill=\"red\"/><rect x=\"2\" width=\"2\""
                                              " height=\"2\" fill=\"blue\"/></svg>"), 1, nullptr},
-        {"gif", pictureBody("image/gif", "GIF89a\x04\x00\x02\x00"), 0,
+        // 4x2, left half red, right half blue; the LZW stream clears before every pixel.
+        {"gif", pictureBody("image/gif", std::string("GIF89a\x04\x00\x02\x00\x81\x00\x00\xFF\x00\x00\x00\x00\xFF"
+                                                     "\xFF\xFF\xFF\x00\x00\x00\x2C\x00\x00\x00\x00\x04\x00\x02"
+                                                     "\x00\x00\x02\x07\x04\xC1\x30\x04\xC1\x30\x05\x00\x3B",
+                                                     46)),
+         1, nullptr},
+        {"bmp", pictureBody("image/bmp", "BM\x46\x00\x00\x00"), 0,
          "1 picture in a format WordPerfect graphics cannot hold left out"},
     };
     for (const Case &c : cases) {

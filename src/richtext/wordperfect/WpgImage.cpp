@@ -4,6 +4,7 @@
 #include "SvgImage.h"
 #include "SvmImage.h"
 
+#include <gif_lib.h>
 #include <jpeglib.h>
 #include <png.h>
 
@@ -52,6 +53,58 @@ void jpegFailed(j_common_ptr info)
 void jpegQuiet(j_common_ptr, int) {}
 
 // No C++ object with a destructor lives between setjmp and a longjmp back to it.
+// The first image of a GIF, its transparent colour laid over white; an animation shows its first
+// frame, as a printed page would.
+std::optional<Raster> decodeGif(std::string_view bytes)
+{
+    struct Source {
+        std::string_view rest;
+    } source {bytes};
+    const InputFunc read = [](GifFileType *gif, GifByteType *into, int wanted) -> int {
+        auto &from = static_cast<Source *>(gif->UserData)->rest;
+        const std::size_t count = std::min<std::size_t>(from.size(), static_cast<std::size_t>(std::max(wanted, 0)));
+        std::copy_n(from.data(), count, into);
+        from.remove_prefix(count);
+        return static_cast<int>(count);
+    };
+    int error = 0;
+    GifFileType *gif = DGifOpen(&source, read, &error);
+    if (!gif)
+        return std::nullopt;
+    std::optional<Raster> result;
+    const auto area = static_cast<std::size_t>(std::max(0, gif->SWidth)) * static_cast<std::size_t>(std::max(0, gif->SHeight));
+    if (area > 0 && area <= (64u << 20) && DGifSlurp(gif) == GIF_OK && gif->ImageCount > 0) {
+        const SavedImage &frame = gif->SavedImages[0];
+        const ColorMapObject *colours = frame.ImageDesc.ColorMap ? frame.ImageDesc.ColorMap : gif->SColorMap;
+        GraphicsControlBlock control {};
+        control.TransparentColor = NO_TRANSPARENT_COLOR;
+        DGifSavedExtensionToGCB(gif, 0, &control);
+        Raster raster;
+        raster.width = gif->SWidth;
+        raster.height = gif->SHeight;
+        raster.rgb.assign(area * 3, 0xFF);
+        const GifImageDesc &place = frame.ImageDesc;
+        for (int y = 0; colours && y < place.Height; ++y) {
+            for (int x = 0; x < place.Width; ++x) {
+                const int px = place.Left + x, py = place.Top + y;
+                if (px < 0 || py < 0 || px >= raster.width || py >= raster.height)
+                    continue;
+                const int index = frame.RasterBits[static_cast<std::size_t>(y) * place.Width + x];
+                if (index == control.TransparentColor || index >= colours->ColorCount)
+                    continue;
+                const GifColorType colour = colours->Colors[index];
+                unsigned char *pixel = &raster.rgb[(static_cast<std::size_t>(py) * raster.width + px) * 3];
+                pixel[0] = colour.Red;
+                pixel[1] = colour.Green;
+                pixel[2] = colour.Blue;
+            }
+        }
+        result = std::move(raster);
+    }
+    DGifCloseFile(gif, &error);
+    return result;
+}
+
 bool decodeJpegInto(std::string_view bytes, Raster &raster)
 {
     jpeg_decompress_struct info;
@@ -188,6 +241,8 @@ std::optional<Raster> decodeRaster(std::string_view bytes, int maxSide)
     std::optional<Raster> raster;
     if (bytes.substr(0, 8) == "\x89PNG\r\n\x1A\n") {
         raster = decodePng(bytes);
+    } else if (bytes.substr(0, 4) == "GIF8") {
+        raster = decodeGif(bytes);
     } else if (bytes.substr(0, 3) == "\xFF\xD8\xFF") {
         Raster jpeg;
         if (decodeJpegInto(bytes, jpeg))
