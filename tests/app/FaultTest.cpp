@@ -69,6 +69,15 @@ std::set<std::string> names(const fs::path &folder)
     return found;
 }
 
+// The real wpd2odt, except that files whose arguments mention `held` wait (up to five minutes)
+// until `go` exists.
+void holdWpd2odt(FakeTools &tools, const std::string &held, const fs::path &go)
+{
+    tools.add("wpd2odt", "case \"$*\" in *" + held + "*) i=0; while [ ! -e '" + go.string() +
+                             "' ] && [ $i -lt 30000 ]; do sleep 0.01; i=$((i+1)); done;; esac\n"
+                             "exec '" QM_TOOLS_DIR "/wpd2odt' \"$@\"");
+}
+
 class Faults : public ::testing::Test {
 protected:
     Faults()
@@ -212,9 +221,7 @@ TEST_F(Faults, AHungConverterHoldsOnlyItsOwnFile)
         GTEST_SKIP() << "needs the WordPerfect samples beside the checkout";
     FakeTools tools;
     const fs::path go = tools.work("go");
-    tools.add("wpd2odt", "case \"$*\" in *Hung*) i=0; while [ ! -e '" + go.string() +
-                             "' ] && [ $i -lt 30000 ]; do sleep 0.01; i=$((i+1)); done;; esac\n"
-                             "exec '" QM_TOOLS_DIR "/wpd2odt' \"$@\"");
+    holdWpd2odt(tools, "Hung", go);
     fs::copy_file(samples / "min51.wp5", dir / "Hung.wp5");
     fs::copy_file(samples / "min51.wp5", dir / "Quick.wp5");
     fs::copy_file(samples / "min6.wpd", dir / "Later.wpd");
@@ -237,9 +244,7 @@ TEST_F(Faults, InputsRemovedOrReplacedWhileQueuedAreReadWhenTheirTurnComes)
         GTEST_SKIP() << "needs the WordPerfect samples beside the checkout";
     FakeTools tools;
     const fs::path go = tools.work("go");
-    tools.add("wpd2odt", "case \"$*\" in *Hold*) touch \"$1.started\"; i=0; while [ ! -e '" + go.string() +
-                             "' ] && [ $i -lt 30000 ]; do sleep 0.01; i=$((i+1)); done;; esac\n"
-                             "exec '" QM_TOOLS_DIR "/wpd2odt' \"$@\"");
+    holdWpd2odt(tools, "Hold", go);
     // Every worker busy, so that the next files wait in the queue.
     fs::copy_file(samples / "min51.wp5", dir / "Hold 0.wp5");
     delegate.applicationOpen({dir / "Hold 0.wp5"});

@@ -249,20 +249,26 @@ TEST_P(PicturesAndPages, CorpusPicturesBecomeGraphicsBoxes)
 INSTANTIATE_TEST_SUITE_P(BothVersions, PicturesAndPages, ::testing::ValuesIn(versions),
                          [](const auto &info) { return std::string(info.param.option + 2); });
 
-// Only WordPerfect 6 has a document summary libwpd reads.
-TEST(WordPerfect6Summary, CarriesTheDocumentMetadata)
+// A one-paragraph flat document whose metadata fills every field of a document summary.
+std::string withMetadata(const std::string &title)
 {
-    ScratchFolder scratch;
-    const std::string odt =
+    return
         "<?xml version=\"1.0\" encoding=\"UTF-8\"?><office:document"
         " xmlns:office=\"urn:oasis:names:tc:opendocument:xmlns:office:1.0\""
         " xmlns:text=\"urn:oasis:names:tc:opendocument:xmlns:text:1.0\""
         " xmlns:dc=\"http://purl.org/dc/elements/1.1/\" xmlns:meta=\"urn:oasis:names:tc:opendocument:xmlns:meta:1.0\""
         " office:version=\"1.3\" office:mimetype=\"application/vnd.oasis.opendocument.text\"><office:meta>"
-        "<dc:title>Quarterly Report</dc:title><meta:initial-creator>Ada Lovelace</meta:initial-creator>"
+        "<dc:title>" + title + "</dc:title><meta:initial-creator>Ada Lovelace</meta:initial-creator>"
         "<dc:subject>Finances</dc:subject><dc:description>A short summary</dc:description>"
         "<meta:keyword>money</meta:keyword></office:meta><office:body><office:text><text:p>x</text:p>"
         "</office:text></office:body></office:document>";
+}
+
+// Only WordPerfect 6 has a document summary libwpd reads.
+TEST(WordPerfect6Summary, CarriesTheDocumentMetadata)
+{
+    ScratchFolder scratch;
+    const std::string odt = withMetadata("Quarterly Report");
     const std::string destination = scratch.file("summary.wpd");
     ASSERT_EQ(ProgramRun::of({ODT2WP5_PATH, "--wp6", scratch.write("s.fodt", odt), destination}).status, 0);
     const auto back = wptest::readWordPerfect(ScratchFolder::readFile(destination));
@@ -333,16 +339,7 @@ TEST(WordPerfect51Summary, IsLaidOutAsRealFilesHaveIt)
     }
 
     ScratchFolder scratch;
-    const std::string odt =
-        "<?xml version=\"1.0\" encoding=\"UTF-8\"?><office:document"
-        " xmlns:office=\"urn:oasis:names:tc:opendocument:xmlns:office:1.0\""
-        " xmlns:text=\"urn:oasis:names:tc:opendocument:xmlns:text:1.0\""
-        " xmlns:dc=\"http://purl.org/dc/elements/1.1/\" xmlns:meta=\"urn:oasis:names:tc:opendocument:xmlns:meta:1.0\""
-        " office:version=\"1.3\" office:mimetype=\"application/vnd.oasis.opendocument.text\"><office:meta>"
-        "<dc:title>Quarterly R\u00E9port</dc:title><meta:initial-creator>Ada Lovelace</meta:initial-creator>"
-        "<dc:subject>Finances</dc:subject><dc:description>A short summary</dc:description>"
-        "<meta:keyword>money</meta:keyword></office:meta><office:body><office:text><text:p>x</text:p>"
-        "</office:text></office:body></office:document>";
+    const std::string odt = withMetadata("Quarterly R\u00E9port");
     const std::string destination = scratch.file("summary.wp5");
     ASSERT_EQ(ProgramRun::of({ODT2WP5_PATH, "--wp5", scratch.write("s.fodt", odt), destination}).status, 0);
     const std::string file = ScratchFolder::readFile(destination);
