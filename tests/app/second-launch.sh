@@ -7,8 +7,15 @@ samples=$2
 work=$(mktemp -d)
 first=""
 cleanup() {
-    [ -n "$first" ] && kill "$first" 2>/dev/null || true
-    rm -rf "$work"
+    local status=$?
+    # The first instance may still be writing its log or a conversion: let it end before the
+    # folder goes, and never let the tidying decide the outcome.
+    if [ -n "$first" ]; then
+        kill "$first" 2>/dev/null || true
+        wait "$first" 2>/dev/null || true
+    fi
+    rm -rf "$work" || true
+    exit "$status"
 }
 trap cleanup EXIT
 # Whatever step fails, the first instance's log says what it saw.
