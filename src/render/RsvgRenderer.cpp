@@ -1,5 +1,7 @@
 #include "RsvgRenderer.h"
 
+#include "UpscaledBitmaps.h"
+
 #include <cairo.h>
 #include <librsvg/rsvg.h>
 
@@ -54,8 +56,9 @@ RsvgRectangle viewportFor(RsvgHandle *handle, int width, int height)
 
 } // namespace
 
-std::string renderPNG(const std::string &markup, int width, int height)
+std::string renderPNG(const std::string &original, int width, int height)
 {
+    const std::string markup = UpscaledBitmaps::resample(original, width, height);
     GError *error = nullptr;
     // No base file: references to other files on disk are never followed.
     Handle handle(rsvg_handle_new_from_data(reinterpret_cast<const guint8 *>(markup.data()), markup.size(), &error));
