@@ -126,6 +126,28 @@ fs::path withLibreOffice(const fs::path &soffice, const fs::path &input, const f
     failedWith(output.stderr, "LibreOffice produced no output");
 }
 
+// pandoc sets a web page's <title> and an RTF file's document information
+// (title, author, date) above the text, where neither a browser nor a word
+// processor shows them. Its own template without that block keeps them in
+// the document's properties only. Word documents keep the block: there a
+// Title-styled paragraph of the text itself becomes the title.
+std::optional<fs::path> templateWithoutTitleBlock(const fs::path &workFolder)
+{
+    const std::string original = run(pandocPath, {"--print-default-template=odt"}, "pandoc").stdout;
+    const auto start = original.find("$if(title)$");
+    const auto abstract = original.find("$if(abstract)$", start == std::string::npos ? 0 : start);
+    const auto end = original.find("$endif$", abstract == std::string::npos ? original.size() : abstract);
+    if (start == std::string::npos || end == std::string::npos)
+        return std::nullopt; // another pandoc's template: left as it is
+    const std::string bodyOnly = original.substr(0, start) + original.substr(end + 7);
+    const fs::path path = workFolder / "body-only.template";
+    QFile file(QString::fromStdString(path.string()));
+    if (!file.open(QIODevice::WriteOnly | QIODevice::Truncate) ||
+        file.write(bodyOnly.data(), static_cast<qint64>(bodyOnly.size())) != static_cast<qint64>(bodyOnly.size()))
+        throw PlatformError(file.errorString().toStdString());
+    return path;
+}
+
 fs::path withPandoc(const fs::path &input, const fs::path &workFolder, const fs::path &expected)
 {
     const auto reader = pandocReaderFor(input);
@@ -134,10 +156,13 @@ fs::path withPandoc(const fs::path &input, const fs::path &workFolder, const fs:
             "Word 97\u20132003 documents can only be read when LibreOffice is installed.");
     const bool plainText = *reader == "text";
     const fs::path source = plainText ? textAsHTML(input, workFolder) : input;
-    const Output output = run(pandocPath,
-                              {"--from", plainText ? "html" : *reader, "--to", "odt", "--output", expected.string(),
-                               source.string()},
-                              "pandoc");
+    std::vector<std::string> args {"--from", plainText ? "html" : *reader, "--to", "odt"};
+    if (*reader == "html" || *reader == "rtf") {
+        if (const auto bodyOnly = templateWithoutTitleBlock(workFolder))
+            args.push_back("--template=" + bodyOnly->string());
+    }
+    args.insert(args.end(), {"--output", expected.string(), source.string()});
+    const Output output = run(pandocPath, args, "pandoc");
     if (fileThere(expected))
         return expected;
     failedWith(output.stderr, "pandoc could not read the file");

@@ -7,10 +7,30 @@
 
 #include <QDir>
 
+#include <zip.h>
+
 namespace fs = std::filesystem;
 using namespace testing_support;
 
 namespace {
+
+std::string zipEntry(const fs::path &package, const char *name)
+{
+    zip_t *archive = zip_open(package.c_str(), ZIP_RDONLY, nullptr);
+    if (!archive)
+        return {};
+    std::string data;
+    zip_stat_t stat;
+    if (zip_stat(archive, name, 0, &stat) == 0) {
+        if (zip_file_t *file = zip_fopen(archive, name, 0)) {
+            data.resize(stat.size);
+            data.resize(static_cast<std::size_t>(std::max<zip_int64_t>(0, zip_fread(file, data.data(), stat.size))));
+            zip_fclose(file);
+        }
+    }
+    zip_close(archive);
+    return data;
+}
 
 // A stand-in suite converter that records its arguments and, unless told
 // otherwise, writes the expected ODT into --outdir.
@@ -151,4 +171,30 @@ TEST_F(FakeSuite, WithoutTheSuitePandocConvertsAndWordDocumentsAreRefused)
     const std::string page = readFile(odt.parent_path() / "plain-text.html");
     EXPECT_NE(page.find("<p>caf\u00e9 &amp; &lt;tea&gt;</p>\n<p>second line</p>"), std::string::npos)
         << "Latin-1 decoded, escaped, one paragraph per line: " << page;
+}
+
+TEST_F(FakeSuite, WithoutTheSuiteDocumentPropertiesStayOutOfTheText)
+{
+    if (!fs::exists("/usr/bin/pandoc"))
+        GTEST_SKIP() << "pandoc is not installed (scripts/setup installs it)";
+    ConversionTools::overrideLibreOfficePlaces(std::vector<fs::path> {});
+    struct Row {
+        const char *name;
+        const char *body;
+        const char *title;
+    };
+    const Row rows[] = {
+        {"page.html", "<html><head><title>Page Title</title></head><body><p>Body words</p></body></html>", "Page Title"},
+        {"letter.rtf", "{\\rtf1\\ansi{\\info{\\title Letter Title}{\\author Ann Author}}Body words\\par}", "Letter Title"},
+    };
+    for (const auto &row : rows) {
+        SCOPED_TRACE(row.name);
+        writeFile(dir / "docs" / row.name, row.body);
+        const fs::path odt = ConversionTools::officeToODT(dir / "docs" / row.name);
+        const std::string content = zipEntry(odt, "content.xml");
+        EXPECT_NE(content.find("Body words"), std::string::npos) << content;
+        EXPECT_EQ(content.find(row.title), std::string::npos) << "a browser or word processor shows no title above the text";
+        EXPECT_EQ(content.find("Ann Author"), std::string::npos);
+        EXPECT_NE(zipEntry(odt, "meta.xml").find(row.title), std::string::npos) << "the title stays a property";
+    }
 }
