@@ -1,6 +1,7 @@
 #include "OfficeImport.h"
 
 #include "ConversionTools.h"
+#include "RtfCodePages.h"
 #include "classify/InputFile.h"
 #include "engine/ConversionError.h"
 #include "support/PlatformError.h"
@@ -112,6 +113,20 @@ fs::path textAsHTML(const fs::path &input, const fs::path &workFolder)
     return page;
 }
 
+fs::path rtfInUnicode(const fs::path &input, const fs::path &workFolder)
+{
+    QFile file(QString::fromStdString(input.string()));
+    if (!file.open(QIODevice::ReadOnly))
+        throw PlatformError(file.errorString().toStdString());
+    const std::string rewritten = RtfCodePages::unicodeEscaped(file.readAll().toStdString());
+    const fs::path copy = workFolder / "unicode.rtf";
+    QFile out(QString::fromStdString(copy.string()));
+    if (!out.open(QIODevice::WriteOnly | QIODevice::Truncate) ||
+        out.write(rewritten.data(), static_cast<qint64>(rewritten.size())) != static_cast<qint64>(rewritten.size()))
+        throw PlatformError(out.errorString().toStdString());
+    return copy;
+}
+
 fs::path withLibreOffice(const fs::path &soffice, const fs::path &input, const fs::path &workFolder,
                          const fs::path &expected)
 {
@@ -155,7 +170,9 @@ fs::path withPandoc(const fs::path &input, const fs::path &workFolder, const fs:
         throw ConversionError::officeToolFailed(
             "Word 97\u20132003 documents can only be read when LibreOffice is installed.");
     const bool plainText = *reader == "text";
-    const fs::path source = plainText ? textAsHTML(input, workFolder) : input;
+    const fs::path source = plainText ? textAsHTML(input, workFolder)
+                            : *reader == "rtf" ? rtfInUnicode(input, workFolder)
+                                               : input;
     std::vector<std::string> args {"--from", plainText ? "html" : *reader, "--to", "odt"};
     if (*reader == "html" || *reader == "rtf") {
         if (const auto bodyOnly = templateWithoutTitleBlock(workFolder))

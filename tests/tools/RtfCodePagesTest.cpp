@@ -1,0 +1,64 @@
+#include "tools/RtfCodePages.h"
+
+#include <gtest/gtest.h>
+
+#include <string>
+
+namespace {
+
+const std::string fonts = "{\\rtf1\\ansi\\ansicpg1252\\deff0{\\fonttbl{\\f0\\fcharset0 Times;}{\\f1\\fcharset238 Times CE;}"
+                          "{\\f2\\fcharset2 Symbol;}{\\f3\\fcharset128 MS Gothic;}{\\f4\\fcharset177 David;}"
+                          "{\\f5\\fcharset0\\cpg1251 Cyr;}}";
+
+std::string body(const std::string &text)
+{
+    return fonts + text + "}";
+}
+
+} // namespace
+
+TEST(RtfCodePages, EightBitTextBecomesTheCharacterItsCodePageMeans)
+{
+    struct Row {
+        const char *text;
+        const char *expected; // what the body becomes
+    };
+    const Row rows[] = {
+        {"\\'c8", "\\u200 ?"},                      // the document's Windows-1252: È
+        {"\\f1 \\'c8l\\'e1nek", "\\f1 \\u268 ?l\\u225 ?nek"}, // Czech font: Článek
+        {"{\\f1 \\'c8}\\'c8", "{\\f1 \\u268 ?}\\u200 ?"},   // the font ends with its group
+        {"\\f4 \\'e8", "\\f4 \\u1496 ?"},            // Hebrew (iconv holds the letter back for a point)
+        {"\\f5 \\'c0", "\\f5 \\u1040 ?"},            // \cpg wins over the character set
+        {"\\f3 \\'82\\'a0\\'83A", "\\f3 \\u12354 ?\\u12450 ?"}, // Shift-JIS pairs, the trail escaped or not
+        {"\\f1\\plain \\'c8", "\\f1\\plain \\u200 ?"}, // \plain goes back to the default font
+        {"\\uc0\\f1 \\'c8", "\\uc0\\f1 \\u268 "},    // no fallback wanted
+        {"\\uc2\\f1 \\'c8", "\\uc2\\f1 \\u268 ??"},
+        {"\\f1 \xc8", "\\f1 \\u268 ?"},             // a raw byte is text too
+    };
+    for (const auto &row : rows) {
+        SCOPED_TRACE(row.text);
+        EXPECT_EQ(RtfCodePages::unicodeEscaped(body(row.text)), body(row.expected));
+    }
+}
+
+TEST(RtfCodePages, BytesThatAreNotTextStayAsTheyAre)
+{
+    const char *const unchanged[] = {
+        "\\u268\\'c8 and \\u269 \\'e8",             // fallbacks after \uN
+        "\\uc2\\u268\\'c8\\'c8",                     // two of them
+        "\\f2 \\'b7",                                // a Symbol-font glyph number
+        "{\\listlevel{\\leveltext \\'02\\'00.;}{\\levelnumbers\\'01;}}", // list-level numbers
+        "{\\pict\\pngblip \\'89}",
+        "\\bin3 \xc8\xc9\xca",                       // binary data
+        "\\'zz \\'8",                                // broken escapes
+        "\\f3 \\'82",                                // a lead byte with no trail
+        "\\f1 \\'81",                                // no character in Windows-1250
+    };
+    for (const char *text : unchanged) {
+        SCOPED_TRACE(text);
+        EXPECT_EQ(RtfCodePages::unicodeEscaped(body(text)), body(text));
+    }
+    EXPECT_EQ(RtfCodePages::unicodeEscaped("plain \xc8 text"), "plain \xc8 text") << "not RTF";
+    EXPECT_EQ(RtfCodePages::unicodeEscaped("{\\rtf1\\ansi\\ansicpg1251 \\'c0"), "{\\rtf1\\ansi\\ansicpg1251 \\u1040 ?")
+        << "an unfinished file is rewritten as far as it goes";
+}
