@@ -95,8 +95,8 @@ const KnownDifferences throughLibreOffice = {
                            "keeps; arrow pictures' places come out as '?'"}},
     {"6953-tables-doc.wp5", {"5.1 has no text box libwpd reads: the box's table follows its anchor, and "
                              "LibreOffice's export leaves text boxes out"}},
-    {"9005-various_lists-doc", {"Symbol-font bullets; LibreOffice's text export shows every bullet as \u2022"}},
-    {"Rwanda-docx", {"note anchors with custom marks come out as '?'"}},
+    {"9005-various_lists-doc", {"one list's bullet is the letter p, which our file keeps; LibreOffice's text export "
+                                "shows every bullet as \u2022"}},
     {"Sample_OpenXML_DOCX-docx.wp5", {"5.1 writes text frames as paragraphs; LibreOffice's export leaves frames out"}},
     {"testRTFVarious-rtf.wp5", {"5.1 writes the text box as a paragraph; LibreOffice's export leaves it out"}},
     {"testWORD_numbered_list-doc.wp5", {"5.1 writes the text box after its anchor; LibreOffice's export leaves it out"}},
@@ -110,11 +110,10 @@ const KnownDifferences throughLibreOffice = {
 const KnownDifferences throughPandoc = {
     {"2107-kde_pim-html", {"pandoc drops the page's navigation table"}},
     {"OpenXML_text_reference_v1_2-docx", {"pandoc leaves out fields, text boxes and tracked changes"}},
-    {"Rwanda-docx", {"pandoc writes notes at the end; note marks"}},
     {"Sample_OpenXML_DOCX-docx", {"pandoc drops headers and the table of contents' page numbers"}},
     {"testRTF-rtf", {"pandoc drops the header and footer"}},
-    {"testRTFListLibreOffice-rtf", {"pandoc's RTF reader writes list-level texts into the text and numbers every item 1"}},
-    {"testRTFListMicrosoftWord-rtf", {"pandoc's RTF reader writes list-level texts into the text and numbers every item 1"}},
+    {"testRTFListLibreOffice-rtf", {"pandoc's RTF reader writes a character style's name into the text and numbers items its own way"}},
+    {"testRTFListMicrosoftWord-rtf", {"pandoc's RTF reader writes a character style's name into the text and numbers items its own way"}},
     {"testRTFVarious-rtf", {"pandoc drops text boxes, headers, fields and ideographs; list labels its own"}},
     {"testWORD_embedded_pics-docx", {"pandoc drops the tracked deletion and captions differ"}},
     {"testWORD_endnote_table-docx", {"pandoc writes endnotes in another place"}},

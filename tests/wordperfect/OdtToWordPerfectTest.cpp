@@ -282,10 +282,10 @@ TEST_P(OdtToWordPerfect, WritesCharactersAndCountsTheOnesNoSetHolds)
 {
     ProgramRun run;
     const auto back = convert(
-        wptest::flatOdt("", "<text:p>Café naïve — “quoted” € α Ж ½ ©</text:p><text:p>漢字 done</text:p>"), &run);
+        wptest::flatOdt("", "<text:p>Café naïve — “quoted” € α Ж ½ ©\u00A0§\u00A01</text:p><text:p>漢字 done</text:p>"), &run);
     const richtext::Paragraph *first = wptest::paragraphWith(back.document, "Caf");
     ASSERT_NE(first, nullptr);
-    EXPECT_EQ(first->text(), "Café naïve — “quoted” € α Ж ½ ©");
+    EXPECT_EQ(first->text(), "Café naïve — “quoted” € α Ж ½ ©\u00A0§\u00A01") << "no-break spaces are hard spaces";
     const richtext::Paragraph *second = wptest::paragraphWith(back.document, "done");
     ASSERT_NE(second, nullptr);
     EXPECT_EQ(second->text(), "?? done");

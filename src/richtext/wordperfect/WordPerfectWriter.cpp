@@ -306,6 +306,8 @@ void WordPerfectWriter::text(std::u32string_view text)
             writeLineBreak();
         else if (c == U' ')
             writeSpace();
+        else if (c == 0x00A0 || c == 0x2007 || c == 0x202F)
+            writeHardSpace();
         else if (c > 0x20 && c < 0x7F)
             writeAscii(static_cast<char>(c));
         else if (c < 0x20 || c == 0xFEFF || (c >= 0x200B && c <= 0x200D))

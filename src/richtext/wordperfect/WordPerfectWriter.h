@@ -156,6 +156,7 @@ protected:
     // What each version writes; every one appends to out().
     virtual void writeAscii(char c) = 0; // 0x21..0x7E
     virtual void writeSpace() = 0;
+    virtual void writeHardSpace() = 0; // a space no line ends at
     virtual bool writeCharacter(std::u32string_view text, std::size_t &used) = 0; // false: no pair
     // Word's private-use Symbol and Wingdings glyphs, written as what they mean.
     bool writeSymbolFontCharacter(char32_t c);

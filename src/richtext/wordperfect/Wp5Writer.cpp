@@ -119,6 +119,7 @@ void Wp5Writer::fixed(int code, const std::string &data)
 
 void Wp5Writer::writeAscii(char c) { out() += c; }
 void Wp5Writer::writeSpace() { out() += ' '; }
+void Wp5Writer::writeHardSpace() { put8(out(), 0xA0); }
 
 bool Wp5Writer::writeCharacter(std::u32string_view text, std::size_t &used)
 {

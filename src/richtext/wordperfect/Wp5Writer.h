@@ -13,6 +13,7 @@ class Wp5Writer : public WordPerfectWriter {
 protected:
     void writeAscii(char c) override;
     void writeSpace() override;
+    void writeHardSpace() override;
     bool writeCharacter(std::u32string_view text, std::size_t &used) override;
     void writeHardReturn() override;
     void writeLineBreak() override;

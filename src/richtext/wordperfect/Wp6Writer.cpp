@@ -149,6 +149,7 @@ int Wp6Writer::textPacket(const std::string &body)
 
 void Wp6Writer::writeAscii(char c) { out() += c; }
 void Wp6Writer::writeSpace() { put8(out(), 0x80); } // 0x20 would read as a compact accented letter
+void Wp6Writer::writeHardSpace() { put8(out(), 0x81); }
 
 bool Wp6Writer::writeCharacter(std::u32string_view text, std::size_t &used)
 {
