@@ -146,7 +146,7 @@ fs::path withLibreOffice(const fs::path &soffice, const fs::path &input, const f
 // processor shows them. Its own template without that block keeps them in
 // the document's properties only. Word documents keep the block: there a
 // Title-styled paragraph of the text itself becomes the title.
-std::optional<fs::path> templateWithoutTitleBlock(const fs::path &workFolder)
+std::optional<std::string> bodyOnlyTemplate()
 {
     const std::string original = run(pandocPath, {"--print-default-template=odt"}, "pandoc").stdout;
     const auto start = original.find("$if(title)$");
@@ -154,11 +154,27 @@ std::optional<fs::path> templateWithoutTitleBlock(const fs::path &workFolder)
     const auto end = original.find("$endif$", abstract == std::string::npos ? original.size() : abstract);
     if (start == std::string::npos || end == std::string::npos)
         return std::nullopt; // another pandoc's template: left as it is
-    const std::string bodyOnly = original.substr(0, start) + original.substr(end + 7);
+    return original.substr(0, start) + original.substr(end + 7);
+}
+
+std::optional<fs::path> templateWithoutTitleBlock(const fs::path &workFolder)
+{
+    // Asked of pandoc once per run: it does not change while we run.
+    static std::mutex mutex;
+    static std::optional<std::optional<std::string>> cached;
+    std::optional<std::string> bodyOnly;
+    {
+        std::lock_guard lock(mutex);
+        if (!cached)
+            cached = bodyOnlyTemplate();
+        bodyOnly = *cached;
+    }
+    if (!bodyOnly)
+        return std::nullopt;
     const fs::path path = workFolder / "body-only.template";
     QFile file(QString::fromStdString(path.string()));
     if (!file.open(QIODevice::WriteOnly | QIODevice::Truncate) ||
-        file.write(bodyOnly.data(), static_cast<qint64>(bodyOnly.size())) != static_cast<qint64>(bodyOnly.size()))
+        file.write(bodyOnly->data(), static_cast<qint64>(bodyOnly->size())) != static_cast<qint64>(bodyOnly->size()))
         throw PlatformError(file.errorString().toStdString());
     return path;
 }
