@@ -9,6 +9,7 @@
 #include <memory>
 #include <optional>
 #include <string>
+#include <string_view>
 #include <vector>
 
 namespace RtfCodePages {
@@ -170,10 +171,15 @@ public:
                     groups.pop_back();
                 if (groups.size() < fontTableDepth)
                     fontTableDepth = 0;
+                if (groups.size() < styleSheetDepth)
+                    styleSheetDepth = 0;
                 out += c;
                 ++at;
             } else if (c == '\\') {
                 at = controlAt(at);
+            } else if (static_cast<std::uint8_t>(c) >= 0x80 && styleSheetDepth > 0) {
+                out += '?';
+                ++at;
             } else if (static_cast<std::uint8_t>(c) >= 0x80 && !groups.back().verbatim && skipLeft == 0) {
                 at = characterAt(at, static_cast<std::uint8_t>(c), 1);
             } else {
@@ -232,6 +238,12 @@ private:
                 out += rtf.substr(at, 2);
                 return at + 2;
             }
+            if (styleSheetDepth > 0) {
+                skipLeft = std::max(0, skipLeft - 1);
+                const bool plain = *byte >= 0x20 && *byte < 0x7F && std::string_view("\\{};").find(*byte) == std::string_view::npos;
+                out += plain ? static_cast<char>(*byte) : '?';
+                return at + 4;
+            }
             if (skipLeft > 0 || groups.back().verbatim || fontTableDepth > 0 || *byte < 0x80) {
                 if (skipLeft > 0)
                     --skipLeft;
@@ -247,6 +259,11 @@ private:
             return at + 2;
         }
         const Word word = readWord(rtf, at);
+        // pandoc repeats a style name holding any escaped character at the
+        // start of every paragraph. Style names carry no text: theirs are
+        // spelled in plain ASCII, '?' for the rest, the \uN's own fallback.
+        if (styleSheetDepth > 0 && word.name == "u")
+            return word.end;
         out.append(rtf, at, word.end - at);
         if (skipLeft > 0) {
             --skipLeft; // a control word counts as one fallback character
@@ -277,6 +294,8 @@ private:
             defaultFont = static_cast<int>(value);
         else if (word.name == "fonttbl")
             fontTableDepth = groups.size();
+        else if (word.name == "stylesheet")
+            styleSheetDepth = groups.size();
         else if (word.name == "f" && fontTableDepth > 0)
             tableFont = static_cast<int>(value);
         else if (word.name == "fcharset" && fontTableDepth > 0 && !fontPages.contains(tableFont))
@@ -304,6 +323,7 @@ private:
     int ansiCodePage = 1252;
     int defaultFont = 0;
     size_t fontTableDepth = 0; // the group depth of \fonttbl, 0 outside it
+    size_t styleSheetDepth = 0; // and of \stylesheet
     int tableFont = -1;
     int skipLeft = 0; // fallback characters of the last \uN still to pass
 };

@@ -58,6 +58,9 @@ TEST(RtfCodePages, BytesThatAreNotTextStayAsTheyAre)
         SCOPED_TRACE(text);
         EXPECT_EQ(RtfCodePages::unicodeEscaped(body(text)), body(text));
     }
+    EXPECT_EQ(RtfCodePages::unicodeEscaped(body("{\\stylesheet{\\*\\cs16 Aufz\\'e4hlung;}{\\s1 Caf\\u233 ?\xe9\\'3f\\'41\\'3b;}}x")),
+              body("{\\stylesheet{\\*\\cs16 Aufz?hlung;}{\\s1 Caf???A?;}}x"))
+        << "style names are spelled in ASCII";
     EXPECT_EQ(RtfCodePages::unicodeEscaped("plain \xc8 text"), "plain \xc8 text") << "not RTF";
     EXPECT_EQ(RtfCodePages::unicodeEscaped("{\\rtf1\\ansi\\ansicpg1251 \\'c0"), "{\\rtf1\\ansi\\ansicpg1251 \\u1040 ?")
         << "an unfinished file is rewritten as far as it goes";
