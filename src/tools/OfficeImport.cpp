@@ -1,7 +1,7 @@
 #include "OfficeImport.h"
 
 #include "ConversionTools.h"
-#include "RtfCodePages.h"
+#include "PandocRtf.h"
 #include "classify/InputFile.h"
 #include "engine/ConversionError.h"
 #include "support/PlatformError.h"
@@ -118,7 +118,7 @@ fs::path rtfInUnicode(const fs::path &input, const fs::path &workFolder)
     QFile file(QString::fromStdString(input.string()));
     if (!file.open(QIODevice::ReadOnly))
         throw PlatformError(file.errorString().toStdString());
-    const std::string rewritten = RtfCodePages::unicodeEscaped(file.readAll().toStdString());
+    const std::string rewritten = PandocRtf::prepared(file.readAll().toStdString());
     const fs::path copy = workFolder / "unicode.rtf";
     QFile out(QString::fromStdString(copy.string()));
     if (!out.open(QIODevice::WriteOnly | QIODevice::Truncate) ||

@@ -1,4 +1,4 @@
-#include "RtfCodePages.h"
+#include "PandocRtf.h"
 
 #include <iconv.h>
 
@@ -8,11 +8,12 @@
 #include <map>
 #include <memory>
 #include <optional>
+#include <sstream>
 #include <string>
 #include <string_view>
 #include <vector>
 
-namespace RtfCodePages {
+namespace PandocRtf {
 namespace {
 
 constexpr int documentCodePage = -1; // the \ansicpg in force
@@ -328,17 +329,179 @@ private:
     int skipLeft = 0; // fallback characters of the last \uN still to pass
 };
 
+// pandoc keeps a field's result only for a HYPERLINK whose instruction opens
+// its group, and drops every other field's result (page numbers, citations,
+// captions, cross-references): what the page shows. Other fields become
+// their result; a hyperlink's instruction is rewritten as plain text.
+class Fields {
+public:
+    explicit Fields(const std::string &rtf) : rtf(rtf) {}
+
+    std::string run() { return within(0, rtf.size()); }
+
+private:
+    // The index of the '}' that closes the group opened at `open`, or npos.
+    size_t groupEnd(size_t open) const
+    {
+        int depth = 0;
+        for (size_t i = open; i < rtf.size(); ++i) {
+            const char c = rtf[i];
+            if (c == '\\') {
+                if (i + 1 < rtf.size() && std::isalpha(static_cast<unsigned char>(rtf[i + 1]))) {
+                    const Word word = readWord(rtf, i);
+                    if (word.name == "bin" && word.parameter && *word.parameter > 0)
+                        i = std::min(rtf.size(), word.end + static_cast<size_t>(*word.parameter)) - 1;
+                    else
+                        i = word.end - 1;
+                } else {
+                    ++i; // an escaped character, \'hh's quote included
+                }
+            } else if (c == '{') {
+                ++depth;
+            } else if (c == '}' && --depth == 0) {
+                return i;
+            }
+        }
+        return std::string::npos;
+    }
+
+    bool opensWith(size_t open, const char *word) const
+    {
+        const std::string text = std::string("{") + word;
+        if (rtf.compare(open, text.size(), text) != 0)
+            return false;
+        const size_t after = open + text.size();
+        return after >= rtf.size() || !std::isalpha(static_cast<unsigned char>(rtf[after]));
+    }
+
+    // The rewritten text of [from, to).
+    std::string within(size_t from, size_t to) const
+    {
+        std::string out;
+        for (size_t i = from; i < to;) {
+            if (rtf[i] == '\\') {
+                const size_t end = escapeEnd(i);
+                out.append(rtf, i, end - i);
+                i = end;
+            } else if (rtf[i] == '{' && (opensWith(i, "\\tc") || opensWith(i, "\\tcn") || opensWith(i, "\\xe"))) {
+                // contents and index entries are never shown; pandoc shows them
+                const size_t end = groupEnd(i);
+                if (end == std::string::npos || end >= to) {
+                    out.append(rtf, i, to - i);
+                    break;
+                }
+                i = end + 1;
+            } else if (rtf[i] == '{' && opensWith(i, "\\field")) {
+                const size_t end = groupEnd(i);
+                if (end == std::string::npos || end >= to) {
+                    out.append(rtf, i, to - i);
+                    break;
+                }
+                out += field(i, end);
+                i = end + 1;
+            } else {
+                out += rtf[i++];
+            }
+        }
+        return out;
+    }
+
+    size_t escapeEnd(size_t at) const
+    {
+        if (at + 1 < rtf.size() && std::isalpha(static_cast<unsigned char>(rtf[at + 1]))) {
+            const Word word = readWord(rtf, at);
+            if (word.name == "bin" && word.parameter && *word.parameter > 0)
+                return std::min(rtf.size(), word.end + static_cast<size_t>(*word.parameter));
+            return word.end;
+        }
+        return std::min(rtf.size(), at + 2);
+    }
+
+    // The field group [open, close].
+    std::string field(size_t open, size_t close) const
+    {
+        std::optional<std::string> instruction;
+        std::optional<std::pair<size_t, size_t>> result; // its content, without the \fldrslt word
+        for (size_t i = open + 1; i < close;) {
+            if (rtf[i] == '\\') {
+                i = escapeEnd(i);
+                continue;
+            }
+            if (rtf[i] != '{') {
+                ++i;
+                continue;
+            }
+            const size_t end = groupEnd(i);
+            if (end == std::string::npos || end > close)
+                return rtf.substr(open, close - open + 1);
+            if (opensWith(i, "\\*\\fldinst") || opensWith(i, "\\fldinst"))
+                instruction = plainText(i, end);
+            else if (opensWith(i, "\\fldrslt"))
+                result = std::pair {escapeEnd(i + 1), end};
+            i = end + 1;
+        }
+        const std::string shown = result ? within(result->first, result->second) : std::string();
+        std::istringstream words(instruction.value_or(""));
+        std::string kind;
+        words >> kind;
+        for (char &c : kind)
+            c = static_cast<char>(std::toupper(static_cast<unsigned char>(c)));
+        if (kind != "HYPERLINK")
+            return "{" + shown + "}";
+        std::string escaped;
+        for (const char c : *instruction) {
+            if (c == '\\' || c == '{' || c == '}')
+                escaped += '\\';
+            escaped += c;
+        }
+        return "{\\field{\\*\\fldinst {" + escaped + "}}{\\fldrslt " + shown + "}}";
+    }
+
+    // The text of a group without its control words and inner destinations.
+    std::string plainText(size_t open, size_t close) const
+    {
+        std::string text;
+        for (size_t i = open + 1; i < close;) {
+            const char c = rtf[i];
+            if (c == '\\' && i + 1 < close && !std::isalpha(static_cast<unsigned char>(rtf[i + 1]))) {
+                if (rtf[i + 1] == '\'') {
+                    if (const auto byte = hexByte(rtf, i))
+                        text += static_cast<char>(*byte);
+                    i += 4;
+                } else {
+                    if (rtf[i + 1] != '*')
+                        text += rtf[i + 1];
+                    i += 2;
+                }
+            } else if (c == '\\') {
+                i = escapeEnd(i);
+            } else if (c == '{' && rtf.compare(i, 3, "{\\*") == 0) {
+                const size_t end = groupEnd(i);
+                i = end == std::string::npos ? close : end + 1;
+            } else if (c == '{' || c == '}' || c == '\r' || c == '\n') {
+                ++i;
+            } else {
+                text += rtf[i++];
+            }
+        }
+        return text;
+    }
+
+    const std::string &rtf;
+};
+
 } // namespace
 
-std::string unicodeEscaped(const std::string &rtf)
+std::string prepared(const std::string &rtf)
 {
     if (rtf.compare(0, 5, "{\\rtf") != 0)
         return rtf;
     try {
-        return Rewrite(rtf).run();
+        const std::string plainFields = Fields(rtf).run();
+        return Rewrite(plainFields).run();
     } catch (...) {
         return rtf;
     }
 }
 
-} // namespace RtfCodePages
+} // namespace PandocRtf

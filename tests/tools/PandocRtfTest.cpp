@@ -1,4 +1,4 @@
-#include "tools/RtfCodePages.h"
+#include "tools/PandocRtf.h"
 
 #include <gtest/gtest.h>
 
@@ -17,7 +17,7 @@ std::string body(const std::string &text)
 
 } // namespace
 
-TEST(RtfCodePages, EightBitTextBecomesTheCharacterItsCodePageMeans)
+TEST(PandocRtf, EightBitTextBecomesTheCharacterItsCodePageMeans)
 {
     struct Row {
         const char *text;
@@ -37,11 +37,11 @@ TEST(RtfCodePages, EightBitTextBecomesTheCharacterItsCodePageMeans)
     };
     for (const auto &row : rows) {
         SCOPED_TRACE(row.text);
-        EXPECT_EQ(RtfCodePages::unicodeEscaped(body(row.text)), body(row.expected));
+        EXPECT_EQ(PandocRtf::prepared(body(row.text)), body(row.expected));
     }
 }
 
-TEST(RtfCodePages, BytesThatAreNotTextStayAsTheyAre)
+TEST(PandocRtf, BytesThatAreNotTextStayAsTheyAre)
 {
     const char *const unchanged[] = {
         "\\u268\\'c8 and \\u269 \\'e8",             // fallbacks after \uN
@@ -56,12 +56,40 @@ TEST(RtfCodePages, BytesThatAreNotTextStayAsTheyAre)
     };
     for (const char *text : unchanged) {
         SCOPED_TRACE(text);
-        EXPECT_EQ(RtfCodePages::unicodeEscaped(body(text)), body(text));
+        EXPECT_EQ(PandocRtf::prepared(body(text)), body(text));
     }
-    EXPECT_EQ(RtfCodePages::unicodeEscaped(body("{\\stylesheet{\\*\\cs16 Aufz\\'e4hlung;}{\\s1 Caf\\u233 ?\xe9\\'3f\\'41\\'3b;}}x")),
+    EXPECT_EQ(PandocRtf::prepared(body("{\\stylesheet{\\*\\cs16 Aufz\\'e4hlung;}{\\s1 Caf\\u233 ?\xe9\\'3f\\'41\\'3b;}}x")),
               body("{\\stylesheet{\\*\\cs16 Aufz?hlung;}{\\s1 Caf???A?;}}x"))
         << "style names are spelled in ASCII";
-    EXPECT_EQ(RtfCodePages::unicodeEscaped("plain \xc8 text"), "plain \xc8 text") << "not RTF";
-    EXPECT_EQ(RtfCodePages::unicodeEscaped("{\\rtf1\\ansi\\ansicpg1251 \\'c0"), "{\\rtf1\\ansi\\ansicpg1251 \\u1040 ?")
+    EXPECT_EQ(PandocRtf::prepared("plain \xc8 text"), "plain \xc8 text") << "not RTF";
+    EXPECT_EQ(PandocRtf::prepared("{\\rtf1\\ansi\\ansicpg1251 \\'c0"), "{\\rtf1\\ansi\\ansicpg1251 \\u1040 ?")
         << "an unfinished file is rewritten as far as it goes";
+}
+
+TEST(PandocRtf, FieldsShowWhatThePageShows)
+{
+    struct Row {
+        const char *field;
+        const char *expected;
+    };
+    const Row rows[] = {
+        // a citation, a page number: their result, as plain text
+        {"{\\field{\\*\\fldinst { CITATION Kra \\\\l 1033 }}{\\fldrslt {\\b (Kramer)}}}", "{{\\b (Kramer)}}"},
+        {"{\\field\\flddirty{\\*\\fldinst PAGE}{\\fldrslt 3}}", "{3}"},
+        {"{\\field{\\*\\fldinst PAGE}}", "{}"},
+        // a hyperlink keeps its field, with its instruction as plain text
+        {"{\\field{\\*\\fldinst {\\rtlch\\fcs0 HYPERLINK \"http://a.org/\\'7ex\"}{{\\*\\datafield 00d0}}}{\\fldrslt {\\ul link}}}",
+         "{\\field{\\*\\fldinst {HYPERLINK \"http://a.org/~x\"}}{\\fldrslt {\\ul link}}}"},
+        // fields within a result: a table of contents' links and page references
+        {"{\\field{\\*\\fldinst TOC}{\\fldrslt {\\field{\\*\\fldinst PAGEREF _Toc1}{\\fldrslt 7}}}}", "{{7}}"},
+        // contents and index entries, never shown
+        {"{\\tc {Chapter One}}{\\tcn\\tcl2 x}{\\xe {entry}}", ""},
+    };
+    for (const auto &row : rows) {
+        SCOPED_TRACE(row.field);
+        EXPECT_EQ(PandocRtf::prepared(body(std::string("a ") + row.field + " b")),
+                  body(std::string("a ") + row.expected + " b"));
+    }
+    const std::string unclosed = "{\\rtf1 a {\\field{\\*\\fldinst PAGE}{\\fldrslt 3}";
+    EXPECT_EQ(PandocRtf::prepared(unclosed), unclosed);
 }
