@@ -11,7 +11,6 @@
 #include <cstring>
 #include <memory>
 #include <optional>
-#include <regex>
 #include <vector>
 
 namespace UpscaledBitmaps {
@@ -103,18 +102,30 @@ std::vector<double> numbers(const std::string &text)
 // bitmap drawn at a slant, which librsvg is left to do.
 std::optional<Upright> uprightTransform(const std::string &transform)
 {
-    static const std::regex whole(R"(^\s*((translate|scale)\s*\([-+0-9.eE,\s]*\)[\s,]*)*$)");
-    static const std::regex step(R"((translate|scale)\s*\(([^)]*)\))");
-    if (!std::regex_match(transform, whole))
-        return std::nullopt;
     Upright map;
-    for (auto it = std::sregex_iterator(transform.begin(), transform.end(), step); it != std::sregex_iterator(); ++it) {
-        const std::vector<double> values = numbers((*it)[2].str());
+    size_t at = 0;
+    const auto skip = [&](const char *characters) {
+        while (at < transform.size() && std::strchr(characters, transform[at]) && transform[at] != '\0')
+            ++at;
+    };
+    for (skip(" \t\r\n,"); at < transform.size(); skip(" \t\r\n,")) {
+        const bool scale = transform.compare(at, 5, "scale") == 0;
+        if (!scale && transform.compare(at, 9, "translate") != 0)
+            return std::nullopt;
+        at += scale ? 5 : 9;
+        skip(" \t\r\n");
+        const size_t close = transform.find(')', at);
+        if (at >= transform.size() || transform[at] != '(' || close == std::string::npos)
+            return std::nullopt;
+        const std::string arguments = transform.substr(at + 1, close - at - 1);
+        if (arguments.find_first_not_of("-+0123456789.eE, \t\r\n") != std::string::npos)
+            return std::nullopt;
+        const std::vector<double> values = numbers(arguments);
         if (values.empty() || values.size() > 2)
             return std::nullopt;
-        const double second = values.size() == 2 ? values[1] : ((*it)[1] == "scale" ? values[0] : 0);
-        const Upright inner = (*it)[1] == "scale" ? Upright {values[0], second, 0, 0} : Upright {1, 1, values[0], second};
-        map = map.after(inner);
+        const double second = values.size() == 2 ? values[1] : (scale ? values[0] : 0);
+        map = map.after(scale ? Upright {values[0], second, 0, 0} : Upright {1, 1, values[0], second});
+        at = close + 1;
     }
     return map;
 }
