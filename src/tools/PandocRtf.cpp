@@ -335,34 +335,35 @@ private:
 // their result; a hyperlink's instruction is rewritten as plain text.
 class Fields {
 public:
-    explicit Fields(const std::string &rtf) : rtf(rtf) {}
+    explicit Fields(const std::string &rtf) : rtf(rtf) { findGroups(); }
 
-    std::string run() { return within(0, rtf.size()); }
+    std::string run() { return within(0, rtf.size(), 0); }
 
 private:
+    // Every group's opening and closing brace, found in one pass: fields
+    // nest, and searching for each one's end afresh would take quadratic time.
+    void findGroups()
+    {
+        std::vector<size_t> open;
+        for (size_t i = 0; i < rtf.size(); ++i) {
+            const char c = rtf[i];
+            if (c == '\\') {
+                i = escapeEnd(i) - 1;
+            } else if (c == '{') {
+                open.push_back(groups.size());
+                groups.emplace_back(i, std::string::npos);
+            } else if (c == '}' && !open.empty()) {
+                groups[open.back()].second = i;
+                open.pop_back();
+            }
+        }
+    }
+
     // The index of the '}' that closes the group opened at `open`, or npos.
     size_t groupEnd(size_t open) const
     {
-        int depth = 0;
-        for (size_t i = open; i < rtf.size(); ++i) {
-            const char c = rtf[i];
-            if (c == '\\') {
-                if (i + 1 < rtf.size() && std::isalpha(static_cast<unsigned char>(rtf[i + 1]))) {
-                    const Word word = readWord(rtf, i);
-                    if (word.name == "bin" && word.parameter && *word.parameter > 0)
-                        i = std::min(rtf.size(), word.end + static_cast<size_t>(*word.parameter)) - 1;
-                    else
-                        i = word.end - 1;
-                } else {
-                    ++i; // an escaped character, \'hh's quote included
-                }
-            } else if (c == '{') {
-                ++depth;
-            } else if (c == '}' && --depth == 0) {
-                return i;
-            }
-        }
-        return std::string::npos;
+        const auto found = std::lower_bound(groups.begin(), groups.end(), std::pair {open, size_t(0)});
+        return found != groups.end() && found->first == open ? found->second : std::string::npos;
     }
 
     bool opensWith(size_t open, const char *word) const
@@ -374,8 +375,8 @@ private:
         return after >= rtf.size() || !std::isalpha(static_cast<unsigned char>(rtf[after]));
     }
 
-    // The rewritten text of [from, to).
-    std::string within(size_t from, size_t to) const
+    // The rewritten text of [from, to), `depth` fields deep.
+    std::string within(size_t from, size_t to, int depth) const
     {
         std::string out;
         for (size_t i = from; i < to;) {
@@ -397,7 +398,9 @@ private:
                     out.append(rtf, i, to - i);
                     break;
                 }
-                out += field(i, end);
+                // Past any real document's nesting, fields stay as they are
+                // rather than run the stack out.
+                out += depth < 32 ? field(i, end, depth + 1) : rtf.substr(i, end - i + 1);
                 i = end + 1;
             } else {
                 out += rtf[i++];
@@ -418,7 +421,7 @@ private:
     }
 
     // The field group [open, close].
-    std::string field(size_t open, size_t close) const
+    std::string field(size_t open, size_t close, int depth) const
     {
         std::optional<std::string> instruction;
         std::optional<std::pair<size_t, size_t>> result; // its content, without the \fldrslt word
@@ -440,7 +443,7 @@ private:
                 result = std::pair {escapeEnd(i + 1), end};
             i = end + 1;
         }
-        const std::string shown = result ? within(result->first, result->second) : std::string();
+        const std::string shown = result ? within(result->first, result->second, depth) : std::string();
         std::istringstream words(instruction.value_or(""));
         std::string kind;
         words >> kind;
@@ -488,6 +491,7 @@ private:
     }
 
     const std::string &rtf;
+    std::vector<std::pair<size_t, size_t>> groups; // in the order they open
 };
 
 } // namespace

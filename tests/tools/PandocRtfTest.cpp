@@ -92,4 +92,12 @@ TEST(PandocRtf, FieldsShowWhatThePageShows)
     }
     const std::string unclosed = "{\\rtf1 a {\\field{\\*\\fldinst PAGE}{\\fldrslt 3}";
     EXPECT_EQ(PandocRtf::prepared(unclosed), unclosed);
+
+    std::string deep = "{\\rtf1 ";
+    for (int i = 0; i < 50000; ++i)
+        deep += "{\\field{\\*\\fldinst PAGE}{\\fldrslt ";
+    deep += "innermost" + std::string(100000, '}') + "}";
+    const std::string rewritten = PandocRtf::prepared(deep);
+    EXPECT_EQ(rewritten.compare(0, 10, "{\\rtf1 {{{"), 0) << "the outer fields show their results";
+    EXPECT_NE(rewritten.find("innermost"), std::string::npos) << "fields nested past any document's depth stay whole";
 }
