@@ -205,11 +205,11 @@ std::string alignmentOf(const Properties &p)
     return a;
 }
 
-// The left page margin in force for each paragraph: libwpd turns a 5.1 margin code at the top of a
-// page into that page's margin, so indents are compared from the paper's edge.
-std::map<const Paragraph *, double> pageMargins(const Document &document)
+// The left and right page margins in force for each paragraph: libwpd turns a 5.1 margin code
+// into that page's margin when it reaches past it, so indents are compared from the paper's edges.
+std::map<const Paragraph *, std::pair<double, double>> pageMargins(const Document &document)
 {
-    std::map<const Paragraph *, double> margins;
+    std::map<const Paragraph *, std::pair<double, double>> margins;
     // Paragraph pointers of a copy differ from the document's: walk the spans in step instead.
     const auto all = document.paragraphs();
     std::size_t next = 0;
@@ -218,7 +218,8 @@ std::map<const Paragraph *, double> pageMargins(const Document &document)
         single.pageSpans.push_back(span);
         const std::size_t count = single.paragraphs().size();
         for (std::size_t k = 0; k < count && next < all.size(); ++k)
-            margins[all[next++]] = inches(get(span.properties, "fo:margin-left"));
+            margins[all[next++]] = {inches(get(span.properties, "fo:margin-left")),
+                                    inches(get(span.properties, "fo:margin-right"))};
     }
     return margins;
 }
@@ -281,9 +282,10 @@ std::vector<Score> compare(const Document &source, const Document &back, const C
         const bool listed = a[i].paragraph->listLevel > 0;
         const bool same = alignmentOf(pa) == alignmentOf(pb) && (listed ||
                           (
-                          std::fabs(pageA.at(a[i].paragraph) + inches(get(pa, "fo:margin-left")) - pageB.at(b[j].paragraph) -
-                                    inches(get(pb, "fo:margin-left"))) < 0.02 &&
-                          std::fabs(inches(get(pa, "fo:margin-right")) - inches(get(pb, "fo:margin-right"))) < 0.02 &&
+                          std::fabs(pageA.at(a[i].paragraph).first + inches(get(pa, "fo:margin-left")) -
+                                    pageB.at(b[j].paragraph).first - inches(get(pb, "fo:margin-left"))) < 0.02 &&
+                          std::fabs(pageA.at(a[i].paragraph).second + inches(get(pa, "fo:margin-right")) -
+                                    pageB.at(b[j].paragraph).second - inches(get(pb, "fo:margin-right"))) < 0.02 &&
                           std::fabs(inches(get(pa, "fo:text-indent")) - inches(get(pb, "fo:text-indent"))) < 0.02));
         if (same)
             ++sameParas;
