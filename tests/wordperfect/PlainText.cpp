@@ -31,6 +31,9 @@ std::u32string unifiedBullets(std::u32string chars)
     return chars;
 }
 
+// Stands for a private-use character in a normalised text.
+constexpr char32_t privateUse = 0xFFFC;
+
 } // namespace
 
 std::string normalised(const std::string &text, const richtext::wordperfect::CharacterMap *map)
@@ -49,11 +52,24 @@ std::string normalised(const std::string &text, const richtext::wordperfect::Cha
         if (space)
             out += ' ';
         space = false;
-        if (map && c >= 0x7F && !map->find(std::u32string_view(chars).substr(i)))
+        if (map && c >= 0xE000 && c <= 0xF8FF)
+            richtext::Utf8::append(out, privateUse);
+        else if (map && c >= 0x7F && !map->find(std::u32string_view(chars).substr(i)))
             out += '?';
         else
             richtext::Utf8::append(out, c);
     }
+    return out;
+}
+
+std::string matchingPrivateUse(const std::string &theirs, const std::string &ours)
+{
+    using richtext::wordperfect::CharacterMap;
+    const std::u32string a = CharacterMap::decodeUtf8(theirs);
+    const std::u32string b = CharacterMap::decodeUtf8(ours);
+    std::string out;
+    for (std::size_t i = 0; i < a.size(); ++i)
+        richtext::Utf8::append(out, a[i] == privateUse && i < b.size() ? b[i] : a[i]);
     return out;
 }
 
