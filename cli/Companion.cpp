@@ -195,18 +195,12 @@ int Companion::dryRun()
     int status = 0;
     for (const auto &path : collectFiles()) {
         const Item item = prepare(path);
-        std::vector<std::uint8_t> header;
-        try {
-            if (item.classified)
-                header = readFileHeader(path, 16);
-        } catch (const PlatformError &) {
-        }
         if (!item.classified) {
             out << path.string() << "\t" << item.problem << "\n";
             status = 1;
             continue;
         }
-        out << path.string() << "\t" << kindName(item.file.kind) << "\t" << versionFamily(header)
+        out << path.string() << "\t" << kindName(item.file.kind) << "\t" << versionFamilyOf(item.file)
             << "\tencrypted=" << yesNo(item.file.isEncrypted) << "\twp6=" << yesNo(item.file.wpVersionIsWP6) << "\t"
             << describeJob(item) << "\n";
     }

@@ -48,7 +48,7 @@ QString qt(const std::string &text)
 QString familyOf(const fs::path &source)
 {
     try {
-        return qt(versionFamily(readFileHeader(source, 16)));
+        return qt(versionFamilyOf(InputFile::classify(source)));
     } catch (const std::exception &) {
         return {};
     }
@@ -70,10 +70,30 @@ AppDelegate::~AppDelegate() = default;
 
 void AppDelegate::applicationOpen(const std::vector<fs::path> &urls)
 {
-    Log::write("openEvent: " + quotedList(urls));
     didOpen = true;
-    for (const auto &url : urls)
-        open(url);
+    inTurn([this, urls] {
+        if (quitting) {
+            Log::write("openEvent ignored after quit: " + quotedList(urls));
+            return;
+        }
+        Log::write("openEvent: " + quotedList(urls));
+        for (const auto &url : urls)
+            open(url);
+    });
+}
+
+void AppDelegate::inTurn(std::function<void()> step)
+{
+    waiting.push_back(std::move(step));
+    if (takingTurns)
+        return;
+    takingTurns = true;
+    while (!waiting.empty()) {
+        const auto next = std::move(waiting.front());
+        waiting.pop_front();
+        next();
+    }
+    takingTurns = false;
 }
 
 void AppDelegate::open(const fs::path &url)
@@ -218,16 +238,21 @@ void AppDelegate::complete(quint64 id, const std::exception_ptr &outcome, const 
             conversion = error;
         } catch (...) {
         }
-        if (quitting) {
-            // Nobody is left to answer a question: the log keeps the reason.
-            Log::write("failed: " + name + " \u2014 " + words.informative);
-        } else if (conversion && conversion->which() == ConversionError::Case::wrongPassword && onWrongPassword) {
-            onWrongPassword();
-        } else if (conversion) {
-            report(*conversion, name);
-        } else {
-            warn(words.message, words.informative);
-        }
+        QPointer<AppDelegate> self(this);
+        inTurn([self, words, conversion, name, onWrongPassword] {
+            if (!self)
+                return;
+            if (self->quitting) {
+                // Nobody is left to answer a question: the log keeps the reason.
+                Log::write("failed: " + name + " \u2014 " + words.informative);
+            } else if (conversion && conversion->which() == ConversionError::Case::wrongPassword && onWrongPassword) {
+                onWrongPassword();
+            } else if (conversion) {
+                self->report(*conversion, name);
+            } else {
+                self->warn(words.message, words.informative);
+            }
+        });
     }
     if (quitting && pendingConversions == 0)
         Q_EMIT readyToQuit();
@@ -298,8 +323,12 @@ void AppDelegate::chooseAndConvert()
         if (!self || urls.empty())
             return;
         self->didOpen = true;
-        for (const auto &url : urls)
-            self->open(url);
+        self->inTurn([self, urls] {
+            for (const auto &url : urls) {
+                if (self && !self->quitting)
+                    self->open(url);
+            }
+        });
     });
 }
 

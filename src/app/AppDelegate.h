@@ -10,6 +10,7 @@
 #include <QString>
 
 #include <cstdint>
+#include <deque>
 #include <filesystem>
 #include <functional>
 #include <memory>
@@ -86,6 +87,10 @@ private:
     void report(const ConversionError &error, const std::string &name);
     void reveal(const std::filesystem::path &url);
     void showLibreOfficeNoticeIfNeeded();
+    // Questions are modal: an open event, a panel's choice or a job's news that
+    // arrives while one is open (its nested event loop runs) waits here and is
+    // taken up, in order, once the question is answered.
+    void inTurn(std::function<void()> step);
 
     Prompter &prompter;
     Revealer &revealer;
@@ -95,6 +100,8 @@ private:
     bool quitting = false;
     // Destinations of the conversions under way, which may not have written their file yet.
     std::set<std::filesystem::path> underWay;
+    std::deque<std::function<void()>> waiting;
+    bool takingTurns = false;
 };
 
 // The name as the log and the messages show it: the last path component.

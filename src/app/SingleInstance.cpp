@@ -31,31 +31,43 @@ QByteArray encode(const std::vector<fs::path> &paths)
 QString SingleInstance::socketName()
 {
     const passwd *user = getpwuid(getuid());
-    return QStringLiteral("quillmorph-") +
-           (user ? QString::fromLocal8Bit(user->pw_name) : QString::number(getuid()));
+    const QString name = QStringLiteral("quillmorph-") +
+                         (user ? QString::fromLocal8Bit(user->pw_name) : QString::number(getuid()));
+    // The session's own runtime folder, where one exists: a test or a second
+    // desktop session that sets its own never meets another Quillmorph.
+    const QByteArray runtime = qgetenv("XDG_RUNTIME_DIR");
+    if (!runtime.isEmpty() && runtime.startsWith('/'))
+        return QString::fromLocal8Bit(runtime) + QLatin1Char('/') + name;
+    return name;
 }
 
 SingleInstance::SingleInstance(QString name, QObject *parent) : QObject(parent), name(std::move(name)) {}
 
-bool SingleInstance::handOff(const std::vector<fs::path> &paths, int timeoutMs)
+SingleInstance::HandOff SingleInstance::handOff(const std::vector<fs::path> &paths, int timeoutMs)
 {
     QLocalSocket socket;
     socket.connectToServer(name);
     if (!socket.waitForConnected(timeoutMs)) {
-        // Nobody answers: the socket is stale, left by an instance that died.
-        QLocalServer::removeServer(name);
-        return false;
+        const auto error = socket.error();
+        if (error == QLocalSocket::ConnectionRefusedError || error == QLocalSocket::ServerNotFoundError) {
+            // Nobody listens: the socket is stale, left by an instance that died.
+            QLocalServer::removeServer(name);
+            return HandOff::noInstance;
+        }
+        // Somebody is there but slow: its socket is not ours to take.
+        return HandOff::failed;
     }
     const QByteArray message = encode(paths);
     QDataStream out(&socket);
     out << static_cast<quint32>(message.size());
     socket.write(message);
     if (!socket.waitForBytesWritten(timeoutMs))
-        return false;
-    // The running instance answers once it has taken the files.
-    socket.waitForReadyRead(timeoutMs);
+        return HandOff::failed;
+    // The running instance answers once it has taken the files; silence means they may be lost.
+    if (!socket.waitForReadyRead(timeoutMs) || !socket.readAll().startsWith("ok"))
+        return HandOff::failed;
     socket.disconnectFromServer();
-    return true;
+    return HandOff::handed;
 }
 
 bool SingleInstance::listen()
@@ -92,7 +104,11 @@ void SingleInstance::readConnection()
                 paths.emplace_back(path.toStdString());
             socket->write("ok");
             socket->flush();
-            Q_EMIT received(paths);
+            // Taken up from the event loop, never from inside this socket's
+            // handler: the intake may open a question whose nested loop sees
+            // this socket close and deleted.
+            QMetaObject::invokeMethod(
+                this, [this, paths] { Q_EMIT received(paths); }, Qt::QueuedConnection);
         });
     }
 }

@@ -13,14 +13,16 @@ class QLocalServer;
 class SingleInstance : public QObject {
     Q_OBJECT
 public:
-    // "quillmorph-" followed by the user's name.
+    // "quillmorph-" followed by the user's name, in $XDG_RUNTIME_DIR when set.
     static QString socketName();
 
     explicit SingleInstance(QString name = socketName(), QObject *parent = nullptr);
 
-    // Sends `paths` (possibly none) to a running instance; false when none
-    // answers, in which case a stale socket is removed.
-    bool handOff(const std::vector<std::filesystem::path> &paths, int timeoutMs = 2000);
+    enum class HandOff { handed, noInstance, failed };
+    // Sends `paths` (possibly none) to a running instance. noInstance when
+    // nobody listens (a stale socket is removed); failed when an instance is
+    // there but the files could not be handed over.
+    HandOff handOff(const std::vector<std::filesystem::path> &paths, int timeoutMs = 2000);
 
     // Becomes the running instance; false when the socket cannot be made.
     bool listen();

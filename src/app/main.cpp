@@ -8,6 +8,8 @@
 #include <QApplication>
 #include <QTimer>
 
+#include <cstdio>
+
 namespace fs = std::filesystem;
 
 int main(int argc, char **argv)
@@ -22,8 +24,13 @@ int main(int argc, char **argv)
     QApplication::setQuitOnLastWindowClosed(false);
 
     SingleInstance instance;
-    if (instance.handOff(files))
-        return 0;
+    switch (instance.handOff(files)) {
+    case SingleInstance::HandOff::handed: return 0;
+    case SingleInstance::HandOff::failed:
+        std::fprintf(stderr, "quillmorph: Quillmorph is running but did not take the files; try again.\n");
+        return 1;
+    case SingleInstance::HandOff::noInstance: break;
+    }
     instance.listen();
 
     WidgetPrompter prompter;

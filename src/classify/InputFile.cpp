@@ -1,5 +1,6 @@
 #include "InputFile.h"
 
+#include "WordPerfectProbe.h"
 #include "support/PlatformError.h"
 
 #include <algorithm>
@@ -176,9 +177,51 @@ std::string lowercaseExtension(const fs::path &url)
     return ext;
 }
 
+namespace {
+
+// Where the byte rules answer office for an OLE2 container, or fall back to the
+// extension, libwpd is asked before the answer stands; so is a prefixed
+// document whose byte 12 shows no key.
+bool libwpdMayKnowBetter(const InputFile &file, const std::vector<std::uint8_t> &header)
+{
+    if (startsWith(header, wordPerfectPrefix))
+        return file.kind == InputFile::Kind::wpDocument && !file.isEncrypted;
+    if (startsWith(header, ole2Signature))
+        return true;
+    if (startsWith(header, zipSignature) || containsASCII(header.data(), std::min<std::size_t>(header.size(), 8), "{\\rtf"))
+        return false;
+    // A name that says WordPerfect still leaves the password to be found.
+    return kindFromText(header) == InputFile::Kind::unknown && file.kind != InputFile::Kind::wpGraphic;
+}
+
+} // namespace
+
 InputFile InputFile::classify(const fs::path &url)
 {
-    return classifyHeader(url, readFileHeader(url, headerSize));
+    const auto header = readFileHeader(url, headerSize);
+    InputFile file = classifyHeader(url, header);
+    if (!libwpdMayKnowBetter(file, header))
+        return file;
+    const auto verdict = WordPerfectProbe::examine(url);
+    if (startsWith(header, wordPerfectPrefix)) {
+        // The prefix has settled the kind; libwpd only finds a key byte 12 does not show.
+        file.isEncrypted = verdict == WordPerfectProbe::Verdict::encrypted;
+        return file;
+    }
+    switch (verdict) {
+    case WordPerfectProbe::Verdict::notWordPerfect: break;
+    case WordPerfectProbe::Verdict::document: file.kind = Kind::wpDocument; break;
+    case WordPerfectProbe::Verdict::encrypted:
+        file.kind = Kind::wpDocument;
+        file.isEncrypted = true;
+        break;
+    case WordPerfectProbe::Verdict::unsupportedEncryption:
+        file.kind = Kind::wpDocument;
+        file.isEncrypted = true;
+        file.wpVersionIsWP6 = true;
+        break;
+    }
+    return file;
 }
 
 InputFile InputFile::classifyHeader(const fs::path &url, const std::vector<std::uint8_t> &header)
@@ -220,6 +263,33 @@ std::string_view kindName(InputFile::Kind kind)
     case InputFile::Kind::unknown: break;
     }
     return "unknown";
+}
+
+std::string versionFamilyOf(const InputFile &file)
+{
+    std::vector<std::uint8_t> header;
+    try {
+        header = readFileHeader(file.url, 16);
+    } catch (const std::exception &) {
+        return "unreadable";
+    }
+    const bool wordPerfect = file.kind == InputFile::Kind::wpDocument;
+    if (wordPerfect && startsWith(header, ole2Signature)) {
+        const auto inner = WordPerfectProbe::containedHeader(file.url, 16);
+        if (startsWith(inner, wordPerfectPrefix))
+            return versionFamily(inner) + " (in an OLE container)";
+    }
+    if (!wordPerfect || startsWith(header, wordPerfectPrefix)) {
+        std::string family = versionFamily(header);
+        if (file.isEncrypted && header.size() >= 13 && header[12] == 0)
+            family += ", encrypted"; // the key is not where the prefix shows it
+        return family;
+    }
+    switch (WordPerfectProbe::examine(file.url)) {
+    case WordPerfectProbe::Verdict::document: return "WordPerfect 4.2";
+    case WordPerfectProbe::Verdict::encrypted: return "WordPerfect 4.2, encrypted";
+    default: return versionFamily(header);
+    }
 }
 
 std::string versionFamily(const std::vector<std::uint8_t> &header)

@@ -17,10 +17,11 @@ struct InputFile {
     bool isEncrypted = false;
     bool wpVersionIsWP6 = false;
 
-    // Throws PlatformError when the file cannot be opened or read.
+    // Throws PlatformError when the file cannot be opened or read. Where the
+    // bytes leave it open, libwpd decides whether the file is WordPerfect.
     static InputFile classify(const std::filesystem::path &url);
 
-    // The same decision for a header already in memory (at most 512 bytes).
+    // The byte rules alone, for a header already in memory (at most 512 bytes).
     static InputFile classifyHeader(const std::filesystem::path &url, const std::vector<std::uint8_t> &header);
 
     static const std::unordered_set<std::string> &wpDocumentExtensions();
@@ -43,3 +44,7 @@ std::string lowercaseExtension(const std::filesystem::path &url);
 // The WordPerfect family a file's prefix names ("WordPerfect 5.x",
 // "WordPerfect 6 or later", ...), read from its bytes 9 and 10.
 std::string versionFamily(const std::vector<std::uint8_t> &header);
+
+// The same for a classified file, with what libwpd recognised where the prefix
+// says nothing ("WordPerfect 4.2", "WordPerfect 5.x (in an OLE container)").
+std::string versionFamilyOf(const InputFile &file);

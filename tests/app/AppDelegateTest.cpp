@@ -278,3 +278,47 @@ TEST_F(Workflow, QuitWaitsForConversionsAndThenOnlyLogs)
               std::vector<std::string> {"failed: Fails.wpd \u2014 It may be a file type that the conversion software "
                                         "cannot read."});
 }
+
+// A second launch, or a job's failure, can arrive while a question waits for its answer (its
+// nested event loop runs meanwhile): it waits its turn, and no question opens over another.
+TEST_F(Workflow, WhatArrivesDuringAQuestionWaitsUntilItIsAnswered)
+{
+    writeFile(doc("Letter.wpd"), wordPerfect());
+    writeFile(doc("Letter.odt"), "old");
+    writeFile(doc("Second.wpd"), wordPerfect());
+    writeFile(doc("Second.odt"), "old");
+    const LogTail tail;
+    int open = 0;
+    int arrivals = 0;
+    prompter.onAlert = [&](const Prompter::Alert &) {
+        ++open;
+        EXPECT_EQ(open, 1) << "a question opened over another";
+        if (arrivals++ == 0) {
+            delegate.applicationOpen({doc("Second.wpd")});
+            EXPECT_EQ(tail.messagesContaining("openEvent: [\"Second.wpd\"]").size(), 0u) << "taken up too early";
+        }
+        --open;
+    };
+    prompter.answer(0); // Keep Both
+    prompter.answer(1); // Replace
+    this->open({doc("Letter.wpd")});
+    ASSERT_TRUE(settle());
+    const auto lines = tail.messagesContaining("");
+    const auto at = [&](const std::string &line) { return std::find(lines.begin(), lines.end(), line) - lines.begin(); };
+    EXPECT_LT(at("convert: Letter.wpd \u2192 Letter (1).odt"), at("openEvent: [\"Second.wpd\"]"));
+    EXPECT_LT(at("openEvent: [\"Second.wpd\"]"), static_cast<long>(lines.size()));
+    EXPECT_EQ(readFile(doc("Letter (1).odt")), "converted");
+    EXPECT_EQ(readFile(doc("Second.odt")), "converted");
+}
+
+TEST_F(Workflow, OpenEventsAfterQuitAreLoggedNotConverted)
+{
+    writeFile(doc("Late.wpd"), wordPerfect());
+    const LogTail tail;
+    delegate.quit();
+    open({doc("Late.wpd")});
+    EXPECT_EQ(tail.messagesContaining("openEvent"),
+              std::vector<std::string> {"openEvent ignored after quit: [\"Late.wpd\"]"});
+    EXPECT_EQ(delegate.pendingConversions, 0);
+    EXPECT_FALSE(fs::exists(doc("Late.odt")));
+}

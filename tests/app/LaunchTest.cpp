@@ -149,7 +149,7 @@ TEST(SingleInstanceTest, ALaterLaunchHandsItsFilesToTheFirst)
     // The hand-off blocks until answered, so it runs beside the first instance's event loop.
     std::thread later([&] {
         SingleInstance second(name);
-        handed = second.handOff(files);
+        handed = second.handOff(files) == SingleInstance::HandOff::handed;
     });
     ASSERT_TRUE(waitUntil([&] { return !events.empty(); }, 10));
     later.join();
@@ -175,6 +175,41 @@ TEST(SingleInstanceTest, AStaleSocketIsReplaced)
     ASSERT_TRUE(fs::exists(path.toStdString()));
 
     SingleInstance launch(name);
-    EXPECT_FALSE(launch.handOff({"/a.wpd"}, 500));
+    EXPECT_EQ(launch.handOff({"/a.wpd"}, 500), SingleInstance::HandOff::noInstance);
     EXPECT_TRUE(launch.listen());
+}
+
+// An instance that is there but does not answer in time keeps its socket: the
+// later launch fails instead of taking the place of a live Quillmorph.
+TEST(SingleInstanceTest, ASilentLiveInstanceKeepsItsSocket)
+{
+    const QString name = "quillmorph-test-" + QUuid::createUuid().toString(QUuid::Id128);
+    QLocalServer probe;
+    ASSERT_TRUE(probe.listen(name));
+    const QString path = probe.fullServerName();
+    probe.close();
+    // Listening but never accepting: connections wait in the backlog, unanswered.
+    const int fd = ::socket(AF_UNIX, SOCK_STREAM, 0);
+    sockaddr_un address {};
+    address.sun_family = AF_UNIX;
+    std::strncpy(address.sun_path, path.toLocal8Bit().constData(), sizeof address.sun_path - 1);
+    ASSERT_EQ(::bind(fd, reinterpret_cast<sockaddr *>(&address), sizeof address), 0);
+    ASSERT_EQ(::listen(fd, 4), 0);
+
+    SingleInstance launch(name);
+    EXPECT_EQ(launch.handOff({"/a.wpd"}, 300), SingleInstance::HandOff::failed);
+    EXPECT_TRUE(fs::exists(path.toStdString())) << "a live instance's socket was removed";
+    ::close(fd);
+    ::unlink(path.toLocal8Bit().constData());
+}
+
+TEST(SingleInstanceTest, TheSocketLivesInTheSessionRuntimeFolder)
+{
+    const QByteArray saved = qgetenv("XDG_RUNTIME_DIR");
+    qputenv("XDG_RUNTIME_DIR", "/run/user/4242");
+    EXPECT_TRUE(SingleInstance::socketName().startsWith("/run/user/4242/quillmorph-"));
+    qunsetenv("XDG_RUNTIME_DIR");
+    EXPECT_TRUE(SingleInstance::socketName().startsWith("quillmorph-"));
+    if (!saved.isEmpty())
+        qputenv("XDG_RUNTIME_DIR", saved);
 }

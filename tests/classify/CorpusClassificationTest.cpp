@@ -23,27 +23,28 @@ struct CorpusCase {
     bool decidedByContent;
 };
 
-// Expected from each file's first bytes as listed in PROVENANCE.md. The
-// encryption flag reads byte 12 alone: crypt3.wp (key 00 41) is not
-// encrypted to the classifier, and the WordPerfect 4.2 files crypt1/crypt4
-// have no prefix at all, so their extension decides.
+// Expected from each file's first bytes as listed in PROVENANCE.md, and from
+// libwpd where those leave it open: the WordPerfect 4.2 files (crypt1 and
+// crypt4 encrypted) have no prefix, OLE_Document.wpd keeps its document in an
+// OLE2 stream, and the Macintosh crypt3.wp keeps its key (00 41) where byte 12
+// does not show it.
 const CorpusCase corpusCases[] = {
     {"wp/01FINALE1.WPD", Kind::wpDocument, false, true, byContent},
     {"wp/1414.wp", Kind::wpDocument, false, true, byContent},
     {"wp/9140-columns.wpd", Kind::wpDocument, false, true, byContent},
-    {"wp/B_WP1.wp42.wp", Kind::wpDocument, false, false, byExtension},
+    {"wp/B_WP1.wp42.wp", Kind::wpDocument, false, false, byContent},
     {"wp/FormTab5FE.wp", Kind::wpDocument, false, false, byContent},
     {"wp/M2-R.END.wpd", Kind::wpDocument, false, true, byContent},
-    {"wp/OLE_Document.wpd", Kind::office, false, false, byContent},
+    {"wp/OLE_Document.wpd", Kind::wpDocument, false, false, byContent},
     {"wp/RTassays2.wp", Kind::wpDocument, false, true, byContent},
     {"wp/SANYIG01.C3P", Kind::wpDocument, false, false, byContent},
     {"wp/TOPOPREC.WPD", Kind::wpDocument, false, true, byContent},
     {"wp/algeria3.wp", Kind::wpDocument, false, false, byContent},
     {"wp/chars5.wp", Kind::wpDocument, false, false, byContent},
     {"wp/chars6.wp", Kind::wpDocument, false, true, byContent},
-    {"wp/crypt1.wp", Kind::wpDocument, false, false, byExtension},
-    {"wp/crypt3.wp", Kind::wpDocument, false, false, byContent},
-    {"wp/crypt4.wp", Kind::wpDocument, false, false, byExtension},
+    {"wp/crypt1.wp", Kind::wpDocument, true, false, byContent},
+    {"wp/crypt3.wp", Kind::wpDocument, true, false, byContent},
+    {"wp/crypt4.wp", Kind::wpDocument, true, false, byContent},
     {"wp/crypt5.wp", Kind::wpDocument, true, false, byContent},
     {"wp/equation5.wp", Kind::wpDocument, false, false, byContent},
     {"wp/expectation_document.wpd", Kind::wpDocument, false, true, byContent},
@@ -55,14 +56,14 @@ const CorpusCase corpusCases[] = {
     {"wp/prn_test5.wp", Kind::wpDocument, false, false, byContent},
     {"wp/test5.wp", Kind::wpDocument, false, false, byContent},
     {"wp/testWordPerfect.wpd", Kind::wpDocument, false, true, byContent},
-    {"wp/testWordPerfect_42.doc", Kind::office, false, false, byExtension},
+    {"wp/testWordPerfect_42.doc", Kind::wpDocument, false, false, byContent},
     {"wp/testWordPerfect_50.doc", Kind::wpDocument, false, false, byContent},
     {"wp/testWordPerfect_51_52.doc", Kind::wpDocument, false, false, byContent},
     {"wp/testWordPerfect_5_0.wp", Kind::wpDocument, false, false, byContent},
     {"wp/testWordPerfect_5_1.wp", Kind::wpDocument, false, false, byContent},
     {"wp/testWordPerfect_6_61.wpd", Kind::wpDocument, false, true, byContent},
     {"wp/texchars.wp", Kind::wpDocument, false, false, byContent},
-    {"wp/torture4.wp", Kind::wpDocument, false, false, byExtension},
+    {"wp/torture4.wp", Kind::wpDocument, false, false, byContent},
     {"wp/wordperfect.wpd", Kind::wpDocument, false, true, byContent},
     {"wpg/WPG.wpg", Kind::wpGraphic, false, false, byContent},
     {"wpg/embedded-1414-1.wpg", Kind::wpGraphic, false, true, byContent},
