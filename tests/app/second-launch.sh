@@ -20,12 +20,16 @@ cleanup() {
 trap cleanup EXIT
 # Whatever step fails, the first instance's log says what it saw.
 trap 'echo "failed at line $LINENO; the first instance logged:"; cat "$log" 2>/dev/null' ERR
-export QT_QPA_PLATFORM=offscreen XDG_CONFIG_HOME="$work/config" XDG_STATE_HOME="$work/state"
+# A runtime folder of its own: a Quillmorph the user has open is never met.
+mkdir -p "$work/run"
+chmod 700 "$work/run"
+export QT_QPA_PLATFORM=offscreen XDG_CONFIG_HOME="$work/config" XDG_STATE_HOME="$work/state" XDG_RUNTIME_DIR="$work/run"
 log="$work/state/Quillmorph/Quillmorph.log"
 
 "$bin/quillmorph" &
 first=$!
-for _ in $(seq 100); do
+# A sanitizer build on a busy machine may take a while to start.
+for _ in $(seq 600); do
     grep -qs "launch: didFinishLaunching" "$log" && break
     sleep 0.1
 done
@@ -37,7 +41,7 @@ else
     printf '\377WPC' >"$work/Letter one.wp5" # converts or fails: the hand-off is what counts
 fi
 cp "$work/Letter one.wp5" "$work/Second.wp5"
-XDG_STATE_HOME="$work/second-state" timeout 20 "$bin/quillmorph" "$work/Letter one.wp5" "$work/Second.wp5"
+XDG_STATE_HOME="$work/second-state" timeout 60 "$bin/quillmorph" "$work/Letter one.wp5" "$work/Second.wp5"
 echo "second launch exited 0"
 
 for _ in $(seq 100); do
