@@ -2,6 +2,7 @@
 
 #include "RsvgRenderer.h"
 #include "engine/ConversionError.h"
+#include "richtext/Numbers.h"
 
 #include <QCoreApplication>
 #include <QMetaObject>
@@ -31,13 +32,7 @@ bool isUTF8(const std::string &bytes)
 // The whole text as a number, or nothing.
 std::optional<double> wholeNumber(const std::string &text)
 {
-    if (text.empty())
-        return std::nullopt;
-    char *end = nullptr;
-    const double value = std::strtod(text.c_str(), &end);
-    if (end != text.c_str() + text.size())
-        return std::nullopt;
-    return value;
+    return richtext::Numbers::whole(text);
 }
 
 std::vector<std::string> splitAtSpacesAndCommas(const std::string &text)

@@ -1,5 +1,7 @@
 #include "UpscaledBitmaps.h"
 
+#include "richtext/Numbers.h"
+
 #include <gdk-pixbuf/gdk-pixbuf.h>
 #include <libxml/parser.h>
 #include <libxml/tree.h>
@@ -84,16 +86,15 @@ bool isSvgElement(const xmlNode *node, const char *name)
 std::vector<double> numbers(const std::string &text)
 {
     std::vector<double> found;
-    const char *at = text.c_str();
-    while (*at) {
-        char *end = nullptr;
-        const double value = std::strtod(at, &end);
-        if (end == at) {
-            ++at;
+    std::string_view rest = text;
+    while (!rest.empty()) {
+        const auto number = richtext::Numbers::leading(rest);
+        if (!number) {
+            rest.remove_prefix(1);
             continue;
         }
-        found.push_back(value);
-        at = end;
+        found.push_back(number->value);
+        rest.remove_prefix(number->length);
     }
     return found;
 }
@@ -178,12 +179,13 @@ std::optional<double> userLength(const std::string &text, bool required)
 {
     if (text.empty())
         return required ? std::nullopt : std::optional<double>(0);
-    char *end = nullptr;
-    const double value = std::strtod(text.c_str(), &end);
-    const std::string rest(end);
-    if (end == text.c_str() || !std::isfinite(value) || (!rest.empty() && rest != "px"))
+    const auto number = richtext::Numbers::leading(text);
+    if (!number || !std::isfinite(number->value))
         return std::nullopt;
-    return value;
+    const std::string rest = text.substr(number->length);
+    if (!rest.empty() && rest != "px")
+        return std::nullopt;
+    return number->value;
 }
 
 Pixbuf decodeDataURI(const std::string &uri)
@@ -361,9 +363,7 @@ guchar *unpremultiplied(uint32_t word, guchar *pixel, bool hasAlpha)
 
 std::string number(double value)
 {
-    char text[32];
-    std::snprintf(text, sizeof text, "%.17g", value);
-    return text;
+    return richtext::Numbers::shortest(value);
 }
 
 void setAttribute(xmlNode *node, const char *name, const std::string &value)

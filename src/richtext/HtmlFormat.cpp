@@ -1,4 +1,5 @@
 #include "HtmlFormat.h"
+#include "Numbers.h"
 
 #include "Units.h"
 
@@ -35,16 +36,12 @@ double fontPoints(const OdfProperties &text)
 
 std::string points(double value)
 {
-    char text[32];
-    std::snprintf(text, sizeof text, "%.2fpt", value);
-    return text;
+    return Numbers::fixed(value, 2) + "pt";
 }
 
 std::string inches(double value)
 {
-    char text[32];
-    std::snprintf(text, sizeof text, "%.4fin", value);
-    return text;
+    return Numbers::fixed(value, 4) + "in";
 }
 
 void setBold(HtmlFormat &format)
@@ -203,7 +200,8 @@ void declaration(const std::string &name, const std::string &rawValue, HtmlForma
             format.cell["style:vertical-align"] = value;
     } else if (name == "top" && format.text.count("html:position-relative")) {
         // A relatively raised or lowered run is how some generators write super- and subscript.
-        const double offset = std::atof(value.c_str());
+        const auto number = Numbers::leading(value);
+        const double offset = number ? number->value : 0;
         raised = raised || offset < 0;
         lowered = lowered || offset > 0;
     } else if (name == "position") {
@@ -224,7 +222,7 @@ void declaration(const std::string &name, const std::string &rawValue, HtmlForma
         if (const auto percent = Units::parsePercent(value))
             format.paragraph["fo:line-height"] = value;
         else if (value.find_first_not_of("0123456789.") == std::string::npos && !value.empty())
-            format.paragraph["fo:line-height"] = std::to_string(std::atof(value.c_str()) * 100) + "%";
+            format.paragraph["fo:line-height"] = Numbers::shortest(Numbers::leading(value).value_or(Numbers::Leading {1, 0}).value * 100) + "%";
         else if (const auto length = HtmlFormat::cssInches(value, size))
             format.paragraph["fo:line-height"] = inches(*length);
     } else if (name == "page-break-before" || name == "break-before") {

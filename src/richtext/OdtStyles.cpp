@@ -1,4 +1,5 @@
 #include "OdtStyles.h"
+#include "Numbers.h"
 
 #include "OdfNames.h"
 #include "Units.h"
@@ -48,7 +49,7 @@ void mergeText(OdfProperties &into, const OdfProperties &from)
         if (name == "fo:font-size" && endsWith(value, "%")) {
             const double base =
                 Units::parseInches(into.count(name) ? into[name] : "12pt").value_or(1.0 / 6) * 72;
-            into[name] = std::to_string(base * Units::parsePercent(value).value_or(1)) + "pt";
+            into[name] = Numbers::shortest(base * Units::parsePercent(value).value_or(1)) + "pt";
         } else {
             into[name] = value;
         }

@@ -6,6 +6,8 @@
 
 #include <gtest/gtest.h>
 
+#include <cerrno>
+
 namespace fs = std::filesystem;
 using namespace testing_support;
 using Style = Prompter::Alert::Style;
@@ -80,7 +82,7 @@ TEST_F(Workflow, AnOpenEventLogsTheNamesThenTakesEachFileInOrder)
               }));
     ASSERT_EQ(prompter.shown.size(), 2u);
     expectAlert(0, Style::warning, "Folder.wpd is a folder, not a document.", "I can only convert files.", {"OK"});
-    expectAlert(1, Style::warning, "I could not read gone \"x\".wpd.", "No such file or directory", {"OK"});
+    expectAlert(1, Style::warning, "I could not read gone \"x\".wpd.", systemMessage(ENOENT), {"OK"});
     EXPECT_EQ(revealer.revealed, std::vector<fs::path> {doc("Letter.odt")});
     EXPECT_EQ(readFile(doc("Letter.odt")), "converted");
 }

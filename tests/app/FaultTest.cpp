@@ -9,6 +9,8 @@
 
 #include <gtest/gtest.h>
 
+#include <cerrno>
+
 #include <QThreadPool>
 #include <QTimer>
 
@@ -148,8 +150,8 @@ TEST_F(Faults, AFullDiskFailsEachJobAndLeavesNoPartFile)
 
     EXPECT_EQ(convertOneOfEach(disk), (std::vector<std::string> {
                                           "I was unable to convert Letter.wp5." + unableToConvert,
-                                          "I could not convert Memo.wp5. / No space left on device",
-                                          "I could not convert Picture.wpg. / No space left on device",
+                                          "I could not convert Memo.wp5. / " + systemMessage(ENOSPC),
+                                          "I could not convert Picture.wpg. / " + systemMessage(ENOSPC),
                                           "I was unable to convert Note.fodt." + unableToConvert,
                                       }));
     auto expected = oneOfEach;
@@ -170,8 +172,8 @@ TEST_F(Faults, AReadOnlyFolderFailsEachJobAndIsLeftAsItWas)
 
     EXPECT_EQ(convertOneOfEach(folder), (std::vector<std::string> {
                                             "I was unable to convert Letter.wp5." + unableToConvert,
-                                            "I could not convert Memo.wp5. / Read-only file system",
-                                            "I could not convert Picture.wpg. / Read-only file system",
+                                            "I could not convert Memo.wp5. / " + systemMessage(EROFS),
+                                            "I could not convert Picture.wpg. / " + systemMessage(EROFS),
                                             "I was unable to convert Note.fodt." + unableToConvert,
                                         }));
     EXPECT_EQ(names(folder), oneOfEach);

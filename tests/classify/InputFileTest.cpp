@@ -4,6 +4,8 @@
 
 #include <gtest/gtest.h>
 
+#include <cerrno>
+
 #include <sys/stat.h>
 
 namespace fs = std::filesystem;
@@ -145,7 +147,7 @@ TEST(InputFile, UnreadableFilesThrowThePlatformReason)
         InputFile::classify(dir / "missing.wpd");
         FAIL() << "a missing file was classified";
     } catch (const PlatformError &error) {
-        EXPECT_STREQ(error.what(), "No such file or directory");
+        EXPECT_EQ(error.what(), testing_support::systemMessage(ENOENT));
     }
     fs::create_directory(dir / "folder.wpd");
     EXPECT_THROW(InputFile::classify(dir / "folder.wpd"), PlatformError) << "a folder cannot be read";

@@ -11,6 +11,8 @@
 
 #include <gtest/gtest.h>
 
+#include <cerrno>
+
 #include <QCoreApplication>
 #include <QThread>
 
@@ -158,7 +160,7 @@ TEST(WriteClassicRTF, AFailedWriteIsThePlatformsError)
                                           dir / "missing" / "Letter.rtf");
         ADD_FAILURE() << "wrote into a missing folder";
     } catch (const PlatformError &error) {
-        EXPECT_STREQ(error.what(), "No such file or directory");
+        EXPECT_EQ(error.what(), testing_support::systemMessage(ENOENT));
     }
 }
 

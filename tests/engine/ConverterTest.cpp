@@ -5,6 +5,8 @@
 
 #include <gtest/gtest.h>
 
+#include <cerrno>
+
 #include <QCoreApplication>
 #include <QThread>
 
@@ -99,7 +101,7 @@ TEST(Converter, HandsErrorsThroughUnwrapped)
     Converter::perform(JobCase::wpToODT {tools.work("in.wpd"), std::nullopt}, tools.work("out.odt"),
                        platform.completion());
     ASSERT_TRUE(waitUntil([&] { return platform.done(); }));
-    EXPECT_STREQ(errorOf<PlatformError>(platform.outcome).what(), "No such file or directory");
+    EXPECT_EQ(errorOf<PlatformError>(platform.outcome).what(), testing_support::systemMessage(ENOENT));
 
     tools.add("wpd2odt", "exit 0");
     Recorder password;

@@ -78,6 +78,11 @@ TEST(SVGSizing, NaturalSizeAndBitmapFollowTheRules)
         {R"(<svg viewBox="0 0 0 50" width="30" height="60">)", {30, 60}, {1000, 2000}},
         {"<svg viewBox=\"0 0\t100 50\" width=\"30\" height=\"60\">", {30, 60}, {1000, 2000}},
         {"<svg viewBox=\"0 0\n100 50\">", {612, 792}, {1545, 2000}},
+        // A piece that opens with white space is no number; the tab does not separate.
+        {"<svg viewBox=\"0 0 \t100 50\" width=\"30\" height=\"60\">", {30, 60}, {1000, 2000}},
+        // Decimals read the same whatever the locale spells them with.
+        {R"(<svg viewBox="0 0 637.02 276.75">)", {637.02, 276.75}, {2000, 869}},
+        {R"(<svg width="10.5in" height="7.25">)", {756, 7.25}, {2000, 19}},
         {R"(<svg width="210mm" height="297mm">)", {210, 297}, {1414, 2000}},
         {R"(<svg width="100%" height="50%">)", {100, 50}, {2000, 1000}},
         {R"(<svg width='300' height='300'>)", {612, 792}, {1545, 2000}},

@@ -1,5 +1,7 @@
 #include "TestSupport.h"
 
+#include <cstring>
+
 #include "support/Log.h"
 
 #include <QCoreApplication>
@@ -117,6 +119,11 @@ std::vector<std::string> LogTail::messagesContaining(const std::string &needle) 
             found.push_back(line.substr(14));
     }
     return found;
+}
+
+std::string systemMessage(int error)
+{
+    return std::strerror(error);
 }
 
 } // namespace testing_support

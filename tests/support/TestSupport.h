@@ -41,6 +41,10 @@ bool waitUntil(const std::function<bool()> &done, double seconds = 30);
 // so tests running side by side never read each other's entries.
 void usePrivateLog();
 
+// The system's own words for an errno value, in the language the test runs
+// under (the unit tests run under a German locale too).
+std::string systemMessage(int error);
+
 // Lines appended to the log since this object was made.
 class LogTail {
 public:

@@ -1,4 +1,5 @@
 #include "Properties.h"
+#include "richtext/Numbers.h"
 
 #include <cmath>
 #include <cstdlib>
@@ -19,11 +20,11 @@ std::optional<double> inchesOf(const RVNGPropertyList &list, const char *name)
     const std::string value = textOf(list, name);
     if (value.empty())
         return std::nullopt;
-    char *end = nullptr;
-    const double number = std::strtod(value.c_str(), &end);
-    if (end == value.c_str())
+    const auto parsed = richtext::Numbers::leading(value);
+    if (!parsed)
         return std::nullopt;
-    const std::string unit(end);
+    const double number = parsed->value;
+    const std::string unit = value.substr(parsed->length);
     if (unit == "pt")
         return number / 72.0;
     if (unit == "cm")
@@ -66,9 +67,9 @@ CharacterFormat characterFormatOf(const RVNGPropertyList &list)
     if (!isNone(textOf(list, "style:text-line-through-style")) || !isNone(textOf(list, "style:text-line-through-type")))
         set(strikeout);
     const std::string position = textOf(list, "style:text-position");
-    if (position.rfind("super", 0) == 0 || (!position.empty() && std::strtod(position.c_str(), nullptr) > 0))
+    if (position.rfind("super", 0) == 0 || richtext::Numbers::leading(position).value_or(richtext::Numbers::Leading {0, 0}).value > 0)
         set(superscript);
-    else if (position.rfind("sub", 0) == 0 || (!position.empty() && std::strtod(position.c_str(), nullptr) < 0))
+    else if (position.rfind("sub", 0) == 0 || richtext::Numbers::leading(position).value_or(richtext::Numbers::Leading {0, 0}).value < 0)
         set(subscript);
     if (textOf(list, "fo:font-variant") == "small-caps")
         set(smallCaps);
@@ -100,7 +101,7 @@ ParagraphFormat paragraphFormatOf(const RVNGPropertyList &list)
     format.firstLine = wpu(inchesOf(list, "fo:text-indent").value_or(0));
     const std::string height = textOf(list, "fo:line-height");
     if (!height.empty() && height.back() == '%') {
-        const double ratio = std::strtod(height.c_str(), nullptr) / 100.0;
+        const double ratio = richtext::Numbers::leading(height).value_or(richtext::Numbers::Leading {0, 0}).value / 100.0;
         if (ratio > 0.2 && ratio < 10)
             format.lineSpacing = static_cast<int>(std::lround(ratio * 65536.0));
     }
