@@ -1,12 +1,15 @@
 #include "HelpWindowController.h"
 
+#include "Log.h"
 #include "settings/Settings.h"
 #include "tools/ConversionTools.h"
 
 #include <QEvent>
 #include <QShortcut>
 #include <QTextBrowser>
+#include <QTextDocument>
 #include <QUrl>
+#include <QVariant>
 #include <QVBoxLayout>
 #include <QWidget>
 
@@ -16,13 +19,50 @@ namespace {
 
 const QString frameKey = QStringLiteral("QuillmorphHelpWindow");
 
+// Help.html gives the usual places of the settings file and the log between
+// <!--name--> and <!--/name-->; XDG_CONFIG_HOME and XDG_STATE_HOME move them,
+// so the page shown names the files this session really uses.
+void fillPlace(QString &page, const QString &name, const QString &path)
+{
+    const QString open = QStringLiteral("<!--%1-->").arg(name);
+    const QString close = QStringLiteral("<!--/%1-->").arg(name);
+    const qsizetype start = page.indexOf(open);
+    if (start < 0)
+        return;
+    const qsizetype end = page.indexOf(close, start);
+    if (end < 0)
+        return;
+    page.replace(start, end + close.size() - start, path.toHtmlEscaped());
+}
+
+class HelpBrowser : public QTextBrowser {
+public:
+    HelpBrowser(const Settings &settings, QWidget *parent) : QTextBrowser(parent), settings(settings) {}
+
+    QVariant loadResource(int type, const QUrl &name) override
+    {
+        QVariant resource = QTextBrowser::loadResource(type, name);
+        if (type != QTextDocument::HtmlResource || !resource.isValid())
+            return resource;
+        // The base class hands back the file's bytes; the page is UTF-8.
+        QString page = resource.typeId() == QMetaType::QByteArray ? QString::fromUtf8(resource.toByteArray())
+                                                                  : resource.toString();
+        fillPlace(page, QStringLiteral("settings-file"), settings.defaults().fileName());
+        fillPlace(page, QStringLiteral("log-file"), QString::fromStdString(Log::url().string()));
+        return page;
+    }
+
+private:
+    const Settings &settings;
+};
+
 } // namespace
 
 HelpWindowController::HelpWindowController(Settings &settings)
     : settings(settings), windowWidget(std::make_unique<QWidget>())
 {
     windowWidget->setWindowTitle(QStringLiteral("Quillmorph Help"));
-    webView = new QTextBrowser(windowWidget.get());
+    webView = new HelpBrowser(settings, windowWidget.get());
     webView->setOpenExternalLinks(true);
     auto *layout = new QVBoxLayout(windowWidget.get());
     layout->setContentsMargins(0, 0, 0, 0);

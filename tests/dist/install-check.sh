@@ -16,7 +16,8 @@ for path in bin/quillmorph bin/quillmorph-convert \
             lib/quillmorph/Files/wpd2odt lib/quillmorph/Files/wpd2html lib/quillmorph/Files/wpg2svg \
             lib/quillmorph/Help.html lib/quillmorph/quillmorph-icon.png \
             share/applications/quillmorph.desktop share/icons/hicolor/scalable/apps/quillmorph.svg \
-            share/metainfo/io.github.quillmorph.Quillmorph.metainfo.xml; do
+            share/metainfo/io.github.quillmorph.Quillmorph.metainfo.xml \
+            share/mime/packages/quillmorph.xml share/man/man1/quillmorph-convert.1.gz; do
     if [ ! -e "$root/$path" ]; then
         echo "missing after install: $path"
         fail=1
