@@ -140,7 +140,7 @@ std::vector<fs::path> Companion::collectFiles()
 Companion::Item Companion::prepare(const fs::path &path)
 {
     Item item {InputFile {path}, std::nullopt, {}};
-    const std::string name = path.filename().string();
+    const std::string name = displayName(path);
     Log::write("open: " + path.string());
     std::error_code error;
     if (fs::is_directory(path, error)) {
@@ -158,6 +158,12 @@ Companion::Item Companion::prepare(const fs::path &path)
     InputFile::Kind treatAs = item.file.kind;
     if (treatAs == InputFile::Kind::unknown && options.tryUnknown)
         treatAs = InputFile::Kind::wpDocument;
+    if (treatAs == InputFile::Kind::wpDocument) {
+        if (const auto why = whyNotADocument(item.file)) {
+            item.problem = name + " is " + *why + ".";
+            return item;
+        }
+    }
     item.plan = planJob(item.file, treatAs, settings);
     if (!item.plan && treatAs == InputFile::Kind::wpDocument)
         item.problem = name + " is an encrypted WordPerfect 6 file that I cannot open.";
@@ -220,7 +226,7 @@ void Companion::startNext()
 {
     while (running < options.jobs && next < files.size()) {
         const Item item = prepare(files[next++]);
-        const std::string name = item.file.url.filename().string();
+        const std::string name = displayName(item.file.url);
         if (!item.plan) {
             if (item.problem.empty())
                 recordSkip(name, "unknown type");
@@ -229,6 +235,10 @@ void Companion::startNext()
             continue;
         }
         const fs::path to = destinationFor(item);
+        if (const auto why = Destination::whyNotReplaceable(to)) {
+            recordFailure(name, "I could not convert " + name + ". " + *why);
+            continue;
+        }
         Job job = item.plan->job;
         const bool isDocumentJob =
             std::holds_alternative<JobCase::wpToODT>(job) || std::holds_alternative<JobCase::wpToRTF>(job);

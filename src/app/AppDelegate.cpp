@@ -58,7 +58,7 @@ QString familyOf(const fs::path &source)
 
 std::string fileName(const fs::path &url)
 {
-    return url.filename().string();
+    return displayName(url);
 }
 
 AppDelegate::AppDelegate(Prompter &prompter, Revealer &revealer, Settings &settings, QObject *parent)
@@ -136,6 +136,10 @@ bool AppDelegate::confirmUnknown(const fs::path &url)
 
 void AppDelegate::startWPDocument(const InputFile &file)
 {
+    if (const auto why = whyNotADocument(file)) {
+        warn(fileName(file.url) + " is " + *why + ".", "I can only convert WordPerfect documents and graphics.");
+        return;
+    }
     const auto plan = planJob(file, InputFile::Kind::wpDocument, settings);
     if (!plan) {
         warn(fileName(file.url) + " is an encrypted WordPerfect 6 file that I cannot open.",
@@ -202,7 +206,14 @@ std::optional<fs::path> AppDelegate::destinationFor(const InputFile &file, const
     const auto taken = [this](const fs::path &candidate) { return underWay.contains(candidate); };
     if (taken(Destination::proposedURL(file.url, ext)))
         return Destination::firstFreeNumberedURL(file.url, ext, taken);
-    return Destination::resolve(file.url, ext, prompter, taken);
+    auto choice = Destination::resolve(file.url, ext, prompter, taken);
+    if (choice) {
+        if (const auto why = Destination::whyNotReplaceable(*choice)) {
+            warn("I could not convert " + fileName(file.url) + ".", *why);
+            return std::nullopt;
+        }
+    }
+    return choice;
 }
 
 void AppDelegate::execute(const Job &job, const fs::path &to, const std::string &name,

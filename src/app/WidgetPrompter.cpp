@@ -4,6 +4,7 @@
 #include <QDialogButtonBox>
 #include <QFileDialog>
 #include <QGridLayout>
+#include <QLabel>
 #include <QLineEdit>
 #include <QMessageBox>
 #include <QPushButton>
@@ -45,8 +46,12 @@ Prompter::Answer WidgetPrompter::run(const Alert &alert)
     QMessageBox box;
     box.setWindowTitle(QStringLiteral("Quillmorph"));
     box.setIcon(alert.style == Alert::Style::warning ? QMessageBox::Warning : QMessageBox::Information);
+    // File names are shown as they are: "<b>x</b>.wpd" is no markup.
+    box.setTextFormat(Qt::PlainText);
     box.setText(qt(alert.message));
     box.setInformativeText(qt(alert.informative));
+    if (auto *informative = box.findChild<QLabel *>(QStringLiteral("qt_msgbox_informativelabel")))
+        informative->setTextFormat(Qt::PlainText);
     std::vector<QAbstractButton *> buttons;
     for (const auto &title : alert.buttons) {
         // One role for all keeps the buttons in the order they were given.

@@ -265,6 +265,35 @@ std::string_view kindName(InputFile::Kind kind)
     return "unknown";
 }
 
+std::string displayName(const fs::path &url)
+{
+    const fs::path normal = url.lexically_normal();
+    if (normal.has_filename())
+        return normal.filename().string();
+    const fs::path folder = normal.parent_path();
+    return folder.has_filename() ? folder.filename().string() : normal.string();
+}
+
+std::optional<std::string> whyNotADocument(const InputFile &file)
+{
+    if (file.kind != InputFile::Kind::wpDocument)
+        return std::nullopt;
+    std::vector<std::uint8_t> header;
+    try {
+        header = readFileHeader(file.url, 16);
+    } catch (const std::exception &) {
+        return std::nullopt; // the conversion will say what is wrong with it
+    }
+    // Byte 8 names the product that wrote the file; WordPerfect is 1. Other
+    // products of the family, WordPerfect Presentations above all, write
+    // slide shows and drawings that still claim the document type, and
+    // libwpd would read them as pages of binary noise.
+    if (startsWith(header, wordPerfectPrefix) && header.size() >= 10 && header[9] == 0x0A && header[8] != 1 &&
+        header[8] != 0)
+        return std::string("a WordPerfect Presentations file, not a document");
+    return std::nullopt;
+}
+
 std::string versionFamilyOf(const InputFile &file)
 {
     std::vector<std::uint8_t> header;
@@ -281,8 +310,9 @@ std::string versionFamilyOf(const InputFile &file)
     }
     if (!wordPerfect || startsWith(header, wordPerfectPrefix)) {
         std::string family = versionFamily(header);
-        if (file.isEncrypted && header.size() >= 13 && header[12] == 0)
-            family += ", encrypted"; // the key is not where the prefix shows it
+        // Macintosh files may keep their key where byte 12 does not show it.
+        if (file.isEncrypted && header.size() >= 10 && header[9] == 0x2C)
+            family += ", encrypted";
         return family;
     }
     switch (WordPerfectProbe::examine(file.url)) {

@@ -1,6 +1,7 @@
 #pragma once
 
 #include <cstdint>
+#include <optional>
 #include <filesystem>
 #include <string>
 #include <string_view>
@@ -40,6 +41,14 @@ std::string_view kindName(InputFile::Kind kind);
 
 // The lower-cased text after the last dot of the file name; empty without one.
 std::string lowercaseExtension(const std::filesystem::path &url);
+
+// The name a person knows the file by: its last path component, or the
+// folder's own name for a path given with a trailing "/" or "/.".
+std::string displayName(const std::filesystem::path &url);
+
+// Why a file that claims to be a WordPerfect document is not one ("a
+// WordPerfect Presentations file, not a document"); none for a document.
+std::optional<std::string> whyNotADocument(const InputFile &file);
 
 // The WordPerfect family a file's prefix names ("WordPerfect 5.x",
 // "WordPerfect 6 or later", ...), read from its bytes 9 and 10.

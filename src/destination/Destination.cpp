@@ -67,6 +67,14 @@ fs::path firstFreeNumberedURL(const fs::path &url, const std::string &ext,
     }
 }
 
+std::optional<std::string> whyNotReplaceable(const fs::path &output)
+{
+    std::error_code error;
+    if (fs::is_directory(fs::symlink_status(output, error)) || fs::is_directory(output, error))
+        return "\u201C" + output.filename().string() + "\u201D is a folder, so a converted file cannot replace it.";
+    return std::nullopt;
+}
+
 Choice resolve(const fs::path &url, const std::string &ext, Prompter &prompter,
                const std::function<bool(const fs::path &)> &alsoTaken)
 {

@@ -31,4 +31,8 @@ std::filesystem::path proposedURL(const std::filesystem::path &url, const std::s
 std::filesystem::path firstFreeNumberedURL(const std::filesystem::path &url, const std::string &ext,
                                            const std::function<bool(const std::filesystem::path &)> &alsoTaken = {});
 
+// Why an output cannot take the place of what stands at its name (a folder
+// is never replaced by a file); none when it can.
+std::optional<std::string> whyNotReplaceable(const std::filesystem::path &output);
+
 } // namespace Destination

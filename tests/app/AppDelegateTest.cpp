@@ -324,3 +324,40 @@ TEST_F(Workflow, OpenEventsAfterQuitAreLoggedNotConverted)
     EXPECT_EQ(delegate.pendingConversions, 0);
     EXPECT_FALSE(fs::exists(doc("Late.odt")));
 }
+
+TEST_F(Workflow, PathsEndingInASlashNameTheirFolder)
+{
+    fs::create_directories(doc("Sub"));
+    open({fs::path(doc("Sub").string() + "/"), fs::path(doc("Sub").string() + "/.")});
+    ASSERT_EQ(prompter.shown.size(), 2u);
+    expectAlert(0, Style::warning, "Sub is a folder, not a document.", "I can only convert files.", {"OK"});
+    expectAlert(1, Style::warning, "Sub is a folder, not a document.", "I can only convert files.", {"OK"});
+}
+
+TEST_F(Workflow, ReplacingAFolderFailsWithAReason)
+{
+    writeFile(doc("Letter.wpd"), wordPerfect());
+    fs::create_directories(doc("Letter.odt"));
+    prompter.answer(1); // Replace
+    open({doc("Letter.wpd")});
+    ASSERT_TRUE(settle());
+    ASSERT_EQ(prompter.shown.size(), 2u);
+    expectAlert(1, Style::warning, "I could not convert Letter.wpd.",
+                "\u201CLetter.odt\u201D is a folder, so a converted file cannot replace it.", {"OK"});
+    EXPECT_TRUE(fs::is_directory(doc("Letter.odt")));
+    EXPECT_EQ(delegate.pendingConversions, 0);
+}
+
+// Other products of the WordPerfect family write files that claim the document type.
+TEST_F(Workflow, APresentationsFileIsRefusedAsNoDocument)
+{
+    auto slides = wordPerfect(2);
+    slides[8] = 0x0A; // not WordPerfect's own product byte
+    writeFile(doc("Slides.wpd"), slides);
+    open({doc("Slides.wpd")});
+    ASSERT_TRUE(settle());
+    ASSERT_EQ(prompter.shown.size(), 1u);
+    expectAlert(0, Style::warning, "Slides.wpd is a WordPerfect Presentations file, not a document.",
+                "I can only convert WordPerfect documents and graphics.", {"OK"});
+    EXPECT_FALSE(fs::exists(doc("Slides.odt")));
+}

@@ -6,6 +6,7 @@
 #include <QApplication>
 #include <QCheckBox>
 #include <QFileDialog>
+#include <QLabel>
 #include <QLineEdit>
 #include <QMessageBox>
 #include <QPushButton>
@@ -125,4 +126,27 @@ TEST(RealWidgets, OpenPanelReturnsTheChosenFilesWithoutBlocking)
     QMetaObject::invokeMethod(panel, "accept"); // as the Open button does
     ASSERT_TRUE(waitUntil([&] { return chosen.has_value(); }));
     EXPECT_EQ(*chosen, std::vector<fs::path> {dir / "Letter.wpd"});
+}
+
+// A file may be called "<b>x</b>.wpd": the alert shows those characters, not bold text.
+TEST(RealWidgets, NamesAreShownAsTheyAreNotAsMarkup)
+{
+    WidgetPrompter prompter;
+    std::vector<QString> shown;
+    whenAlertShows([&shown](QMessageBox *box) {
+        for (QLabel *label : box->findChildren<QLabel *>()) {
+            if (!label->text().isEmpty() && label->pixmap().isNull()) {
+                EXPECT_EQ(label->textFormat(), Qt::PlainText) << label->text().toStdString();
+                shown.push_back(label->text());
+            }
+        }
+        box->reject();
+    });
+    Prompter::Alert alert;
+    alert.message = "I could not read <b>x</b>.wpd.";
+    alert.informative = "<i>No such file</i>";
+    alert.buttons = {"OK"};
+    prompter.run(alert);
+    EXPECT_NE(std::find(shown.begin(), shown.end(), "I could not read <b>x</b>.wpd."), shown.end());
+    EXPECT_NE(std::find(shown.begin(), shown.end(), "<i>No such file</i>"), shown.end());
 }

@@ -180,3 +180,53 @@ TEST(InputFile, ExtensionSetsHoldTheKnownNames)
     EXPECT_EQ(InputFile::officeExtensions(),
               (std::unordered_set<std::string> {"docx", "doc", "rtf", "html", "htm", "txt", "text"}));
 }
+
+// Where the bytes leave it open, libwpd decides; plain text stays text whatever its heuristics say.
+TEST(InputFile, LibwpdRecognisesWhatThePrefixDoesNotShow)
+{
+    struct Case {
+        const char *description;
+        const char *name;
+        Bytes bytes;
+        Kind kind;
+        bool isEncrypted;
+    };
+    // A WordPerfect 4.2 document: text and a three-byte function group (C2 .. C2).
+    Bytes wp42 = text("Minutes of the meeting\n");
+    wp42.insert(wp42.end(), {0xC2, 0x00, 0xC2});
+    const Bytes moreText = text("Budget approved\n");
+    wp42.insert(wp42.end(), moreText.begin(), moreText.end());
+    const Case cases[] = {
+        {"WordPerfect 4.2 named as a Word file", "LETTER.DOC", wp42, Kind::wpDocument, false},
+        {"WordPerfect 4.2 without an extension", "LETTER", wp42, Kind::wpDocument, false},
+        {"encrypted WordPerfect 4.2 marker", "notes.txt", Bytes {0xFE, 0xFF, 0x61, 0x61, 0x12, 0x34, 0x41, 0x42},
+         Kind::wpDocument, true},
+        {"UTF-8 text with umlauts", "notes.txt", text("some text: \xC3\xB6\xC3\xA4\xC3\xBC\n"), Kind::office, false},
+        {"plain text named .doc", "plain.doc", text("just words\n"), Kind::office, false},
+    };
+    TempDir dir;
+    for (const auto &c : cases) {
+        SCOPED_TRACE(c.description);
+        const fs::path file = dir / c.name;
+        writeFile(file, c.bytes);
+        const InputFile result = InputFile::classify(file);
+        EXPECT_EQ(result.kind, c.kind) << kindName(result.kind);
+        EXPECT_EQ(result.isEncrypted, c.isEncrypted);
+        EXPECT_FALSE(result.wpVersionIsWP6);
+        fs::remove(file);
+    }
+}
+
+TEST(InputFile, NamesAndOtherProducts)
+{
+    EXPECT_EQ(displayName("/archive/Sub/"), "Sub");
+    EXPECT_EQ(displayName("/archive/Sub/."), "Sub");
+    EXPECT_EQ(displayName("/archive/Letter.wpd"), "Letter.wpd");
+    TempDir dir;
+    Bytes slides = prefix(16, {{8, 0x0A}, {9, 0x0A}, {10, 2}});
+    writeFile(dir / "Slides.wpd", slides);
+    EXPECT_EQ(whyNotADocument(InputFile::classify(dir / "Slides.wpd")),
+              std::optional<std::string>("a WordPerfect Presentations file, not a document"));
+    writeFile(dir / "Letter.wpd", prefix(16, {{8, 1}, {9, 0x0A}, {10, 2}}));
+    EXPECT_EQ(whyNotADocument(InputFile::classify(dir / "Letter.wpd")), std::nullopt);
+}
