@@ -76,7 +76,7 @@ KINDS = [
     Kind("lo-rtf", "wp", "rtf", "LibreOffice's --convert-to rtf (peer)", batch="soffice rtf"),
     Kind("office-ceiling", "office", "odt", "LibreOffice's own ODT of the source", batch="soffice odt", role="ceiling"),
     Kind("office-floor", "office", "txt", "plain text (LibreOffice's text export)", batch="soffice txt:Text (encoded):UTF8", role="floor"),
-    Kind("wp6", "office", "wpd", "our companion, WordPerfect 6", **companion({"wordPerfectTarget": "wp6"})),
+    Kind("wp6", "office", "wp6", "our companion, WordPerfect 6", **companion({"wordPerfectTarget": "wp6"})),
     Kind("wp5", "office", "wp5", "our companion, WordPerfect 5.1", **companion({"wordPerfectTarget": "wp5"})),
 ]
 
@@ -443,7 +443,7 @@ def main():
             shutil.rmtree(outdir)
         outputs = make_outputs(kind, sources[kind.sources], outdir, office, work)
         made = [p for p in outputs.values() if p.exists() and p.stat().st_size > 0]
-        office.convert(made, "pdf", outdir / "pdf", "WordPerfect" if kind.ext in ("wpd", "wp5") else None)
+        office.convert(made, "pdf", outdir / "pdf", "WordPerfect" if kind.ext in ("wp6", "wp5") else None)
         results = []
         for src in sources[kind.sources]:
             out_pdf = outdir / "pdf" / f"{src.stem}.pdf"
@@ -455,6 +455,8 @@ def main():
         print(f"worst pages of {kind.name}: " + ", ".join(f"{name} p{p} {lk:.0f}" for lk, name, p in pages))
         if keep:
             keep.mkdir(parents=True, exist_ok=True)
+            for old in keep.glob(f"{kind.name}-*.png"):
+                old.unlink()
             stems = {names[s.stem]: s.stem for s in sources[kind.sources]}
             for lk, name, p in pages:
                 stem = stems[name]
