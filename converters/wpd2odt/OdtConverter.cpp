@@ -5,21 +5,12 @@
 #include "OdfXmlWriter.h"
 #include "OdtPackageWriter.h"
 #include "WordPerfectDocument.h"
+#include "WriterDefaults.h"
 #include "WpgToSvg.h"
 
 #include <libodfgen/libodfgen.hxx>
 
 namespace {
-
-// libodfgen writes no settings for text documents. The package still carries the usual settings
-// part, with one harmless item because a settings set may not be empty.
-const char *const settingsXml =
-    "<?xml version=\"1.0\" encoding=\"UTF-8\"?>\n"
-    "<office:document-settings xmlns:office=\"urn:oasis:names:tc:opendocument:xmlns:office:1.0\""
-    " xmlns:config=\"urn:oasis:names:tc:opendocument:xmlns:config:1.0\" office:version=\"1.1\">"
-    "<office:settings><config:config-item-set config:name=\"ooo:configuration-settings\">"
-    "<config:config-item config:name=\"PrinterIndependentLayout\" config:type=\"string\">high-resolution"
-    "</config:config-item></config:config-item-set></office:settings></office:document-settings>\n";
 
 void prepare(OdtGenerator &generator)
 {
@@ -41,7 +32,8 @@ std::string OdtConverter::toFlatXml(const WordPerfectDocument &document)
     OdtGenerator generator;
     prepare(generator);
     OdfXmlWriter writer;
-    generator.addDocumentHandler(&writer, ODF_FLAT_XML);
+    WriterDefaults defaults(writer);
+    generator.addDocumentHandler(&defaults, ODF_FLAT_XML);
     document.parse(generator);
     requireOutput(writer, document);
     return writer.xml();
@@ -57,7 +49,8 @@ std::string OdtConverter::toPackage(const WordPerfectDocument &document)
     OdtGenerator generator;
     prepare(generator);
     generator.addDocumentHandler(&content, ODF_CONTENT_XML);
-    generator.addDocumentHandler(&styles, ODF_STYLES_XML);
+    WriterDefaults styleDefaults(styles);
+    generator.addDocumentHandler(&styleDefaults, ODF_STYLES_XML);
     generator.addDocumentHandler(&meta, ODF_META_XML);
     document.parse(generator);
     requireOutput(content, document);
@@ -66,7 +59,7 @@ std::string OdtConverter::toPackage(const WordPerfectDocument &document)
     package.add("content.xml", "text/xml", content.xml());
     package.add("styles.xml", "text/xml", styles.xml());
     package.add("meta.xml", "text/xml", meta.xml());
-    package.add("settings.xml", "text/xml", settingsXml);
+    package.add("settings.xml", "text/xml", WriterDefaults::settingsXml());
     // Sub-documents libodfgen keeps apart (it makes them for charts and the like).
     const librevenge::RVNGStringVector objects = generator.getObjectNames();
     for (unsigned i = 0; i < objects.size(); ++i) {

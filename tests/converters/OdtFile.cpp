@@ -97,6 +97,8 @@ std::vector<std::string> OdtFile::select(const std::string &xml, const std::stri
                                    {"draw", "urn:oasis:names:tc:opendocument:xmlns:drawing:1.0"},
                                    {"text", "urn:oasis:names:tc:opendocument:xmlns:text:1.0"},
                                    {"manifest", "urn:oasis:names:tc:opendocument:xmlns:manifest:1.0"},
+                                   {"style", "urn:oasis:names:tc:opendocument:xmlns:style:1.0"},
+                                   {"config", "urn:oasis:names:tc:opendocument:xmlns:config:1.0"},
                                    {"xlink", "http://www.w3.org/1999/xlink"}};
     for (const auto &[prefix, uri] : namespaces)
         xmlXPathRegisterNs(context.get(), BAD_CAST prefix, BAD_CAST uri);

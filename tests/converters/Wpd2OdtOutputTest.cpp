@@ -137,4 +137,42 @@ TEST(OutputTest, SpacesThatOpenAParagraphAreKept)
     EXPECT_NE(run.out.find(">plain<"), std::string::npos);
 }
 
+// LibreOffice lays a loaded file out with what the file says, and its own WordPerfect import with a
+// new document's defaults. Both outputs must say what a new document assumes: pair kerning (or
+// every line is wider), and the layout flags LibreOffice otherwise sets to an old suite's values.
+TEST(OutputTest, AsksForTheLayoutOfANewLibreOfficeDocument)
+{
+    ScratchFolder folder;
+    const std::string source = folder.write("doc.wp", WordPerfectFixtures::wp51({"Kerned words"}));
+    const std::string destination = folder.file("out.odt");
+    ASSERT_EQ(ProgramRun::of({WPD2ODT_PATH, source, destination}).status, 0);
+    const OdtFile odt = OdtFile::package(destination);
+    ASSERT_TRUE(odt.ok());
+    const ProgramRun flat = ProgramRun::of({WPD2ODT_PATH, "--stdout", source});
+    ASSERT_EQ(flat.status, 0) << flat.err;
+
+    const std::string kerning =
+        "//style:default-style[@style:family='paragraph']/style:text-properties/@style:letter-kerning";
+    EXPECT_EQ(OdtFile::select(odt.read("styles.xml"), kerning), std::vector<std::string>{"true"});
+    EXPECT_EQ(OdtFile::select(flat.out, kerning), std::vector<std::string>{"true"});
+
+    const struct {
+        const char *name;
+        const char *value; // what a new document has; a file without the item gets the opposite
+    } settings[] = {
+        {"AddExternalLeading", "true"},
+        {"UseFormerLineSpacing", "false"},
+        {"AddParaSpacingToTableCells", "true"},
+        {"DoNotJustifyLinesWithManualBreak", "false"},
+        {"UseFormerTextWrapping", "false"},
+        {"TabOverflow", "true"},
+    };
+    for (const auto &setting : settings) {
+        EXPECT_EQ(OdtFile::select(odt.read("settings.xml"),
+                                  std::string("//config:config-item[@config:name='") + setting.name + "']"),
+                  std::vector<std::string>{setting.value})
+            << setting.name;
+    }
+}
+
 } // namespace
