@@ -1,8 +1,8 @@
 #include "Companion.h"
 
-#include "app/Wording.h"
+#include "workflow/Wording.h"
 #include "destination/Destination.h"
-#include "engine/ConversionError.h"
+#include "support/ConversionError.h"
 #include "engine/Converter.h"
 #include "settings/Settings.h"
 #include "support/Log.h"

@@ -1,7 +1,7 @@
 #pragma once
 
 #include "Terminal.h"
-#include "app/JobPlan.h"
+#include "workflow/JobPlan.h"
 #include "classify/InputFile.h"
 
 #include <QObject>

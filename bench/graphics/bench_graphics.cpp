@@ -1,4 +1,4 @@
-#include "engine/ConversionError.h"
+#include "support/ConversionError.h"
 #include "render/SVGRasterizer.h"
 #include "tools/ConversionTools.h"
 

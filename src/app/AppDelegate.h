@@ -1,7 +1,7 @@
 #pragma once
 
 #include "classify/InputFile.h"
-#include "engine/ConversionError.h"
+#include "support/ConversionError.h"
 #include "engine/Job.h"
 #include "settings/Targets.h"
 

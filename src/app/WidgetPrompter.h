@@ -1,6 +1,6 @@
 #pragma once
 
-#include "Prompter.h"
+#include "workflow/Prompter.h"
 
 // Answers the workflow's questions with real widgets: QMessageBox for alerts
 // (a masked field for passwords, a check box for suppression) and a

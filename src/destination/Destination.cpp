@@ -1,6 +1,5 @@
 #include "Destination.h"
 
-#include "app/Prompter.h"
 #include "classify/InputFile.h"
 
 #include <climits>
@@ -73,24 +72,6 @@ std::optional<std::string> whyNotReplaceable(const fs::path &output)
     if (fs::is_directory(fs::symlink_status(output, error)) || fs::is_directory(output, error))
         return "\u201C" + output.filename().string() + "\u201D is a folder, so a converted file cannot replace it.";
     return std::nullopt;
-}
-
-Choice resolve(const fs::path &url, const std::string &ext, Prompter &prompter,
-               const std::function<bool(const fs::path &)> &alsoTaken)
-{
-    const fs::path proposed = proposedURL(url, ext);
-    if (!occupied(proposed))
-        return proposed;
-    Prompter::Alert alert;
-    alert.style = Prompter::Alert::Style::warning;
-    alert.message = "A file named \u201C" + proposed.filename().string() + "\u201D already exists.";
-    alert.informative = "Do you want to replace it, or keep both files?";
-    alert.buttons = {"Keep Both", "Replace", "Cancel"};
-    switch (prompter.run(alert).button) {
-    case 0: return firstFreeNumberedURL(url, ext, alsoTaken);
-    case 1: return proposed;
-    default: return std::nullopt;
-    }
 }
 
 } // namespace Destination

@@ -5,19 +5,8 @@
 #include <optional>
 #include <string>
 
-class Prompter;
-
 // Output names: beside the input, its known extension replaced by the target's.
 namespace Destination {
-
-// Where to write, or nothing when the user cancelled (the `cancel` choice).
-using Choice = std::optional<std::filesystem::path>;
-
-// The proposed output beside `url`; when a file of that name exists, asks
-// whether to keep both (a numbered name, also avoiding what `alsoTaken` claims),
-// replace it, or cancel.
-Choice resolve(const std::filesystem::path &url, const std::string &ext, Prompter &prompter,
-               const std::function<bool(const std::filesystem::path &)> &alsoTaken = {});
 
 // The input's file name without its last extension when that extension is
 // one Quillmorph reads (16 of them, compared without case); else the whole name.

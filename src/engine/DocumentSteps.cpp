@@ -1,6 +1,6 @@
 #include "DocumentSteps.h"
 
-#include "ConversionError.h"
+#include "support/ConversionError.h"
 #include "support/Log.h"
 #include "tools/ConversionTools.h"
 

@@ -1,6 +1,6 @@
 #include "GraphicSteps.h"
 
-#include "ConversionError.h"
+#include "support/ConversionError.h"
 #include "DocumentSteps.h"
 #include "support/PlatformError.h"
 #include "tools/ConversionTools.h"

@@ -1,6 +1,6 @@
 #include "WordPerfectSteps.h"
 
-#include "ConversionError.h"
+#include "support/ConversionError.h"
 #include "DocumentSteps.h"
 #include "tools/ConversionTools.h"
 #include "tools/OfficeImport.h"

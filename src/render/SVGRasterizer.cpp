@@ -1,7 +1,7 @@
 #include "SVGRasterizer.h"
 
 #include "RsvgRenderer.h"
-#include "engine/ConversionError.h"
+#include "support/ConversionError.h"
 #include "richtext/Numbers.h"
 
 #include <QCoreApplication>

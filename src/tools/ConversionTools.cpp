@@ -1,6 +1,6 @@
 #include "ConversionTools.h"
 
-#include "engine/ConversionError.h"
+#include "support/ConversionError.h"
 #include "support/Log.h"
 #include "support/PlatformError.h"
 

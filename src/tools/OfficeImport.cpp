@@ -3,7 +3,7 @@
 #include "ConversionTools.h"
 #include "PandocRtf.h"
 #include "classify/InputFile.h"
-#include "engine/ConversionError.h"
+#include "support/ConversionError.h"
 #include "support/PlatformError.h"
 
 #include <QDir>

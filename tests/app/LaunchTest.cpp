@@ -4,7 +4,7 @@
 #include "app/MainWindow.h"
 #include "app/SingleInstance.h"
 #include "settings/Settings.h"
-#include "settings/SettingsWindowController.h"
+#include "app/SettingsWindowController.h"
 #include "tools/ConversionTools.h"
 
 #include <gtest/gtest.h>

@@ -1,6 +1,6 @@
 #pragma once
 
-#include "app/Prompter.h"
+#include "workflow/Prompter.h"
 #include "app/Revealer.h"
 
 #include <deque>

@@ -1,7 +1,7 @@
 #include "TestSupport.h"
 #include "settings/Settings.h"
-#include "settings/SettingsWindowController.h"
-#include "support/HelpWindowController.h"
+#include "app/SettingsWindowController.h"
+#include "app/HelpWindowController.h"
 #include "tools/ConversionTools.h"
 
 #include <gtest/gtest.h>

@@ -1,6 +1,6 @@
 #include "engine/ClassicRTF.h"
 #include "FakeTools.h"
-#include "engine/ConversionError.h"
+#include "support/ConversionError.h"
 #include "engine/Converter.h"
 #include "render/RTFDowngrade.h"
 #include "support/PlatformError.h"

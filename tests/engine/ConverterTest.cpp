@@ -1,5 +1,5 @@
 #include "FakeTools.h"
-#include "engine/ConversionError.h"
+#include "support/ConversionError.h"
 #include "engine/Converter.h"
 #include "support/PlatformError.h"
 

@@ -1,6 +1,6 @@
 #include "EngineRun.h"
 #include "FakeTools.h"
-#include "engine/ConversionError.h"
+#include "support/ConversionError.h"
 #include "engine/Converter.h"
 #include "tools/OfficeImport.h"
 

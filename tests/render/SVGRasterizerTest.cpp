@@ -1,5 +1,5 @@
 #include "TestSupport.h"
-#include "engine/ConversionError.h"
+#include "support/ConversionError.h"
 #include "render/SVGRasterizer.h"
 
 #include <gtest/gtest.h>

@@ -1,6 +1,6 @@
 #include "TestSupport.h"
 #include "settings/Settings.h"
-#include "support/HelpWindowController.h"
+#include "app/HelpWindowController.h"
 
 #include <gtest/gtest.h>
 

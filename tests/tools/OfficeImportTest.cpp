@@ -1,5 +1,5 @@
 #include "TestSupport.h"
-#include "engine/ConversionError.h"
+#include "support/ConversionError.h"
 #include "support/PlatformError.h"
 #include "tools/OfficeImport.h"
 

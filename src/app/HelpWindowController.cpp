@@ -1,6 +1,6 @@
 #include "HelpWindowController.h"
 
-#include "Log.h"
+#include "support/Log.h"
 #include "settings/Settings.h"
 #include "tools/ConversionTools.h"
 

@@ -1,6 +1,6 @@
 #include "PasswordPrompt.h"
 
-#include "app/Prompter.h"
+#include "workflow/Prompter.h"
 
 namespace PasswordPrompt {
 

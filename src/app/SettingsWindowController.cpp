@@ -1,6 +1,6 @@
 #include "SettingsWindowController.h"
 
-#include "Settings.h"
+#include "settings/Settings.h"
 
 #include <QComboBox>
 #include <QGridLayout>

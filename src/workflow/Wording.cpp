@@ -1,6 +1,6 @@
 #include "Wording.h"
 
-#include "engine/ConversionError.h"
+#include "support/ConversionError.h"
 
 FailureText describeFailure(const std::exception_ptr &error, const std::string &name)
 {
