@@ -110,8 +110,12 @@ std::variant<CompanionOptions, UsageError, HelpRequest> parseArguments(const std
     return options;
 }
 
-Companion::Companion(CompanionOptions options, const Settings &settings, PasswordSource &passwords, std::ostream &out)
-    : options(std::move(options)), settings(settings), passwords(passwords), out(out)
+Companion::Companion(CompanionOptions options, Settings &settings, PasswordSource &passwords, std::ostream &out)
+    : options(std::move(options)), settings(settings), out(out),
+      prompter({this->options.replace, this->options.tryUnknown, this->options.password}, passwords,
+               [this](const std::string &name, const std::string &reason) { recordFailure(name, reason); },
+               [this](const std::string &name, const std::string &reason) { recordSkip(name, reason); }),
+      intake(prompter, settings, [this](const Intake::Start &job) { launch(job); })
 {
 }
 
@@ -137,48 +141,13 @@ std::vector<fs::path> Companion::collectFiles()
     return found;
 }
 
-Companion::Item Companion::prepare(const fs::path &path)
-{
-    Item item {InputFile {path}, std::nullopt, {}};
-    const std::string name = displayName(path);
-    Log::write("open: " + path.string());
-    std::error_code error;
-    if (fs::is_directory(path, error)) {
-        item.problem = name + " is a folder, not a document.";
-        return item;
-    }
-    try {
-        item.file = InputFile::classify(path);
-    } catch (const std::exception &failure) {
-        item.problem = "I could not read " + name + ". " + failure.what();
-        return item;
-    }
-    item.classified = true;
-    Log::write("open: classified kind=" + std::string(kindName(item.file.kind)));
-    InputFile::Kind treatAs = item.file.kind;
-    if (treatAs == InputFile::Kind::unknown && options.tryUnknown)
-        treatAs = InputFile::Kind::wpDocument;
-    if (treatAs == InputFile::Kind::wpDocument) {
-        if (const auto why = whyNotADocument(item.file)) {
-            item.problem = name + " is " + *why + ".";
-            return item;
-        }
-    }
-    item.plan = planJob(item.file, treatAs, settings);
-    if (!item.plan && treatAs == InputFile::Kind::wpDocument)
-        item.problem = name + " is an encrypted WordPerfect 6 file that I cannot open.";
-    return item;
-}
-
-fs::path Companion::destinationFor(const Item &item) const
+fs::path Companion::dryRunDestination(const Item &item) const
 {
     const fs::path proposed = Destination::proposedURL(item.file.url, item.plan->ext);
     std::error_code error;
-    const bool exists = fs::exists(proposed, error);
-    if (!claimed.contains(proposed) && (!exists || options.replace))
+    if (!fs::exists(proposed, error) || options.replace)
         return proposed;
-    return Destination::firstFreeNumberedURL(item.file.url, item.plan->ext,
-                                             [this](const fs::path &candidate) { return claimed.contains(candidate); });
+    return Destination::firstFreeNumberedURL(item.file.url, item.plan->ext);
 }
 
 std::string Companion::describeJob(const Item &item) const
@@ -188,7 +157,7 @@ std::string Companion::describeJob(const Item &item) const
             return "refused: " + item.problem;
         return "skipped: unknown type (--try-unknown converts it as a WordPerfect document)";
     }
-    const fs::path to = destinationFor(item);
+    const fs::path to = dryRunDestination(item);
     std::string text = std::string(jobName(item.plan->job)) + " \u2192 " + to.filename().string();
     std::error_code error;
     if (options.replace && fs::exists(to, error))
@@ -200,7 +169,7 @@ int Companion::dryRun()
 {
     int status = 0;
     for (const auto &path : collectFiles()) {
-        const Item item = prepare(path);
+        const Item item = Intake::examine(path, settings, options.tryUnknown);
         if (!item.classified) {
             out << path.string() << "\t" << item.problem << "\n";
             status = 1;
@@ -224,56 +193,28 @@ void Companion::start()
 
 void Companion::startNext()
 {
-    while (running < options.jobs && next < files.size()) {
-        const Item item = prepare(files[next++]);
-        const std::string name = displayName(item.file.url);
-        if (!item.plan) {
-            if (item.problem.empty())
-                recordSkip(name, "unknown type");
-            else
-                recordFailure(name, item.problem);
-            continue;
-        }
-        const fs::path to = destinationFor(item);
-        if (const auto why = Destination::whyNotReplaceable(to)) {
-            recordFailure(name, "I could not convert " + name + ". " + *why);
-            continue;
-        }
-        Job job = item.plan->job;
-        const bool isDocumentJob =
-            std::holds_alternative<JobCase::wpToODT>(job) || std::holds_alternative<JobCase::wpToRTF>(job);
-        const bool needsPassword = item.file.isEncrypted && isDocumentJob;
-        if (needsPassword) {
-            auto password = options.password ? options.password : passwords.ask(name, false);
-            if (!password) {
-                recordSkip(name, "no password given");
-                continue;
-            }
-            job = withPassword(job, *password);
-        }
-        launch(job, to, name, options.password.has_value());
-    }
+    // The intake hands each file's job to launch(), or reports why there is none.
+    while (running < options.jobs && next < files.size())
+        intake.open(files[next++]);
     finishIfDone();
 }
 
-void Companion::launch(const Job &job, const fs::path &to, const std::string &name, bool passwordGiven)
+void Companion::launch(const Intake::Start &start)
 {
-    claimed.insert(to);
     ++running;
-    Log::write("convert: " + name + " \u2192 " + to.filename().string());
-    Converter::perform(job, to, [this, to, name, job, passwordGiven](const Converter::Outcome &error) {
-        complete(to, name, error, job, passwordGiven);
-    });
+    Log::write("convert: " + start.name + " \u2192 " + start.to.filename().string());
+    Converter::perform(start.job, start.to,
+                       [this, start](const Converter::Outcome &error) { complete(start, error); });
 }
 
-void Companion::complete(const fs::path &to, const std::string &name, const std::exception_ptr &error,
-                         const Job &job, bool passwordGiven)
+void Companion::complete(const Intake::Start &start, const std::exception_ptr &error)
 {
     --running;
+    intake.release(start.to);
     if (!error) {
         ++converted;
-        Log::write("converted \u2192 " + to.string());
-        progress("converted " + name + " \u2192 " + to.filename().string());
+        Log::write("converted \u2192 " + start.to.string());
+        progress("converted " + start.name + " \u2192 " + start.to.filename().string());
         startNext();
         return;
     }
@@ -284,20 +225,14 @@ void Companion::complete(const fs::path &to, const std::string &name, const std:
         wrongPassword = conversion.which() == ConversionError::Case::wrongPassword;
     } catch (...) {
     }
-    if (wrongPassword && !passwordGiven) {
+    if (wrongPassword && start.onWrongPassword && !options.password) {
         // The same loop as the app: ask again until it converts or the user gives up.
-        if (auto password = passwords.ask(name, true)) {
-            launch(withPassword(job, *password), to, name, false);
-            return;
-        }
-        claimed.erase(to);
-        recordSkip(name, "no password given");
+        start.onWrongPassword();
         startNext();
         return;
     }
-    claimed.erase(to);
-    const FailureText text = describeFailure(error, name);
-    recordFailure(name, text.message + " " + text.informative);
+    const FailureText text = describeFailure(error, start.name);
+    recordFailure(start.name, text.message + " " + text.informative);
     startNext();
 }
 

@@ -1,7 +1,8 @@
 #pragma once
 
 #include "Terminal.h"
-#include "workflow/JobPlan.h"
+#include "TerminalPrompter.h"
+#include "workflow/Intake.h"
 #include "classify/InputFile.h"
 
 #include <QObject>
@@ -40,7 +41,7 @@ std::string usageText();
 class Companion : public QObject {
     Q_OBJECT
 public:
-    Companion(CompanionOptions options, const Settings &settings, PasswordSource &passwords, std::ostream &out);
+    Companion(CompanionOptions options, Settings &settings, PasswordSource &passwords, std::ostream &out);
 
     // Starts the work; `finished` is emitted with the exit status.
     void start();
@@ -52,31 +53,25 @@ Q_SIGNALS:
     void finished(int status);
 
 private:
-    struct Item {
-        InputFile file;
-        std::optional<JobPlan> plan;
-        std::string problem; // why the file cannot be converted, when it cannot
-        bool classified = false;
-    };
+    using Item = Intake::Examined;
 
     std::vector<std::filesystem::path> collectFiles();
-    Item prepare(const std::filesystem::path &path);
-    std::filesystem::path destinationFor(const Item &item) const;
+    std::filesystem::path dryRunDestination(const Item &item) const;
     std::string describeJob(const Item &item) const;
 
     void startNext();
-    void launch(const Job &job, const std::filesystem::path &to, const std::string &name, bool passwordGiven);
-    void complete(const std::filesystem::path &to, const std::string &name, const std::exception_ptr &error,
-                  const Job &job, bool passwordGiven);
+    void launch(const Intake::Start &start);
+    void complete(const Intake::Start &start, const std::exception_ptr &error);
     void recordFailure(const std::string &name, const std::string &reason);
     void recordSkip(const std::string &name, const std::string &reason);
     void progress(const std::string &line);
     void finishIfDone();
 
     CompanionOptions options;
-    const Settings &settings;
-    PasswordSource &passwords;
+    Settings &settings;
     std::ostream &out;
+    TerminalPrompter prompter;
+    Intake intake;
 
     std::vector<std::filesystem::path> files;
     std::size_t next = 0;
@@ -85,5 +80,4 @@ private:
     int converted = 0;
     std::vector<std::string> failures;
     std::vector<std::string> skips;
-    std::set<std::filesystem::path> claimed; // outputs of this run, so two inputs never share one
 };

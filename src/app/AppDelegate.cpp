@@ -63,7 +63,8 @@ std::string fileName(const fs::path &url)
 }
 
 AppDelegate::AppDelegate(Prompter &prompter, Revealer &revealer, Settings &settings, QObject *parent)
-    : QObject(parent), prompter(prompter), revealer(revealer), settings(settings)
+    : QObject(parent), prompter(prompter), revealer(revealer), settings(settings),
+      intake(prompter, settings, [this](const Intake::Start &job) { execute(job); })
 {
 }
 
@@ -79,7 +80,7 @@ void AppDelegate::applicationOpen(const std::vector<fs::path> &urls)
         }
         Log::write("openEvent: " + quotedList(urls));
         for (const auto &url : urls)
-            open(url);
+            intake.open(url);
     });
 }
 
@@ -97,132 +98,14 @@ void AppDelegate::inTurn(std::function<void()> step)
     takingTurns = false;
 }
 
-void AppDelegate::open(const fs::path &url)
+void AppDelegate::execute(const Intake::Start &start)
 {
-    Log::write("open: " + url.string());
-    std::error_code error;
-    if (fs::is_directory(url, error)) {
-        warn(fileName(url) + " is a folder, not a document.", "I can only convert files.");
-        return;
-    }
-    InputFile file;
-    try {
-        file = InputFile::classify(url);
-    } catch (const std::exception &failure) {
-        warn("I could not read " + fileName(url) + ".", failure.what());
-        return;
-    }
-    Log::write("open: classified kind=" + std::string(kindName(file.kind)));
-    switch (file.kind) {
-    case InputFile::Kind::wpDocument: startWPDocument(file); break;
-    case InputFile::Kind::wpGraphic: startWPGraphic(file); break;
-    case InputFile::Kind::openDocument: startToWordPerfect(file, true); break;
-    case InputFile::Kind::office: startToWordPerfect(file, false); break;
-    case InputFile::Kind::unknown:
-        if (confirmUnknown(url))
-            startWPDocument(file);
-        break;
-    }
-}
-
-bool AppDelegate::confirmUnknown(const fs::path &url)
-{
-    Prompter::Alert alert;
-    alert.style = Prompter::Alert::Style::informational;
-    alert.message = "I cannot determine the type of " + fileName(url) + ".";
-    alert.informative = "If you believe this is a WordPerfect document, choose \u201CTry anyway\u201D.";
-    alert.buttons = {"Try anyway", "Cancel"};
-    return prompter.run(alert).button == 0;
-}
-
-void AppDelegate::startWPDocument(const InputFile &file)
-{
-    if (const auto why = whyNotADocument(file)) {
-        warn(fileName(file.url) + " is " + *why + ".", "I can only convert WordPerfect documents and graphics.");
-        return;
-    }
-    const auto plan = planJob(file, InputFile::Kind::wpDocument, settings);
-    if (!plan) {
-        warn(fileName(file.url) + " is an encrypted WordPerfect 6 file that I cannot open.",
-             "The libwpd conversion software cannot decrypt WordPerfect 6.x documents.");
-        return;
-    }
-    const DocTarget target = plan->ext == "rtf" ? DocTarget::rtf : DocTarget::odt;
-    const auto dest = destinationFor(file, plan->ext);
-    if (!dest)
-        return;
-    if (!file.isEncrypted) {
-        runWPDocument(file, *dest, target, std::nullopt);
-        return;
-    }
-    auto password = PasswordPrompt::ask(fileName(file.url), false, prompter);
-    if (!password)
-        return;
-    runWPDocument(file, *dest, target, std::move(password));
-}
-
-void AppDelegate::runWPDocument(const InputFile &file, const fs::path &dest, DocTarget target,
-                                std::optional<std::string> password)
-{
-    // The charset is read at each run, so a retry picks up a change made meanwhile.
-    const Job job = target == DocTarget::rtf
-                        ? Job(JobCase::wpToRTF {file.url, std::move(password), settings.rtfCharset()})
-                        : Job(JobCase::wpToODT {file.url, std::move(password)});
-    QPointer<AppDelegate> self(this);
-    auto onWrongPassword = [self, file, dest, target] {
-        if (!self || !file.isEncrypted)
-            return;
-        auto retry = PasswordPrompt::ask(fileName(file.url), true, self->prompter);
-        if (!retry)
-            return;
-        self->runWPDocument(file, dest, target, std::move(retry));
-    };
-    execute(job, dest, fileName(file.url), onWrongPassword);
-}
-
-void AppDelegate::startWPGraphic(const InputFile &file)
-{
-    const auto plan = planJob(file, InputFile::Kind::wpGraphic, settings);
-    const auto dest = destinationFor(file, plan->ext);
-    if (!dest)
-        return;
-    execute(plan->job, *dest, fileName(file.url), {});
-}
-
-void AppDelegate::startToWordPerfect(const InputFile &file, bool alreadyODT)
-{
-    if (!alreadyODT && !ConversionTools::libreOfficeURL())
-        showLibreOfficeNoticeIfNeeded();
-    const auto plan = planJob(file, alreadyODT ? InputFile::Kind::openDocument : InputFile::Kind::office, settings);
-    const auto dest = destinationFor(file, plan->ext);
-    if (!dest)
-        return;
-    execute(plan->job, *dest, fileName(file.url), {});
-}
-
-std::optional<fs::path> AppDelegate::destinationFor(const InputFile &file, const std::string &ext)
-{
-    // A name another conversion of this session is about to write counts as taken, so Letter.wpd
-    // and Letter.wp5 dropped together never overwrite each other; there is no file yet to ask about.
-    const auto taken = [this](const fs::path &candidate) { return underWay.contains(candidate); };
-    if (taken(Destination::proposedURL(file.url, ext)))
-        return Destination::firstFreeNumberedURL(file.url, ext, taken);
-    auto choice = Destination::resolve(file.url, ext, prompter, taken);
-    if (choice) {
-        if (const auto why = Destination::whyNotReplaceable(*choice)) {
-            warn("I could not convert " + fileName(file.url) + ".", *why);
-            return std::nullopt;
-        }
-    }
-    return choice;
-}
-
-void AppDelegate::execute(const Job &job, const fs::path &to, const std::string &name,
-                          std::function<void()> onWrongPassword)
-{
+    const Job &job = start.job;
+    const fs::path &to = start.to;
+    const std::string &name = start.name;
+    const std::function<void()> &onWrongPassword = start.onWrongPassword;
     Log::write("convert: " + name + " \u2192 " + fileName(to));
     ++pendingConversions;
-    underWay.insert(to);
     const quint64 id = nextConversionId++;
     Q_EMIT conversionStarted(id, qt(jobSource(job).string()), qt(to.string()), familyOf(jobSource(job)));
     QPointer<AppDelegate> self(this);
@@ -236,7 +119,7 @@ void AppDelegate::complete(quint64 id, const std::exception_ptr &outcome, const 
                            const std::function<void()> &onWrongPassword)
 {
     --pendingConversions;
-    underWay.erase(to);
+    intake.release(to);
     if (!outcome) {
         Q_EMIT conversionFinished(id, true, {});
         reveal(to);
@@ -298,24 +181,6 @@ void AppDelegate::revealAgain(const fs::path &url)
     revealer.reveal(url);
 }
 
-void AppDelegate::showLibreOfficeNoticeIfNeeded()
-{
-    QSettings &defaults = settings.defaults();
-    if (defaults.value(Settings::hideLibreOfficeNoticeKey, false).toBool())
-        return;
-    Prompter::Alert alert;
-    alert.style = Prompter::Alert::Style::informational;
-    alert.message = "Converting without LibreOffice";
-    alert.informative = "LibreOffice is not installed, so Word, RTF, and HTML files are converted using Pandoc. "
-                        "This works well for most documents but can lose some formatting.\n\n"
-                        "Installing the free LibreOffice (libreoffice.org) lets Quillmorph preserve more of the "
-                        "original layout.";
-    alert.buttons = {"OK"};
-    alert.suppressionTitle = "Don\u2019t show this again";
-    if (prompter.run(alert).suppressed)
-        defaults.setValue(Settings::hideLibreOfficeNoticeKey, true);
-}
-
 void AppDelegate::applicationDidFinishLaunching()
 {
     Log::write("launch: didFinishLaunching (bundle=" + ConversionTools::programPath().string() + ")");
@@ -338,7 +203,7 @@ void AppDelegate::chooseAndConvert()
         self->inTurn([self, urls] {
             for (const auto &url : urls) {
                 if (self && !self->quitting)
-                    self->open(url);
+                    self->intake.open(url);
             }
         });
     });

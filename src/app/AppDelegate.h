@@ -4,6 +4,7 @@
 #include "support/ConversionError.h"
 #include "engine/Job.h"
 #include "settings/Targets.h"
+#include "workflow/Intake.h"
 
 #include <QObject>
 #include <QPointer>
@@ -71,22 +72,12 @@ Q_SIGNALS:
     void readyToQuit();
 
 private:
-    void open(const std::filesystem::path &url);
-    bool confirmUnknown(const std::filesystem::path &url);
-    void startWPDocument(const InputFile &file);
-    void startWPGraphic(const InputFile &file);
-    void startToWordPerfect(const InputFile &file, bool alreadyODT);
-    std::optional<std::filesystem::path> destinationFor(const InputFile &file, const std::string &ext);
-    void runWPDocument(const InputFile &file, const std::filesystem::path &dest, DocTarget target,
-                       std::optional<std::string> password);
-    void execute(const Job &job, const std::filesystem::path &to, const std::string &name,
-                 std::function<void()> onWrongPassword);
+    void execute(const Intake::Start &start);
     void complete(quint64 id, const std::exception_ptr &outcome, const std::filesystem::path &to,
                   const std::string &name, const std::function<void()> &onWrongPassword);
     void warn(const std::string &message, const std::string &informative);
     void report(const ConversionError &error, const std::string &name);
     void reveal(const std::filesystem::path &url);
-    void showLibreOfficeNoticeIfNeeded();
     // Questions are modal: an open event, a panel's choice or a job's news that
     // arrives while one is open (its nested event loop runs) waits here and is
     // taken up, in order, once the question is answered.
@@ -98,8 +89,7 @@ private:
     std::unique_ptr<MainWindow> window;
     quint64 nextConversionId = 1;
     bool quitting = false;
-    // Destinations of the conversions under way, which may not have written their file yet.
-    std::set<std::filesystem::path> underWay;
+    Intake intake;
     std::deque<std::function<void()>> waiting;
     bool takingTurns = false;
 };

@@ -19,6 +19,8 @@ Choice resolve(const fs::path &url, const std::string &ext, Prompter &prompter,
     alert.message = "A file named \u201C" + proposed.filename().string() + "\u201D already exists.";
     alert.informative = "Do you want to replace it, or keep both files?";
     alert.buttons = {"Keep Both", "Replace", "Cancel"};
+    alert.topic = Prompter::Alert::Topic::clash;
+    alert.file = url.filename().string();
     switch (prompter.run(alert).button) {
     case 0: return firstFreeNumberedURL(url, ext, alsoTaken);
     case 1: return proposed;

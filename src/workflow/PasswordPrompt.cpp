@@ -13,6 +13,8 @@ std::optional<std::string> ask(const std::string &name, bool retry, Prompter &pr
     alert.style = retry ? Prompter::Alert::Style::warning : Prompter::Alert::Style::informational;
     alert.buttons = {"OK", "Cancel"};
     alert.passwordField = true;
+    alert.topic = Prompter::Alert::Topic::password;
+    alert.file = name;
     const Prompter::Answer answer = prompter.run(alert);
     if (answer.button != 0)
         return std::nullopt;

@@ -12,7 +12,12 @@ class Prompter {
 public:
     struct Alert {
         enum class Style { warning, informational };
+        // What the question is about, for a prompter that answers without a person
+        // (the companion answers clash and "Try anyway" questions from its options).
+        enum class Topic { other, refusal, unknownKind, clash, password, notice };
         Style style = Style::warning;
+        Topic topic = Topic::other;
+        std::string file; // the name of the file the question is about, when there is one
         std::string message;
         std::string informative;
         std::vector<std::string> buttons;     // in order; the first is the default

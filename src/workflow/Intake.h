@@ -1,0 +1,72 @@
+#pragma once
+
+#include "classify/InputFile.h"
+#include "engine/Job.h"
+#include "settings/Targets.h"
+#include "workflow/JobPlan.h"
+
+#include <filesystem>
+#include <functional>
+#include <optional>
+#include <set>
+#include <string>
+
+class Prompter;
+class Settings;
+
+// One file's way from an open event to a job under way, the same for the app
+// and the companion: the folder test, classification, the plan, the
+// refusals, the destination (claimed for the session, so two files never
+// share one), the password and the loop that asks again after a wrong one.
+// Every question goes to the Prompter; the caller runs the job it is handed
+// and reports how it ended.
+class Intake {
+public:
+    struct Start {
+        Job job;
+        std::filesystem::path to;
+        std::string name;
+        // Asks for the password again and starts the job once more; empty for
+        // a job without a password.
+        std::function<void()> onWrongPassword;
+    };
+
+    Intake(Prompter &prompter, Settings &settings, std::function<void(const Start &)> start);
+
+    // Takes one file up, up to the hand-over of its job; every question it
+    // asks is answered before it returns.
+    void open(const std::filesystem::path &url);
+
+    // A conversion to `to` has ended: the name is free again.
+    void release(const std::filesystem::path &to);
+
+    // A warning with one "OK" button, about the file named `name`.
+    void refuse(const std::string &name, const std::string &message, const std::string &informative);
+
+    // What open() would decide, without a question: the classification, the
+    // plan, or why there is none. For the companion's dry run.
+    struct Examined {
+        InputFile file;
+        std::optional<JobPlan> plan;
+        std::string problem; // why the file cannot be converted, when it cannot
+        bool classified = false;
+    };
+    static Examined examine(const std::filesystem::path &url, const Settings &settings, bool tryUnknown);
+
+private:
+    bool confirmUnknown(const InputFile &file);
+    void startWPDocument(const InputFile &file);
+    void startWPGraphic(const InputFile &file);
+    void startToWordPerfect(const InputFile &file, bool alreadyODT);
+    void runWPDocument(const InputFile &file, const std::filesystem::path &dest, DocTarget target,
+                       std::optional<std::string> password);
+    std::optional<std::filesystem::path> destinationFor(const InputFile &file, const std::string &ext);
+    void showLibreOfficeNoticeIfNeeded();
+    void hand(Start start);
+
+    Prompter &prompter;
+    Settings &settings;
+    std::function<void(const Start &)> start;
+    // Destinations of the conversions under way, which may not have written their file yet.
+    std::set<std::filesystem::path> underWay;
+};
