@@ -1,6 +1,7 @@
 #include "InputFile.h"
 
 #include "WordPerfectProbe.h"
+#include "richtext/Utf8.h"
 #include "support/PlatformError.h"
 
 #include <algorithm>
@@ -62,55 +63,14 @@ bool startsWith(const std::vector<std::uint8_t> &header, const Signature &signat
     return header.size() >= signature.size() && std::equal(signature.begin(), signature.end(), header.begin());
 }
 
-// Strict UTF-8 validation: overlong forms, surrogates and values past
-// U+10FFFF are rejected, as a platform decoder rejects them.
-bool decodeUTF8(const std::vector<std::uint8_t> &bytes, std::u32string &out)
-{
-    out.clear();
-    std::size_t i = 0;
-    while (i < bytes.size()) {
-        const std::uint8_t lead = bytes[i];
-        std::size_t length;
-        char32_t value;
-        if (lead < 0x80) {
-            length = 1;
-            value = lead;
-        } else if (lead >= 0xC2 && lead <= 0xDF) {
-            length = 2;
-            value = lead & 0x1F;
-        } else if (lead >= 0xE0 && lead <= 0xEF) {
-            length = 3;
-            value = lead & 0x0F;
-        } else if (lead >= 0xF0 && lead <= 0xF4) {
-            length = 4;
-            value = lead & 0x07;
-        } else {
-            return false;
-        }
-        if (i + length > bytes.size())
-            return false;
-        for (std::size_t k = 1; k < length; ++k) {
-            const std::uint8_t next = bytes[i + k];
-            if ((next & 0xC0) != 0x80)
-                return false;
-            value = (value << 6) | (next & 0x3F);
-        }
-        const bool overlong = (length == 3 && value < 0x800) || (length == 4 && value < 0x10000);
-        if (overlong || value > 0x10FFFF || (value >= 0xD800 && value <= 0xDFFF))
-            return false;
-        out.push_back(value);
-        i += length;
-    }
-    return true;
-}
-
 // The first 400 characters of the header as text, lower-cased; only ASCII
 // letters matter to the needles, so other characters are kept as they are.
 std::string sniffText(const std::vector<std::uint8_t> &header)
 {
-    std::u32string text;
-    if (!decodeUTF8(header, text))
-        text.assign(header.begin(), header.end()); // ISO Latin 1 decodes every byte
+    const std::string_view bytes(reinterpret_cast<const char *>(header.data()), header.size());
+    // Strict UTF-8, as a platform decoder reads it; else ISO Latin 1, which decodes every byte.
+    const std::u32string text = richtext::Utf8::isValid(bytes) ? richtext::Utf8::decode(bytes)
+                                                              : std::u32string(header.begin(), header.end());
     std::string lowered;
     const std::size_t count = std::min(text.size(), sniffCharacters);
     lowered.reserve(count);
