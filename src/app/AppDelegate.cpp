@@ -46,10 +46,10 @@ QString qt(const std::string &text)
     return QString::fromStdString(text);
 }
 
-QString familyOf(const fs::path &source)
+QString kindOf(const fs::path &source)
 {
     try {
-        return qt(versionFamilyOf(InputFile::classify(source)));
+        return qt(describeKind(InputFile::classify(source)));
     } catch (const std::exception &) {
         return {};
     }
@@ -66,6 +66,12 @@ AppDelegate::AppDelegate(Prompter &prompter, Revealer &revealer, Settings &setti
     : QObject(parent), prompter(prompter), revealer(revealer), settings(settings),
       intake(prompter, settings, [this](const Intake::Start &job) { execute(job); })
 {
+    intake.onCancelled = [this](const fs::path &file) {
+        // A cancelled retry keeps the row it had; any other cancelled file gets one.
+        const quint64 id = retryRow ? *retryRow : nextConversionId++;
+        retryRow.reset();
+        Q_EMIT fileSkipped(id, qt(file.string()), kindOf(file));
+    };
 }
 
 AppDelegate::~AppDelegate() = default;
@@ -79,9 +85,52 @@ void AppDelegate::applicationOpen(const std::vector<fs::path> &urls)
             return;
         }
         Log::write("openEvent: " + quotedList(urls));
-        for (const auto &url : urls)
-            intake.open(url);
+        takeUp(urls);
     });
+}
+
+void AppDelegate::takeUp(const std::vector<fs::path> &urls)
+{
+    const quint64 event = nextEvent++;
+    currentEvent = event;
+    events[event];
+    intake.openAll(urls);
+    currentEvent = 0;
+    events[event].takenUp = true;
+    revealWhenDone(event);
+}
+
+void AppDelegate::revealWhenDone(quint64 event)
+{
+    const auto found = events.find(event);
+    if (found == events.end() || !found->second.takenUp || found->second.pending > 0)
+        return;
+    revealNow(event);
+    events.erase(event);
+}
+
+void AppDelegate::revealSoon(quint64 event)
+{
+    // Files of one event that finish close together are shown together; one that hangs
+    // never holds back the others for longer than this.
+    const int generation = ++events[event].generation;
+    QPointer<AppDelegate> self(this);
+    QTimer::singleShot(400, this, [self, event, generation] {
+        if (!self)
+            return;
+        const auto found = self->events.find(event);
+        if (found != self->events.end() && found->second.generation == generation)
+            self->revealNow(event);
+    });
+}
+
+void AppDelegate::revealNow(quint64 event)
+{
+    auto &record = events[event];
+    // One call for what has finished: the file manager shows each folder once, its new files selected.
+    if (!quitting && !record.converted.empty())
+        revealer.reveal(record.converted, event);
+    record.converted.clear();
 }
 
 void AppDelegate::inTurn(std::function<void()> step)
@@ -106,8 +155,13 @@ void AppDelegate::execute(const Intake::Start &start)
     const std::function<void()> &onWrongPassword = start.onWrongPassword;
     Log::write("convert: " + name + " \u2192 " + fileName(to));
     ++pendingConversions;
-    const quint64 id = nextConversionId++;
-    Q_EMIT conversionStarted(id, qt(jobSource(job).string()), qt(to.string()), familyOf(jobSource(job)));
+    // A retry after a wrong password continues the row, and the open event, of its first run.
+    const quint64 id = retryRow ? *retryRow : nextConversionId++;
+    retryRow.reset();
+    const quint64 event = currentEvent ? currentEvent : eventOfConversion[id];
+    eventOfConversion[id] = event;
+    ++events[event].pending;
+    Q_EMIT conversionStarted(id, qt(jobSource(job).string()), qt(to.string()), kindOf(jobSource(job)));
     QPointer<AppDelegate> self(this);
     Converter::perform(job, to, [self, id, to, name, onWrongPassword](Converter::Outcome outcome) {
         if (self)
@@ -120,12 +174,16 @@ void AppDelegate::complete(quint64 id, const std::exception_ptr &outcome, const 
 {
     --pendingConversions;
     intake.release(to);
+    const quint64 event = eventOfConversion[id];
+    auto &record = events[event];
+    --record.pending;
     if (!outcome) {
         Q_EMIT conversionFinished(id, true, {});
-        reveal(to);
+        Log::write("converted \u2192 " + to.string());
+        record.converted.push_back(to);
+        revealSoon(event);
     } else {
         const FailureText words = describeFailure(outcome, name);
-        Q_EMIT conversionFinished(id, false, qt(words.informative));
         std::optional<ConversionError> conversion;
         try {
             std::rethrow_exception(outcome);
@@ -133,22 +191,36 @@ void AppDelegate::complete(quint64 id, const std::exception_ptr &outcome, const 
             conversion = error;
         } catch (...) {
         }
+        const bool askAgain = conversion && conversion->which() == ConversionError::Case::wrongPassword &&
+                              onWrongPassword && !quitting;
+        if (askAgain) {
+            // The row waits for the prompt; the event stays open until it is answered.
+            Q_EMIT conversionWaiting(id);
+            ++record.pending;
+        } else {
+            Q_EMIT conversionFinished(id, false, qt(words.informative));
+        }
         QPointer<AppDelegate> self(this);
-        inTurn([self, words, conversion, name, onWrongPassword] {
+        inTurn([self, id, event, words, conversion, name, onWrongPassword, askAgain] {
             if (!self)
                 return;
-            if (self->quitting) {
+            if (askAgain) {
+                --self->events[event].pending;
+                self->retryRow = id;
+                onWrongPassword();
+                self->retryRow.reset();
+            } else if (self->quitting) {
                 // Nobody is left to answer a question: the log keeps the reason.
                 Log::write("failed: " + name + " \u2014 " + words.informative);
-            } else if (conversion && conversion->which() == ConversionError::Case::wrongPassword && onWrongPassword) {
-                onWrongPassword();
             } else if (conversion) {
                 self->report(*conversion, name);
             } else {
                 self->warn(words.message, words.informative);
             }
+            self->revealWhenDone(event);
         });
     }
+    revealWhenDone(event);
     if (quitting && pendingConversions == 0)
         Q_EMIT readyToQuit();
 }
@@ -169,16 +241,9 @@ void AppDelegate::report(const ConversionError &error, const std::string &name)
     warn(words.message, words.informative);
 }
 
-void AppDelegate::reveal(const fs::path &url)
-{
-    Log::write("converted \u2192 " + url.string());
-    if (!quitting)
-        revealer.reveal(url);
-}
-
 void AppDelegate::revealAgain(const fs::path &url)
 {
-    revealer.reveal(url);
+    revealer.reveal({url}, 0);
 }
 
 void AppDelegate::applicationDidFinishLaunching()
@@ -201,10 +266,8 @@ void AppDelegate::chooseAndConvert()
             return;
         self->didOpen = true;
         self->inTurn([self, urls] {
-            for (const auto &url : urls) {
-                if (self && !self->quitting)
-                    self->intake.open(url);
-            }
+            if (self && !self->quitting)
+                self->takeUp(urls);
         });
     });
 }

@@ -12,6 +12,7 @@
 
 #include <cstdint>
 #include <deque>
+#include <map>
 #include <filesystem>
 #include <functional>
 #include <memory>
@@ -50,6 +51,7 @@ public:
     void applicationDidFinishLaunching();
 
     MainWindow *mainWindow() const { return window.get(); }
+    Settings &settingsStore() const { return settings; }
 
     // Shows an earlier output in the file manager again (the main window's list).
     void revealAgain(const std::filesystem::path &url);
@@ -66,8 +68,12 @@ public Q_SLOTS:
 
 Q_SIGNALS:
     // For the main window's list of this session's conversions.
-    void conversionStarted(quint64 id, const QString &input, const QString &output, const QString &family);
+    void conversionStarted(quint64 id, const QString &input, const QString &output, const QString &kind);
     void conversionFinished(quint64 id, bool succeeded, const QString &reason);
+    // The conversion met a wrong password; the prompt for another is open.
+    void conversionWaiting(quint64 id);
+    // A file whose handling the user cancelled (a row of its own, or the one it had).
+    void fileSkipped(quint64 id, const QString &input, const QString &kind);
     // Emitted when the last conversion has finished after quit().
     void readyToQuit();
 
@@ -77,7 +83,10 @@ private:
                   const std::string &name, const std::function<void()> &onWrongPassword);
     void warn(const std::string &message, const std::string &informative);
     void report(const ConversionError &error, const std::string &name);
-    void reveal(const std::filesystem::path &url);
+    void takeUp(const std::vector<std::filesystem::path> &urls);
+    void revealWhenDone(quint64 event);
+    void revealSoon(quint64 event);
+    void revealNow(quint64 event);
     // Questions are modal: an open event, a panel's choice or a job's news that
     // arrives while one is open (its nested event loop runs) waits here and is
     // taken up, in order, once the question is answered.
@@ -90,6 +99,18 @@ private:
     quint64 nextConversionId = 1;
     bool quitting = false;
     Intake intake;
+    // Each open event's conversions, revealed together once all have ended.
+    struct Event {
+        int pending = 0;
+        bool takenUp = false;
+        std::vector<std::filesystem::path> converted; // not yet shown
+        int generation = 0;
+    };
+    std::map<quint64, Event> events;
+    std::map<quint64, quint64> eventOfConversion;
+    quint64 nextEvent = 1;
+    quint64 currentEvent = 0;
+    std::optional<quint64> retryRow;
     std::deque<std::function<void()>> waiting;
     bool takingTurns = false;
 };

@@ -1,6 +1,8 @@
 #include "MainWindow.h"
 
 #include "AppDelegate.h"
+#include "StatusDelegate.h"
+#include "settings/Settings.h"
 
 #include <QAction>
 #include <QApplication>
@@ -13,7 +15,7 @@
 #include <QMenuBar>
 #include <QMessageBox>
 #include <QMimeData>
-#include <QPushButton>
+#include <QSettings>
 #include <QTreeWidget>
 #include <QVBoxLayout>
 
@@ -21,8 +23,10 @@ namespace fs = std::filesystem;
 
 namespace {
 
-enum Column { inputColumn, versionColumn, outputColumn, statusColumn };
 constexpr int outputPathRole = Qt::UserRole + 1;
+constexpr int stateRole = Qt::UserRole + 3;
+enum State { converting, done, failed, skipped, waiting };
+const QString columnsKey = QStringLiteral("MainWindow/listColumns");
 
 QString nameOf(const QString &path)
 {
@@ -51,20 +55,38 @@ MainWindow::MainWindow(AppDelegate &delegate) : delegate(delegate)
 
     list = new QTreeWidget(central);
     list->setObjectName(QStringLiteral("conversionList"));
-    list->setHeaderLabels({tr("File"), tr("Version"), tr("Output"), tr("Status")});
+    list->setHeaderLabels({tr("File"), tr("Kind"), tr("Output"), tr("Status")});
     list->setRootIsDecorated(false);
     list->setUniformRowHeights(true);
-    list->header()->setStretchLastSection(true);
-    list->setColumnWidth(inputColumn, 200);
-    list->setColumnWidth(versionColumn, 150);
+    list->setTextElideMode(Qt::ElideMiddle); // a long name keeps its start and its extension
+    list->setMouseTracking(true);
+    auto *status = new StatusDelegate(list);
+    list->setItemDelegateForColumn(statusColumn, status);
+    connect(status, &StatusDelegate::showClicked, this,
+            [this](const QModelIndex &index) { showAgain(list->topLevelItem(index.row())); });
+    QHeaderView *header = list->header();
+    header->setSectionResizeMode(QHeaderView::Interactive);
+    header->setStretchLastSection(true);
+    list->setColumnWidth(inputColumn, 220);
+    list->setColumnWidth(kindColumn, 190);
     list->setColumnWidth(outputColumn, 170);
+    // The widths a person chose come back next time.
+    QSettings &stored = delegate.settingsStore().defaults();
+    header->restoreState(stored.value(columnsKey).toByteArray());
+    connect(header, &QHeaderView::sectionResized, this,
+            [this, &stored] { stored.setValue(columnsKey, list->header()->saveState()); });
     connect(list, &QTreeWidget::itemDoubleClicked, this, [this](QTreeWidgetItem *item) { showAgain(item); });
     layout->addWidget(list, 1);
+    totalsLabel = new QLabel(central);
+    totalsLabel->setObjectName(QStringLiteral("totals"));
+    layout->addWidget(totalsLabel);
     setCentralWidget(central);
 
     buildMenu();
     connect(&delegate, &AppDelegate::conversionStarted, this, &MainWindow::addConversion);
     connect(&delegate, &AppDelegate::conversionFinished, this, &MainWindow::finishConversion);
+    connect(&delegate, &AppDelegate::conversionWaiting, this, &MainWindow::waitForPassword);
+    connect(&delegate, &AppDelegate::fileSkipped, this, &MainWindow::skipFile);
 }
 
 void MainWindow::buildMenu()
@@ -125,41 +147,78 @@ void MainWindow::dropEvent(QDropEvent *event)
     delegate.applicationOpen(paths);
 }
 
-void MainWindow::addConversion(quint64 id, const QString &input, const QString &output, const QString &family)
+QTreeWidgetItem *MainWindow::rowFor(quint64 id, const QString &input, const QString &kind)
 {
-    auto *item = new QTreeWidgetItem(list);
+    QTreeWidgetItem *item = rows.value(id);
+    if (!item) {
+        item = new QTreeWidgetItem(list);
+        rows.insert(id, item);
+        list->scrollToItem(item);
+    }
     item->setText(inputColumn, nameOf(input));
     item->setToolTip(inputColumn, input);
-    item->setText(versionColumn, family);
+    item->setText(kindColumn, kind);
+    item->setToolTip(kindColumn, kind);
+    return item;
+}
+
+void MainWindow::setState(QTreeWidgetItem *item, int state, const QString &text)
+{
+    item->setData(statusColumn, stateRole, state);
+    item->setData(statusColumn, StatusDelegate::showableRole, state == done);
+    item->setText(statusColumn, text);
+    item->setToolTip(statusColumn, text);
+    if (state == failed || state == skipped) {
+        // Nothing was written: no output to name.
+        item->setText(outputColumn, QString());
+        item->setToolTip(outputColumn, QString());
+        item->setData(outputColumn, outputPathRole, QVariant());
+    }
+    updateTotals();
+}
+
+void MainWindow::addConversion(quint64 id, const QString &input, const QString &output, const QString &kind)
+{
+    QTreeWidgetItem *item = rowFor(id, input, kind);
     item->setText(outputColumn, nameOf(output));
     item->setToolTip(outputColumn, output);
     item->setData(outputColumn, outputPathRole, output);
-    item->setText(statusColumn, QStringLiteral("Converting\u2026"));
-    rows.insert(id, item);
-    list->scrollToItem(item);
+    setState(item, converting, QStringLiteral("Converting\u2026"));
 }
 
 void MainWindow::finishConversion(quint64 id, bool succeeded, const QString &reason)
 {
-    QTreeWidgetItem *item = rows.value(id);
-    if (!item)
-        return;
-    if (!succeeded) {
-        item->setText(statusColumn, tr("Failed \u2014 %1").arg(reason));
-        item->setToolTip(statusColumn, reason);
-        return;
-    }
-    item->setText(statusColumn, QString());
-    auto *show = new QPushButton(tr("Done \u2014 Show"), list);
-    show->setFlat(true);
-    show->setToolTip(tr("Show the converted file in the file manager"));
-    connect(show, &QPushButton::clicked, this, [this, item] { showAgain(item); });
-    list->setItemWidget(item, statusColumn, show);
+    if (QTreeWidgetItem *item = rows.value(id))
+        setState(item, succeeded ? done : failed, succeeded ? tr("Done") : QStringLiteral("Failed \u2014 ") + reason);
+}
+
+void MainWindow::waitForPassword(quint64 id)
+{
+    if (QTreeWidgetItem *item = rows.value(id))
+        setState(item, waiting, tr("Waiting for the password"));
+}
+
+void MainWindow::skipFile(quint64 id, const QString &input, const QString &kind)
+{
+    setState(rowFor(id, input, kind), skipped, tr("Skipped"));
+}
+
+void MainWindow::updateTotals()
+{
+    int counts[5] = {};
+    for (int i = 0; i < list->topLevelItemCount(); ++i)
+        ++counts[list->topLevelItem(i)->data(statusColumn, stateRole).toInt()];
+    QStringList parts {tr("%1 converted").arg(counts[done]), tr("%1 failed").arg(counts[failed])};
+    if (counts[skipped] > 0)
+        parts << tr("%1 skipped").arg(counts[skipped]);
+    if (counts[converting] + counts[waiting] > 0)
+        parts << tr("%1 under way").arg(counts[converting] + counts[waiting]);
+    totalsLabel->setText(parts.join(QStringLiteral(", ")));
 }
 
 void MainWindow::showAgain(QTreeWidgetItem *item)
 {
-    if (!list->itemWidget(item, statusColumn))
+    if (!item || item->data(statusColumn, stateRole).toInt() != done)
         return; // only finished conversions have a file to show
     delegate.revealAgain(fs::path(item->data(outputColumn, outputPathRole).toString().toStdString()));
 }

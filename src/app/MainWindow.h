@@ -4,6 +4,7 @@
 #include <QMainWindow>
 
 class AppDelegate;
+class QLabel;
 class QTreeWidget;
 class QTreeWidgetItem;
 
@@ -15,6 +16,10 @@ public:
     explicit MainWindow(AppDelegate &delegate);
 
     QTreeWidget *conversionList() const { return list; }
+    // "12 converted, 1 failed" under the list.
+    QLabel *totals() const { return totalsLabel; }
+
+    enum Column { inputColumn, kindColumn, outputColumn, statusColumn };
 
 protected:
     void closeEvent(QCloseEvent *event) override;
@@ -23,12 +28,18 @@ protected:
 
 private:
     void buildMenu();
-    void addConversion(quint64 id, const QString &input, const QString &output, const QString &family);
+    void addConversion(quint64 id, const QString &input, const QString &output, const QString &kind);
     void finishConversion(quint64 id, bool succeeded, const QString &reason);
+    void waitForPassword(quint64 id);
+    void skipFile(quint64 id, const QString &input, const QString &kind);
+    QTreeWidgetItem *rowFor(quint64 id, const QString &input, const QString &kind);
+    void setState(QTreeWidgetItem *item, int state, const QString &text);
+    void updateTotals();
     void showAgain(QTreeWidgetItem *item);
     void showAbout();
 
     AppDelegate &delegate;
     QTreeWidget *list = nullptr;
+    QLabel *totalsLabel = nullptr;
     QHash<quint64, QTreeWidgetItem *> rows;
 };

@@ -5,17 +5,22 @@
 
 #include <filesystem>
 #include <functional>
+#include <set>
+#include <utility>
+#include <vector>
 
-// Shows a finished output to the user in their file manager.
+// Shows finished outputs to the user in their file manager.
 class Revealer {
 public:
     virtual ~Revealer() = default;
-    virtual void reveal(const std::filesystem::path &file) = 0;
+    // Finished files of one open event (`event`; 0 for none): each folder is
+    // shown once, with its files selected.
+    virtual void reveal(const std::vector<std::filesystem::path> &files, quint64 event) = 0;
 };
 
-// Asks the desktop's file manager, over D-Bus, to show the file selected
-// (org.freedesktop.FileManager1.ShowItems); when no file manager answers,
-// opens the folder that holds the file instead.
+// Asks the desktop's file manager, over D-Bus, to show the files selected
+// (org.freedesktop.FileManager1.ShowItems, one call per folder); when no file
+// manager answers, opens each folder that holds them instead, once.
 class FileManagerRevealer : public QObject, public Revealer {
     Q_OBJECT
 public:
@@ -24,8 +29,12 @@ public:
     // `openFolder` is the fallback; by default the desktop's URL handler.
     explicit FileManagerRevealer(FolderOpener openFolder = {}, QObject *parent = nullptr);
 
-    void reveal(const std::filesystem::path &file) override;
+    void reveal(const std::vector<std::filesystem::path> &files, quint64 event) override;
 
 private:
+    void showItems(const QUrl &folder, const QStringList &uris, bool mayOpen);
+
     FolderOpener openFolder;
+    // Folders the fallback has opened for an event: each at most once.
+    std::set<std::pair<quint64, QString>> opened;
 };

@@ -19,4 +19,12 @@ using Choice = std::optional<std::filesystem::path>;
 Choice resolve(const std::filesystem::path &url, const std::string &ext, Prompter &prompter,
                const std::function<bool(const std::filesystem::path &)> &alsoTaken = {});
 
+// For the files of one folder: the question offers to answer the same for the
+// rest of them, and once that is chosen the answer is given without asking.
+struct FolderAnswer {
+    std::optional<int> remembered; // the button chosen for every file of the folder
+};
+Choice resolve(const std::filesystem::path &url, const std::string &ext, Prompter &prompter,
+               const std::function<bool(const std::filesystem::path &)> &alsoTaken, FolderAnswer *folder);
+
 } // namespace Destination

@@ -4,9 +4,10 @@
 #include "settings/Settings.h"
 #include "support/Log.h"
 #include "tools/OfficeImport.h"
-#include "workflow/DestinationChoice.h"
 #include "workflow/PasswordPrompt.h"
 #include "workflow/Prompter.h"
+
+#include <algorithm>
 
 namespace fs = std::filesystem;
 
@@ -42,6 +43,64 @@ void Intake::open(const fs::path &url)
             startWPDocument(file);
         break;
     }
+}
+
+void Intake::openAll(const std::vector<fs::path> &urls)
+{
+    for (const auto &url : urls) {
+        std::error_code error;
+        if (!fs::is_directory(url, error)) {
+            open(url);
+            continue;
+        }
+        const auto files = filesInFolder(url);
+        const std::string name = displayName(url);
+        if (files.empty()) {
+            Log::write("open: " + url.string());
+            refuse(name, name + " is a folder, not a document.", "I can only convert files.");
+            continue;
+        }
+        if (files.size() > 20) {
+            Prompter::Alert alert;
+            alert.style = Prompter::Alert::Style::informational;
+            alert.file = name;
+            alert.message = "Convert the " + std::to_string(files.size()) + " files in \u201C" + name + "\u201D?";
+            alert.buttons = {"Convert", "Cancel"};
+            if (prompter.run(alert).button != 0)
+                continue;
+        }
+        folderAnswer.emplace();
+        for (const auto &file : files)
+            open(file);
+        folderAnswer.reset();
+    }
+}
+
+std::vector<fs::path> Intake::filesInFolder(const fs::path &folder)
+{
+    std::vector<fs::path> entries;
+    std::error_code error;
+    for (fs::directory_iterator walk(folder, fs::directory_options::skip_permission_denied, error), end;
+         !error && walk != end; walk.increment(error)) {
+        const std::string name = walk->path().filename().string();
+        if (!name.empty() && name.front() != '.')
+            entries.push_back(walk->path());
+    }
+    std::sort(entries.begin(), entries.end(),
+              [](const fs::path &a, const fs::path &b) { return a.filename() < b.filename(); });
+    std::vector<fs::path> files;
+    for (const auto &entry : entries) {
+        std::error_code kind;
+        if (fs::is_symlink(entry, kind) && fs::is_directory(entry, kind))
+            continue; // a link loop must not trap the walk
+        if (fs::is_directory(entry, kind)) {
+            const auto inner = filesInFolder(entry);
+            files.insert(files.end(), inner.begin(), inner.end());
+        } else {
+            files.push_back(entry);
+        }
+    }
+    return files;
 }
 
 void Intake::release(const fs::path &to)
@@ -95,8 +154,11 @@ void Intake::startWPDocument(const InputFile &file)
         return;
     }
     auto password = PasswordPrompt::ask(name, false, prompter);
-    if (!password)
+    if (!password) {
+        if (onCancelled)
+            onCancelled(file.url);
         return;
+    }
     runWPDocument(file, *dest, target, std::move(password));
 }
 
@@ -111,8 +173,11 @@ void Intake::runWPDocument(const InputFile &file, const fs::path &dest, DocTarge
     if (file.isEncrypted) {
         onWrongPassword = [this, file, dest, target] {
             auto retry = PasswordPrompt::ask(displayName(file.url), true, prompter);
-            if (!retry)
+            if (!retry) {
+                if (onCancelled)
+                    onCancelled(file.url);
                 return;
+            }
             runWPDocument(file, dest, target, std::move(retry));
         };
     }
@@ -146,7 +211,9 @@ std::optional<fs::path> Intake::destinationFor(const InputFile &file, const std:
     const auto taken = [this](const fs::path &candidate) { return underWay.contains(candidate); };
     if (taken(Destination::proposedURL(file.url, ext)))
         return Destination::firstFreeNumberedURL(file.url, ext, taken);
-    auto choice = Destination::resolve(file.url, ext, prompter, taken);
+    auto choice = Destination::resolve(file.url, ext, prompter, taken, folderAnswer ? &*folderAnswer : nullptr);
+    if (!choice && onCancelled)
+        onCancelled(file.url);
     if (choice) {
         if (const auto why = Destination::whyNotReplaceable(*choice)) {
             const std::string name = displayName(file.url);

@@ -3,6 +3,7 @@
 #include "classify/InputFile.h"
 #include "engine/Job.h"
 #include "settings/Targets.h"
+#include "workflow/DestinationChoice.h"
 #include "workflow/JobPlan.h"
 
 #include <filesystem>
@@ -10,6 +11,7 @@
 #include <optional>
 #include <set>
 #include <string>
+#include <vector>
 
 class Prompter;
 class Settings;
@@ -36,6 +38,18 @@ public:
     // Takes one file up, up to the hand-over of its job; every question it
     // asks is answered before it returns.
     void open(const std::filesystem::path &url);
+
+    // An open event's list: a folder stands for the files inside it, in name
+    // order, hidden ones left out; more than 20 are confirmed first.
+    void openAll(const std::vector<std::filesystem::path> &urls);
+
+    // The files a folder brings: recursively, in name order, without hidden
+    // files and folders; folders behind symbolic links are not followed.
+    static std::vector<std::filesystem::path> filesInFolder(const std::filesystem::path &folder);
+
+    // Told of each file whose handling ended without a job because the user
+    // cancelled a question (the app lists it as skipped).
+    std::function<void(const std::filesystem::path &)> onCancelled;
 
     // A conversion to `to` has ended: the name is free again.
     void release(const std::filesystem::path &to);
@@ -69,4 +83,6 @@ private:
     std::function<void(const Start &)> start;
     // Destinations of the conversions under way, which may not have written their file yet.
     std::set<std::filesystem::path> underWay;
+    // While a folder's files are taken up: the clash answer chosen for all of them.
+    std::optional<Destination::FolderAnswer> folderAnswer;
 };

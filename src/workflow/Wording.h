@@ -1,5 +1,7 @@
 #pragma once
 
+#include "classify/InputFile.h"
+
 #include <exception>
 #include <string>
 
@@ -9,6 +11,10 @@ struct FailureText {
     std::string message;
     std::string informative;
 };
+
+// What a file is, in words a person knows: "WordPerfect 5.x document",
+// "Word document", "Web page", ...
+std::string describeKind(const InputFile &file);
 
 // `name` is the input file's name. Conversion errors get their own words;
 // any other error shows its own description.

@@ -1,10 +1,16 @@
 #include "../engine/FakeTools.h"
 #include "ScriptedPrompter.h"
 #include "app/AppDelegate.h"
+#include "app/MainWindow.h"
 #include "settings/Settings.h"
 #include "tools/OfficeImport.h"
 
 #include <gtest/gtest.h>
+
+#include <QLabel>
+#include <QTreeWidget>
+
+#include <map>
 
 #include <cerrno>
 
@@ -360,4 +366,126 @@ TEST_F(Workflow, APresentationsFileIsRefusedAsNoDocument)
     expectAlert(0, Style::warning, "Slides.wpd is a WordPerfect Presentations file, not a document.",
                 "I can only convert WordPerfect documents and graphics.", {"OK"});
     EXPECT_FALSE(fs::exists(doc("Slides.odt")));
+}
+
+// One open event's outputs are shown together: one reveal for the files that finish together.
+TEST_F(Workflow, AnEventsOutputsAreRevealedTogether)
+{
+    writeFile(doc("A.wpd"), wordPerfect());
+    writeFile(doc("B.wpd"), wordPerfect());
+    writeFile(doc("C.wpd"), wordPerfect());
+    open({doc("A.wpd"), doc("B.wpd"), doc("C.wpd")});
+    ASSERT_TRUE(settle());
+    ASSERT_TRUE(waitUntil([&] { return revealer.revealed.size() == 3; }));
+    ASSERT_EQ(revealer.calls.size(), 1u);
+    EXPECT_EQ(revealer.calls[0], (std::vector<fs::path> {doc("A.odt"), doc("B.odt"), doc("C.odt")}));
+}
+
+// A folder stands for its files: nested ones in name order, hidden ones left out.
+TEST_F(Workflow, AFolderBringsItsFilesInNameOrder)
+{
+    fs::create_directories(doc("Archive/sub"));
+    fs::create_directories(doc("Archive/.hidden"));
+    writeFile(doc("Archive/b.wpd"), wordPerfect());
+    writeFile(doc("Archive/a.wpd"), wordPerfect());
+    writeFile(doc("Archive/sub/c.wpd"), wordPerfect());
+    writeFile(doc("Archive/.secret.wpd"), wordPerfect());
+    writeFile(doc("Archive/.hidden/d.wpd"), wordPerfect());
+    fs::create_directories(doc("Empty"));
+    const LogTail tail;
+    open({doc("Archive"), doc("Empty")});
+    ASSERT_TRUE(settle());
+    EXPECT_EQ(tail.messagesContaining("open: /"),
+              (std::vector<std::string> {"open: " + doc("Archive/a.wpd").string(), "open: " + doc("Archive/b.wpd").string(),
+                                         "open: " + doc("Archive/sub/c.wpd").string(), "open: " + doc("Empty").string()}));
+    EXPECT_TRUE(fs::exists(doc("Archive/sub/c.odt")));
+    EXPECT_FALSE(fs::exists(doc("Archive/.secret.odt")));
+    EXPECT_FALSE(fs::exists(doc("Archive/.hidden/d.odt")));
+    ASSERT_EQ(prompter.shown.size(), 1u);
+    expectAlert(0, Style::warning, "Empty is a folder, not a document.", "I can only convert files.", {"OK"});
+}
+
+TEST_F(Workflow, AFolderOfMoreThanTwentyFilesIsConfirmedFirst)
+{
+    fs::create_directories(doc("Big"));
+    for (int i = 0; i < 21; ++i)
+        writeFile(doc("Big/f" + std::to_string(i) + ".wpd"), wordPerfect());
+    prompter.answer(1); // Cancel
+    open({doc("Big")});
+    ASSERT_TRUE(settle());
+    ASSERT_EQ(prompter.shown.size(), 1u);
+    expectAlert(0, Style::informational, "Convert the 21 files in \u201CBig\u201D?", "", {"Convert", "Cancel"});
+    EXPECT_FALSE(fs::exists(doc("Big/f0.odt")));
+    prompter.answer(0); // Convert
+    open({doc("Big")});
+    ASSERT_TRUE(settle());
+    EXPECT_TRUE(fs::exists(doc("Big/f20.odt")));
+}
+
+// "Do the same for the other files of this folder" answers the rest of the folder's clashes.
+TEST_F(Workflow, AClashAnswerCanServeTheRestOfTheFolder)
+{
+    fs::create_directories(doc("Set"));
+    for (const char *name : {"a", "b", "c"}) {
+        writeFile(doc(std::string("Set/") + name + ".wpd"), wordPerfect());
+        writeFile(doc(std::string("Set/") + name + ".odt"), "old");
+    }
+    writeFile(doc("Loose.wpd"), wordPerfect());
+    writeFile(doc("Loose.odt"), "old");
+    // The old outputs are files of the folder too, and become WordPerfect files of their own.
+    tools.add("odt2wp5", "eval out=\\${$#}; printf wp > \"$out\"");
+    prompter.answer(1, {}, true); // Replace, for the whole folder
+    prompter.answer(0);           // Keep Both for the loose file: the choice ends with the folder
+    open({doc("Set"), doc("Loose.wpd")});
+    ASSERT_TRUE(settle());
+    ASSERT_EQ(prompter.shown.size(), 2u);
+    EXPECT_EQ(prompter.shown[0].alert.suppressionTitle, "Do the same for the other files of this folder");
+    EXPECT_EQ(prompter.shown[1].alert.suppressionTitle, "") << "a file dropped alone has no folder";
+    for (const char *name : {"a", "b", "c"})
+        EXPECT_EQ(readFile(doc(std::string("Set/") + name + ".odt")), "converted") << name;
+    EXPECT_EQ(readFile(doc("Loose.odt")), "old");
+    EXPECT_EQ(readFile(doc("Loose (1).odt")), "converted");
+}
+
+// The main window's list names each file's kind in words and its state; a failed or skipped
+// file names no output, and the totals follow.
+TEST_F(Workflow, TheListShowsKindsAndStates)
+{
+    tools.add("wpd2odt", "case \"$*\" in *Bad*|*--password*) exit 1;; esac\n"
+                         "eval out=\\${$#}; printf converted > \"$out\"");
+    delegate.applicationDidFinishLaunching();
+    writeFile(doc("Done.wpd"), wordPerfect());
+    writeFile(doc("Bad.wpd"), wordPerfect(2));
+    writeFile(doc("Kept.wpd"), wordPerfect());
+    writeFile(doc("Kept.odt"), "old");
+    writeFile(doc("Secret.wp5"), wordPerfect(0, 0x42));
+    auto *list = delegate.mainWindow()->conversionList();
+    std::string statusWhileAsked;
+    prompter.onAlert = [&](const Prompter::Alert &alert) {
+        if (alert.passwordField && alert.style == Style::warning)
+            statusWhileAsked = list->topLevelItem(list->topLevelItemCount() - 1)->text(MainWindow::statusColumn).toStdString();
+    };
+    prompter.answer(2);          // Cancel the clash for Kept.wpd
+    prompter.answer(0, "wrong"); // Secret.wp5: a wrong password,
+    prompter.answer(1);          // then Cancel the second prompt
+    open({doc("Done.wpd"), doc("Bad.wpd"), doc("Kept.wpd"), doc("Secret.wp5")});
+    ASSERT_TRUE(settle());
+    ASSERT_TRUE(waitUntil([&] { return list->topLevelItemCount() == 4 && !prompter.shown.empty() &&
+                                       prompter.shown.size() >= 4; }));
+    waitUntil([] { return false; }, 0.2);
+    std::map<std::string, std::vector<std::string>> rows;
+    for (int i = 0; i < list->topLevelItemCount(); ++i) {
+        const auto *item = list->topLevelItem(i);
+        rows[item->text(0).toStdString()] = {item->text(MainWindow::kindColumn).toStdString(),
+                                             item->text(MainWindow::outputColumn).toStdString(),
+                                             item->text(MainWindow::statusColumn).toStdString()};
+    }
+    EXPECT_EQ(rows["Done.wpd"], (std::vector<std::string> {"WordPerfect 5.x document", "Done.odt", "Done"}));
+    EXPECT_EQ(rows["Bad.wpd"][0], "WordPerfect 6 document");
+    EXPECT_EQ(rows["Bad.wpd"][1], "") << "a failed file names no output";
+    EXPECT_EQ(rows["Bad.wpd"][2].rfind("Failed \u2014 ", 0), 0u) << rows["Bad.wpd"][2];
+    EXPECT_EQ(rows["Kept.wpd"], (std::vector<std::string> {"WordPerfect 5.x document", "", "Skipped"}));
+    EXPECT_EQ(rows["Secret.wp5"], (std::vector<std::string> {"WordPerfect 5.x document, encrypted", "", "Skipped"}));
+    EXPECT_EQ(statusWhileAsked, "Waiting for the password");
+    EXPECT_EQ(delegate.mainWindow()->totals()->text(), "1 converted, 1 failed, 2 skipped");
 }

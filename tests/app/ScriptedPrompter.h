@@ -52,6 +52,11 @@ private:
 
 class RecordingRevealer : public Revealer {
 public:
-    void reveal(const std::filesystem::path &file) override { revealed.push_back(file); }
+    void reveal(const std::vector<std::filesystem::path> &files, quint64) override
+    {
+        calls.push_back(files);
+        revealed.insert(revealed.end(), files.begin(), files.end());
+    }
     std::vector<std::filesystem::path> revealed;
+    std::vector<std::vector<std::filesystem::path>> calls; // one per reveal
 };
