@@ -68,13 +68,21 @@ MainWindow::MainWindow(AppDelegate &delegate) : delegate(delegate)
     header->setSectionResizeMode(QHeaderView::Interactive);
     header->setStretchLastSection(true);
     list->setColumnWidth(inputColumn, 220);
-    list->setColumnWidth(kindColumn, 190);
+    list->setColumnWidth(kindColumn, 240);
     list->setColumnWidth(outputColumn, 170);
     // The widths a person chose come back next time.
     QSettings &stored = delegate.settingsStore().defaults();
     header->restoreState(stored.value(columnsKey).toByteArray());
-    connect(header, &QHeaderView::sectionResized, this,
-            [this, &stored] { stored.setValue(columnsKey, list->header()->saveState()); });
+    for (const int column : {inputColumn, kindColumn, outputColumn})
+        chosenWidths[column] = header->sectionSize(column);
+    connect(header, &QHeaderView::sectionResized, this, [this, &stored](int column, int, int size) {
+        if (fitting)
+            return;
+        if (column < statusColumn)
+            chosenWidths[column] = size;
+        stored.setValue(columnsKey, list->header()->saveState());
+    });
+    list->viewport()->installEventFilter(this);
     connect(list, &QTreeWidget::itemDoubleClicked, this, [this](QTreeWidgetItem *item) { showAgain(item); });
     layout->addWidget(list, 1);
     totalsLabel = new QLabel(central);
@@ -120,6 +128,33 @@ void MainWindow::showAbout()
                        tr("<b>Quillmorph</b> %1<p>Rescues WordPerfect documents and graphics, and writes "
                           "WordPerfect 6 and 5.1 from today's office formats.</p>")
                            .arg(QStringLiteral(QUILLMORPH_VERSION)));
+}
+
+bool MainWindow::eventFilter(QObject *watched, QEvent *event)
+{
+    if (watched == list->viewport() && event->type() == QEvent::Resize)
+        fitColumns();
+    return QMainWindow::eventFilter(watched, event);
+}
+
+void MainWindow::fitColumns()
+{
+    // In a narrow window the status must stay in view: the other columns give up width in
+    // proportion, down to a floor, without forgetting the widths the person chose.
+    constexpr int statusRoom = 200;
+    constexpr int floor = 70;
+    const int available = list->viewport()->width() - statusRoom;
+    int wanted = 0;
+    for (const int column : {inputColumn, kindColumn, outputColumn})
+        wanted += chosenWidths[column];
+    fitting = true;
+    for (const int column : {inputColumn, kindColumn, outputColumn}) {
+        const int width = chosenWidths[column];
+        list->setColumnWidth(column, wanted <= available || wanted == 0
+                                         ? width
+                                         : std::max(floor, width * std::max(available, 0) / wanted));
+    }
+    fitting = false;
 }
 
 void MainWindow::closeEvent(QCloseEvent *event)

@@ -23,6 +23,7 @@ public:
 
 protected:
     void closeEvent(QCloseEvent *event) override;
+    bool eventFilter(QObject *watched, QEvent *event) override;
     void dragEnterEvent(QDragEnterEvent *event) override;
     void dropEvent(QDropEvent *event) override;
 
@@ -35,11 +36,14 @@ private:
     QTreeWidgetItem *rowFor(quint64 id, const QString &input, const QString &kind);
     void setState(QTreeWidgetItem *item, int state, const QString &text);
     void updateTotals();
+    void fitColumns();
     void showAgain(QTreeWidgetItem *item);
     void showAbout();
 
     AppDelegate &delegate;
     QTreeWidget *list = nullptr;
     QLabel *totalsLabel = nullptr;
+    bool fitting = false;
+    int chosenWidths[3] = {}; // File, Kind, Output as the person set them
     QHash<quint64, QTreeWidgetItem *> rows;
 };
