@@ -33,6 +33,15 @@ Options:
                         the password is asked on the terminal (Ctrl-D skips the file)
       --try-unknown     convert files of unknown type as WordPerfect documents
                         (they are skipped otherwise)
+      --output-dir DIR  write the outputs into DIR, mirroring each file's path
+                        below the argument it was found under; the inputs'
+                        folders are never written to
+      --skip-existing   leave a file whose output exists and is newer than it
+                        (counted as skipped, "up to date"); an older output is
+                        replaced, so a repeated run makes no numbered copies
+      --document-target odt|rtf       --graphic-target png|svg
+      --wordperfect-target wp6|wp5    --rtf-charset ansi|mac
+                        override the Settings window's choice for this run
   -j, --jobs N          convert N files at a time (default: the number of cores)
   -h, --help            show this text
 
@@ -65,6 +74,17 @@ std::optional<std::string> optionValue(const std::vector<std::string> &args, std
     return std::nullopt;
 }
 
+std::string oneOf(const std::string &value, const std::string &option, std::initializer_list<const char *> choices)
+{
+    std::string list;
+    for (const char *choice : choices) {
+        if (value == choice)
+            return value;
+        list += (list.empty() ? "" : " or ") + std::string(choice);
+    }
+    throw UsageError {option + " takes " + list + ", not \u201C" + value + "\u201D"};
+}
+
 std::string yesNo(bool value)
 {
     return value ? "yes" : "no";
@@ -93,6 +113,18 @@ std::variant<CompanionOptions, UsageError, HelpRequest> parseArguments(const std
                 options.replace = true;
             } else if (arg == "--try-unknown") {
                 options.tryUnknown = true;
+            } else if (arg == "--skip-existing") {
+                options.skipExisting = true;
+            } else if (auto dir = optionValue(args, i, "--output-dir", "")) {
+                options.outputDir = fs::absolute(*dir);
+            } else if (auto target = optionValue(args, i, "--document-target", "")) {
+                options.documentTarget = oneOf(*target, "--document-target", {"odt", "rtf"});
+            } else if (auto target = optionValue(args, i, "--graphic-target", "")) {
+                options.graphicTarget = oneOf(*target, "--graphic-target", {"png", "svg"});
+            } else if (auto target = optionValue(args, i, "--wordperfect-target", "")) {
+                options.wordPerfectTarget = oneOf(*target, "--wordperfect-target", {"wp6", "wp5"});
+            } else if (auto charset = optionValue(args, i, "--rtf-charset", "")) {
+                options.rtfCharset = oneOf(*charset, "--rtf-charset", {"ansi", "mac"});
             } else if (auto password = optionValue(args, i, "--password", "")) {
                 options.password = *password;
             } else if (auto jobs = optionValue(args, i, "--jobs", "-j")) {
@@ -112,11 +144,41 @@ std::variant<CompanionOptions, UsageError, HelpRequest> parseArguments(const std
 
 Companion::Companion(CompanionOptions options, Settings &settings, PasswordSource &passwords, std::ostream &out)
     : options(std::move(options)), settings(settings), out(out),
-      prompter({this->options.replace, this->options.tryUnknown, this->options.password}, passwords,
+      prompter({this->options.replace, this->options.skipExisting, this->options.tryUnknown, this->options.password},
+               passwords,
                [this](const std::string &name, const std::string &reason) { recordFailure(name, reason); },
                [this](const std::string &name, const std::string &reason) { recordSkip(name, reason); }),
       intake(prompter, settings, [this](const Intake::Start &job) { launch(job); })
 {
+    const std::pair<const std::optional<std::string> &, const QString &> overrides[] = {
+        {this->options.documentTarget, Settings::documentTargetKey},
+        {this->options.graphicTarget, Settings::graphicTargetKey},
+        {this->options.wordPerfectTarget, Settings::wordPerfectTargetKey},
+        {this->options.rtfCharset, Settings::rtfCharsetKey},
+    };
+    for (const auto &[value, key] : overrides)
+        if (value)
+            settings.overrideForThisRun(key, QString::fromStdString(*value));
+    if (this->options.outputDir)
+        intake.placeOutput = [this](const fs::path &input) { return placeOutput(input); };
+    if (this->options.skipExisting) {
+        intake.upToDate = [](const fs::path &input, const fs::path &output) {
+            std::error_code error;
+            const auto made = fs::last_write_time(output, error);
+            return !error && made >= fs::last_write_time(input, error) && !error;
+        };
+    }
+    intake.onSkipped = [this](const fs::path &input, const std::string &why) {
+        if (why == "up to date")
+            recordSkip(displayName(input), why);
+    };
+}
+
+fs::path Companion::placeOutput(const fs::path &input) const
+{
+    const auto root = rootOf.find(input);
+    const fs::path relative = root == rootOf.end() ? input.filename() : input.lexically_relative(root->second);
+    return *options.outputDir / relative;
 }
 
 std::vector<fs::path> Companion::collectFiles()
@@ -126,6 +188,7 @@ std::vector<fs::path> Companion::collectFiles()
         std::error_code error;
         if (!fs::is_directory(input, error)) {
             found.push_back(input);
+            rootOf[input] = input.parent_path();
             continue;
         }
         std::vector<fs::path> inFolder;
@@ -136,6 +199,8 @@ std::vector<fs::path> Companion::collectFiles()
                 inFolder.push_back(walk->path());
         }
         std::sort(inFolder.begin(), inFolder.end());
+        for (const auto &file : inFolder)
+            rootOf[file] = input;
         found.insert(found.end(), inFolder.begin(), inFolder.end());
     }
     return found;
@@ -143,11 +208,12 @@ std::vector<fs::path> Companion::collectFiles()
 
 fs::path Companion::dryRunDestination(const Item &item) const
 {
-    const fs::path proposed = Destination::proposedURL(item.file.url, item.plan->ext);
+    const fs::path placed = options.outputDir ? placeOutput(item.file.url) : item.file.url;
+    const fs::path proposed = Destination::proposedURL(placed, item.plan->ext);
     std::error_code error;
-    if (!fs::exists(proposed, error) || options.replace)
+    if (!fs::exists(proposed, error) || options.replace || options.skipExisting)
         return proposed;
-    return Destination::firstFreeNumberedURL(item.file.url, item.plan->ext);
+    return Destination::firstFreeNumberedURL(placed, item.plan->ext);
 }
 
 std::string Companion::describeJob(const Item &item) const
@@ -202,6 +268,8 @@ void Companion::startNext()
 void Companion::launch(const Intake::Start &start)
 {
     ++running;
+    std::error_code error;
+    fs::create_directories(start.to.parent_path(), error); // a mirrored folder under --output-dir
     Log::write("convert: " + start.name + " \u2192 " + start.to.filename().string());
     Converter::perform(start.job, start.to,
                        [this, start](const Converter::Outcome &error) { complete(start, error); });

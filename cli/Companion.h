@@ -10,6 +10,7 @@
 #include <filesystem>
 #include <optional>
 #include <ostream>
+#include <map>
 #include <set>
 #include <string>
 #include <variant>
@@ -24,6 +25,12 @@ struct CompanionOptions {
     bool tryUnknown = false;
     std::optional<std::string> password;
     int jobs = 1;
+    // The settings' choices, overridden for this run (raw values: "odt", "png", "wp5", "mac", ...).
+    std::optional<std::string> documentTarget, graphicTarget, wordPerfectTarget, rtfCharset;
+    // Outputs go here, mirroring each input's path below the argument it was found under.
+    std::optional<std::filesystem::path> outputDir;
+    // An output newer than its input is left alone, and counted as up to date.
+    bool skipExisting = false;
 };
 
 struct UsageError {
@@ -56,6 +63,7 @@ private:
     using Item = Intake::Examined;
 
     std::vector<std::filesystem::path> collectFiles();
+    std::filesystem::path placeOutput(const std::filesystem::path &input) const;
     std::filesystem::path dryRunDestination(const Item &item) const;
     std::string describeJob(const Item &item) const;
 
@@ -74,6 +82,7 @@ private:
     Intake intake;
 
     std::vector<std::filesystem::path> files;
+    std::map<std::filesystem::path, std::filesystem::path> rootOf; // the argument each file was found under
     std::size_t next = 0;
     int running = 0;
     std::size_t done = 0;

@@ -20,8 +20,9 @@ Prompter::Answer TerminalPrompter::run(const Alert &alert)
         skipped(alert.file, "unknown type");
         return {second};
     case Topic::clash:
-        // Keep Both, or Replace when asked for on the command line.
-        return {choices.replace ? second : first};
+        // Keep Both, or Replace when asked for on the command line; an output that is
+        // older than its input, under --skip-existing, is made again in its place.
+        return {choices.replace || choices.skipExisting ? second : first};
     case Topic::password: {
         const bool retry = alert.style == Alert::Style::warning;
         auto password = choices.password ? choices.password : passwords.ask(alert.file, retry);

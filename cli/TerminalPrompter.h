@@ -15,6 +15,7 @@ class TerminalPrompter : public Prompter {
 public:
     struct Choices {
         bool replace = false;
+        bool skipExisting = false;
         bool tryUnknown = false;
         std::optional<std::string> password;
     };

@@ -66,7 +66,7 @@ AppDelegate::AppDelegate(Prompter &prompter, Revealer &revealer, Settings &setti
     : QObject(parent), prompter(prompter), revealer(revealer), settings(settings),
       intake(prompter, settings, [this](const Intake::Start &job) { execute(job); })
 {
-    intake.onCancelled = [this](const fs::path &file) {
+    intake.onSkipped = [this](const fs::path &file, const std::string &) {
         // A cancelled retry keeps the row it had; any other cancelled file gets one.
         const quint64 id = retryRow ? *retryRow : nextConversionId++;
         retryRow.reset();

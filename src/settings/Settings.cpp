@@ -16,7 +16,9 @@ Choice Settings::read(const QString &key) const
 {
     // Another process (the settings window of a running app) may have written.
     store->sync();
-    const QByteArray raw = store->value(key).toString().toUtf8();
+    const auto overridden = overrides.find(key);
+    const QByteArray raw =
+        (overridden != overrides.end() ? overridden->second : store->value(key).toString()).toUtf8();
     const auto [first, second] = allCases<Choice>();
     return raw == QByteArray(rawValue(second).data(), qsizetype(rawValue(second).size())) ? second : first;
 }

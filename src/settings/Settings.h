@@ -5,6 +5,7 @@
 #include <QSettings>
 #include <QString>
 
+#include <map>
 #include <memory>
 
 // The user's preferences: the four conversion choices, read anew at every
@@ -31,9 +32,14 @@ public:
 
     QSettings &defaults() const { return *store; }
 
+    // A value for this process only (the companion's --document-target and
+    // kin); the stored preferences are left as they are.
+    void overrideForThisRun(const QString &key, const QString &raw) { overrides[key] = raw; }
+
 private:
     template <typename Choice>
     Choice read(const QString &key) const;
 
     std::unique_ptr<QSettings> store;
+    std::map<QString, QString> overrides;
 };

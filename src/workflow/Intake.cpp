@@ -155,8 +155,8 @@ void Intake::startWPDocument(const InputFile &file)
     }
     auto password = PasswordPrompt::ask(name, false, prompter);
     if (!password) {
-        if (onCancelled)
-            onCancelled(file.url);
+        if (onSkipped)
+            onSkipped(file.url, "cancelled");
         return;
     }
     runWPDocument(file, *dest, target, std::move(password));
@@ -174,8 +174,8 @@ void Intake::runWPDocument(const InputFile &file, const fs::path &dest, DocTarge
         onWrongPassword = [this, file, dest, target] {
             auto retry = PasswordPrompt::ask(displayName(file.url), true, prompter);
             if (!retry) {
-                if (onCancelled)
-                    onCancelled(file.url);
+                if (onSkipped)
+                    onSkipped(file.url, "cancelled");
                 return;
             }
             runWPDocument(file, dest, target, std::move(retry));
@@ -209,11 +209,19 @@ std::optional<fs::path> Intake::destinationFor(const InputFile &file, const std:
     // A name another conversion of this session is about to write counts as taken, so Letter.wpd
     // and Letter.wp5 dropped together never overwrite each other; there is no file yet to ask about.
     const auto taken = [this](const fs::path &candidate) { return underWay.contains(candidate); };
-    if (taken(Destination::proposedURL(file.url, ext)))
-        return Destination::firstFreeNumberedURL(file.url, ext, taken);
-    auto choice = Destination::resolve(file.url, ext, prompter, taken, folderAnswer ? &*folderAnswer : nullptr);
-    if (!choice && onCancelled)
-        onCancelled(file.url);
+    const fs::path placed = placeOutput ? placeOutput(file.url) : file.url;
+    const fs::path proposed = Destination::proposedURL(placed, ext);
+    if (taken(proposed))
+        return Destination::firstFreeNumberedURL(placed, ext, taken);
+    std::error_code error;
+    if (upToDate && fs::exists(proposed, error) && upToDate(file.url, proposed)) {
+        if (onSkipped)
+            onSkipped(file.url, "up to date");
+        return std::nullopt;
+    }
+    auto choice = Destination::resolve(placed, ext, prompter, taken, folderAnswer ? &*folderAnswer : nullptr);
+    if (!choice && onSkipped)
+        onSkipped(file.url, "cancelled");
     if (choice) {
         if (const auto why = Destination::whyNotReplaceable(*choice)) {
             const std::string name = displayName(file.url);

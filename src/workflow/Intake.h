@@ -47,9 +47,16 @@ public:
     // files and folders; folders behind symbolic links are not followed.
     static std::vector<std::filesystem::path> filesInFolder(const std::filesystem::path &folder);
 
-    // Told of each file whose handling ended without a job because the user
-    // cancelled a question (the app lists it as skipped).
-    std::function<void(const std::filesystem::path &)> onCancelled;
+    // Told of each file whose handling ended without a job and without a
+    // failure: "cancelled" (the user cancelled a question) or "up to date".
+    std::function<void(const std::filesystem::path &, const std::string &)> onSkipped;
+
+    // Where a file's output goes instead of beside it: the path the input would have
+    // there (the companion's --output-dir mirrors the folders below its argument).
+    std::function<std::filesystem::path(const std::filesystem::path &)> placeOutput;
+
+    // True when an existing output need not be made again (the companion's --skip-existing).
+    std::function<bool(const std::filesystem::path &input, const std::filesystem::path &output)> upToDate;
 
     // A conversion to `to` has ended: the name is free again.
     void release(const std::filesystem::path &to);

@@ -175,3 +175,27 @@ TEST_F(CompanionRun, FailuresAreCountedWithTheirReasons)
     EXPECT_NE(text.find("I could not read missing.wpd. " + testing_support::systemMessage(ENOENT)), std::string::npos);
     EXPECT_TRUE(none.asked.empty()) << "--password is not asked again";
 }
+
+// --output-dir mirrors the folders below the argument and never writes beside the inputs;
+// --skip-existing makes nothing again that is up to date; target flags override the settings.
+TEST_F(CompanionRun, WritesIntoAnOutputTreeAndSkipsWhatIsUpToDate)
+{
+    fs::create_directories(docs() / "archive" / "sub");
+    writeFile(docs() / "archive" / "Letter.wpd", wordPerfectHeader(false));
+    writeFile(docs() / "archive" / "sub" / "Memo.wpd", wordPerfectHeader(false));
+    const fs::path tree = tools.work("out");
+    ScriptedPasswords none({});
+    EXPECT_EQ(run({"--output-dir", tree.string(), "--skip-existing", (docs() / "archive").string()}, none), 0);
+    EXPECT_EQ(readFile(tree / "Letter.odt"), "converted");
+    EXPECT_EQ(readFile(tree / "sub" / "Memo.odt"), "converted");
+    EXPECT_FALSE(fs::exists(docs() / "archive" / "Letter.odt")) << "nothing beside the inputs";
+    this->out.str("");
+    EXPECT_EQ(run({"--output-dir", tree.string(), "--skip-existing", (docs() / "archive").string()}, none), 0);
+    EXPECT_NE(this->out.str().find("0 converted, 0 failed, 2 skipped"), std::string::npos) << this->out.str();
+    EXPECT_NE(this->out.str().find("Letter.wpd: up to date"), std::string::npos) << this->out.str();
+    EXPECT_FALSE(fs::exists(tree / "Letter (1).odt")) << "no numbered copy on a repeated run";
+
+    EXPECT_TRUE(std::holds_alternative<UsageError>(parseArguments({"--document-target", "pdf", "a"}, 1)));
+    const auto options = std::get<CompanionOptions>(parseArguments({"--document-target", "rtf", "a"}, 1));
+    EXPECT_EQ(options.documentTarget, "rtf");
+}
