@@ -2,14 +2,21 @@
 
 #include <librevenge/librevenge.h>
 
+#include <functional>
 #include <string>
 
 namespace richtext::RtfPicture {
 
-// A {\pict...} group for an image that RTF can carry (PNG, JPEG, EMF), taken
-// from the object's data or one of its replacement objects; empty otherwise.
-// The frame gives the displayed size; without one the image's own is used.
-std::string group(const librevenge::RVNGPropertyList &object, const librevenge::RVNGPropertyList &frame);
+// Draws an SVG picture as PNG bytes of the given size in pixels; empty when it
+// cannot. RTF readers take no SVG, and drawing is not this library's job.
+using SvgPainter = std::function<std::string(const std::string &svg, int width, int height)>;
+
+// A {\pict...} group for an image that RTF can carry (PNG, JPEG, EMF, WMF, and
+// SVG when a painter draws it), taken from the object's data or one of its
+// replacement objects; empty otherwise. The frame gives the displayed size;
+// without one the image's own is used.
+std::string group(const librevenge::RVNGPropertyList &object, const librevenge::RVNGPropertyList &frame,
+                  const SvgPainter &painter = {});
 
 // The opening of a text box shape the size of `frame`; its paragraphs and
 // three closing braces follow.

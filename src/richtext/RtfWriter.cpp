@@ -9,7 +9,7 @@ namespace richtext {
 
 using librevenge::RVNGPropertyList;
 
-RtfWriter::RtfWriter()
+RtfWriter::RtfWriter(RtfPicture::SvgPainter painter) : painter(std::move(painter))
 {
     containers.push_back(Container{});
 }
@@ -320,7 +320,7 @@ void RtfWriter::closeTextBox()
 
 void RtfWriter::insertBinaryObject(const RVNGPropertyList &propList)
 {
-    const std::string picture = RtfPicture::group(propList, frame);
+    const std::string picture = RtfPicture::group(propList, frame, painter);
     if (picture.empty())
         return;
     ensureParagraph();

@@ -3,6 +3,7 @@
 #include "ListNumbering.h"
 #include "RtfFormat.h"
 #include "RtfLists.h"
+#include "RtfPicture.h"
 #include "RtfOutput.h"
 #include "RtfSections.h"
 #include "RtfTable.h"
@@ -21,7 +22,8 @@ namespace richtext {
 // are only known at the end, so the body is buffered until endDocument.
 class RtfWriter : public librevenge::RVNGTextInterface {
 public:
-    RtfWriter();
+    // Without a painter, SVG pictures are left out.
+    explicit RtfWriter(RtfPicture::SvgPainter painter = {});
     ~RtfWriter() override;
 
     // The whole document; complete once endDocument has been called.
@@ -148,6 +150,7 @@ private:
     RtfSections sections;
     bool anyEndnote = false;
     librevenge::RVNGPropertyList frame;
+    RtfPicture::SvgPainter painter;
 };
 
 } // namespace richtext

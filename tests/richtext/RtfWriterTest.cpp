@@ -14,9 +14,10 @@ namespace {
 using Script = std::function<void(RtfWriter &)>;
 
 // One paragraph inside one page span, the script telling the rest.
-std::string write(const Script &inside, const RVNGPropertyList &paragraph = {})
+std::string write(const Script &inside, const RVNGPropertyList &paragraph = {},
+                  richtext::RtfPicture::SvgPainter painter = {})
 {
-    RtfWriter writer;
+    RtfWriter writer(std::move(painter));
     writer.startDocument({});
     writer.openPageSpan({});
     writer.openParagraph(paragraph);
@@ -339,3 +340,83 @@ TEST(RtfWriter, ClosesWhatAStreamLeftOpen)
 }
 
 } // namespace
+
+namespace {
+
+// A picture of these bytes in a 2 by 1 inch frame.
+std::string picture(const std::string &bytes, richtext::RtfPicture::SvgPainter painter = {})
+{
+    return write(
+        [&](RtfWriter &out) {
+            RVNGPropertyList object;
+            object.insert("office:binary-data",
+                          librevenge::RVNGBinaryData(reinterpret_cast<const unsigned char *>(bytes.data()),
+                                                     bytes.size()));
+            RVNGPropertyList frame = with("svg:width", 2.0);
+            frame.insert("svg:height", 1.0);
+            out.openFrame(frame);
+            out.insertBinaryObject(object);
+            out.closeFrame();
+        },
+        {}, std::move(painter));
+}
+
+// A placeable Windows metafile two inches by one with no drawing in it;
+// `shortBy` bytes are cut off its end, as some producers store them.
+std::string metafile(std::size_t shortBy = 0)
+{
+    std::string standard = {1, 0, 9, 0, 0, 3};
+    const std::string records("\x03\0\0\0\0\0", 6); // the end record alone
+    const std::size_t words = (18 + records.size()) / 2;
+    standard += {char(words & 0xFF), char(words >> 8), 0, 0, 0, 0, 3, 0, 0, 0, 0, 0};
+    std::string placeable("\xD7\xCD\xC6\x9A\0\0\0\0\0\0", 10);
+    placeable += {char(2000 & 0xFF), char(2000 >> 8), char(1000 & 0xFF), char(1000 >> 8)}; // right, bottom
+    placeable += {char(1000 & 0xFF), char(1000 >> 8), 0, 0, 0, 0, 0, 0};                     // per inch, checksum
+    std::string whole = placeable + standard + records;
+    whole.resize(whole.size() - shortBy);
+    return whole;
+}
+
+const char *const svg = "<?xml version=\"1.0\"?>\n<svg xmlns=\"http://www.w3.org/2000/svg\" width=\"2in\" "
+                        "height=\"1in\"><rect width=\"10\" height=\"10\"/></svg>";
+
+// Records what it was asked to draw and answers with a PNG signature.
+struct Painter {
+    std::shared_ptr<std::vector<std::string>> calls = std::make_shared<std::vector<std::string>>();
+    std::string operator()(const std::string &markup, int width, int height) const
+    {
+        calls->push_back(markup.substr(0, 5) + " " + std::to_string(width) + "x" + std::to_string(height));
+        return std::string("\x89PNG\r\n\x1a\n\0\0\0\rIHDR\0\0\x01\x2c\0\0\0\x96\x08\x02\0\0\0", 33);
+    }
+};
+
+} // namespace
+
+INSTANTIATE_TEST_SUITE_P(
+    Pictures, RtfOutput,
+    testing::Values(
+        Expect{"SVG drawn as PNG at the frame's size",
+               [] { return picture(svg, Painter {}); },
+               {"{\\pict\\pngblip\\picw300\\pich150\\picwgoal2880\\pichgoal1440\n89504e47"}},
+        Expect{"a metafile without its placeable header, its extent in hundredths of a millimetre",
+               [] { return picture(metafile()); },
+               {"{\\pict\\wmetafile8\\picw5080\\pich2540\\picwgoal2880\\pichgoal1440\n010009000003"}},
+        Expect{"a metafile a byte short of its header is padded to its length",
+               [] { return picture(metafile(1)); },
+               {"\\wmetafile8", "0100090000030c0000000000030000000000030000000000}"}}));
+
+TEST(RtfWriter, LeavesOutWhatItCannotDraw)
+{
+    // No painter for an SVG, a painter that fails, and bytes that are no picture.
+    const std::string failing = picture(svg, [](const std::string &, int, int) { return std::string(); });
+    for (const std::string &rtf : {picture(svg), failing, picture("not a picture at all")})
+        EXPECT_EQ(rtf.find("\\pict"), std::string::npos) << rtf;
+}
+
+TEST(RtfWriter, DrawsEachSvgPictureOnce)
+{
+    Painter painter;
+    picture(svg, painter);
+    ASSERT_EQ(painter.calls->size(), 1u);
+    EXPECT_EQ(painter.calls->front(), "<?xml 300x150");
+}
