@@ -255,8 +255,15 @@ std::string paragraph(const RVNGPropertyList &paragraph, RtfPalette &palette)
     return words;
 }
 
-std::string field(const std::string &librevengeType)
+std::string field(const std::string &librevengeType, const std::string &numberFormat)
 {
+    const char *format = numberFormat == "i"   ? "roman"
+                         : numberFormat == "I" ? "ROMAN"
+                         : numberFormat == "a" ? "alphabetic"
+                         : numberFormat == "A" ? "ALPHABETIC"
+                                               : nullptr;
+    if (librevengeType == "text:page-number" && format)
+        return std::string("{\\field{\\*\\fldinst{ PAGE \\\\* ") + format + " }}{\\fldrslt{}}}";
     if (librevengeType == "text:page-number")
         return "{\\chpgn}";
     // Fields show their last value until a reader updates them; they start with none.
@@ -312,7 +319,38 @@ std::string page(const RVNGPropertyList &pageSpan, bool section)
             words += number(section ? rtfWords.first : rtfWords.second, *value);
     if (text(pageSpan, "style:print-orientation") == "landscape")
         words += section ? "\\lndscpsxn" : "\\landscape";
+    if (!section)
+        return words;
+    const std::string format = text(pageSpan, "style:num-format");
+    words += format == "i"   ? "\\pgnlcrm"
+             : format == "I" ? "\\pgnucrm"
+             : format == "a" ? "\\pgnlcltr"
+             : format == "A" ? "\\pgnucltr"
+                             : "\\pgndec";
     return words;
+}
+
+std::string pageNumberRestart(const RVNGPropertyList &pageSpan)
+{
+    const std::optional<int> first = Units::integer(pageSpan, "style:page-number");
+    if (!first || *first < 0)
+        return {};
+    return "\\pgnrestart\\pgnstarts" + std::to_string(*first);
+}
+
+std::string columns(const RVNGPropertyList &section)
+{
+    int count = Units::integer(section, "fo:column-count").value_or(1);
+    double gap = Units::inches(section, "fo:column-gap").value_or(0.5);
+    if (const librevenge::RVNGPropertyListVector *each = section.child("style:columns"); each && each->count() > 1) {
+        count = static_cast<int>(each->count());
+        // The space between two columns is the first's end indent and the second's start indent.
+        gap = Units::inches((*each)[0], "fo:end-indent").value_or(0) +
+              Units::inches((*each)[1], "fo:start-indent").value_or(0);
+    }
+    if (count < 2)
+        return {};
+    return "\\cols" + std::to_string(std::min(count, 99)) + number("\\colsx", gap);
 }
 
 } // namespace RtfFormat

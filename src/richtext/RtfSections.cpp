@@ -12,8 +12,12 @@ bool RtfSections::open(const librevenge::RVNGPropertyList &pageSpan)
         // The document's own page settings too, for readers that skip a section's.
         paper = RtfFormat::page(pageSpan, false);
     any = true;
-    pending = "\\sectd\\sbkpage" + RtfFormat::page(pageSpan, true);
+    spanWords = RtfFormat::page(pageSpan, true);
+    restart = RtfFormat::pageNumberRestart(pageSpan);
+    columnWords.clear();
+    headers.clear();
     started = false;
+    continuationOwed = false;
     top = Units::inches(pageSpan, "fo:margin-top").value_or(1);
     bottom = Units::inches(pageSpan, "fo:margin-bottom").value_or(1);
     return follows;
@@ -31,7 +35,7 @@ std::optional<std::string> RtfSections::headerGroup(const librevenge::RVNGProper
         facingPages = true;
     } else if (occurrence == "first") {
         group += "f";
-        pending += "\\titlepg";
+        spanWords += "\\titlepg";
     } else if (occurrence != "all" && occurrence != "both") {
         return std::nullopt;
     }
@@ -40,7 +44,7 @@ std::optional<std::string> RtfSections::headerGroup(const librevenge::RVNGProper
         Units::inches(properties, "fo:min-height").value_or(0) +
         Units::inches(properties, footer ? "fo:margin-top" : "fo:margin-bottom").value_or(0);
     const double margin = footer ? bottom : top;
-    pending += (footer ? "\\footery" : "\\headery") + std::to_string(RtfFormat::twips(margin)) +
+    spanWords += (footer ? "\\footery" : "\\headery") + std::to_string(RtfFormat::twips(margin)) +
                (footer ? "\\margbsxn" : "\\margtsxn") + std::to_string(RtfFormat::twips(margin + height));
     return group;
 }
@@ -49,16 +53,33 @@ bool RtfSections::addHeader(const std::string &group)
 {
     if (started)
         return false;
-    pending += group + "\n";
+    headers += group + "\n";
     return true;
 }
 
-std::optional<std::string> RtfSections::start()
+void RtfSections::columns(const librevenge::RVNGPropertyList &section)
 {
-    if (started)
+    std::string words = RtfFormat::columns(section);
+    if (words == columnWords)
+        return;
+    columnWords = std::move(words);
+    continuationOwed = started;
+}
+
+std::optional<std::string> RtfSections::start(bool textFollows)
+{
+    if (!any)
         return std::nullopt;
-    started = true;
-    return std::move(pending);
+    if (!started) {
+        started = true;
+        return "\\sectd\\sbkpage" + spanWords + restart + columnWords + "\n" + headers;
+    }
+    if (!continuationOwed || !textFollows)
+        return std::nullopt;
+    continuationOwed = false;
+    // \sectd resets every section word: the page's are repeated, and the
+    // span's headers carry on without being written again.
+    return "\\sect\n\\sectd\\sbknone" + spanWords + columnWords + "\n";
 }
 
 std::string RtfSections::documentWords() const

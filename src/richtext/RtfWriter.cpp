@@ -42,12 +42,19 @@ bool RtfWriter::atTopLevel() const
     return containers.size() == 1 && !output.isAside();
 }
 
-void RtfWriter::startSectionIfNeeded()
+void RtfWriter::startSectionIfNeeded(bool textFollows)
 {
     if (!atTopLevel())
         return;
-    if (const auto words = sections.start())
-        output.raw(*words + "\n");
+    const auto words = sections.start(textFollows);
+    if (!words)
+        return;
+    if (words->starts_with("\\sect\n")) {
+        // \sect ends the paragraph before it, and any table.
+        container().paragraphEnded = false;
+        container().afterTable = false;
+    }
+    output.raw(*words + "\n");
 }
 
 void RtfWriter::endOwedParagraph()
@@ -84,7 +91,24 @@ void RtfWriter::openPageSpan(const RVNGPropertyList &propList)
 
 void RtfWriter::closePageSpan()
 {
-    startSectionIfNeeded();
+    startSectionIfNeeded(false);
+}
+
+void RtfWriter::openSection(const RVNGPropertyList &propList)
+{
+    // Sections inside cells, notes or headers have no place in RTF: their text flows on.
+    if (!atTopLevel())
+        return;
+    openSections.push_back(propList);
+    sections.columns(propList);
+}
+
+void RtfWriter::closeSection()
+{
+    if (!atTopLevel() || openSections.empty())
+        return;
+    openSections.pop_back();
+    sections.columns(openSections.empty() ? RVNGPropertyList() : openSections.back());
 }
 
 void RtfWriter::openHeaderOrFooter(const RVNGPropertyList &propList, bool footer)
@@ -237,7 +261,8 @@ void RtfWriter::insertLineBreak()
 void RtfWriter::insertField(const RVNGPropertyList &propList)
 {
     ensureParagraph();
-    output.raw(RtfFormat::field(Units::text(propList, "librevenge:field-type").value_or("")));
+    output.raw(RtfFormat::field(Units::text(propList, "librevenge:field-type").value_or(""),
+                                Units::text(propList, "style:num-format").value_or("1")));
 }
 
 void RtfWriter::startListLevel(const RVNGPropertyList &propList, bool ordered)
@@ -450,7 +475,7 @@ void RtfWriter::endDocument()
     while (output.isAside())
         output.raw(output.takeAside());
     closeParagraph();
-    startSectionIfNeeded();
+    startSectionIfNeeded(false);
     // Every paragraph of the text ends in \par, the last one too: readers
     // drop a final paragraph that is empty and unterminated.
     endOwedParagraph();

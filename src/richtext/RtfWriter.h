@@ -58,8 +58,8 @@ public:
     void openLink(const librevenge::RVNGPropertyList &propList) override;
     void closeLink() override;
     void defineSectionStyle(const librevenge::RVNGPropertyList &) override {}
-    void openSection(const librevenge::RVNGPropertyList &) override {}
-    void closeSection() override {}
+    void openSection(const librevenge::RVNGPropertyList &propList) override;
+    void closeSection() override;
     void insertTab() override;
     void insertSpace() override;
     void insertText(const librevenge::RVNGString &text) override;
@@ -124,7 +124,7 @@ private:
     void enter(Container::Kind kind);
     void leave();
     bool atTopLevel() const;
-    void startSectionIfNeeded();
+    void startSectionIfNeeded(bool textFollows = true);
     void endOwedParagraph();
     void beginParagraph(const librevenge::RVNGPropertyList &propList, const std::string &listWords,
                         const std::string &label);
@@ -148,6 +148,7 @@ private:
     std::vector<std::unique_ptr<RtfTable>> tables;
     int flattenedTables = 0; // tables inside cells, written as plain paragraphs
     RtfSections sections;
+    std::vector<librevenge::RVNGPropertyList> openSections;
     bool anyEndnote = false;
     librevenge::RVNGPropertyList frame;
     RtfPicture::SvgPainter painter;

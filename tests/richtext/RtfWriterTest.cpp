@@ -1,5 +1,6 @@
 #include "Fixtures.h"
 
+#include "richtext/OdtReader.h"
 #include "richtext/RtfWriter.h"
 
 #include <gtest/gtest.h>
@@ -419,4 +420,131 @@ TEST(RtfWriter, DrawsEachSvgPictureOnce)
     picture(svg, painter);
     ASSERT_EQ(painter.calls->size(), 1u);
     EXPECT_EQ(painter.calls->front(), "<?xml 300x150");
+}
+
+namespace {
+
+RVNGPropertyList twoColumns()
+{
+    librevenge::RVNGPropertyListVector columns;
+    RVNGPropertyList first = with("fo:end-indent", 0.25);
+    first.insert("fo:start-indent", 0.0);
+    RVNGPropertyList second = with("fo:start-indent", 0.25);
+    second.insert("fo:end-indent", 0.0);
+    columns.append(first);
+    columns.append(second);
+    RVNGPropertyList section;
+    section.insert("style:columns", columns);
+    return section;
+}
+
+void paragraph(RtfWriter &out, const char *text)
+{
+    out.openParagraph({});
+    out.insertText(text);
+    out.closeParagraph();
+}
+
+// Where `part` stands in `rtf`, failing the test when it is not there.
+std::size_t at(const std::string &rtf, const std::string &part, std::size_t from = 0)
+{
+    const std::size_t found = rtf.find(part, from);
+    EXPECT_NE(found, std::string::npos) << "no " << part << " after " << from << " in\n" << rtf;
+    return found == std::string::npos ? rtf.size() : found;
+}
+
+} // namespace
+
+TEST(RtfWriter, WritesColumnsAsContinuousSectionsOfThePage)
+{
+    RtfWriter out;
+    out.startDocument({});
+    RVNGPropertyList page = with("fo:page-width", 8.5);
+    page.insert("style:num-format", "i");
+    page.insert("style:page-number", 5);
+    out.openPageSpan(page);
+    paragraph(out, "one column");
+    out.openSection(twoColumns());
+    paragraph(out, "two columns");
+    out.closeSection();
+    paragraph(out, "one again");
+    out.openSection(twoColumns());
+    out.closeSection();
+    out.closePageSpan();
+    out.endDocument();
+    const std::string rtf = out.rtf();
+
+    const std::size_t first = at(rtf, "\\sectd\\sbkpage\\pgwsxn12240\\pgnlcrm\\pgnrestart\\pgnstarts5\n");
+    const std::size_t columns = at(rtf, "\\sect\n\\sectd\\sbknone\\pgwsxn12240\\pgnlcrm\\cols2\\colsx720\n", first);
+    const std::size_t single = at(rtf, "\\sect\n\\sectd\\sbknone\\pgwsxn12240\\pgnlcrm\n", columns);
+    EXPECT_LT(at(rtf, "one column", first), columns);
+    EXPECT_LT(at(rtf, "two columns", columns), single);
+    at(rtf, "one again", single);
+    // The restart belongs to the page span alone; a section with no text makes none.
+    EXPECT_EQ(rtf.find("\\pgnrestart", at(rtf, "\\pgnrestart", first) + 1), std::string::npos) << rtf;
+    EXPECT_EQ(rtf.find("\\sect\n", single + 1), std::string::npos) << rtf;
+    EXPECT_TRUE(fixtures::balanced(rtf));
+}
+
+TEST(RtfWriter, StartsAPageWithItsColumnsWhenTheyComeFirst)
+{
+    RtfWriter out;
+    out.startDocument({});
+    out.openPageSpan({});
+    out.openSection(twoColumns());
+    paragraph(out, "text");
+    out.closeSection();
+    out.closePageSpan();
+    out.endDocument();
+    at(out.rtf(), "\\sectd\\sbkpage\\pgndec\\cols2\\colsx720\n");
+    EXPECT_EQ(out.rtf().find("\\sect\n"), std::string::npos) << out.rtf();
+}
+
+TEST(RtfWriter, NumbersPagesInTheFieldsOwnFormat)
+{
+    const std::pair<const char *, const char *> cases[] = {
+        {"1", "{\\chpgn}"},
+        {"i", "{\\field{\\*\\fldinst{ PAGE \\\\* roman }}{\\fldrslt{}}}"},
+        {"A", "{\\field{\\*\\fldinst{ PAGE \\\\* ALPHABETIC }}{\\fldrslt{}}}"},
+    };
+    for (const auto &[format, expected] : cases) {
+        const std::string rtf = write([format](RtfWriter &out) {
+            RVNGPropertyList field = with("librevenge:field-type", "text:page-number");
+            field.insert("style:num-format", format);
+            out.insertField(field);
+        });
+        EXPECT_NE(rtf.find(expected), std::string::npos) << format << "\n" << rtf;
+    }
+}
+
+// What the ODT reader finds of sections and page numbering reaches the RTF.
+TEST(RtfWriter, CarriesSectionsAndPageNumbersReadFromOdt)
+{
+    fixtures::Odt odt;
+    odt.automaticStyles =
+        R"(<style:style style:name="Cols" style:family="section"><style:section-properties>
+        <style:columns fo:column-count="3"><style:column style:rel-width="1*" fo:start-indent="0in"
+        fo:end-indent="0.1in"/><style:column style:rel-width="1*" fo:start-indent="0.1in" fo:end-indent="0.1in"/>
+        <style:column style:rel-width="1*" fo:start-indent="0.1in" fo:end-indent="0in"/></style:columns>
+        </style:section-properties></style:style>
+        <style:style style:name="Even" style:family="section"><style:section-properties>
+        <style:columns fo:column-count="2" fo:column-gap="0.3in"/></style:section-properties></style:style>
+        <style:style style:name="Restart" style:family="paragraph" style:master-page-name="Roman">
+        <style:paragraph-properties style:page-number="3"/></style:style>
+        <style:page-layout style:name="RomanLayout"><style:page-layout-properties fo:page-width="8.5in"
+        style:num-format="I"/></style:page-layout>)";
+    odt.masterStyles = R"(<style:master-page style:name="Standard"/>
+        <style:master-page style:name="Roman" style:page-layout-name="RomanLayout"/>)";
+    odt.body = R"(<text:p>before</text:p><text:section text:name="S" text:style-name="Cols"><text:p>in three</text:p>
+        </text:section><text:section text:name="T" text:style-name="Even"><text:p>in two</text:p></text:section>
+        <text:p text:style-name="Restart">page three</text:p>)";
+    RtfWriter out;
+    richtext::OdtReader::read(odt.flat(), out);
+    const std::string rtf = out.rtf();
+    const std::size_t three = at(rtf, "\\cols3\\colsx288\n");
+    EXPECT_LT(three, at(rtf, "in three"));
+    const std::size_t two = at(rtf, "\\cols2\\colsx432\n", three);
+    EXPECT_LT(two, at(rtf, "in two"));
+    const std::size_t restart = at(rtf, "\\sectd\\sbkpage\\pgwsxn12240\\pgnucrm\\pgnrestart\\pgnstarts3", two);
+    EXPECT_LT(restart, at(rtf, "page three"));
 }
