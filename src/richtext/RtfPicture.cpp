@@ -188,6 +188,115 @@ std::string group(const librevenge::RVNGPropertyList &object, const librevenge::
     return group + "}";
 }
 
+namespace {
+
+struct Axis {
+    std::string word;     // \shpbxpage, \shpbymargin...
+    double offset = 0;    // from the area's start
+    int alignment = 0;    // posh/posv: 0 absolute, 1 start, 2 centre, 3 end
+};
+
+Axis horizontal(const librevenge::RVNGPropertyList &frame, const PageArea &page, double width)
+{
+    const std::string relation = Units::text(frame, "style:horizontal-rel").value_or("paragraph");
+    const std::string position = Units::text(frame, "style:horizontal-pos").value_or("from-left");
+    Axis axis{"\\shpbxcolumn", Units::inches(frame, "svg:x").value_or(0), 0};
+    double areaWidth = page.width - page.left - page.right;
+    if (relation == "page" || relation == "page-start-margin") {
+        axis.word = "\\shpbxpage";
+        areaWidth = relation == "page" ? page.width : page.left;
+    } else if (relation == "page-end-margin") {
+        // RTF has no area for the right margin: counted from the page's edge.
+        axis.word = "\\shpbxpage";
+        axis.offset += page.width - page.right;
+        areaWidth = page.right;
+    } else if (relation == "page-content") {
+        axis.word = "\\shpbxmargin";
+    }
+    if (position == "left") {
+        axis = {axis.word, 0, 1};
+    } else if (position == "center") {
+        axis = {axis.word, (areaWidth - width) / 2, 2};
+    } else if (position == "right") {
+        axis = {axis.word, areaWidth - width, 3};
+    }
+    return axis;
+}
+
+Axis vertical(const librevenge::RVNGPropertyList &frame, const PageArea &page, double height)
+{
+    const std::string relation = Units::text(frame, "style:vertical-rel").value_or("paragraph");
+    const std::string position = Units::text(frame, "style:vertical-pos").value_or("from-top");
+    Axis axis{"\\shpbypara", Units::inches(frame, "svg:y").value_or(0), 0};
+    double areaHeight = 0; // a paragraph's is not known here
+    if (relation == "page") {
+        axis.word = "\\shpbypage";
+        areaHeight = page.height;
+    } else if (relation == "page-content") {
+        axis.word = "\\shpbymargin";
+        areaHeight = page.height - page.top - page.bottom;
+    }
+    if (position == "top") {
+        axis = {axis.word, 0, 1};
+    } else if (position == "middle" || position == "center") {
+        axis = {axis.word, std::max(0.0, areaHeight - height) / 2, 2};
+    } else if (position == "bottom") {
+        axis = {axis.word, std::max(0.0, areaHeight - height), 3};
+    }
+    return axis;
+}
+
+std::string wrap(const librevenge::RVNGPropertyList &frame)
+{
+    const std::string wrap = Units::text(frame, "style:wrap").value_or("parallel");
+    if (wrap == "none")
+        return "\\shpwr1";
+    if (wrap == "run-through")
+        return "\\shpwr3\\shpfblwtxt0";
+    if (wrap == "left")
+        return "\\shpwr2\\shpwrk1";
+    if (wrap == "right")
+        return "\\shpwr2\\shpwrk2";
+    if (wrap == "biggest")
+        return "\\shpwr2\\shpwrk3";
+    return "\\shpwr2\\shpwrk0";
+}
+
+std::string property(const char *name, int value)
+{
+    return std::string("{\\sp{\\sn ") + name + "}{\\sv " + std::to_string(value) + "}}";
+}
+
+} // namespace
+
+std::string placed(const std::string &pictureGroup, const librevenge::RVNGPropertyList &frame,
+                   const PageArea &page)
+{
+    const std::string anchor = Units::text(frame, "text:anchor-type").value_or("as-char");
+    if (anchor == "as-char" || pictureGroup.empty())
+        return pictureGroup;
+    const double width = Units::inches(frame, "svg:width").value_or(1);
+    const double height = Units::inches(frame, "svg:height").value_or(1);
+    const Axis x = horizontal(frame, page, width);
+    const Axis y = vertical(frame, page, height);
+    const int left = RtfFormat::twips(x.offset);
+    const int top = RtfFormat::twips(y.offset);
+    // A frame beside the text column never meets the text; a reader that
+    // keeps text above and below it anyway would push it to another page.
+    const double textWidth = page.width - page.left - page.right;
+    const double start = x.word == "\\shpbxpage" ? x.offset - page.left : x.offset;
+    const bool besideText = x.alignment == 0 && (start >= textWidth || start + width <= 0);
+    std::string shape = "{\\shp{\\*\\shpinst\\shpleft" + std::to_string(left) + "\\shptop" +
+                        std::to_string(top) + "\\shpright" + std::to_string(left + RtfFormat::twips(width)) +
+                        "\\shpbottom" + std::to_string(top + RtfFormat::twips(height)) + "\\shpfhdr0" + x.word +
+                        y.word + (besideText ? "\\shpwr3\\shpfblwtxt0" : wrap(frame)) + "\\shpz0" + property("shapeType", 75);
+    if (x.alignment)
+        shape += property("posh", x.alignment);
+    if (y.alignment)
+        shape += property("posv", y.alignment);
+    return shape + "{\\sp{\\sn pib}{\\sv " + pictureGroup + "}}}}";
+}
+
 std::string textBoxOpening(const librevenge::RVNGPropertyList &frame)
 {
     const int width = RtfFormat::twips(Units::inches(frame, "svg:width").value_or(2));

@@ -18,6 +18,22 @@ using SvgPainter = std::function<std::string(const std::string &svg, int width, 
 std::string group(const librevenge::RVNGPropertyList &object, const librevenge::RVNGPropertyList &frame,
                   const SvgPainter &painter = {});
 
+// Where a page span puts its text, for frames placed against the page.
+struct PageArea {
+    double width = 8.5;
+    double height = 11;
+    double left = 1; // margins
+    double right = 1;
+    double top = 1;
+    double bottom = 1;
+};
+
+// A picture group placed as its frame says: a floating shape for a frame
+// anchored to the paragraph, character or page, the group itself for one
+// that stands in the line as a character.
+std::string placed(const std::string &pictureGroup, const librevenge::RVNGPropertyList &frame,
+                   const PageArea &page);
+
 // The opening of a text box shape the size of `frame`; its paragraphs and
 // three closing braces follow.
 std::string textBoxOpening(const librevenge::RVNGPropertyList &frame);

@@ -18,8 +18,12 @@ bool RtfSections::open(const librevenge::RVNGPropertyList &pageSpan)
     headers.clear();
     started = false;
     continuationOwed = false;
-    top = Units::inches(pageSpan, "fo:margin-top").value_or(1);
-    bottom = Units::inches(pageSpan, "fo:margin-bottom").value_or(1);
+    area = RtfPicture::PageArea {Units::inches(pageSpan, "fo:page-width").value_or(8.5),
+                                 Units::inches(pageSpan, "fo:page-height").value_or(11),
+                                 Units::inches(pageSpan, "fo:margin-left").value_or(1),
+                                 Units::inches(pageSpan, "fo:margin-right").value_or(1),
+                                 Units::inches(pageSpan, "fo:margin-top").value_or(1),
+                                 Units::inches(pageSpan, "fo:margin-bottom").value_or(1)};
     return follows;
 }
 
@@ -43,7 +47,7 @@ std::optional<std::string> RtfSections::headerGroup(const librevenge::RVNGProper
     const double height =
         Units::inches(properties, "fo:min-height").value_or(0) +
         Units::inches(properties, footer ? "fo:margin-top" : "fo:margin-bottom").value_or(0);
-    const double margin = footer ? bottom : top;
+    const double margin = footer ? area.bottom : area.top;
     spanWords += (footer ? "\\footery" : "\\headery") + std::to_string(RtfFormat::twips(margin)) +
                (footer ? "\\margbsxn" : "\\margtsxn") + std::to_string(RtfFormat::twips(margin + height));
     return group;

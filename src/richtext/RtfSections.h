@@ -1,5 +1,7 @@
 #pragma once
 
+#include "RtfPicture.h"
+
 #include <librevenge/librevenge.h>
 
 #include <optional>
@@ -34,6 +36,9 @@ public:
     // \paperw, \margl... and \facingp for the document's header.
     std::string documentWords() const;
 
+    // The current span's page and margins.
+    const RtfPicture::PageArea &page() const { return area; }
+
 private:
     std::string paper;
     std::string spanWords;    // the page words of the span
@@ -44,8 +49,7 @@ private:
     bool continuationOwed = false;
     bool any = false;
     bool facingPages = false;
-    double top = 1;
-    double bottom = 1;
+    RtfPicture::PageArea area;
 };
 
 } // namespace richtext

@@ -345,7 +345,7 @@ void RtfWriter::closeTextBox()
 
 void RtfWriter::insertBinaryObject(const RVNGPropertyList &propList)
 {
-    const std::string picture = RtfPicture::group(propList, frame, painter);
+    const std::string picture = RtfPicture::placed(RtfPicture::group(propList, frame, painter), frame, sections.page());
     if (picture.empty())
         return;
     ensureParagraph();

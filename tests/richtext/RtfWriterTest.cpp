@@ -220,6 +220,12 @@ TEST(RtfWriter, WritesEveryPartOfADocument)
         "\\pard\\plain\\ls1\\ilvl0\\ql{\\listtext B.\\tab}item",
         "\\trowd\\trgaph108\\trleft0\\cellx2880\n\\pard\\plain\\intbl\\ql cell\\cell\n\\row",
         "\\sect\n\\sectd",
+        "\\sectd\\sbkpage\\pgwsxn12240\\pghsxn15840\\marglsxn1440\\pgnlcrm\\pgnrestart\\pgnstarts5\\cols2\\colsx720\n",
+        "\\tqr\\tldot\\tx4320",
+        "page\\tab{\\field{\\*\\fldinst{ PAGE \\\\* roman }}{\\fldrslt{}}}{\\shp{\\*\\shpinst\\shpleft7920",
+        "\\shpbxpage\\shpbypara\\shpwr2\\shpwrk0\\shpz0{\\sp{\\sn shapeType}{\\sv 75}}{\\sp{\\sn pib}{\\sv {\\pict\\pngblip",
+        "{\\pict\\wmetafile8\\picw2540\\pich2540\\picwgoal1440\\pichgoal1440\n0100090000030c00",
+        "\\sect\n\\sectd\\sbknone\\pgwsxn12240\\pghsxn15840\\marglsxn1440\\pgnlcrm\n",
     };
     for (const char *part : parts)
         EXPECT_NE(rtf.find(part), std::string::npos) << "no " << part << " in\n" << rtf;
@@ -548,3 +554,65 @@ TEST(RtfWriter, CarriesSectionsAndPageNumbersReadFromOdt)
     const std::size_t restart = at(rtf, "\\sectd\\sbkpage\\pgwsxn12240\\pgnucrm\\pgnrestart\\pgnstarts3", two);
     EXPECT_LT(restart, at(rtf, "page three"));
 }
+
+namespace {
+
+// A two-by-three pixel PNG in a 2 by 1 inch frame with these placing properties.
+std::string placedPicture(std::initializer_list<std::pair<const char *, const char *>> texts, double x = 0)
+{
+    static const char header[] = "\x89PNG\r\n\x1a\n\0\0\0\rIHDR\0\0\0\x02\0\0\0\x03\x08\x02\0\0\0";
+    const std::string png(header, sizeof header - 1);
+    RVNGPropertyList frame = with("svg:width", 2.0);
+    frame.insert("svg:height", 1.0);
+    frame.insert("svg:x", x);
+    frame.insert("svg:y", 0.5);
+    for (const auto &[name, value] : texts)
+        frame.insert(name, value);
+    return write([&](RtfWriter &out) {
+        RVNGPropertyList object;
+        object.insert("office:binary-data",
+                      librevenge::RVNGBinaryData(reinterpret_cast<const unsigned char *>(png.data()), png.size()));
+        out.openFrame(frame);
+        out.insertBinaryObject(object);
+        out.closeFrame();
+    });
+}
+
+} // namespace
+
+INSTANTIATE_TEST_SUITE_P(
+    PlacedPictures, RtfOutput,
+    testing::Values(
+        Expect{"a picture in the line", [] { return placedPicture({{"text:anchor-type", "as-char"}}); },
+               {"\\ql{\\pict\\pngblip"}},
+        Expect{"a picture at the paragraph, text on both sides",
+               [] { return placedPicture({{"text:anchor-type", "paragraph"}}, 1.0); },
+               {"{\\shp{\\*\\shpinst\\shpleft1440\\shptop720\\shpright4320\\shpbottom2160\\shpfhdr0\\shpbxcolumn"
+                "\\shpbypara\\shpwr2\\shpwrk0\\shpz0{\\sp{\\sn shapeType}{\\sv 75}}{\\sp{\\sn pib}{\\sv {\\pict"}},
+        Expect{"counted from the right margin, which RTF counts from the page's edge",
+               [] {
+                   return placedPicture({{"text:anchor-type", "char"},
+                                         {"style:horizontal-rel", "page-end-margin"},
+                                         {"style:vertical-rel", "page"}},
+                                        -3.0);
+               },
+               {"\\shpleft6480\\shptop720\\shpright9360\\shpbottom2160\\shpfhdr0\\shpbxpage\\shpbypage"}},
+        Expect{"centred on the page's text, text above and below",
+               [] {
+                   return placedPicture({{"text:anchor-type", "paragraph"},
+                                         {"style:horizontal-rel", "page-content"},
+                                         {"style:horizontal-pos", "center"},
+                                         {"style:vertical-rel", "page-content"},
+                                         {"style:vertical-pos", "middle"},
+                                         {"style:wrap", "none"}});
+               },
+               {"\\shpleft3240\\shptop5760", "\\shpbxmargin\\shpbymargin\\shpwr1\\shpz0",
+                "{\\sp{\\sn posh}{\\sv 2}}{\\sp{\\sn posv}{\\sv 2}}"}},
+        Expect{"beside the text column it keeps no text away",
+               [] {
+                   return placedPicture({{"text:anchor-type", "paragraph"},
+                                         {"style:horizontal-rel", "page-content"},
+                                         {"style:wrap", "none"}},
+                                        7.0);
+               },
+               {"\\shpbxmargin\\shpbypara\\shpwr3\\shpfblwtxt0"}}));
