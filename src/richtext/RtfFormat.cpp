@@ -188,13 +188,26 @@ std::string character(const RVNGPropertyList &span, RtfPalette &palette)
     std::string words;
     if (const auto name = Units::text(span, "style:font-name"); name && !name->empty())
         words += "\\f" + std::to_string(palette.font(*name));
-    if (const auto size = Units::points(span, "fo:font-size"); size && *size > 0 && *size < 1638)
-        words += "\\fs" + std::to_string(static_cast<int>(std::lround(*size * 2)));
-    if (isBold(text(span, "fo:font-weight")))
+    // Text in complex scripts (Tibetan, Hebrew, Thai...) takes its size and
+    // weight from the associated words that \rtlch introduces; without them
+    // readers use their defaults. \ltrch turns the run's direction back.
+    std::string complex;
+    if (const auto size = Units::points(span, "fo:font-size"); size && *size > 0 && *size < 1638) {
+        const std::string halfPoints = std::to_string(static_cast<int>(std::lround(*size * 2)));
+        words += "\\fs" + halfPoints;
+        complex += "\\afs" + halfPoints;
+    }
+    if (isBold(text(span, "fo:font-weight"))) {
         words += "\\b";
+        complex += "\\ab";
+    }
     const std::string style = text(span, "fo:font-style");
-    if (style == "italic" || style == "oblique")
+    if (style == "italic" || style == "oblique") {
         words += "\\i";
+        complex += "\\ai";
+    }
+    if (!complex.empty())
+        words = "\\rtlch" + complex + "\\ltrch" + words;
     words += underline(span);
     words += strikeThrough(span);
     words += position(span);

@@ -141,6 +141,14 @@ INSTANTIATE_TEST_SUITE_P(
         Expect{"size in half points",
                [] { return span(with("fo:font-size", 11.0, librevenge::RVNG_POINT)); },
                {"\\fs22 x"}},
+        Expect{"complex scripts get the size, weight and slant too",
+               [] {
+                   RVNGPropertyList list = with("fo:font-size", 15.0, librevenge::RVNG_POINT);
+                   list.insert("fo:font-weight", "bold");
+                   list.insert("fo:font-style", "italic");
+                   return span(list);
+               },
+               {"{\\rtlch\\afs30\\ab\\ai\\ltrch\\fs30\\b\\i x}"}},
         Expect{"a font, by the table",
                [] { return span(with("style:font-name", "Courier New")); },
                {"{\\fonttbl{\\f0\\fnil Courier New;}}", "\\f0 x"}},
