@@ -343,6 +343,11 @@ std::string page(const RVNGPropertyList &pageSpan, bool section)
     return words;
 }
 
+std::string tabStop(double inches)
+{
+    return number("\\tx", std::max(0.0, inches));
+}
+
 std::string pageNumberRestart(const RVNGPropertyList &pageSpan)
 {
     const std::optional<int> first = Units::integer(pageSpan, "style:page-number");

@@ -37,6 +37,9 @@ std::string character(const librevenge::RVNGPropertyList &span, RtfPalette &pale
 // \q*, \li, \ri, \fi, \sb, \sa, \sl, \tx..., \pagebb, \keepn... for a paragraph.
 std::string paragraph(const librevenge::RVNGPropertyList &paragraph, RtfPalette &palette);
 
+// \txN for a left tab stop this far from the margin.
+std::string tabStop(double inches);
+
 // A page number, page count, date or time field; empty for other kinds. A
 // page number in letters or roman figures ("a", "I"...) says so itself.
 std::string field(const std::string &librevengeType, const std::string &numberFormat = "1");

@@ -274,11 +274,14 @@ void RtfWriter::startListLevel(const RVNGPropertyList &propList, bool ordered)
     const double indent =
         Units::inches(propList, "text:space-before").value_or(0.25 * (numbering.depth() - 1));
     lists.defineLevel(currentList, numbering.depth() - 1, numbering.innermost(), indent, labelWidth);
+    labelWidths.push_back(labelWidth);
 }
 
 void RtfWriter::endListLevel()
 {
     numbering.closeLevel();
+    if (!labelWidths.empty())
+        labelWidths.pop_back();
     if (numbering.depth() == 0)
         currentList = 0;
 }
@@ -294,10 +297,16 @@ void RtfWriter::openListElement(const RVNGPropertyList &propList)
         currentList = lists.restart(currentList, numbering.depth() - 1, *restart);
     }
     const std::string label = numbering.nextLabel();
-    beginParagraph(propList,
-                   "\\ls" + std::to_string(currentList) + "\\ilvl" +
-                       std::to_string(std::min(8, numbering.depth() - 1)),
-                   label);
+    std::string listWords =
+        "\\ls" + std::to_string(currentList) + "\\ilvl" + std::to_string(std::min(8, numbering.depth() - 1));
+    // The tab after the label ends at the label's width from where the line
+    // starts; readers look for it at the hanging indent, which a paragraph's
+    // own indents may have moved, and else take the next default stop.
+    const auto margin = Units::inches(propList, "fo:margin-left");
+    const auto firstLine = Units::inches(propList, "fo:text-indent");
+    if ((margin || firstLine) && !labelWidths.empty() && labelWidths.back() > 0)
+        listWords += RtfFormat::tabStop(margin.value_or(0) + firstLine.value_or(0) + labelWidths.back());
+    beginParagraph(propList, listWords, label);
 }
 
 void RtfWriter::openNote(bool endnote)

@@ -145,6 +145,7 @@ private:
     RtfLists lists;
     ListNumbering numbering;
     int currentList = 0;
+    std::vector<double> labelWidths; // per open list level
     std::vector<std::unique_ptr<RtfTable>> tables;
     int flattenedTables = 0; // tables inside cells, written as plain paragraphs
     RtfSections sections;

@@ -624,3 +624,27 @@ INSTANTIATE_TEST_SUITE_P(
                                         7.0);
                },
                {"\\shpbxmargin\\shpbypara\\shpwr3\\shpfblwtxt0"}}));
+
+TEST(RtfWriter, EndsAListLabelWhereItsWidthEndsWhenTheParagraphMovesIt)
+{
+    const auto item = [](std::optional<double> margin) {
+        return write([margin](RtfWriter &out) {
+            out.closeParagraph();
+            RVNGPropertyList level = with("style:num-format", "i");
+            level.insert("text:min-label-width", 2.5);
+            out.openOrderedListLevel(level);
+            RVNGPropertyList paragraph;
+            if (margin) {
+                paragraph.insert("fo:margin-left", *margin);
+                paragraph.insert("fo:text-indent", 2.0);
+            }
+            out.openListElement(paragraph);
+            out.insertText("item");
+            out.closeListElement();
+            out.closeOrderedListLevel();
+        });
+    };
+    // The line starts at -1 + 2 inches; the label is 2.5 inches wide.
+    EXPECT_NE(item(-1.0).find("\\ls1\\ilvl0\\tx5040\\ql\\li-1440"), std::string::npos) << item(-1.0);
+    EXPECT_EQ(item(std::nullopt).find("\\tx"), std::string::npos) << "the level's own hanging indent serves";
+}
