@@ -1,6 +1,6 @@
 #include "WpgToSvg.h"
 
-#include "SvgMetafiles.h"
+#include "SvgImages.h"
 
 #include <librevenge-stream/librevenge-stream.h>
 #include <librevenge/librevenge.h>
@@ -26,7 +26,7 @@ try {
 
     std::string document = "<?xml version=\"1.0\" encoding=\"UTF-8\" standalone=\"no\"?>\n";
     // Office suites show an SVG's metafile images as blanks, so they go in drawn.
-    document += SvgMetafiles::drawn(pages[0].cstr());
+    document += SvgImages::compressBitmaps(SvgImages::drawMetafiles(pages[0].cstr()));
     svg.clear();
     svg.append(reinterpret_cast<const unsigned char *>(document.data()), document.size());
     return true;

@@ -3,6 +3,7 @@
 #include "GraphicSteps.h"
 #include "render/RTFDowngrade.h"
 #include "render/RsvgRenderer.h"
+#include "render/SvgBitmap.h"
 #include "support/PlatformError.h"
 
 #include "richtext/HtmlReader.h"
@@ -17,6 +18,8 @@ namespace {
 // decoding as SVG and go into the RTF drawn.
 std::string drawnPicture(const std::string &svg, int width, int height)
 {
+    if (std::optional<std::string> bitmap = SvgBitmap::lone(svg))
+        return std::move(*bitmap);
     try {
         return RsvgRenderer::renderPNG(svg, width, height);
     } catch (const RsvgRenderer::Failure &) {

@@ -114,10 +114,12 @@ std::optional<Picture> drawing(std::string_view svg, const librevenge::RVNGPrope
     const double scale = std::min(drawnPixelsPerInch, drawnLongestSide / std::max(width, height));
     const int pixelsWide = std::max(1, static_cast<int>(std::lround(width * scale)));
     const int pixelsHigh = std::max(1, static_cast<int>(std::lround(height * scale)));
-    std::string png = painter(std::string(svg), pixelsWide, pixelsHigh);
-    if (png.empty())
+    std::string drawn = painter(std::string(svg), pixelsWide, pixelsHigh);
+    std::optional<Picture> picture =
+        recognise(reinterpret_cast<const unsigned char *>(drawn.data()), static_cast<unsigned long>(drawn.size()));
+    if (!picture || picture->blip == "\\emfblip")
         return std::nullopt;
-    Picture picture{"\\pngblip", nullptr, 0, pixelsWide, pixelsHigh, 0, 0, std::move(png)};
+    picture->owned = std::move(drawn);
     return picture;
 }
 

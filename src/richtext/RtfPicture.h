@@ -7,8 +7,9 @@
 
 namespace richtext::RtfPicture {
 
-// Draws an SVG picture as PNG bytes of the given size in pixels; empty when it
-// cannot. RTF readers take no SVG, and drawing is not this library's job.
+// Draws an SVG picture as PNG (or JPEG) bytes of about the given size in
+// pixels; empty when it cannot. RTF readers take no SVG, and drawing is not
+// this library's job.
 using SvgPainter = std::function<std::string(const std::string &svg, int width, int height)>;
 
 // A {\pict...} group for an image that RTF can carry (PNG, JPEG, EMF, WMF, and

@@ -1,5 +1,6 @@
 #include "render/RsvgRenderer.h"
-#include "render/SvgMetafiles.h"
+#include "render/SvgBitmap.h"
+#include "render/SvgImages.h"
 #include "render/WmfRenderer.h"
 
 #include <gtest/gtest.h>
@@ -133,10 +134,10 @@ std::string svgWith(const std::string &href)
            href + "\"/></svg>";
 }
 
-TEST(SvgMetafiles, DrawsEachMetafileImageAndLeavesTheRest)
+TEST(SvgImages, DrawsEachMetafileImageAndLeavesTheRest)
 {
     const std::string metafile = svgWith("data:image/wmf;base64," + base64(halfBlack(true)));
-    const std::string drawn = SvgMetafiles::drawn(metafile + metafile);
+    const std::string drawn = SvgImages::drawMetafiles(metafile + metafile);
     EXPECT_EQ(drawn.find("image/wmf"), std::string::npos);
     const std::size_t first = drawn.find("data:image/png;base64,");
     ASSERT_NE(first, std::string::npos);
@@ -146,15 +147,78 @@ TEST(SvgMetafiles, DrawsEachMetafileImageAndLeavesTheRest)
     for (const std::string &unchanged : {svgWith("data:image/wmf;base64,@@@@"),
                                          svgWith("data:image/wmf;base64," + base64("no metafile")),
                                          svgWith("data:image/png;base64,iVBORw0KGgo=")})
-        EXPECT_EQ(SvgMetafiles::drawn(unchanged), unchanged);
+        EXPECT_EQ(SvgImages::drawMetafiles(unchanged), unchanged);
 }
 
-TEST(SvgMetafiles, AreDrawnWhenTheSvgIsRasterized)
+TEST(SvgImages, AreDrawnWhenTheSvgIsRasterized)
 {
     const QImage picture =
         image(RsvgRenderer::renderPNG(svgWith("data:image/wmf;base64," + base64(halfBlack(true))), 200, 100));
     EXPECT_GT(darkness(picture, 0.05, 0.45), 0.9);
     EXPECT_LT(darkness(picture, 0.55, 0.95), 0.1);
+}
+
+// A 2 by 2 BMP of 24-bit pixels: red, green / blue, white (bottom row first).
+std::string bitmap()
+{
+    std::string bytes = "BM";
+    put32(bytes, 14 + 40 + 16);
+    put32(bytes, 0);
+    put32(bytes, 14 + 40);
+    put32(bytes, 40);
+    put32(bytes, 2);
+    put32(bytes, 2);
+    put16(bytes, 1);
+    put16(bytes, 24);
+    for (int i = 0; i < 6; ++i)
+        put32(bytes, 0);
+    bytes += std::string("\xFF\0\0\xFF\xFF\xFF\0\0", 8);     // blue, white, padding
+    bytes += std::string("\0\0\xFF\0\xFF\0\0\0", 8);         // red, green, padding
+    return bytes;
+}
+
+TEST(SvgImages, StoreBitmapsAsTheSamePixelsInPng)
+{
+    const std::string svg = svgWith("data:image/bmp;base64," + base64(bitmap()));
+    const std::string compressed = SvgImages::compressBitmaps(svg);
+    EXPECT_EQ(compressed.find("image/bmp"), std::string::npos);
+    const std::size_t data = compressed.find("data:image/png;base64,");
+    ASSERT_NE(data, std::string::npos);
+    const std::size_t start = data + std::string("data:image/png;base64,").size();
+    const QImage png = QImage::fromData(
+        QByteArray::fromBase64(QByteArray::fromStdString(compressed.substr(start, compressed.find('"', start) - start))),
+        "PNG");
+    ASSERT_EQ(png.size(), QSize(2, 2));
+    EXPECT_EQ(png.pixel(0, 0), qRgb(255, 0, 0));
+    EXPECT_EQ(png.pixel(1, 0), qRgb(0, 255, 0));
+    EXPECT_EQ(png.pixel(0, 1), qRgb(0, 0, 255));
+    EXPECT_EQ(png.pixel(1, 1), qRgb(255, 255, 255));
+
+    const std::string damaged = svgWith("data:image/bmp;base64," + base64("BM not a bitmap"));
+    EXPECT_EQ(SvgImages::compressBitmaps(damaged), damaged);
+}
+
+// An SVG that is nothing but one bitmap is that bitmap; anything more is drawn.
+TEST(SvgBitmap, IsTheBitmapOfAnSvgThatHoldsNothingElse)
+{
+    const auto svg = [](const std::string &inside) {
+        return "<?xml version=\"1.0\"?>\n<svg xmlns=\"http://www.w3.org/2000/svg\" "
+               "xmlns:xlink=\"http://www.w3.org/1999/xlink\" width=\"2in\" height=\"1in\" viewBox=\"0 0 144 72\">" +
+               inside + "</svg>";
+    };
+    const std::string bmp = "xlink:href=\"data:image/bmp;base64," + base64(bitmap()) + "\"";
+    const std::string fills = "<image x=\"0\" y=\"0\" width=\"144.0000\" height=\"72\" ";
+    const std::optional<std::string> png = SvgBitmap::lone(svg(fills + bmp + "/>"));
+    ASSERT_TRUE(png);
+    EXPECT_EQ(QImage::fromData(QByteArray::fromStdString(*png), "PNG").size(), QSize(2, 2));
+    const std::string jpeg("\xFF\xD8\xFF\xE0 a JPEG as it came", 24);
+    EXPECT_EQ(SvgBitmap::lone(svg(fills + "xlink:href=\"data:image/jpeg;base64," + base64(jpeg) + "\"/>")), jpeg);
+
+    for (const std::string &drawn :
+         {svg(fills + bmp + "/><rect width=\"1\" height=\"1\"/>"), svg(fills + bmp + " transform=\"scale(2)\"/>"),
+          svg("<image x=\"10\" y=\"0\" width=\"134\" height=\"72\" " + bmp + "/>"),
+          svg("<g>" + fills + bmp + "/></g>"), svg("<rect width=\"1\" height=\"1\"/>"), std::string("not svg")})
+        EXPECT_FALSE(SvgBitmap::lone(drawn)) << drawn.substr(0, 300);
 }
 
 std::optional<std::string> run(const QString &program, const QStringList &arguments)
@@ -185,7 +249,7 @@ std::vector<double> blocks(const QImage &picture)
 
 // WordPerfect graphics that keep their drawing in an embedded metafile: the
 // PNG of the graphic matches libwmf's own drawing of the metafile.
-TEST(SvgMetafiles, CorpusGraphicsLookAsLibwmfDrawsThem)
+TEST(SvgImages, CorpusGraphicsLookAsLibwmfDrawsThem)
 {
     const fs::path corpus = fs::path(QM_SOURCE_DIR) / "../shared/corpus/wpg";
     if (!fs::exists(corpus))
