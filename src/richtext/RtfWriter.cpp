@@ -383,7 +383,8 @@ void RtfWriter::openTable(const RVNGPropertyList &propList)
         output.word("\\pard\\plain\\fs2\\sl-20\\slmult0\\par");
         output.raw("\n");
     }
-    tables.push_back(std::make_unique<RtfTable>(propList));
+    const RtfPicture::PageArea &page = sections.page();
+    tables.push_back(std::make_unique<RtfTable>(propList, page.width - page.left - page.right));
 }
 
 void RtfWriter::openTableRow(const RVNGPropertyList &propList)

@@ -648,3 +648,39 @@ TEST(RtfWriter, EndsAListLabelWhereItsWidthEndsWhenTheParagraphMovesIt)
     EXPECT_NE(item(-1.0).find("\\ls1\\ilvl0\\tx5040\\ql\\li-1440"), std::string::npos) << item(-1.0);
     EXPECT_EQ(item(std::nullopt).find("\\tx"), std::string::npos) << "the level's own hanging indent serves";
 }
+
+TEST(RtfWriter, FillsTheMarginsWithATableAlignedToThemAndPadsItsCells)
+{
+    const auto table = [](const char *align) {
+        RtfWriter out;
+        out.startDocument({});
+        RVNGPropertyList page = with("fo:page-width", 8.5);
+        page.insert("fo:margin-left", 1.0);
+        page.insert("fo:margin-right", 1.5);
+        out.openPageSpan(page);
+        RVNGPropertyList properties = with("table:align", align);
+        librevenge::RVNGPropertyListVector columns;
+        for (const double width : {1.0, 2.0})
+            columns.append(with("style:column-width", width));
+        properties.insert("librevenge:table-columns", columns);
+        out.openTable(properties);
+        out.openTableRow({});
+        for (int cell = 0; cell < 2; ++cell) {
+            RVNGPropertyList padded = with("fo:padding-top", 0.05);
+            padded.insert("fo:padding-left", 0.1);
+            out.openTableCell(padded);
+            out.closeTableCell();
+        }
+        out.closeTableRow();
+        out.closeTable();
+        out.closePageSpan();
+        out.endDocument();
+        return out.rtf();
+    };
+    // Six inches between the margins, shared as the columns' widths are.
+    EXPECT_NE(table("margins").find("\\cellx2880"), std::string::npos) << table("margins");
+    EXPECT_NE(table("margins").find("\\cellx8640"), std::string::npos) << table("margins");
+    EXPECT_NE(table("left").find("\\cellx4320"), std::string::npos) << table("left");
+    EXPECT_NE(table("left").find("\\clpadft3\\clpadt72\\clpadfl3\\clpadl144\\cellx1440"), std::string::npos)
+        << table("left");
+}
