@@ -353,7 +353,8 @@ std::string pageNumberRestart(const RVNGPropertyList &pageSpan)
     const std::optional<int> first = Units::integer(pageSpan, "style:page-number");
     if (!first || *first < 0)
         return {};
-    return "\\pgnrestart\\pgnstarts" + std::to_string(*first);
+    // The start first: LibreOffice restarts at the number it holds when it reads \pgnrestart.
+    return "\\pgnstarts" + std::to_string(*first) + "\\pgnrestart";
 }
 
 std::string columns(const RVNGPropertyList &section)

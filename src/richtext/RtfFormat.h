@@ -51,7 +51,7 @@ std::string border(const std::string &odfBorder, RtfPalette &palette);
 // A section's also carry its page number format (\pgnlcrm...).
 std::string page(const librevenge::RVNGPropertyList &pageSpan, bool section);
 
-// \pgnrestart\pgnstartsN when the page span starts its page numbers anew.
+// \pgnstartsN\pgnrestart when the page span starts its page numbers anew.
 std::string pageNumberRestart(const librevenge::RVNGPropertyList &pageSpan);
 
 // \colsN\colsxM for a section's columns; empty for one column.

@@ -3,6 +3,8 @@
 #include "RtfFormat.h"
 #include "Units.h"
 
+#include <algorithm>
+
 namespace richtext {
 
 bool RtfSections::open(const librevenge::RVNGPropertyList &pageSpan)
@@ -16,6 +18,8 @@ bool RtfSections::open(const librevenge::RVNGPropertyList &pageSpan)
     restart = RtfFormat::pageNumberRestart(pageSpan);
     columnWords.clear();
     headers.clear();
+    previousKinds.merge(kinds);
+    kinds.clear();
     started = false;
     continuationOwed = false;
     area = RtfPicture::PageArea {Units::inches(pageSpan, "fo:page-width").value_or(8.5),
@@ -43,6 +47,7 @@ std::optional<std::string> RtfSections::headerGroup(const librevenge::RVNGProper
     } else if (occurrence != "all" && occurrence != "both") {
         return std::nullopt;
     }
+    kinds.insert(group);
     // The header sits at the page margin; the text starts below its height and spacing.
     const double height =
         Units::inches(properties, "fo:min-height").value_or(0) +
@@ -76,6 +81,17 @@ std::optional<std::string> RtfSections::start(bool textFollows)
         return std::nullopt;
     if (!started) {
         started = true;
+        // A section without headers shows those of the section before it;
+        // empty groups keep the page as bare as the span wants it.
+        for (const bool footer : {false, true}) {
+            const std::string family = footer ? "\\footer" : "\\header";
+            const auto ofFamily = [&](const std::string &kind) { return kind.starts_with(family); };
+            if (std::none_of(kinds.begin(), kinds.end(), ofFamily))
+                for (const std::string &kind : previousKinds)
+                    if (ofFamily(kind))
+                        headers += "{" + kind + "}\n";
+        }
+        previousKinds.clear();
         return "\\sectd\\sbkpage" + spanWords + restart + columnWords + "\n" + headers;
     }
     if (!continuationOwed || !textFollows)

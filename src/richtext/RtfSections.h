@@ -5,6 +5,7 @@
 #include <librevenge/librevenge.h>
 
 #include <optional>
+#include <set>
 #include <string>
 
 namespace richtext {
@@ -45,6 +46,8 @@ private:
     std::string restart;      // its page numbers' restart, for its first section only
     std::string columnWords;  // \cols... of the running columns
     std::string headers;      // the span's header and footer groups
+    std::set<std::string> kinds;         // \header, \footerl... that this span has
+    std::set<std::string> previousKinds; // and those of the span before
     bool started = false;
     bool continuationOwed = false;
     bool any = false;

@@ -228,7 +228,7 @@ TEST(RtfWriter, WritesEveryPartOfADocument)
         "\\pard\\plain\\ls1\\ilvl0\\ql{\\listtext B.\\tab}item",
         "\\trowd\\trgaph108\\trleft0\\cellx2880\n\\pard\\plain\\intbl\\ql cell\\cell\n\\row",
         "\\sect\n\\sectd",
-        "\\sectd\\sbkpage\\pgwsxn12240\\pghsxn15840\\marglsxn1440\\pgnlcrm\\pgnrestart\\pgnstarts5\\cols2\\colsx720\n",
+        "\\sectd\\sbkpage\\pgwsxn12240\\pghsxn15840\\marglsxn1440\\pgnlcrm\\pgnstarts5\\pgnrestart\\cols2\\colsx720\n",
         "\\tqr\\tldot\\tx4320",
         "page\\tab{\\field{\\*\\fldinst{ PAGE \\\\* roman }}{\\fldrslt{}}}{\\shp{\\*\\shpinst\\shpleft7920",
         "\\shpbxpage\\shpbypara\\shpwr2\\shpwrk0\\shpz0{\\sp{\\sn shapeType}{\\sv 75}}{\\sp{\\sn pib}{\\sv {\\pict\\pngblip",
@@ -488,7 +488,7 @@ TEST(RtfWriter, WritesColumnsAsContinuousSectionsOfThePage)
     out.endDocument();
     const std::string rtf = out.rtf();
 
-    const std::size_t first = at(rtf, "\\sectd\\sbkpage\\pgwsxn12240\\pgnlcrm\\pgnrestart\\pgnstarts5\n");
+    const std::size_t first = at(rtf, "\\sectd\\sbkpage\\pgwsxn12240\\pgnlcrm\\pgnstarts5\\pgnrestart\n");
     const std::size_t columns = at(rtf, "\\sect\n\\sectd\\sbknone\\pgwsxn12240\\pgnlcrm\\cols2\\colsx720\n", first);
     const std::size_t single = at(rtf, "\\sect\n\\sectd\\sbknone\\pgwsxn12240\\pgnlcrm\n", columns);
     EXPECT_LT(at(rtf, "one column", first), columns);
@@ -559,7 +559,7 @@ TEST(RtfWriter, CarriesSectionsAndPageNumbersReadFromOdt)
     EXPECT_LT(three, at(rtf, "in three"));
     const std::size_t two = at(rtf, "\\cols2\\colsx432\n", three);
     EXPECT_LT(two, at(rtf, "in two"));
-    const std::size_t restart = at(rtf, "\\sectd\\sbkpage\\pgwsxn12240\\pgnucrm\\pgnrestart\\pgnstarts3", two);
+    const std::size_t restart = at(rtf, "\\sectd\\sbkpage\\pgwsxn12240\\pgnucrm\\pgnstarts3\\pgnrestart", two);
     EXPECT_LT(restart, at(rtf, "page three"));
 }
 
@@ -683,4 +683,30 @@ TEST(RtfWriter, FillsTheMarginsWithATableAlignedToThemAndPadsItsCells)
     EXPECT_NE(table("left").find("\\cellx4320"), std::string::npos) << table("left");
     EXPECT_NE(table("left").find("\\clpadft3\\clpadt72\\clpadfl3\\clpadl144\\cellx1440"), std::string::npos)
         << table("left");
+}
+
+TEST(RtfWriter, KeepsASectionWithoutHeadersFromShowingThoseBeforeIt)
+{
+    RtfWriter out;
+    out.startDocument({});
+    for (const bool withHeader : {true, false, false}) {
+        out.openPageSpan({});
+        if (withHeader) {
+            out.openHeader(with("librevenge:occurrence", "odd"));
+            paragraph(out, "head");
+            out.closeHeader();
+            out.openFooter(with("librevenge:occurrence", "all"));
+            paragraph(out, "foot");
+            out.closeFooter();
+        }
+        paragraph(out, withHeader ? "first" : "bare");
+        out.closePageSpan();
+    }
+    out.endDocument();
+    const std::string rtf = out.rtf();
+    const std::size_t second = at(rtf, "\\sect\n\\sectd");
+    const std::size_t third = at(rtf, "\\sect\n\\sectd", second + 1);
+    EXPECT_LT(second, at(rtf, "{\\headerr}\n{\\footer}\n", second));
+    EXPECT_LT(at(rtf, "{\\footer}\n", second), third);
+    EXPECT_EQ(rtf.find("{\\header", third), std::string::npos) << "the bare section before serves";
 }
