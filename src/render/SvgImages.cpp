@@ -67,11 +67,39 @@ std::string replaced(const std::string &svg, std::initializer_list<std::string_v
     return result;
 }
 
+struct Unref {
+    void operator()(void *object) const { g_object_unref(object); }
+};
+
+// 32-bit BMPs load with an alpha channel that is opaque throughout; without
+// it the PNG is smaller and readers need no mask. Null when the alpha counts.
+GdkPixbuf *withoutAlpha(GdkPixbuf *pixbuf)
+{
+    if (!gdk_pixbuf_get_has_alpha(pixbuf) || gdk_pixbuf_get_bits_per_sample(pixbuf) != 8 ||
+        gdk_pixbuf_get_n_channels(pixbuf) != 4)
+        return nullptr;
+    const int width = gdk_pixbuf_get_width(pixbuf);
+    const int height = gdk_pixbuf_get_height(pixbuf);
+    const int stride = gdk_pixbuf_get_rowstride(pixbuf);
+    const guchar *pixels = gdk_pixbuf_read_pixels(pixbuf);
+    for (int y = 0; y < height; ++y)
+        for (int x = 0; x < width; ++x)
+            if (pixels[y * stride + x * 4 + 3] != 255)
+                return nullptr;
+    GdkPixbuf *opaque = gdk_pixbuf_new(GDK_COLORSPACE_RGB, FALSE, 8, width, height);
+    if (!opaque)
+        return nullptr;
+    guchar *target = gdk_pixbuf_get_pixels(opaque);
+    const int targetStride = gdk_pixbuf_get_rowstride(opaque);
+    for (int y = 0; y < height; ++y)
+        for (int x = 0; x < width; ++x)
+            for (int channel = 0; channel < 3; ++channel)
+                target[y * targetStride + x * 3 + channel] = pixels[y * stride + x * 4 + channel];
+    return opaque;
+}
+
 std::optional<std::string> bitmapAsPng(std::string_view bytes)
 {
-    struct Unref {
-        void operator()(void *object) const { g_object_unref(object); }
-    };
     std::unique_ptr<GdkPixbufLoader, Unref> loader(gdk_pixbuf_loader_new_with_type("bmp", nullptr));
     if (!loader || !gdk_pixbuf_loader_write(loader.get(), reinterpret_cast<const guchar *>(bytes.data()),
                                             bytes.size(), nullptr))
@@ -79,9 +107,12 @@ std::optional<std::string> bitmapAsPng(std::string_view bytes)
     if (!gdk_pixbuf_loader_close(loader.get(), nullptr))
         return std::nullopt;
     GdkPixbuf *pixbuf = gdk_pixbuf_loader_get_pixbuf(loader.get());
+    if (!pixbuf)
+        return std::nullopt;
+    std::unique_ptr<GdkPixbuf, Unref> opaque(withoutAlpha(pixbuf));
     gchar *png = nullptr;
     gsize size = 0;
-    if (!pixbuf || !gdk_pixbuf_save_to_buffer(pixbuf, &png, &size, "png", nullptr, nullptr))
+    if (!gdk_pixbuf_save_to_buffer(opaque ? opaque.get() : pixbuf, &png, &size, "png", nullptr, nullptr))
         return std::nullopt;
     std::string result(png, size);
     g_free(png);

@@ -158,41 +158,45 @@ TEST(SvgImages, AreDrawnWhenTheSvgIsRasterized)
     EXPECT_LT(darkness(picture, 0.55, 0.95), 0.1);
 }
 
-// A 2 by 2 BMP of 24-bit pixels: red, green / blue, white (bottom row first).
-std::string bitmap()
+// A 2 by 2 BMP: red, green / blue, white (rows stored bottom first), of
+// 24-bit pixels or of 32-bit ones whose fourth byte is unused.
+std::string bitmap(int bits = 24)
 {
+    const std::string rows = bits == 24 ? std::string("\xFF\0\0\xFF\xFF\xFF\0\0\0\0\xFF\0\xFF\0\0\0", 16)
+                                        : std::string("\xFF\0\0\0\xFF\xFF\xFF\0\0\0\xFF\0\0\xFF\0\0", 16);
     std::string bytes = "BM";
-    put32(bytes, 14 + 40 + 16);
+    put32(bytes, 14 + 40 + long(rows.size()));
     put32(bytes, 0);
     put32(bytes, 14 + 40);
     put32(bytes, 40);
     put32(bytes, 2);
     put32(bytes, 2);
     put16(bytes, 1);
-    put16(bytes, 24);
+    put16(bytes, bits);
     for (int i = 0; i < 6; ++i)
         put32(bytes, 0);
-    bytes += std::string("\xFF\0\0\xFF\xFF\xFF\0\0", 8);     // blue, white, padding
-    bytes += std::string("\0\0\xFF\0\xFF\0\0\0", 8);         // red, green, padding
-    return bytes;
+    return bytes + rows;
 }
 
 TEST(SvgImages, StoreBitmapsAsTheSamePixelsInPng)
 {
-    const std::string svg = svgWith("data:image/bmp;base64," + base64(bitmap()));
-    const std::string compressed = SvgImages::compressBitmaps(svg);
-    EXPECT_EQ(compressed.find("image/bmp"), std::string::npos);
-    const std::size_t data = compressed.find("data:image/png;base64,");
-    ASSERT_NE(data, std::string::npos);
-    const std::size_t start = data + std::string("data:image/png;base64,").size();
-    const QImage png = QImage::fromData(
-        QByteArray::fromBase64(QByteArray::fromStdString(compressed.substr(start, compressed.find('"', start) - start))),
-        "PNG");
-    ASSERT_EQ(png.size(), QSize(2, 2));
-    EXPECT_EQ(png.pixel(0, 0), qRgb(255, 0, 0));
-    EXPECT_EQ(png.pixel(1, 0), qRgb(0, 255, 0));
-    EXPECT_EQ(png.pixel(0, 1), qRgb(0, 0, 255));
-    EXPECT_EQ(png.pixel(1, 1), qRgb(255, 255, 255));
+    for (const int bits : {24, 32}) {
+        SCOPED_TRACE(bits);
+        const std::string compressed = SvgImages::compressBitmaps(svgWith("data:image/bmp;base64," + base64(bitmap(bits))));
+        EXPECT_EQ(compressed.find("image/bmp"), std::string::npos);
+        const std::size_t data = compressed.find("data:image/png;base64,");
+        ASSERT_NE(data, std::string::npos);
+        const std::size_t start = data + std::string("data:image/png;base64,").size();
+        const QByteArray bytes =
+            QByteArray::fromBase64(QByteArray::fromStdString(compressed.substr(start, compressed.find('"', start) - start)));
+        EXPECT_EQ(bytes.at(25), 2) << "colour type: RGB, no alpha channel to mask";
+        const QImage png = QImage::fromData(bytes, "PNG");
+        ASSERT_EQ(png.size(), QSize(2, 2));
+        EXPECT_EQ(png.pixel(0, 0), qRgb(255, 0, 0));
+        EXPECT_EQ(png.pixel(1, 0), qRgb(0, 255, 0));
+        EXPECT_EQ(png.pixel(0, 1), qRgb(0, 0, 255));
+        EXPECT_EQ(png.pixel(1, 1), qRgb(255, 255, 255));
+    }
 
     const std::string damaged = svgWith("data:image/bmp;base64," + base64("BM not a bitmap"));
     EXPECT_EQ(SvgImages::compressBitmaps(damaged), damaged);
