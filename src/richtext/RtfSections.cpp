@@ -17,6 +17,7 @@ bool RtfSections::open(const librevenge::RVNGPropertyList &pageSpan)
     spanWords = RtfFormat::page(pageSpan, true);
     restart = RtfFormat::pageNumberRestart(pageSpan);
     columnWords.clear();
+    writtenColumns.clear();
     headers.clear();
     previousKinds.merge(kinds);
     kinds.clear();
@@ -68,11 +69,10 @@ bool RtfSections::addHeader(const std::string &group)
 
 void RtfSections::columns(const librevenge::RVNGPropertyList &section)
 {
-    std::string words = RtfFormat::columns(section);
-    if (words == columnWords)
-        return;
-    columnWords = std::move(words);
-    continuationOwed = started;
+    columnWords = RtfFormat::columns(section);
+    balanced = Units::text(section, "text:dont-balance-text-columns").value_or("false") != "true";
+    // Columns that come and go without text between them change nothing.
+    continuationOwed = started && columnWords != writtenColumns;
 }
 
 std::optional<std::string> RtfSections::start(bool textFollows)
@@ -92,11 +92,17 @@ std::optional<std::string> RtfSections::start(bool textFollows)
                         headers += "{" + kind + "}\n";
         }
         previousKinds.clear();
+        writtenColumns = columnWords;
+        writtenBalanced = balanced;
         return "\\sectd\\sbkpage" + spanWords + restart + columnWords + "\n" + headers;
     }
-    if (!continuationOwed || !textFollows)
+    // Readers balance columns only before a section break, so balanced ones get theirs anyway.
+    const bool balanceOwed = !writtenColumns.empty() && writtenBalanced;
+    if (!continuationOwed || (!textFollows && !balanceOwed))
         return std::nullopt;
     continuationOwed = false;
+    writtenColumns = columnWords;
+    writtenBalanced = balanced;
     // \sectd resets every section word: the page's are repeated, and the
     // span's headers carry on without being written again.
     return "\\sect\n\\sectd\\sbknone" + spanWords + columnWords + "\n";

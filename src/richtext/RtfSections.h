@@ -31,7 +31,8 @@ public:
 
     // The section's words, once, when its first text is about to be written;
     // they begin with \sect when they end the section before. Without text to
-    // follow, only a span's own first section is started.
+    // follow, only a span's own first section is started, and the end of
+    // balanced columns, which readers balance only before a section break.
     std::optional<std::string> start(bool textFollows = true);
 
     // \paperw, \margl... and \facingp for the document's header.
@@ -50,6 +51,9 @@ private:
     std::set<std::string> previousKinds; // and those of the span before
     bool started = false;
     bool continuationOwed = false;
+    std::string writtenColumns;  // those of the section last written
+    bool balanced = false;       // the columns asked for share the text evenly
+    bool writtenBalanced = false;
     bool any = false;
     bool facingPages = false;
     RtfPicture::PageArea area;

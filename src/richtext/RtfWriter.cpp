@@ -50,7 +50,10 @@ void RtfWriter::startSectionIfNeeded(bool textFollows)
     if (!words)
         return;
     if (words->starts_with("\\sect\n")) {
-        // \sect ends the paragraph before it, and any table.
+        // \sect ends the paragraph before it, and any table; one that ends
+        // the text has its \par, so that the last section holds no text.
+        if (!textFollows)
+            endOwedParagraph();
         container().paragraphEnded = false;
         container().afterTable = false;
     }

@@ -500,18 +500,27 @@ TEST(RtfWriter, WritesColumnsAsContinuousSectionsOfThePage)
     EXPECT_TRUE(fixtures::balanced(rtf));
 }
 
-TEST(RtfWriter, StartsAPageWithItsColumnsWhenTheyComeFirst)
+TEST(RtfWriter, StartsAPageWithItsColumnsAndEndsThemBalanced)
 {
-    RtfWriter out;
-    out.startDocument({});
-    out.openPageSpan({});
-    out.openSection(twoColumns());
-    paragraph(out, "text");
-    out.closeSection();
-    out.closePageSpan();
-    out.endDocument();
-    at(out.rtf(), "\\sectd\\sbkpage\\pgndec\\cols2\\colsx720\n");
-    EXPECT_EQ(out.rtf().find("\\sect\n"), std::string::npos) << out.rtf();
+    for (const bool balanced : {true, false}) {
+        RtfWriter out;
+        out.startDocument({});
+        out.openPageSpan({});
+        RVNGPropertyList section = twoColumns();
+        section.insert("text:dont-balance-text-columns", balanced ? "false" : "true");
+        out.openSection(section);
+        paragraph(out, "text");
+        out.closeSection();
+        out.closePageSpan();
+        out.endDocument();
+        const std::string rtf = out.rtf();
+        const std::size_t text = at(rtf, "\\sectd\\sbkpage\\pgndec\\cols2\\colsx720\n");
+        // Readers share text evenly among columns only before a section break.
+        if (balanced)
+            EXPECT_TRUE(rtf.ends_with("text\\par\n\\sect\n\\sectd\\sbknone\\pgndec\n\n}\n")) << rtf;
+        else
+            EXPECT_EQ(rtf.find("\\sect\n", text), std::string::npos) << rtf;
+    }
 }
 
 TEST(RtfWriter, NumbersPagesInTheFieldsOwnFormat)
