@@ -51,8 +51,10 @@ void RtfWriter::startSectionIfNeeded(bool textFollows)
         return;
     if (words->starts_with("\\sect\n")) {
         // \sect ends the paragraph before it, and any table; one that ends
-        // the text has its \par, so that the last section holds no text.
-        if (!textFollows)
+        // the text has its \par, so that the last section holds no text. An
+        // empty paragraph ended by \sect alone is dropped by LibreOffice,
+        // and what follows a table then overlaps it.
+        if (!textFollows || container().paragraphEmpty)
             endOwedParagraph();
         container().paragraphEnded = false;
         container().afterTable = false;
@@ -148,6 +150,7 @@ void RtfWriter::beginParagraph(const RVNGPropertyList &propList, const std::stri
     Container &here = container();
     here.afterTable = false;
     here.paragraphOpen = true;
+    here.paragraphEmpty = true;
     here.anyParagraph = true;
     output.word("\\pard\\plain");
     if (here.kind == Container::Kind::cell)
@@ -169,10 +172,12 @@ void RtfWriter::beginParagraph(const RVNGPropertyList &propList, const std::stri
     }
 }
 
-void RtfWriter::ensureParagraph()
+void RtfWriter::ensureParagraph(bool content)
 {
     if (!container().paragraphOpen)
         beginParagraph({}, {}, {});
+    if (content)
+        container().paragraphEmpty = false;
 }
 
 void RtfWriter::closeParagraph()
@@ -189,7 +194,7 @@ void RtfWriter::closeParagraph()
 
 void RtfWriter::openSpan(const RVNGPropertyList &propList)
 {
-    ensureParagraph();
+    ensureParagraph(false);
     if (container().spanOpen)
         closeSpan();
     container().spanOpen = true;
@@ -211,7 +216,7 @@ void RtfWriter::closeSpan()
 
 void RtfWriter::openLink(const RVNGPropertyList &propList)
 {
-    ensureParagraph();
+    ensureParagraph(false);
     std::string target;
     for (const char c : Units::text(propList, "xlink:href").value_or(""))
         target += c == '"' ? std::string("%22") : c == '\\' ? std::string("%5C") : std::string(1, c);

@@ -113,6 +113,7 @@ private:
         Kind kind = Kind::body;
         bool paragraphOpen = false;
         bool paragraphEnded = false; // its \par is owed when another paragraph follows
+        bool paragraphEmpty = false; // nothing was written into the last paragraph
         bool anyParagraph = false;
         bool noteMark = false; // the note's own number is still to be written
         bool spanOpen = false;
@@ -128,7 +129,8 @@ private:
     void endOwedParagraph();
     void beginParagraph(const librevenge::RVNGPropertyList &propList, const std::string &listWords,
                         const std::string &label);
-    void ensureParagraph();
+    // `content`: what follows shows on the page (a span or link alone does not).
+    void ensureParagraph(bool content = true);
     void openNote(bool endnote);
     void closeNote();
     void openHeaderOrFooter(const librevenge::RVNGPropertyList &propList, bool footer);

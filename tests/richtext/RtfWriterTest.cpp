@@ -719,3 +719,27 @@ TEST(RtfWriter, KeepsASectionWithoutHeadersFromShowingThoseBeforeIt)
     EXPECT_LT(at(rtf, "{\\footer}\n", second), third);
     EXPECT_EQ(rtf.find("{\\header", third), std::string::npos) << "the bare section before serves";
 }
+
+TEST(RtfWriter, EndsAnEmptyParagraphBeforeColumnsWithItsOwnPar)
+{
+    for (const bool empty : {true, false}) {
+        RtfWriter out;
+        out.startDocument({});
+        out.openPageSpan({});
+        paragraph(out, "before");
+        out.openParagraph({});
+        out.openSpan({});
+        if (!empty)
+            out.insertText("text");
+        out.closeSpan();
+        out.closeParagraph();
+        out.openSection(twoColumns());
+        paragraph(out, "in columns");
+        out.closeSection();
+        out.closePageSpan();
+        out.endDocument();
+        // LibreOffice drops an empty paragraph that \sect alone ends.
+        const std::string rtf = out.rtf();
+        EXPECT_NE(rtf.find(empty ? "{}\\par\n\\sect\n" : "{text}\\sect\n"), std::string::npos) << rtf;
+    }
+}
