@@ -84,8 +84,8 @@ bool fillsViewBox(const xmlNode *image, const std::vector<double> &viewBox)
     const auto width = number(attribute(image, "width"));
     const auto height = number(attribute(image, "height"));
     const auto near = [](double a, double b) { return std::abs(a - b) <= 1e-3 * std::max(1.0, std::abs(b)); };
-    return x && y && width && height && near(*x, viewBox[0]) && near(*y, viewBox[1]) && near(*width, viewBox[2]) &&
-           near(*height, viewBox[3]);
+    return x && y && width && height && near(*x, viewBox[0]) && near(*y, viewBox[1]) &&
+           near(*width, viewBox[2]) && near(*height, viewBox[3]);
 }
 
 std::optional<std::string> asPngOrJpeg(const std::string &uri)
@@ -95,7 +95,8 @@ std::optional<std::string> asPngOrJpeg(const std::string &uri)
         uri.substr(0, comma).find(";base64") == std::string::npos)
         return std::nullopt;
     gsize length = 0;
-    std::unique_ptr<guchar, decltype(&g_free)> bytes(g_base64_decode(uri.c_str() + comma + 1, &length), g_free);
+    std::unique_ptr<guchar, decltype(&g_free)> bytes(g_base64_decode(uri.c_str() + comma + 1, &length),
+                                                     g_free);
     if (!bytes || length < 8)
         return std::nullopt;
     const std::string_view data(reinterpret_cast<const char *>(bytes.get()), length);
@@ -109,7 +110,8 @@ std::optional<std::string> asPngOrJpeg(const std::string &uri)
     gchar *png = nullptr;
     gsize size = 0;
     // Light compression: the picture is written once, and time counts more than bytes here.
-    if (!pixbuf || !gdk_pixbuf_save_to_buffer(pixbuf, &png, &size, "png", nullptr, "compression", "1", nullptr))
+    if (!pixbuf ||
+        !gdk_pixbuf_save_to_buffer(pixbuf, &png, &size, "png", nullptr, "compression", "1", nullptr))
         return std::nullopt;
     std::string result(png, size);
     g_free(png);
@@ -122,17 +124,19 @@ std::optional<std::string> lone(const std::string &svg)
 {
     if (svg.find("<image") == std::string::npos)
         return std::nullopt;
-    std::unique_ptr<xmlDoc, DocFree> doc(xmlReadMemory(svg.data(), static_cast<int>(svg.size()), nullptr, nullptr,
-                                                       XML_PARSE_NONET | XML_PARSE_HUGE | XML_PARSE_NOERROR |
-                                                           XML_PARSE_NOWARNING));
+    std::unique_ptr<xmlDoc, DocFree> doc(
+        xmlReadMemory(svg.data(), static_cast<int>(svg.size()), nullptr, nullptr,
+                      XML_PARSE_NONET | XML_PARSE_HUGE | XML_PARSE_NOERROR | XML_PARSE_NOWARNING));
     const xmlNode *root = doc ? xmlDocGetRootElement(doc.get()) : nullptr;
     if (!root || std::strcmp(reinterpret_cast<const char *>(root->name), "svg") != 0)
         return std::nullopt;
     const std::vector<double> viewBox = numbers(attribute(root, "viewBox"));
     const xmlNode *image = onlyElement(root);
-    if (viewBox.size() != 4 || !image || std::strcmp(reinterpret_cast<const char *>(image->name), "image") != 0)
+    if (viewBox.size() != 4 || !image ||
+        std::strcmp(reinterpret_cast<const char *>(image->name), "image") != 0)
         return std::nullopt;
-    for (const char *effect : {"transform", "clip-path", "mask", "filter", "style", "opacity", "preserveAspectRatio"})
+    for (const char *effect :
+         {"transform", "clip-path", "mask", "filter", "style", "opacity", "preserveAspectRatio"})
         if (!attribute(image, effect).empty())
             return std::nullopt;
     if (!fillsViewBox(image, viewBox))

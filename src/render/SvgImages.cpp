@@ -30,7 +30,8 @@ std::optional<std::string> pngUri(std::string_view base64, const Converter &conv
             convert(std::string_view(reinterpret_cast<const char *>(data.getDataBuffer()), data.size()));
         if (!png)
             return std::nullopt;
-        const librevenge::RVNGBinaryData pngData(reinterpret_cast<const unsigned char *>(png->data()), png->size());
+        const librevenge::RVNGBinaryData pngData(reinterpret_cast<const unsigned char *>(png->data()),
+                                                 png->size());
         return "data:image/png;base64," + std::string(pngData.getBase64Data().cstr());
     } catch (...) {
         // librevenge's base64 decoder throws on characters outside the alphabet.
@@ -55,7 +56,8 @@ std::string replaced(const std::string &svg, std::initializer_list<std::string_v
         const std::size_t end = at == std::string::npos ? at : svg.find_first_of("\"'", at);
         if (end == std::string::npos)
             break;
-        const std::string_view data = std::string_view(svg).substr(at + prefix.size(), end - at - prefix.size());
+        const std::string_view data =
+            std::string_view(svg).substr(at + prefix.size(), end - at - prefix.size());
         result.append(svg, from, at - from);
         if (const std::optional<std::string> uri = pngUri(data, convert))
             result += *uri;

@@ -16,7 +16,8 @@ constexpr std::size_t standardHeaderSize = 18;
 
 unsigned word(std::string_view bytes, std::size_t at)
 {
-    return static_cast<unsigned char>(bytes[at]) | static_cast<unsigned>(static_cast<unsigned char>(bytes[at + 1])) << 8;
+    return static_cast<unsigned char>(bytes[at]) |
+           static_cast<unsigned>(static_cast<unsigned char>(bytes[at + 1])) << 8;
 }
 
 bool isPlaceable(std::string_view bytes)
@@ -59,9 +60,10 @@ class Api {
 public:
     Api()
     {
-        wmfAPI_Options options {};
+        wmfAPI_Options options{};
         options.function = wmf_gd_function;
-        const unsigned long flags = WMF_OPT_FUNCTION | WMF_OPT_IGNORE_NONFATAL | WMF_OPT_NO_ERROR | WMF_OPT_NO_DEBUG;
+        const unsigned long flags =
+            WMF_OPT_FUNCTION | WMF_OPT_IGNORE_NONFATAL | WMF_OPT_NO_ERROR | WMF_OPT_NO_DEBUG;
         if (wmf_api_create(&api, flags, &options) != wmf_E_None) {
             if (api)
                 wmf_api_destroy(api);
@@ -101,10 +103,10 @@ std::optional<std::string> renderPNG(std::string_view metafile, unsigned longSid
     wmf_gd_t *device = WMF_GD_GetData(api.get());
     if (!(device->flags & WMF_GD_SUPPORTS_PNG))
         return std::nullopt;
-    if (wmf_mem_open(api.get(), reinterpret_cast<unsigned char *>(bytes.data()), static_cast<long>(bytes.size())) !=
-        wmf_E_None)
+    if (wmf_mem_open(api.get(), reinterpret_cast<unsigned char *>(bytes.data()),
+                     static_cast<long>(bytes.size())) != wmf_E_None)
         return std::nullopt;
-    wmfD_Rect box {};
+    wmfD_Rect box{};
     unsigned width = 0;
     unsigned height = 0;
     if (wmf_scan(api.get(), 0, &box) != wmf_E_None ||

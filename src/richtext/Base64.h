@@ -15,7 +15,7 @@ namespace richtext {
 inline librevenge::RVNGBinaryData decodeBase64(std::string_view base64)
 {
     static constexpr std::array<signed char, 256> values = [] {
-        std::array<signed char, 256> table {};
+        std::array<signed char, 256> table{};
         table.fill(-1);
         const char alphabet[] = "ABCDEFGHIJKLMNOPQRSTUVWXYZabcdefghijklmnopqrstuvwxyz0123456789+/";
         for (int i = 0; i < 64; ++i)

@@ -297,8 +297,9 @@ void OdtInline::note(const xmlNode *node)
 void OdtInline::frame(const xmlNode *node)
 {
     // Anchoring, wrap and position mostly live in the frame's graphic style.
-    OdfProperties odf = content.styles().resolve(
-        "graphic", Xml::attribute(node, draw, "style-name").value_or(""), "graphic-properties", content.scope());
+    OdfProperties odf =
+        content.styles().resolve("graphic", Xml::attribute(node, draw, "style-name").value_or(""),
+                                 "graphic-properties", content.scope());
     for (auto &[name, value] : Xml::attributes(node))
         odf[name] = value;
     const RVNGPropertyList properties = OdtProperties::frame(odf);

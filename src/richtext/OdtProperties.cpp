@@ -290,4 +290,3 @@ RVNGPropertyList section(const OdfProperties &odf)
 }
 
 } // namespace richtext::OdtProperties
-

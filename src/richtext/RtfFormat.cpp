@@ -361,7 +361,8 @@ std::string columns(const RVNGPropertyList &section)
 {
     int count = Units::integer(section, "fo:column-count").value_or(1);
     double gap = Units::inches(section, "fo:column-gap").value_or(0.5);
-    if (const librevenge::RVNGPropertyListVector *each = section.child("style:columns"); each && each->count() > 1) {
+    if (const librevenge::RVNGPropertyListVector *each = section.child("style:columns");
+        each && each->count() > 1) {
         count = static_cast<int>(each->count());
         // The space between two columns is the first's end indent and the second's start indent.
         gap = Units::inches((*each)[0], "fo:end-indent").value_or(0) +

@@ -20,7 +20,7 @@ struct Picture {
     int heightPixels = 0;
     int widthTwips = 0; // the picture's own size, when it states one
     int heightTwips = 0;
-    std::string owned;   // bytes made here (a drawing, a trimmed metafile)
+    std::string owned; // bytes made here (a drawing, a trimmed metafile)
 };
 
 // Drawn pictures get about this many pixels per inch of their frame.
@@ -61,7 +61,8 @@ std::optional<Picture> recognise(const unsigned char *bytes, unsigned long size)
 
 bool isStandardMetafile(const unsigned char *bytes, unsigned long size)
 {
-    return size >= 18 && (littleEndian(bytes) == 1 || littleEndian(bytes) == 2) && littleEndian(bytes + 2) == 9 &&
+    return size >= 18 && (littleEndian(bytes) == 1 || littleEndian(bytes) == 2) &&
+           littleEndian(bytes + 2) == 9 &&
            (littleEndian(bytes + 4) == 0x100 || littleEndian(bytes + 4) == 0x300);
 }
 
@@ -86,8 +87,9 @@ std::optional<Picture> metafile(const unsigned char *bytes, unsigned long size)
     }
     if (!isStandardMetafile(bytes + start, size - start))
         return std::nullopt;
-    const unsigned long declared =
-        (littleEndian(bytes + start + 6) | static_cast<unsigned long>(littleEndian(bytes + start + 8)) << 16) * 2;
+    const unsigned long declared = (littleEndian(bytes + start + 6) |
+                                    static_cast<unsigned long>(littleEndian(bytes + start + 8)) << 16) *
+                                   2;
     picture.owned.assign(reinterpret_cast<const char *>(bytes + start), size - start);
     if (declared > picture.owned.size() && declared - picture.owned.size() <= 16)
         picture.owned.resize(declared, '\0');
@@ -115,8 +117,8 @@ std::optional<Picture> drawing(std::string_view svg, const librevenge::RVNGPrope
     const int pixelsWide = std::max(1, static_cast<int>(std::lround(width * scale)));
     const int pixelsHigh = std::max(1, static_cast<int>(std::lround(height * scale)));
     std::string drawn = painter(std::string(svg), pixelsWide, pixelsHigh);
-    std::optional<Picture> picture =
-        recognise(reinterpret_cast<const unsigned char *>(drawn.data()), static_cast<unsigned long>(drawn.size()));
+    std::optional<Picture> picture = recognise(reinterpret_cast<const unsigned char *>(drawn.data()),
+                                               static_cast<unsigned long>(drawn.size()));
     if (!picture || picture->blip == "\\emfblip")
         return std::nullopt;
     picture->owned = std::move(drawn);
@@ -193,9 +195,9 @@ std::string group(const librevenge::RVNGPropertyList &object, const librevenge::
 namespace {
 
 struct Axis {
-    std::string word;     // \shpbxpage, \shpbymargin...
-    double offset = 0;    // from the area's start
-    int alignment = 0;    // posh/posv: 0 absolute, 1 start, 2 centre, 3 end
+    std::string word;  // \shpbxpage, \shpbymargin...
+    double offset = 0; // from the area's start
+    int alignment = 0; // posh/posv: 0 absolute, 1 start, 2 centre, 3 end
 };
 
 Axis horizontal(const librevenge::RVNGPropertyList &frame, const PageArea &page, double width)
@@ -290,8 +292,9 @@ std::string placed(const std::string &pictureGroup, const librevenge::RVNGProper
     const bool besideText = x.alignment == 0 && (start >= textWidth || start + width <= 0);
     std::string shape = "{\\shp{\\*\\shpinst\\shpleft" + std::to_string(left) + "\\shptop" +
                         std::to_string(top) + "\\shpright" + std::to_string(left + RtfFormat::twips(width)) +
-                        "\\shpbottom" + std::to_string(top + RtfFormat::twips(height)) + "\\shpfhdr0" + x.word +
-                        y.word + (besideText ? "\\shpwr3\\shpfblwtxt0" : wrap(frame)) + "\\shpz0" + property("shapeType", 75);
+                        "\\shpbottom" + std::to_string(top + RtfFormat::twips(height)) + "\\shpfhdr0" +
+                        x.word + y.word + (besideText ? "\\shpwr3\\shpfblwtxt0" : wrap(frame)) + "\\shpz0" +
+                        property("shapeType", 75);
     if (x.alignment)
         shape += property("posh", x.alignment);
     if (y.alignment)

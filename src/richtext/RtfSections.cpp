@@ -23,12 +23,12 @@ bool RtfSections::open(const librevenge::RVNGPropertyList &pageSpan)
     kinds.clear();
     started = false;
     continuationOwed = false;
-    area = RtfPicture::PageArea {Units::inches(pageSpan, "fo:page-width").value_or(8.5),
-                                 Units::inches(pageSpan, "fo:page-height").value_or(11),
-                                 Units::inches(pageSpan, "fo:margin-left").value_or(1),
-                                 Units::inches(pageSpan, "fo:margin-right").value_or(1),
-                                 Units::inches(pageSpan, "fo:margin-top").value_or(1),
-                                 Units::inches(pageSpan, "fo:margin-bottom").value_or(1)};
+    area = RtfPicture::PageArea{Units::inches(pageSpan, "fo:page-width").value_or(8.5),
+                                Units::inches(pageSpan, "fo:page-height").value_or(11),
+                                Units::inches(pageSpan, "fo:margin-left").value_or(1),
+                                Units::inches(pageSpan, "fo:margin-right").value_or(1),
+                                Units::inches(pageSpan, "fo:margin-top").value_or(1),
+                                Units::inches(pageSpan, "fo:margin-bottom").value_or(1)};
     return follows;
 }
 
@@ -55,7 +55,7 @@ std::optional<std::string> RtfSections::headerGroup(const librevenge::RVNGProper
         Units::inches(properties, footer ? "fo:margin-top" : "fo:margin-bottom").value_or(0);
     const double margin = footer ? area.bottom : area.top;
     spanWords += (footer ? "\\footery" : "\\headery") + std::to_string(RtfFormat::twips(margin)) +
-               (footer ? "\\margbsxn" : "\\margtsxn") + std::to_string(RtfFormat::twips(margin + height));
+                 (footer ? "\\margbsxn" : "\\margtsxn") + std::to_string(RtfFormat::twips(margin + height));
     return group;
 }
 

@@ -43,16 +43,16 @@ public:
 
 private:
     std::string paper;
-    std::string spanWords;    // the page words of the span
-    std::string restart;      // its page numbers' restart, for its first section only
-    std::string columnWords;  // \cols... of the running columns
-    std::string headers;      // the span's header and footer groups
+    std::string spanWords;               // the page words of the span
+    std::string restart;                 // its page numbers' restart, for its first section only
+    std::string columnWords;             // \cols... of the running columns
+    std::string headers;                 // the span's header and footer groups
     std::set<std::string> kinds;         // \header, \footerl... that this span has
     std::set<std::string> previousKinds; // and those of the span before
     bool started = false;
     bool continuationOwed = false;
-    std::string writtenColumns;  // those of the section last written
-    bool balanced = false;       // the columns asked for share the text evenly
+    std::string writtenColumns; // those of the section last written
+    bool balanced = false;      // the columns asked for share the text evenly
     bool writtenBalanced = false;
     bool any = false;
     bool facingPages = false;

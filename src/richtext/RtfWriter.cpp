@@ -362,7 +362,8 @@ void RtfWriter::closeTextBox()
 
 void RtfWriter::insertBinaryObject(const RVNGPropertyList &propList)
 {
-    const std::string picture = RtfPicture::placed(RtfPicture::group(propList, frame, painter), frame, sections.page());
+    const std::string picture =
+        RtfPicture::placed(RtfPicture::group(propList, frame, painter), frame, sections.page());
     if (picture.empty())
         return;
     ensureParagraph();

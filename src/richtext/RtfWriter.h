@@ -3,8 +3,8 @@
 #include "ListNumbering.h"
 #include "RtfFormat.h"
 #include "RtfLists.h"
-#include "RtfPicture.h"
 #include "RtfOutput.h"
+#include "RtfPicture.h"
 #include "RtfSections.h"
 #include "RtfTable.h"
 

@@ -93,7 +93,8 @@ TEST_F(CorpusTest, ConvertsWhatLibwpdReadsAndNamesTheReasonOtherwise)
 }
 
 // Every WordPerfect graphic libwpd finds is a picture of the package (converted to SVG by libwpg,
-// its metafiles drawn) and an inline picture of the flat document; every picture the XML points at is in the package.
+// its metafiles drawn) and an inline picture of the flat document; every picture the XML points at is in the
+// package.
 TEST_F(CorpusTest, KeepsEveryEmbeddedGraphic)
 {
     for (const size_t i : convertAll()) {

@@ -45,13 +45,13 @@ void record(std::string &out, int function, std::initializer_list<int> parameter
 std::string halfBlack(bool placeable)
 {
     std::string records;
-    record(records, 0x020B, {0, 0});             // window origin
-    record(records, 0x020C, {500, 1000});        // window extent: height, width
-    record(records, 0x02FC, {0, 0, 0, 0});       // a solid black brush
-    record(records, 0x012D, {0});                // selected
-    record(records, 0x041B, {500, 500, 0, 0});   // rectangle: bottom, right, top, left
+    record(records, 0x020B, {0, 0});           // window origin
+    record(records, 0x020C, {500, 1000});      // window extent: height, width
+    record(records, 0x02FC, {0, 0, 0, 0});     // a solid black brush
+    record(records, 0x012D, {0});              // selected
+    record(records, 0x041B, {500, 500, 0, 0}); // rectangle: bottom, right, top, left
     record(records, 0x041B, {20, 1000, 0, 980});
-    record(records, 0x0000, {});                 // end
+    record(records, 0x0000, {}); // end
     std::string standard;
     put16(standard, 1);
     put16(standard, 9);
@@ -110,15 +110,15 @@ TEST_P(MetafileDrawing, ShowsTheRectangle)
 }
 
 INSTANTIATE_TEST_SUITE_P(WmfRenderer, MetafileDrawing,
-                         testing::Values(Drawing {"a placeable metafile", halfBlack(true)},
-                                         Drawing {"one a byte shorter than its header says",
-                                                  halfBlack(true).substr(0, halfBlack(true).size() - 1)},
-                                         Drawing {"a standard metafile", halfBlack(false)}));
+                         testing::Values(Drawing{"a placeable metafile", halfBlack(true)},
+                                         Drawing{"one a byte shorter than its header says",
+                                                 halfBlack(true).substr(0, halfBlack(true).size() - 1)},
+                                         Drawing{"a standard metafile", halfBlack(false)}));
 
 TEST(WmfRenderer, RefusesWhatIsNoMetafile)
 {
-    for (const std::string &bytes : {std::string(), std::string("not a metafile at all, only words"),
-                                     halfBlack(true).substr(0, 30)})
+    for (const std::string &bytes :
+         {std::string(), std::string("not a metafile at all, only words"), halfBlack(true).substr(0, 30)})
         EXPECT_FALSE(WmfRenderer::renderPNG(bytes, 200)) << bytes.size() << " bytes";
 }
 
@@ -144,9 +144,9 @@ TEST(SvgImages, DrawsEachMetafileImageAndLeavesTheRest)
     EXPECT_NE(drawn.find("data:image/png;base64,", first + 1), std::string::npos);
     EXPECT_EQ(drawn.substr(drawn.size() - 8), "/></svg>");
 
-    for (const std::string &unchanged : {svgWith("data:image/wmf;base64,@@@@"),
-                                         svgWith("data:image/wmf;base64," + base64("no metafile")),
-                                         svgWith("data:image/png;base64,iVBORw0KGgo=")})
+    for (const std::string &unchanged :
+         {svgWith("data:image/wmf;base64,@@@@"), svgWith("data:image/wmf;base64," + base64("no metafile")),
+          svgWith("data:image/png;base64,iVBORw0KGgo=")})
         EXPECT_EQ(SvgImages::drawMetafiles(unchanged), unchanged);
 }
 
@@ -182,13 +182,14 @@ TEST(SvgImages, StoreBitmapsAsTheSamePixelsInPng)
 {
     for (const int bits : {24, 32}) {
         SCOPED_TRACE(bits);
-        const std::string compressed = SvgImages::compressBitmaps(svgWith("data:image/bmp;base64," + base64(bitmap(bits))));
+        const std::string compressed =
+            SvgImages::compressBitmaps(svgWith("data:image/bmp;base64," + base64(bitmap(bits))));
         EXPECT_EQ(compressed.find("image/bmp"), std::string::npos);
         const std::size_t data = compressed.find("data:image/png;base64,");
         ASSERT_NE(data, std::string::npos);
         const std::size_t start = data + std::string("data:image/png;base64,").size();
-        const QByteArray bytes =
-            QByteArray::fromBase64(QByteArray::fromStdString(compressed.substr(start, compressed.find('"', start) - start)));
+        const QByteArray bytes = QByteArray::fromBase64(
+            QByteArray::fromStdString(compressed.substr(start, compressed.find('"', start) - start)));
         EXPECT_EQ(bytes.at(25), 2) << "colour type: RGB, no alpha channel to mask";
         const QImage png = QImage::fromData(bytes, "PNG");
         ASSERT_EQ(png.size(), QSize(2, 2));
@@ -207,7 +208,8 @@ TEST(SvgBitmap, IsTheBitmapOfAnSvgThatHoldsNothingElse)
 {
     const auto svg = [](const std::string &inside) {
         return "<?xml version=\"1.0\"?>\n<svg xmlns=\"http://www.w3.org/2000/svg\" "
-               "xmlns:xlink=\"http://www.w3.org/1999/xlink\" width=\"2in\" height=\"1in\" viewBox=\"0 0 144 72\">" +
+               "xmlns:xlink=\"http://www.w3.org/1999/xlink\" width=\"2in\" height=\"1in\" viewBox=\"0 0 144 "
+               "72\">" +
                inside + "</svg>";
     };
     const std::string bmp = "xlink:href=\"data:image/bmp;base64," + base64(bitmap()) + "\"";
@@ -216,12 +218,14 @@ TEST(SvgBitmap, IsTheBitmapOfAnSvgThatHoldsNothingElse)
     ASSERT_TRUE(png);
     EXPECT_EQ(QImage::fromData(QByteArray::fromStdString(*png), "PNG").size(), QSize(2, 2));
     const std::string jpeg("\xFF\xD8\xFF\xE0 a JPEG as it came", 24);
-    EXPECT_EQ(SvgBitmap::lone(svg(fills + "xlink:href=\"data:image/jpeg;base64," + base64(jpeg) + "\"/>")), jpeg);
+    EXPECT_EQ(SvgBitmap::lone(svg(fills + "xlink:href=\"data:image/jpeg;base64," + base64(jpeg) + "\"/>")),
+              jpeg);
 
-    for (const std::string &drawn :
-         {svg(fills + bmp + "/><rect width=\"1\" height=\"1\"/>"), svg(fills + bmp + " transform=\"scale(2)\"/>"),
-          svg("<image x=\"10\" y=\"0\" width=\"134\" height=\"72\" " + bmp + "/>"),
-          svg("<g>" + fills + bmp + "/></g>"), svg("<rect width=\"1\" height=\"1\"/>"), std::string("not svg")})
+    for (const std::string &drawn : {svg(fills + bmp + "/><rect width=\"1\" height=\"1\"/>"),
+                                     svg(fills + bmp + " transform=\"scale(2)\"/>"),
+                                     svg("<image x=\"10\" y=\"0\" width=\"134\" height=\"72\" " + bmp + "/>"),
+                                     svg("<g>" + fills + bmp + "/></g>"),
+                                     svg("<rect width=\"1\" height=\"1\"/>"), std::string("not svg")})
         EXPECT_FALSE(SvgBitmap::lone(drawn)) << drawn.substr(0, 300);
 }
 
@@ -270,7 +274,8 @@ TEST(SvgImages, CorpusGraphicsLookAsLibwmfDrawsThem)
         const std::size_t data = svg->find("data:image/wmf;base64,");
         ASSERT_NE(data, std::string::npos) << "the graphic holds no metafile any more";
         const std::size_t start = data + std::string("data:image/wmf;base64,").size();
-        QByteArray metafile = QByteArray::fromBase64(QByteArray::fromStdString(svg->substr(start, svg->find('"', start) - start)));
+        QByteArray metafile = QByteArray::fromBase64(
+            QByteArray::fromStdString(svg->substr(start, svg->find('"', start) - start)));
         // libwmf refuses the metafile as stored: it is a byte short.
         metafile.append('\0');
         const QString wmf = work.filePath("figure.wmf");
@@ -279,7 +284,8 @@ TEST(SvgImages, CorpusGraphicsLookAsLibwmfDrawsThem)
 
         // The graphic's viewBox is 367.38 by 276.12 points: drawn at twice that.
         const QImage ours = image(RsvgRenderer::renderPNG(*svg, 734, 552));
-        ASSERT_TRUE(run("/usr/bin/wmf2gd", {"--maxwidth=734", "--maxheight=552", "--maxpect", "-o", reference, wmf}));
+        ASSERT_TRUE(
+            run("/usr/bin/wmf2gd", {"--maxwidth=734", "--maxheight=552", "--maxpect", "-o", reference, wmf}));
         QImage theirs = QImage(reference).convertToFormat(QImage::Format_Grayscale8);
         ASSERT_FALSE(theirs.isNull());
         theirs = theirs.scaled(ours.size());

@@ -263,9 +263,10 @@ void everything(librevenge::RVNGTextInterface &sink)
     static const char pngHeader[] = "\x89PNG\r\n\x1a\n\0\0\0\rIHDR\0\0\0\x02\0\0\0\x03\x08\x02\0\0\0";
     static const char metafile[] = "\xD7\xCD\xC6\x9A\0\0\0\0\0\0\xE8\x03\xE8\x03\xE8\x03\0\0\0\0\0\0"
                                    "\x01\0\x09\0\0\x03\x0C\0\0\0\0\0\x03\0\0\0\0\0\x03\0\0\0\0\0";
-    for (const auto &[bytes, size, anchor] : {std::tuple {pngHeader, sizeof pngHeader - 1, "paragraph"},
-                                               std::tuple {metafile, sizeof metafile - 1, "as-char"}}) {
-        RVNGPropertyList frame = list({{"text:anchor-type", anchor}, {"style:horizontal-rel", "page-end-margin"}});
+    for (const auto &[bytes, size, anchor] : {std::tuple{pngHeader, sizeof pngHeader - 1, "paragraph"},
+                                              std::tuple{metafile, sizeof metafile - 1, "as-char"}}) {
+        RVNGPropertyList frame =
+            list({{"text:anchor-type", anchor}, {"style:horizontal-rel", "page-end-margin"}});
         frame.insert("svg:width", 1.0);
         frame.insert("svg:height", 1.0);
         frame.insert("svg:x", -2.0);

@@ -228,10 +228,12 @@ TEST(RtfWriter, WritesEveryPartOfADocument)
         "\\pard\\plain\\ls1\\ilvl0\\ql{\\listtext B.\\tab}item",
         "\\trowd\\trgaph108\\trleft0\\cellx2880\n\\pard\\plain\\intbl\\ql cell\\cell\n\\row",
         "\\sect\n\\sectd",
-        "\\sectd\\sbkpage\\pgwsxn12240\\pghsxn15840\\marglsxn1440\\pgnlcrm\\pgnstarts5\\pgnrestart\\cols2\\colsx720\n",
+        "\\sectd\\sbkpage\\pgwsxn12240\\pghsxn15840\\marglsxn1440\\pgnlcrm\\pgnstarts5\\pgnrestart\\cols2\\co"
+        "lsx720\n",
         "\\tqr\\tldot\\tx4320",
         "page\\tab{\\field{\\*\\fldinst{ PAGE \\\\* roman }}{\\fldrslt{}}}{\\shp{\\*\\shpinst\\shpleft7920",
-        "\\shpbxpage\\shpbypara\\shpwr2\\shpwrk0\\shpz0{\\sp{\\sn shapeType}{\\sv 75}}{\\sp{\\sn pib}{\\sv {\\pict\\pngblip",
+        "\\shpbxpage\\shpbypara\\shpwr2\\shpwrk0\\shpz0{\\sp{\\sn shapeType}{\\sv 75}}{\\sp{\\sn pib}{\\sv "
+        "{\\pict\\pngblip",
         "{\\pict\\wmetafile8\\picw2540\\pich2540\\picwgoal1440\\pichgoal1440\n0100090000030c00",
         "\\sect\n\\sectd\\sbknone\\pgwsxn12240\\pghsxn15840\\marglsxn1440\\pgnlcrm\n",
     };
@@ -386,7 +388,7 @@ std::string metafile(std::size_t shortBy = 0)
     standard += {char(words & 0xFF), char(words >> 8), 0, 0, 0, 0, 3, 0, 0, 0, 0, 0};
     std::string placeable("\xD7\xCD\xC6\x9A\0\0\0\0\0\0", 10);
     placeable += {char(2000 & 0xFF), char(2000 >> 8), char(1000 & 0xFF), char(1000 >> 8)}; // right, bottom
-    placeable += {char(1000 & 0xFF), char(1000 >> 8), 0, 0, 0, 0, 0, 0};                     // per inch, checksum
+    placeable += {char(1000 & 0xFF), char(1000 >> 8), 0, 0, 0, 0, 0, 0}; // per inch, checksum
     std::string whole = placeable + standard + records;
     whole.resize(whole.size() - shortBy);
     return whole;
@@ -411,7 +413,7 @@ INSTANTIATE_TEST_SUITE_P(
     Pictures, RtfOutput,
     testing::Values(
         Expect{"SVG drawn as PNG at the frame's size",
-               [] { return picture(svg, Painter {}); },
+               [] { return picture(svg, Painter{}); },
                {"{\\pict\\pngblip\\picw300\\pich150\\picwgoal2880\\pichgoal1440\n89504e47"}},
         Expect{"a metafile without its placeable header, its extent in hundredths of a millimetre",
                [] { return picture(metafile()); },
@@ -489,7 +491,8 @@ TEST(RtfWriter, WritesColumnsAsContinuousSectionsOfThePage)
     const std::string rtf = out.rtf();
 
     const std::size_t first = at(rtf, "\\sectd\\sbkpage\\pgwsxn12240\\pgnlcrm\\pgnstarts5\\pgnrestart\n");
-    const std::size_t columns = at(rtf, "\\sect\n\\sectd\\sbknone\\pgwsxn12240\\pgnlcrm\\cols2\\colsx720\n", first);
+    const std::size_t columns =
+        at(rtf, "\\sect\n\\sectd\\sbknone\\pgwsxn12240\\pgnlcrm\\cols2\\colsx720\n", first);
     const std::size_t single = at(rtf, "\\sect\n\\sectd\\sbknone\\pgwsxn12240\\pgnlcrm\n", columns);
     EXPECT_LT(at(rtf, "one column", first), columns);
     EXPECT_LT(at(rtf, "two columns", columns), single);
@@ -558,7 +561,8 @@ TEST(RtfWriter, CarriesSectionsAndPageNumbersReadFromOdt)
         style:num-format="I"/></style:page-layout>)";
     odt.masterStyles = R"(<style:master-page style:name="Standard"/>
         <style:master-page style:name="Roman" style:page-layout-name="RomanLayout"/>)";
-    odt.body = R"(<text:p>before</text:p><text:section text:name="S" text:style-name="Cols"><text:p>in three</text:p>
+    odt.body =
+        R"(<text:p>before</text:p><text:section text:name="S" text:style-name="Cols"><text:p>in three</text:p>
         </text:section><text:section text:name="T" text:style-name="Even"><text:p>in two</text:p></text:section>
         <text:p text:style-name="Restart">page three</text:p>)";
     RtfWriter out;
@@ -568,7 +572,8 @@ TEST(RtfWriter, CarriesSectionsAndPageNumbersReadFromOdt)
     EXPECT_LT(three, at(rtf, "in three"));
     const std::size_t two = at(rtf, "\\cols2\\colsx432\n", three);
     EXPECT_LT(two, at(rtf, "in two"));
-    const std::size_t restart = at(rtf, "\\sectd\\sbkpage\\pgwsxn12240\\pgnucrm\\pgnstarts3\\pgnrestart", two);
+    const std::size_t restart =
+        at(rtf, "\\sectd\\sbkpage\\pgwsxn12240\\pgnucrm\\pgnstarts3\\pgnrestart", two);
     EXPECT_LT(restart, at(rtf, "page three"));
 }
 
@@ -587,8 +592,9 @@ std::string placedPicture(std::initializer_list<std::pair<const char *, const ch
         frame.insert(name, value);
     return write([&](RtfWriter &out) {
         RVNGPropertyList object;
-        object.insert("office:binary-data",
-                      librevenge::RVNGBinaryData(reinterpret_cast<const unsigned char *>(png.data()), png.size()));
+        object.insert(
+            "office:binary-data",
+            librevenge::RVNGBinaryData(reinterpret_cast<const unsigned char *>(png.data()), png.size()));
         out.openFrame(frame);
         out.insertBinaryObject(object);
         out.closeFrame();
@@ -600,12 +606,19 @@ std::string placedPicture(std::initializer_list<std::pair<const char *, const ch
 INSTANTIATE_TEST_SUITE_P(
     PlacedPictures, RtfOutput,
     testing::Values(
-        Expect{"a picture in the line", [] { return placedPicture({{"text:anchor-type", "as-char"}}); },
+        Expect{"a picture in the line",
+               [] {
+                   return placedPicture({{"text:anchor-type", "as-char"}});
+               },
                {"\\ql{\\pict\\pngblip"}},
-        Expect{"a picture at the paragraph, text on both sides",
-               [] { return placedPicture({{"text:anchor-type", "paragraph"}}, 1.0); },
-               {"{\\shp{\\*\\shpinst\\shpleft1440\\shptop720\\shpright4320\\shpbottom2160\\shpfhdr0\\shpbxcolumn"
-                "\\shpbypara\\shpwr2\\shpwrk0\\shpz0{\\sp{\\sn shapeType}{\\sv 75}}{\\sp{\\sn pib}{\\sv {\\pict"}},
+        Expect{
+            "a picture at the paragraph, text on both sides",
+            [] {
+                return placedPicture({{"text:anchor-type", "paragraph"}}, 1.0);
+            },
+            {"{\\shp{\\*\\shpinst\\shpleft1440\\shptop720\\shpright4320\\shpbottom2160\\shpfhdr0\\shpbxcolumn"
+             "\\shpbypara\\shpwr2\\shpwrk0\\shpz0{\\sp{\\sn shapeType}{\\sv 75}}{\\sp{\\sn pib}{\\sv "
+             "{\\pict"}},
         Expect{"counted from the right margin, which RTF counts from the page's edge",
                [] {
                    return placedPicture({{"text:anchor-type", "char"},
