@@ -1,5 +1,7 @@
 #include "WpgToSvg.h"
 
+#include "SvgImages.h"
+
 #include <librevenge-stream/librevenge-stream.h>
 #include <librevenge/librevenge.h>
 #include <libwpg/libwpg.h>
@@ -23,7 +25,8 @@ try {
         return false;
 
     std::string document = "<?xml version=\"1.0\" encoding=\"UTF-8\" standalone=\"no\"?>\n";
-    document += pages[0].cstr();
+    // Office suites show an SVG's metafile images as blanks, so they go in drawn.
+    document += SvgImages::compressBitmaps(SvgImages::drawMetafiles(pages[0].cstr()));
     svg.clear();
     svg.append(reinterpret_cast<const unsigned char *>(document.data()), document.size());
     return true;

@@ -2,6 +2,8 @@
 
 #include "GraphicSteps.h"
 #include "render/RTFDowngrade.h"
+#include "render/RsvgRenderer.h"
+#include "render/SvgBitmap.h"
 #include "support/PlatformError.h"
 
 #include "richtext/HtmlReader.h"
@@ -12,9 +14,22 @@
 namespace Converter::steps {
 namespace {
 
+// RTF readers take PNG but not SVG: WordPerfect graphics come out of the
+// decoding as SVG and go into the RTF drawn.
+std::string drawnPicture(const std::string &svg, int width, int height)
+{
+    if (std::optional<std::string> bitmap = SvgBitmap::lone(svg))
+        return std::move(*bitmap);
+    try {
+        return RsvgRenderer::renderPNG(svg, width, height);
+    } catch (const RsvgRenderer::Failure &) {
+        return {};
+    }
+}
+
 std::string modernRTF(const Decoded &decoded)
 {
-    richtext::RtfWriter writer;
+    richtext::RtfWriter writer(drawnPicture);
     try {
         if (decoded.type == Decoded::Type::html)
             richtext::HtmlReader::read(decoded.data, writer);

@@ -1,5 +1,6 @@
 #include "RsvgRenderer.h"
 
+#include "SvgImages.h"
 #include "UpscaledBitmaps.h"
 
 #include <cairo.h>
@@ -58,7 +59,7 @@ RsvgRectangle viewportFor(RsvgHandle *handle, int width, int height)
 
 std::string renderPNG(const std::string &original, int width, int height)
 {
-    const std::string markup = UpscaledBitmaps::resample(original, width, height);
+    const std::string markup = UpscaledBitmaps::resample(SvgImages::drawMetafiles(original), width, height);
     GError *error = nullptr;
     // No base file: references to other files on disk are never followed.
     Handle handle(rsvg_handle_new_from_data(reinterpret_cast<const guint8 *>(markup.data()), markup.size(), &error));

@@ -9,6 +9,7 @@
 #include "XmlTree.h"
 
 #include <algorithm>
+#include <charconv>
 #include <cstdlib>
 #include <cstring>
 
@@ -101,7 +102,7 @@ void OdtContent::body(const xmlNode *officeText)
         const std::string master = masterPageFor(element);
         if (!pageSpanOpen || !master.empty()) {
             const OdtStyles::MasterPage *page = sheet.masterPage(master);
-            openPageSpan(page ? page : sheet.defaultMasterPage());
+            openPageSpan(page ? page : sheet.defaultMasterPage(), element);
         }
         block(element);
     }
@@ -133,13 +134,37 @@ std::string OdtContent::masterPageFor(const xmlNode *element) const
     return {};
 }
 
-void OdtContent::openPageSpan(const OdtStyles::MasterPage *master)
+std::optional<int> OdtContent::pageNumberOf(const xmlNode *element) const
+{
+    OdfProperties properties;
+    if (Xml::is(element, text, "p") || Xml::is(element, text, "h"))
+        properties = sheet.resolve("paragraph", styleName(element), "paragraph-properties", currentScope);
+    else if (Xml::is(element, table, "table"))
+        properties = sheet.resolve("table", styleName(element, table), "table-properties", currentScope);
+    else if (Xml::is(element, text, "list") || Xml::is(element, text, "list-item") ||
+             Xml::is(element, text, "section"))
+        for (const xmlNode *child : Xml::children(element))
+            return pageNumberOf(child);
+    const auto number = properties.find("style:page-number");
+    int value = 0;
+    // "auto", or nothing: the numbers run on.
+    if (number == properties.end() ||
+        std::from_chars(number->second.data(), number->second.data() + number->second.size(), value).ec !=
+            std::errc())
+        return std::nullopt;
+    return value;
+}
+
+void OdtContent::openPageSpan(const OdtStyles::MasterPage *master, const xmlNode *first)
 {
     if (pageSpanOpen)
         sink.closePageSpan();
     pageSpanOpen = true;
     const std::string layout = master ? master->pageLayout : std::string();
-    sink.openPageSpan(OdtProperties::pageSpan(sheet.pageLayout(layout, "page")));
+    RVNGPropertyList span = OdtProperties::pageSpan(sheet.pageLayout(layout, "page"));
+    if (const std::optional<int> number = first ? pageNumberOf(first) : std::nullopt)
+        span.insert("style:page-number", *number);
+    sink.openPageSpan(span);
     if (master)
         headersAndFooters(*master);
 }
@@ -185,7 +210,8 @@ void OdtContent::block(const xmlNode *element)
     } else if (Xml::is(element, table, "table")) {
         emitTable(element);
     } else if (Xml::is(element, text, "section")) {
-        sink.openSection({});
+        sink.openSection(OdtProperties::section(
+            sheet.resolve("section", styleName(element), "section-properties", currentScope)));
         blocks(element);
         sink.closeSection();
     } else if (Xml::is(element, draw, "frame") || Xml::is(element, draw, "a")) {

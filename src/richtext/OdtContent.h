@@ -51,7 +51,9 @@ private:
     void emitTable(const xmlNode *element);
     void emitRows(const xmlNode *parent, bool header, int &rowIndex, OdtTableGrid &grid);
     void emitRow(const xmlNode *element, bool header, int rowIndex, OdtTableGrid &grid);
-    void openPageSpan(const OdtStyles::MasterPage *master);
+    void openPageSpan(const OdtStyles::MasterPage *master, const xmlNode *first = nullptr);
+    // The page number that the element starts its page span with, when it restarts them.
+    std::optional<int> pageNumberOf(const xmlNode *element) const;
     void headersAndFooters(const OdtStyles::MasterPage &master);
     std::string masterPageFor(const xmlNode *element) const;
 

@@ -296,7 +296,10 @@ void OdtInline::note(const xmlNode *node)
 
 void OdtInline::frame(const xmlNode *node)
 {
-    OdfProperties odf;
+    // Anchoring, wrap and position mostly live in the frame's graphic style.
+    OdfProperties odf =
+        content.styles().resolve("graphic", Xml::attribute(node, draw, "style-name").value_or(""),
+                                 "graphic-properties", content.scope());
     for (auto &[name, value] : Xml::attributes(node))
         odf[name] = value;
     const RVNGPropertyList properties = OdtProperties::frame(odf);
@@ -322,8 +325,9 @@ void OdtInline::frame(const xmlNode *node)
 bool OdtInline::image(const xmlNode *node, const RVNGPropertyList &frame)
 {
     librevenge::RVNGBinaryData data;
+    std::string base64;
     if (const xmlNode *inlined = Xml::child(node, office, "binary-data")) {
-        std::string base64 = Xml::text(inlined);
+        base64 = Xml::text(inlined);
         std::erase_if(base64, isSpace);
         data = decodeBase64(base64);
     } else if (const auto href = Xml::attribute(node, xlink, "href")) {
@@ -337,7 +341,12 @@ bool OdtInline::image(const xmlNode *node, const RVNGPropertyList &frame)
                            std::min<unsigned long>(data.size(), 4096));
     RVNGPropertyList object;
     object.insert("librevenge:mime-type", mimeTypeOf(head));
-    object.insert("office:binary-data", data);
+    // The text as it came, when there is one: librevenge would encode the
+    // bytes again for every reader of the property, a long wait for large pictures.
+    if (!base64.empty())
+        object.insert("office:binary-data", base64.c_str());
+    else
+        object.insert("office:binary-data", data);
     ensureSpan();
     content.output().openFrame(frame);
     content.output().insertBinaryObject(object);

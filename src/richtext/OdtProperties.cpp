@@ -112,6 +112,7 @@ RVNGPropertyList pageSpan(const OdfProperties &odf)
                              "fo:margin-top", "fo:margin-bottom"})
         addLength(list, page, name);
     addText(list, page, "style:print-orientation");
+    addText(list, page, "style:num-format");
     return list;
 }
 
@@ -253,6 +254,38 @@ RVNGPropertyList frame(const OdfProperties &odf)
     for (const char *name : {"text:anchor-type", "style:wrap", "style:horizontal-pos", "style:horizontal-rel",
                              "style:vertical-pos", "style:vertical-rel"})
         addText(list, odf, name);
+    return list;
+}
+
+RVNGPropertyList section(const OdfProperties &odf)
+{
+    RVNGPropertyList list;
+    for (const char *name : {"fo:margin-left", "fo:margin-right"})
+        addLength(list, odf, name);
+    addText(list, odf, "text:dont-balance-text-columns");
+    librevenge::RVNGPropertyListVector columns;
+    for (int number = 1;; ++number) {
+        const std::string prefix = "column" + std::to_string(number) + "/";
+        if (!odf.count(prefix + "style:rel-width"))
+            break;
+        OdfProperties column;
+        for (const char *name : {"style:rel-width", "fo:start-indent", "fo:end-indent"})
+            if (const auto found = odf.find(prefix + name); found != odf.end())
+                column[name] = found->second;
+        RVNGPropertyList entry;
+        addLength(entry, column, "fo:start-indent");
+        addLength(entry, column, "fo:end-indent");
+        addText(entry, column, "style:rel-width");
+        columns.append(entry);
+    }
+    // Only a count and a gap: columns of equal width.
+    const auto count = odf.find("columns/fo:column-count");
+    if (columns.count() == 0 && count != odf.end() && std::atoi(count->second.c_str()) > 1) {
+        list.insert("fo:column-count", std::atoi(count->second.c_str()));
+        addLength(list, odf, "columns/fo:column-gap", "fo:column-gap");
+    }
+    if (columns.count() > 1)
+        list.insert("style:columns", columns);
     return list;
 }
 

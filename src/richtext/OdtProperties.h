@@ -24,5 +24,8 @@ librevenge::RVNGPropertyList table(const OdfProperties &table, const std::vector
 librevenge::RVNGPropertyList row(const OdfProperties &row, bool header);
 librevenge::RVNGPropertyList cell(const OdfProperties &cell, int column, int row, int columns, int rows);
 librevenge::RVNGPropertyList frame(const OdfProperties &frame);
+// A section's margins and its columns as librevenge gives them: "style:columns",
+// one entry per column with its relative width and indents.
+librevenge::RVNGPropertyList section(const OdfProperties &section);
 
 } // namespace richtext::OdtProperties

@@ -132,6 +132,19 @@ void OdtStyles::loadStyles(const xmlNode *container, StyleMap &into, bool withDe
             OdfProperties &properties = entry.groups[groupName];
             for (auto &[name, value] : attributesOf(group))
                 properties[name] = value;
+            // Section columns as "column1/fo:start-indent"..., numbered from 1.
+            if (const xmlNode *columns = Xml::child(group, style, "columns")) {
+                for (auto &[name, value] : attributesOf(columns))
+                    properties["columns/" + name] = value;
+                int number = 0;
+                for (const xmlNode *column : Xml::children(columns)) {
+                    if (!Xml::is(column, style, "column"))
+                        continue;
+                    const std::string prefix = "column" + std::to_string(++number) + "/";
+                    for (auto &[name, value] : attributesOf(column))
+                        properties[prefix + name] = value;
+                }
+            }
             if (const xmlNode *stops = Xml::child(group, style, "tab-stops")) {
                 entry.hasTabStops = true;
                 for (const xmlNode *stop : Xml::children(stops))

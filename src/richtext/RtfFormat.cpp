@@ -188,13 +188,26 @@ std::string character(const RVNGPropertyList &span, RtfPalette &palette)
     std::string words;
     if (const auto name = Units::text(span, "style:font-name"); name && !name->empty())
         words += "\\f" + std::to_string(palette.font(*name));
-    if (const auto size = Units::points(span, "fo:font-size"); size && *size > 0 && *size < 1638)
-        words += "\\fs" + std::to_string(static_cast<int>(std::lround(*size * 2)));
-    if (isBold(text(span, "fo:font-weight")))
+    // Text in complex scripts (Tibetan, Hebrew, Thai...) takes its size and
+    // weight from the associated words that \rtlch introduces; without them
+    // readers use their defaults. \ltrch turns the run's direction back.
+    std::string complex;
+    if (const auto size = Units::points(span, "fo:font-size"); size && *size > 0 && *size < 1638) {
+        const std::string halfPoints = std::to_string(static_cast<int>(std::lround(*size * 2)));
+        words += "\\fs" + halfPoints;
+        complex += "\\afs" + halfPoints;
+    }
+    if (isBold(text(span, "fo:font-weight"))) {
         words += "\\b";
+        complex += "\\ab";
+    }
     const std::string style = text(span, "fo:font-style");
-    if (style == "italic" || style == "oblique")
+    if (style == "italic" || style == "oblique") {
         words += "\\i";
+        complex += "\\ai";
+    }
+    if (!complex.empty())
+        words = "\\rtlch" + complex + "\\ltrch" + words;
     words += underline(span);
     words += strikeThrough(span);
     words += position(span);
@@ -255,8 +268,15 @@ std::string paragraph(const RVNGPropertyList &paragraph, RtfPalette &palette)
     return words;
 }
 
-std::string field(const std::string &librevengeType)
+std::string field(const std::string &librevengeType, const std::string &numberFormat)
 {
+    const char *format = numberFormat == "i"   ? "roman"
+                         : numberFormat == "I" ? "ROMAN"
+                         : numberFormat == "a" ? "alphabetic"
+                         : numberFormat == "A" ? "ALPHABETIC"
+                                               : nullptr;
+    if (librevengeType == "text:page-number" && format)
+        return std::string("{\\field{\\*\\fldinst{ PAGE \\\\* ") + format + " }}{\\fldrslt{}}}";
     if (librevengeType == "text:page-number")
         return "{\\chpgn}";
     // Fields show their last value until a reader updates them; they start with none.
@@ -312,7 +332,45 @@ std::string page(const RVNGPropertyList &pageSpan, bool section)
             words += number(section ? rtfWords.first : rtfWords.second, *value);
     if (text(pageSpan, "style:print-orientation") == "landscape")
         words += section ? "\\lndscpsxn" : "\\landscape";
+    if (!section)
+        return words;
+    const std::string format = text(pageSpan, "style:num-format");
+    words += format == "i"   ? "\\pgnlcrm"
+             : format == "I" ? "\\pgnucrm"
+             : format == "a" ? "\\pgnlcltr"
+             : format == "A" ? "\\pgnucltr"
+                             : "\\pgndec";
     return words;
+}
+
+std::string tabStop(double inches)
+{
+    return number("\\tx", std::max(0.0, inches));
+}
+
+std::string pageNumberRestart(const RVNGPropertyList &pageSpan)
+{
+    const std::optional<int> first = Units::integer(pageSpan, "style:page-number");
+    if (!first || *first < 0)
+        return {};
+    // The start first: LibreOffice restarts at the number it holds when it reads \pgnrestart.
+    return "\\pgnstarts" + std::to_string(*first) + "\\pgnrestart";
+}
+
+std::string columns(const RVNGPropertyList &section)
+{
+    int count = Units::integer(section, "fo:column-count").value_or(1);
+    double gap = Units::inches(section, "fo:column-gap").value_or(0.5);
+    if (const librevenge::RVNGPropertyListVector *each = section.child("style:columns");
+        each && each->count() > 1) {
+        count = static_cast<int>(each->count());
+        // The space between two columns is the first's end indent and the second's start indent.
+        gap = Units::inches((*each)[0], "fo:end-indent").value_or(0) +
+              Units::inches((*each)[1], "fo:start-indent").value_or(0);
+    }
+    if (count < 2)
+        return {};
+    return "\\cols" + std::to_string(std::min(count, 99)) + number("\\colsx", gap);
 }
 
 } // namespace RtfFormat

@@ -37,14 +37,25 @@ std::string character(const librevenge::RVNGPropertyList &span, RtfPalette &pale
 // \q*, \li, \ri, \fi, \sb, \sa, \sl, \tx..., \pagebb, \keepn... for a paragraph.
 std::string paragraph(const librevenge::RVNGPropertyList &paragraph, RtfPalette &palette);
 
-// A page number, page count, date or time field; empty for other kinds.
-std::string field(const std::string &librevengeType);
+// \txN for a left tab stop this far from the margin.
+std::string tabStop(double inches);
+
+// A page number, page count, date or time field; empty for other kinds. A
+// page number in letters or roman figures ("a", "I"...) says so itself.
+std::string field(const std::string &librevengeType, const std::string &numberFormat = "1");
 
 // \brdrs\brdrwN\brdrcfK for an ODF border such as "0.0007in solid #000000"; empty for none.
 std::string border(const std::string &odfBorder, RtfPalette &palette);
 
 // \pgwsxn... \marglsxn... for a page span's section, or \paperw... \margl... for the document.
+// A section's also carry its page number format (\pgnlcrm...).
 std::string page(const librevenge::RVNGPropertyList &pageSpan, bool section);
+
+// \pgnstartsN\pgnrestart when the page span starts its page numbers anew.
+std::string pageNumberRestart(const librevenge::RVNGPropertyList &pageSpan);
+
+// \colsN\colsxM for a section's columns; empty for one column.
+std::string columns(const librevenge::RVNGPropertyList &section);
 
 } // namespace RtfFormat
 } // namespace richtext

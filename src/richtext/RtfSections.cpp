@@ -3,6 +3,8 @@
 #include "RtfFormat.h"
 #include "Units.h"
 
+#include <algorithm>
+
 namespace richtext {
 
 bool RtfSections::open(const librevenge::RVNGPropertyList &pageSpan)
@@ -12,10 +14,21 @@ bool RtfSections::open(const librevenge::RVNGPropertyList &pageSpan)
         // The document's own page settings too, for readers that skip a section's.
         paper = RtfFormat::page(pageSpan, false);
     any = true;
-    pending = "\\sectd\\sbkpage" + RtfFormat::page(pageSpan, true);
+    spanWords = RtfFormat::page(pageSpan, true);
+    restart = RtfFormat::pageNumberRestart(pageSpan);
+    columnWords.clear();
+    writtenColumns.clear();
+    headers.clear();
+    previousKinds.merge(kinds);
+    kinds.clear();
     started = false;
-    top = Units::inches(pageSpan, "fo:margin-top").value_or(1);
-    bottom = Units::inches(pageSpan, "fo:margin-bottom").value_or(1);
+    continuationOwed = false;
+    area = RtfPicture::PageArea{Units::inches(pageSpan, "fo:page-width").value_or(8.5),
+                                Units::inches(pageSpan, "fo:page-height").value_or(11),
+                                Units::inches(pageSpan, "fo:margin-left").value_or(1),
+                                Units::inches(pageSpan, "fo:margin-right").value_or(1),
+                                Units::inches(pageSpan, "fo:margin-top").value_or(1),
+                                Units::inches(pageSpan, "fo:margin-bottom").value_or(1)};
     return follows;
 }
 
@@ -31,17 +44,18 @@ std::optional<std::string> RtfSections::headerGroup(const librevenge::RVNGProper
         facingPages = true;
     } else if (occurrence == "first") {
         group += "f";
-        pending += "\\titlepg";
+        spanWords += "\\titlepg";
     } else if (occurrence != "all" && occurrence != "both") {
         return std::nullopt;
     }
+    kinds.insert(group);
     // The header sits at the page margin; the text starts below its height and spacing.
     const double height =
         Units::inches(properties, "fo:min-height").value_or(0) +
         Units::inches(properties, footer ? "fo:margin-top" : "fo:margin-bottom").value_or(0);
-    const double margin = footer ? bottom : top;
-    pending += (footer ? "\\footery" : "\\headery") + std::to_string(RtfFormat::twips(margin)) +
-               (footer ? "\\margbsxn" : "\\margtsxn") + std::to_string(RtfFormat::twips(margin + height));
+    const double margin = footer ? area.bottom : area.top;
+    spanWords += (footer ? "\\footery" : "\\headery") + std::to_string(RtfFormat::twips(margin)) +
+                 (footer ? "\\margbsxn" : "\\margtsxn") + std::to_string(RtfFormat::twips(margin + height));
     return group;
 }
 
@@ -49,16 +63,49 @@ bool RtfSections::addHeader(const std::string &group)
 {
     if (started)
         return false;
-    pending += group + "\n";
+    headers += group + "\n";
     return true;
 }
 
-std::optional<std::string> RtfSections::start()
+void RtfSections::columns(const librevenge::RVNGPropertyList &section)
 {
-    if (started)
+    columnWords = RtfFormat::columns(section);
+    balanced = Units::text(section, "text:dont-balance-text-columns").value_or("false") != "true";
+    // Columns that come and go without text between them change nothing.
+    continuationOwed = started && columnWords != writtenColumns;
+}
+
+std::optional<std::string> RtfSections::start(bool textFollows)
+{
+    if (!any)
         return std::nullopt;
-    started = true;
-    return std::move(pending);
+    if (!started) {
+        started = true;
+        // A section without headers shows those of the section before it;
+        // empty groups keep the page as bare as the span wants it.
+        for (const bool footer : {false, true}) {
+            const std::string family = footer ? "\\footer" : "\\header";
+            const auto ofFamily = [&](const std::string &kind) { return kind.starts_with(family); };
+            if (std::none_of(kinds.begin(), kinds.end(), ofFamily))
+                for (const std::string &kind : previousKinds)
+                    if (ofFamily(kind))
+                        headers += "{" + kind + "}\n";
+        }
+        previousKinds.clear();
+        writtenColumns = columnWords;
+        writtenBalanced = balanced;
+        return "\\sectd\\sbkpage" + spanWords + restart + columnWords + "\n" + headers;
+    }
+    // Readers balance columns only before a section break, so balanced ones get theirs anyway.
+    const bool balanceOwed = !writtenColumns.empty() && writtenBalanced;
+    if (!continuationOwed || (!textFollows && !balanceOwed))
+        return std::nullopt;
+    continuationOwed = false;
+    writtenColumns = columnWords;
+    writtenBalanced = balanced;
+    // \sectd resets every section word: the page's are repeated, and the
+    // span's headers carry on without being written again.
+    return "\\sect\n\\sectd\\sbknone" + spanWords + columnWords + "\n";
 }
 
 std::string RtfSections::documentWords() const

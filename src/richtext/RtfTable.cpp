@@ -33,18 +33,35 @@ std::string cellWords(const librevenge::RVNGPropertyList &cell, RtfPalette &pale
     }
     if (const int colour = palette.colour(Units::text(cell, "fo:background-color").value_or("")); colour > 0)
         words += "\\clcbpat" + std::to_string(colour);
+    // Padding in twips (the 3 of \clpadf..); left and right as LibreOffice reads them.
+    const std::pair<const char *, const char *> paddings[] = {
+        {"fo:padding-top", "\\clpadft3\\clpadt"},
+        {"fo:padding-left", "\\clpadfl3\\clpadl"},
+        {"fo:padding-bottom", "\\clpadfb3\\clpadb"},
+        {"fo:padding-right", "\\clpadfr3\\clpadr"},
+    };
+    for (const auto &[name, word] : paddings)
+        if (const auto padding = Units::inches(cell, name); padding && *padding > 0)
+            words += word + std::to_string(RtfFormat::twips(*padding));
     return words;
 }
 
 } // namespace
 
-RtfTable::RtfTable(const librevenge::RVNGPropertyList &table)
+RtfTable::RtfTable(const librevenge::RVNGPropertyList &table, double textWidth)
 {
     if (const librevenge::RVNGPropertyListVector *columns = table.child("librevenge:table-columns"))
         for (unsigned long n = 0; n < columns->count(); ++n)
             widths.push_back(std::max(0.01, Units::inches((*columns)[n], "style:column-width").value_or(0)));
     left = Units::inches(table, "fo:margin-left").value_or(0);
     const std::string align = Units::text(table, "table:align").value_or("");
+    const double available = textWidth - left - Units::inches(table, "fo:margin-right").value_or(0);
+    double total = 0;
+    for (const double width : widths)
+        total += width;
+    if (align == "margins" && available > 0.1 && total > 0)
+        for (double &width : widths)
+            width *= available / total;
     if (align == "center")
         alignment = "\\trqc";
     else if (align == "right")

@@ -14,7 +14,9 @@ class RtfPalette;
 // wants a row's cell boundaries before its content, so rows are buffered.
 class RtfTable {
 public:
-    explicit RtfTable(const librevenge::RVNGPropertyList &table);
+    // `textWidth`: the width between the page margins, which a table aligned
+    // to the margins fills whatever its columns say.
+    explicit RtfTable(const librevenge::RVNGPropertyList &table, double textWidth = 0);
 
     void beginRow(const librevenge::RVNGPropertyList &row);
     // A cell with content follows.

@@ -9,7 +9,7 @@ namespace richtext {
 
 using librevenge::RVNGPropertyList;
 
-RtfWriter::RtfWriter()
+RtfWriter::RtfWriter(RtfPicture::SvgPainter painter) : painter(std::move(painter))
 {
     containers.push_back(Container{});
 }
@@ -42,12 +42,24 @@ bool RtfWriter::atTopLevel() const
     return containers.size() == 1 && !output.isAside();
 }
 
-void RtfWriter::startSectionIfNeeded()
+void RtfWriter::startSectionIfNeeded(bool textFollows)
 {
     if (!atTopLevel())
         return;
-    if (const auto words = sections.start())
-        output.raw(*words + "\n");
+    const auto words = sections.start(textFollows);
+    if (!words)
+        return;
+    if (words->starts_with("\\sect\n")) {
+        // \sect ends the paragraph before it, and any table; one that ends
+        // the text has its \par, so that the last section holds no text. An
+        // empty paragraph ended by \sect alone is dropped by LibreOffice,
+        // and what follows a table then overlaps it.
+        if (!textFollows || container().paragraphEmpty)
+            endOwedParagraph();
+        container().paragraphEnded = false;
+        container().afterTable = false;
+    }
+    output.raw(*words + "\n");
 }
 
 void RtfWriter::endOwedParagraph()
@@ -84,7 +96,24 @@ void RtfWriter::openPageSpan(const RVNGPropertyList &propList)
 
 void RtfWriter::closePageSpan()
 {
-    startSectionIfNeeded();
+    startSectionIfNeeded(false);
+}
+
+void RtfWriter::openSection(const RVNGPropertyList &propList)
+{
+    // Sections inside cells, notes or headers have no place in RTF: their text flows on.
+    if (!atTopLevel())
+        return;
+    openSections.push_back(propList);
+    sections.columns(propList);
+}
+
+void RtfWriter::closeSection()
+{
+    if (!atTopLevel() || openSections.empty())
+        return;
+    openSections.pop_back();
+    sections.columns(openSections.empty() ? RVNGPropertyList() : openSections.back());
 }
 
 void RtfWriter::openHeaderOrFooter(const RVNGPropertyList &propList, bool footer)
@@ -121,6 +150,7 @@ void RtfWriter::beginParagraph(const RVNGPropertyList &propList, const std::stri
     Container &here = container();
     here.afterTable = false;
     here.paragraphOpen = true;
+    here.paragraphEmpty = true;
     here.anyParagraph = true;
     output.word("\\pard\\plain");
     if (here.kind == Container::Kind::cell)
@@ -142,10 +172,12 @@ void RtfWriter::beginParagraph(const RVNGPropertyList &propList, const std::stri
     }
 }
 
-void RtfWriter::ensureParagraph()
+void RtfWriter::ensureParagraph(bool content)
 {
     if (!container().paragraphOpen)
         beginParagraph({}, {}, {});
+    if (content)
+        container().paragraphEmpty = false;
 }
 
 void RtfWriter::closeParagraph()
@@ -162,7 +194,7 @@ void RtfWriter::closeParagraph()
 
 void RtfWriter::openSpan(const RVNGPropertyList &propList)
 {
-    ensureParagraph();
+    ensureParagraph(false);
     if (container().spanOpen)
         closeSpan();
     container().spanOpen = true;
@@ -184,7 +216,7 @@ void RtfWriter::closeSpan()
 
 void RtfWriter::openLink(const RVNGPropertyList &propList)
 {
-    ensureParagraph();
+    ensureParagraph(false);
     std::string target;
     for (const char c : Units::text(propList, "xlink:href").value_or(""))
         target += c == '"' ? std::string("%22") : c == '\\' ? std::string("%5C") : std::string(1, c);
@@ -237,7 +269,8 @@ void RtfWriter::insertLineBreak()
 void RtfWriter::insertField(const RVNGPropertyList &propList)
 {
     ensureParagraph();
-    output.raw(RtfFormat::field(Units::text(propList, "librevenge:field-type").value_or("")));
+    output.raw(RtfFormat::field(Units::text(propList, "librevenge:field-type").value_or(""),
+                                Units::text(propList, "style:num-format").value_or("1")));
 }
 
 void RtfWriter::startListLevel(const RVNGPropertyList &propList, bool ordered)
@@ -249,11 +282,14 @@ void RtfWriter::startListLevel(const RVNGPropertyList &propList, bool ordered)
     const double indent =
         Units::inches(propList, "text:space-before").value_or(0.25 * (numbering.depth() - 1));
     lists.defineLevel(currentList, numbering.depth() - 1, numbering.innermost(), indent, labelWidth);
+    labelWidths.push_back(labelWidth);
 }
 
 void RtfWriter::endListLevel()
 {
     numbering.closeLevel();
+    if (!labelWidths.empty())
+        labelWidths.pop_back();
     if (numbering.depth() == 0)
         currentList = 0;
 }
@@ -269,10 +305,16 @@ void RtfWriter::openListElement(const RVNGPropertyList &propList)
         currentList = lists.restart(currentList, numbering.depth() - 1, *restart);
     }
     const std::string label = numbering.nextLabel();
-    beginParagraph(propList,
-                   "\\ls" + std::to_string(currentList) + "\\ilvl" +
-                       std::to_string(std::min(8, numbering.depth() - 1)),
-                   label);
+    std::string listWords =
+        "\\ls" + std::to_string(currentList) + "\\ilvl" + std::to_string(std::min(8, numbering.depth() - 1));
+    // The tab after the label ends at the label's width from where the line
+    // starts; readers look for it at the hanging indent, which a paragraph's
+    // own indents may have moved, and else take the next default stop.
+    const auto margin = Units::inches(propList, "fo:margin-left");
+    const auto firstLine = Units::inches(propList, "fo:text-indent");
+    if ((margin || firstLine) && !labelWidths.empty() && labelWidths.back() > 0)
+        listWords += RtfFormat::tabStop(margin.value_or(0) + firstLine.value_or(0) + labelWidths.back());
+    beginParagraph(propList, listWords, label);
 }
 
 void RtfWriter::openNote(bool endnote)
@@ -320,7 +362,8 @@ void RtfWriter::closeTextBox()
 
 void RtfWriter::insertBinaryObject(const RVNGPropertyList &propList)
 {
-    const std::string picture = RtfPicture::group(propList, frame);
+    const std::string picture =
+        RtfPicture::placed(RtfPicture::group(propList, frame, painter), frame, sections.page());
     if (picture.empty())
         return;
     ensureParagraph();
@@ -349,7 +392,8 @@ void RtfWriter::openTable(const RVNGPropertyList &propList)
         output.word("\\pard\\plain\\fs2\\sl-20\\slmult0\\par");
         output.raw("\n");
     }
-    tables.push_back(std::make_unique<RtfTable>(propList));
+    const RtfPicture::PageArea &page = sections.page();
+    tables.push_back(std::make_unique<RtfTable>(propList, page.width - page.left - page.right));
 }
 
 void RtfWriter::openTableRow(const RVNGPropertyList &propList)
@@ -450,7 +494,7 @@ void RtfWriter::endDocument()
     while (output.isAside())
         output.raw(output.takeAside());
     closeParagraph();
-    startSectionIfNeeded();
+    startSectionIfNeeded(false);
     // Every paragraph of the text ends in \par, the last one too: readers
     // drop a final paragraph that is empty and unterminated.
     endOwedParagraph();

@@ -4,6 +4,7 @@
 #include "RtfFormat.h"
 #include "RtfLists.h"
 #include "RtfOutput.h"
+#include "RtfPicture.h"
 #include "RtfSections.h"
 #include "RtfTable.h"
 
@@ -21,7 +22,8 @@ namespace richtext {
 // are only known at the end, so the body is buffered until endDocument.
 class RtfWriter : public librevenge::RVNGTextInterface {
 public:
-    RtfWriter();
+    // Without a painter, SVG pictures are left out.
+    explicit RtfWriter(RtfPicture::SvgPainter painter = {});
     ~RtfWriter() override;
 
     // The whole document; complete once endDocument has been called.
@@ -56,8 +58,8 @@ public:
     void openLink(const librevenge::RVNGPropertyList &propList) override;
     void closeLink() override;
     void defineSectionStyle(const librevenge::RVNGPropertyList &) override {}
-    void openSection(const librevenge::RVNGPropertyList &) override {}
-    void closeSection() override {}
+    void openSection(const librevenge::RVNGPropertyList &propList) override;
+    void closeSection() override;
     void insertTab() override;
     void insertSpace() override;
     void insertText(const librevenge::RVNGString &text) override;
@@ -111,6 +113,7 @@ private:
         Kind kind = Kind::body;
         bool paragraphOpen = false;
         bool paragraphEnded = false; // its \par is owed when another paragraph follows
+        bool paragraphEmpty = false; // nothing was written into the last paragraph
         bool anyParagraph = false;
         bool noteMark = false; // the note's own number is still to be written
         bool spanOpen = false;
@@ -122,11 +125,12 @@ private:
     void enter(Container::Kind kind);
     void leave();
     bool atTopLevel() const;
-    void startSectionIfNeeded();
+    void startSectionIfNeeded(bool textFollows = true);
     void endOwedParagraph();
     void beginParagraph(const librevenge::RVNGPropertyList &propList, const std::string &listWords,
                         const std::string &label);
-    void ensureParagraph();
+    // `content`: what follows shows on the page (a span or link alone does not).
+    void ensureParagraph(bool content = true);
     void openNote(bool endnote);
     void closeNote();
     void openHeaderOrFooter(const librevenge::RVNGPropertyList &propList, bool footer);
@@ -143,11 +147,14 @@ private:
     RtfLists lists;
     ListNumbering numbering;
     int currentList = 0;
+    std::vector<double> labelWidths; // per open list level
     std::vector<std::unique_ptr<RtfTable>> tables;
     int flattenedTables = 0; // tables inside cells, written as plain paragraphs
     RtfSections sections;
+    std::vector<librevenge::RVNGPropertyList> openSections;
     bool anyEndnote = false;
     librevenge::RVNGPropertyList frame;
+    RtfPicture::SvgPainter painter;
 };
 
 } // namespace richtext

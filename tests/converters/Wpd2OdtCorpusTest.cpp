@@ -92,8 +92,9 @@ TEST_F(CorpusTest, ConvertsWhatLibwpdReadsAndNamesTheReasonOtherwise)
     }
 }
 
-// Every WordPerfect graphic libwpd finds is a picture of the package (converted to SVG by libwpg)
-// and an inline picture of the flat document; every picture the XML points at is in the package.
+// Every WordPerfect graphic libwpd finds is a picture of the package (converted to SVG by libwpg,
+// its metafiles drawn) and an inline picture of the flat document; every picture the XML points at is in the
+// package.
 TEST_F(CorpusTest, KeepsEveryEmbeddedGraphic)
 {
     for (const size_t i : convertAll()) {
@@ -113,6 +114,8 @@ TEST_F(CorpusTest, KeepsEveryEmbeddedGraphic)
                 continue;
             ++pictures;
             EXPECT_TRUE(entry.data.starts_with("<?xml")) << entry.name << " is not SVG";
+            // Office suites show a metafile inside SVG as a blank: it must come drawn.
+            EXPECT_EQ(entry.data.find("data:image/wmf"), std::string::npos) << entry.name;
         }
         EXPECT_EQ(pictures, graphics);
         size_t links = 0;

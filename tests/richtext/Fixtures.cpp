@@ -235,7 +235,50 @@ void everything(librevenge::RVNGTextInterface &sink)
     sink.closeTable();
     sink.closePageSpan();
 
-    sink.openPageSpan(page);
+    // Page numbers in roman figures from 5 on, two columns, tab stops and pictures.
+    RVNGPropertyList roman = page;
+    roman.insert("style:num-format", "i");
+    roman.insert("style:page-number", 5);
+    sink.openPageSpan(roman);
+    RVNGPropertyList section;
+    librevenge::RVNGPropertyListVector sectionColumns;
+    for (const double indent : {0.0, 0.25}) {
+        RVNGPropertyList column;
+        column.insert("fo:start-indent", indent);
+        column.insert("fo:end-indent", 0.25 - indent);
+        sectionColumns.append(column);
+    }
+    section.insert("style:columns", sectionColumns);
+    sink.openSection(section);
+    RVNGPropertyList tabbed;
+    librevenge::RVNGPropertyListVector stops;
+    RVNGPropertyList stop = list({{"style:type", "right"}, {"style:leader-text", "."}});
+    stop.insert("style:position", 3.0);
+    stops.append(stop);
+    tabbed.insert("librevenge:tab-stops", stops);
+    sink.openParagraph(tabbed);
+    sink.insertText("page");
+    sink.insertTab();
+    sink.insertField(list({{"librevenge:field-type", "text:page-number"}, {"style:num-format", "i"}}));
+    static const char pngHeader[] = "\x89PNG\r\n\x1a\n\0\0\0\rIHDR\0\0\0\x02\0\0\0\x03\x08\x02\0\0\0";
+    static const char metafile[] = "\xD7\xCD\xC6\x9A\0\0\0\0\0\0\xE8\x03\xE8\x03\xE8\x03\0\0\0\0\0\0"
+                                   "\x01\0\x09\0\0\x03\x0C\0\0\0\0\0\x03\0\0\0\0\0\x03\0\0\0\0\0";
+    for (const auto &[bytes, size, anchor] : {std::tuple{pngHeader, sizeof pngHeader - 1, "paragraph"},
+                                              std::tuple{metafile, sizeof metafile - 1, "as-char"}}) {
+        RVNGPropertyList frame =
+            list({{"text:anchor-type", anchor}, {"style:horizontal-rel", "page-end-margin"}});
+        frame.insert("svg:width", 1.0);
+        frame.insert("svg:height", 1.0);
+        frame.insert("svg:x", -2.0);
+        RVNGPropertyList object;
+        object.insert("office:binary-data",
+                      librevenge::RVNGBinaryData(reinterpret_cast<const unsigned char *>(bytes), size));
+        sink.openFrame(frame);
+        sink.insertBinaryObject(object);
+        sink.closeFrame();
+    }
+    sink.closeParagraph();
+    sink.closeSection();
     sink.openParagraph({});
     sink.insertText("second section");
     sink.closeParagraph();

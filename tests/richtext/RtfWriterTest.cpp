@@ -1,5 +1,6 @@
 #include "Fixtures.h"
 
+#include "richtext/OdtReader.h"
 #include "richtext/RtfWriter.h"
 
 #include <gtest/gtest.h>
@@ -14,9 +15,10 @@ namespace {
 using Script = std::function<void(RtfWriter &)>;
 
 // One paragraph inside one page span, the script telling the rest.
-std::string write(const Script &inside, const RVNGPropertyList &paragraph = {})
+std::string write(const Script &inside, const RVNGPropertyList &paragraph = {},
+                  richtext::RtfPicture::SvgPainter painter = {})
 {
-    RtfWriter writer;
+    RtfWriter writer(std::move(painter));
     writer.startDocument({});
     writer.openPageSpan({});
     writer.openParagraph(paragraph);
@@ -139,6 +141,14 @@ INSTANTIATE_TEST_SUITE_P(
         Expect{"size in half points",
                [] { return span(with("fo:font-size", 11.0, librevenge::RVNG_POINT)); },
                {"\\fs22 x"}},
+        Expect{"complex scripts get the size, weight and slant too",
+               [] {
+                   RVNGPropertyList list = with("fo:font-size", 15.0, librevenge::RVNG_POINT);
+                   list.insert("fo:font-weight", "bold");
+                   list.insert("fo:font-style", "italic");
+                   return span(list);
+               },
+               {"{\\rtlch\\afs30\\ab\\ai\\ltrch\\fs30\\b\\i x}"}},
         Expect{"a font, by the table",
                [] { return span(with("style:font-name", "Courier New")); },
                {"{\\fonttbl{\\f0\\fnil Courier New;}}", "\\f0 x"}},
@@ -218,6 +228,14 @@ TEST(RtfWriter, WritesEveryPartOfADocument)
         "\\pard\\plain\\ls1\\ilvl0\\ql{\\listtext B.\\tab}item",
         "\\trowd\\trgaph108\\trleft0\\cellx2880\n\\pard\\plain\\intbl\\ql cell\\cell\n\\row",
         "\\sect\n\\sectd",
+        "\\sectd\\sbkpage\\pgwsxn12240\\pghsxn15840\\marglsxn1440\\pgnlcrm\\pgnstarts5\\pgnrestart\\cols2\\co"
+        "lsx720\n",
+        "\\tqr\\tldot\\tx4320",
+        "page\\tab{\\field{\\*\\fldinst{ PAGE \\\\* roman }}{\\fldrslt{}}}{\\shp{\\*\\shpinst\\shpleft7920",
+        "\\shpbxpage\\shpbypara\\shpwr2\\shpwrk0\\shpz0{\\sp{\\sn shapeType}{\\sv 75}}{\\sp{\\sn pib}{\\sv "
+        "{\\pict\\pngblip",
+        "{\\pict\\wmetafile8\\picw2540\\pich2540\\picwgoal1440\\pichgoal1440\n0100090000030c00",
+        "\\sect\n\\sectd\\sbknone\\pgwsxn12240\\pghsxn15840\\marglsxn1440\\pgnlcrm\n",
     };
     for (const char *part : parts)
         EXPECT_NE(rtf.find(part), std::string::npos) << "no " << part << " in\n" << rtf;
@@ -339,3 +357,402 @@ TEST(RtfWriter, ClosesWhatAStreamLeftOpen)
 }
 
 } // namespace
+
+namespace {
+
+// A picture of these bytes in a 2 by 1 inch frame.
+std::string picture(const std::string &bytes, richtext::RtfPicture::SvgPainter painter = {})
+{
+    return write(
+        [&](RtfWriter &out) {
+            RVNGPropertyList object;
+            object.insert("office:binary-data",
+                          librevenge::RVNGBinaryData(reinterpret_cast<const unsigned char *>(bytes.data()),
+                                                     bytes.size()));
+            RVNGPropertyList frame = with("svg:width", 2.0);
+            frame.insert("svg:height", 1.0);
+            out.openFrame(frame);
+            out.insertBinaryObject(object);
+            out.closeFrame();
+        },
+        {}, std::move(painter));
+}
+
+// A placeable Windows metafile two inches by one with no drawing in it;
+// `shortBy` bytes are cut off its end, as some producers store them.
+std::string metafile(std::size_t shortBy = 0)
+{
+    std::string standard = {1, 0, 9, 0, 0, 3};
+    const std::string records("\x03\0\0\0\0\0", 6); // the end record alone
+    const std::size_t words = (18 + records.size()) / 2;
+    standard += {char(words & 0xFF), char(words >> 8), 0, 0, 0, 0, 3, 0, 0, 0, 0, 0};
+    std::string placeable("\xD7\xCD\xC6\x9A\0\0\0\0\0\0", 10);
+    placeable += {char(2000 & 0xFF), char(2000 >> 8), char(1000 & 0xFF), char(1000 >> 8)}; // right, bottom
+    placeable += {char(1000 & 0xFF), char(1000 >> 8), 0, 0, 0, 0, 0, 0}; // per inch, checksum
+    std::string whole = placeable + standard + records;
+    whole.resize(whole.size() - shortBy);
+    return whole;
+}
+
+const char *const svg = "<?xml version=\"1.0\"?>\n<svg xmlns=\"http://www.w3.org/2000/svg\" width=\"2in\" "
+                        "height=\"1in\"><rect width=\"10\" height=\"10\"/></svg>";
+
+// Records what it was asked to draw and answers with a PNG signature.
+struct Painter {
+    std::shared_ptr<std::vector<std::string>> calls = std::make_shared<std::vector<std::string>>();
+    std::string operator()(const std::string &markup, int width, int height) const
+    {
+        calls->push_back(markup.substr(0, 5) + " " + std::to_string(width) + "x" + std::to_string(height));
+        return std::string("\x89PNG\r\n\x1a\n\0\0\0\rIHDR\0\0\x01\x2c\0\0\0\x96\x08\x02\0\0\0", 33);
+    }
+};
+
+} // namespace
+
+INSTANTIATE_TEST_SUITE_P(
+    Pictures, RtfOutput,
+    testing::Values(
+        Expect{"SVG drawn as PNG at the frame's size",
+               [] { return picture(svg, Painter{}); },
+               {"{\\pict\\pngblip\\picw300\\pich150\\picwgoal2880\\pichgoal1440\n89504e47"}},
+        Expect{"a metafile without its placeable header, its extent in hundredths of a millimetre",
+               [] { return picture(metafile()); },
+               {"{\\pict\\wmetafile8\\picw5080\\pich2540\\picwgoal2880\\pichgoal1440\n010009000003"}},
+        Expect{"a metafile a byte short of its header is padded to its length",
+               [] { return picture(metafile(1)); },
+               {"\\wmetafile8", "0100090000030c0000000000030000000000030000000000}"}}));
+
+TEST(RtfWriter, LeavesOutWhatItCannotDraw)
+{
+    // No painter for an SVG, a painter that fails, and bytes that are no picture.
+    const std::string failing = picture(svg, [](const std::string &, int, int) { return std::string(); });
+    for (const std::string &rtf : {picture(svg), failing, picture("not a picture at all")})
+        EXPECT_EQ(rtf.find("\\pict"), std::string::npos) << rtf;
+}
+
+TEST(RtfWriter, DrawsEachSvgPictureOnce)
+{
+    Painter painter;
+    picture(svg, painter);
+    ASSERT_EQ(painter.calls->size(), 1u);
+    EXPECT_EQ(painter.calls->front(), "<?xml 300x150");
+}
+
+namespace {
+
+RVNGPropertyList twoColumns()
+{
+    librevenge::RVNGPropertyListVector columns;
+    RVNGPropertyList first = with("fo:end-indent", 0.25);
+    first.insert("fo:start-indent", 0.0);
+    RVNGPropertyList second = with("fo:start-indent", 0.25);
+    second.insert("fo:end-indent", 0.0);
+    columns.append(first);
+    columns.append(second);
+    RVNGPropertyList section;
+    section.insert("style:columns", columns);
+    return section;
+}
+
+void paragraph(RtfWriter &out, const char *text)
+{
+    out.openParagraph({});
+    out.insertText(text);
+    out.closeParagraph();
+}
+
+// Where `part` stands in `rtf`, failing the test when it is not there.
+std::size_t at(const std::string &rtf, const std::string &part, std::size_t from = 0)
+{
+    const std::size_t found = rtf.find(part, from);
+    EXPECT_NE(found, std::string::npos) << "no " << part << " after " << from << " in\n" << rtf;
+    return found == std::string::npos ? rtf.size() : found;
+}
+
+} // namespace
+
+TEST(RtfWriter, WritesColumnsAsContinuousSectionsOfThePage)
+{
+    RtfWriter out;
+    out.startDocument({});
+    RVNGPropertyList page = with("fo:page-width", 8.5);
+    page.insert("style:num-format", "i");
+    page.insert("style:page-number", 5);
+    out.openPageSpan(page);
+    paragraph(out, "one column");
+    out.openSection(twoColumns());
+    paragraph(out, "two columns");
+    out.closeSection();
+    paragraph(out, "one again");
+    out.openSection(twoColumns());
+    out.closeSection();
+    out.closePageSpan();
+    out.endDocument();
+    const std::string rtf = out.rtf();
+
+    const std::size_t first = at(rtf, "\\sectd\\sbkpage\\pgwsxn12240\\pgnlcrm\\pgnstarts5\\pgnrestart\n");
+    const std::size_t columns =
+        at(rtf, "\\sect\n\\sectd\\sbknone\\pgwsxn12240\\pgnlcrm\\cols2\\colsx720\n", first);
+    const std::size_t single = at(rtf, "\\sect\n\\sectd\\sbknone\\pgwsxn12240\\pgnlcrm\n", columns);
+    EXPECT_LT(at(rtf, "one column", first), columns);
+    EXPECT_LT(at(rtf, "two columns", columns), single);
+    at(rtf, "one again", single);
+    // The restart belongs to the page span alone; a section with no text makes none.
+    EXPECT_EQ(rtf.find("\\pgnrestart", at(rtf, "\\pgnrestart", first) + 1), std::string::npos) << rtf;
+    EXPECT_EQ(rtf.find("\\sect\n", single + 1), std::string::npos) << rtf;
+    EXPECT_TRUE(fixtures::balanced(rtf));
+}
+
+TEST(RtfWriter, StartsAPageWithItsColumnsAndEndsThemBalanced)
+{
+    for (const bool balanced : {true, false}) {
+        RtfWriter out;
+        out.startDocument({});
+        out.openPageSpan({});
+        RVNGPropertyList section = twoColumns();
+        section.insert("text:dont-balance-text-columns", balanced ? "false" : "true");
+        out.openSection(section);
+        paragraph(out, "text");
+        out.closeSection();
+        out.closePageSpan();
+        out.endDocument();
+        const std::string rtf = out.rtf();
+        const std::size_t text = at(rtf, "\\sectd\\sbkpage\\pgndec\\cols2\\colsx720\n");
+        // Readers share text evenly among columns only before a section break.
+        if (balanced)
+            EXPECT_TRUE(rtf.ends_with("text\\par\n\\sect\n\\sectd\\sbknone\\pgndec\n\n}\n")) << rtf;
+        else
+            EXPECT_EQ(rtf.find("\\sect\n", text), std::string::npos) << rtf;
+    }
+}
+
+TEST(RtfWriter, NumbersPagesInTheFieldsOwnFormat)
+{
+    const std::pair<const char *, const char *> cases[] = {
+        {"1", "{\\chpgn}"},
+        {"i", "{\\field{\\*\\fldinst{ PAGE \\\\* roman }}{\\fldrslt{}}}"},
+        {"A", "{\\field{\\*\\fldinst{ PAGE \\\\* ALPHABETIC }}{\\fldrslt{}}}"},
+    };
+    for (const auto &[format, expected] : cases) {
+        const std::string rtf = write([format](RtfWriter &out) {
+            RVNGPropertyList field = with("librevenge:field-type", "text:page-number");
+            field.insert("style:num-format", format);
+            out.insertField(field);
+        });
+        EXPECT_NE(rtf.find(expected), std::string::npos) << format << "\n" << rtf;
+    }
+}
+
+// What the ODT reader finds of sections and page numbering reaches the RTF.
+TEST(RtfWriter, CarriesSectionsAndPageNumbersReadFromOdt)
+{
+    fixtures::Odt odt;
+    odt.automaticStyles =
+        R"(<style:style style:name="Cols" style:family="section"><style:section-properties>
+        <style:columns fo:column-count="3"><style:column style:rel-width="1*" fo:start-indent="0in"
+        fo:end-indent="0.1in"/><style:column style:rel-width="1*" fo:start-indent="0.1in" fo:end-indent="0.1in"/>
+        <style:column style:rel-width="1*" fo:start-indent="0.1in" fo:end-indent="0in"/></style:columns>
+        </style:section-properties></style:style>
+        <style:style style:name="Even" style:family="section"><style:section-properties>
+        <style:columns fo:column-count="2" fo:column-gap="0.3in"/></style:section-properties></style:style>
+        <style:style style:name="Restart" style:family="paragraph" style:master-page-name="Roman">
+        <style:paragraph-properties style:page-number="3"/></style:style>
+        <style:page-layout style:name="RomanLayout"><style:page-layout-properties fo:page-width="8.5in"
+        style:num-format="I"/></style:page-layout>)";
+    odt.masterStyles = R"(<style:master-page style:name="Standard"/>
+        <style:master-page style:name="Roman" style:page-layout-name="RomanLayout"/>)";
+    odt.body =
+        R"(<text:p>before</text:p><text:section text:name="S" text:style-name="Cols"><text:p>in three</text:p>
+        </text:section><text:section text:name="T" text:style-name="Even"><text:p>in two</text:p></text:section>
+        <text:p text:style-name="Restart">page three</text:p>)";
+    RtfWriter out;
+    richtext::OdtReader::read(odt.flat(), out);
+    const std::string rtf = out.rtf();
+    const std::size_t three = at(rtf, "\\cols3\\colsx288\n");
+    EXPECT_LT(three, at(rtf, "in three"));
+    const std::size_t two = at(rtf, "\\cols2\\colsx432\n", three);
+    EXPECT_LT(two, at(rtf, "in two"));
+    const std::size_t restart =
+        at(rtf, "\\sectd\\sbkpage\\pgwsxn12240\\pgnucrm\\pgnstarts3\\pgnrestart", two);
+    EXPECT_LT(restart, at(rtf, "page three"));
+}
+
+namespace {
+
+// A two-by-three pixel PNG in a 2 by 1 inch frame with these placing properties.
+std::string placedPicture(std::initializer_list<std::pair<const char *, const char *>> texts, double x = 0)
+{
+    static const char header[] = "\x89PNG\r\n\x1a\n\0\0\0\rIHDR\0\0\0\x02\0\0\0\x03\x08\x02\0\0\0";
+    const std::string png(header, sizeof header - 1);
+    RVNGPropertyList frame = with("svg:width", 2.0);
+    frame.insert("svg:height", 1.0);
+    frame.insert("svg:x", x);
+    frame.insert("svg:y", 0.5);
+    for (const auto &[name, value] : texts)
+        frame.insert(name, value);
+    return write([&](RtfWriter &out) {
+        RVNGPropertyList object;
+        object.insert(
+            "office:binary-data",
+            librevenge::RVNGBinaryData(reinterpret_cast<const unsigned char *>(png.data()), png.size()));
+        out.openFrame(frame);
+        out.insertBinaryObject(object);
+        out.closeFrame();
+    });
+}
+
+} // namespace
+
+INSTANTIATE_TEST_SUITE_P(
+    PlacedPictures, RtfOutput,
+    testing::Values(
+        Expect{"a picture in the line",
+               [] {
+                   return placedPicture({{"text:anchor-type", "as-char"}});
+               },
+               {"\\ql{\\pict\\pngblip"}},
+        Expect{
+            "a picture at the paragraph, text on both sides",
+            [] {
+                return placedPicture({{"text:anchor-type", "paragraph"}}, 1.0);
+            },
+            {"{\\shp{\\*\\shpinst\\shpleft1440\\shptop720\\shpright4320\\shpbottom2160\\shpfhdr0\\shpbxcolumn"
+             "\\shpbypara\\shpwr2\\shpwrk0\\shpz0{\\sp{\\sn shapeType}{\\sv 75}}{\\sp{\\sn pib}{\\sv "
+             "{\\pict"}},
+        Expect{"counted from the right margin, which RTF counts from the page's edge",
+               [] {
+                   return placedPicture({{"text:anchor-type", "char"},
+                                         {"style:horizontal-rel", "page-end-margin"},
+                                         {"style:vertical-rel", "page"}},
+                                        -3.0);
+               },
+               {"\\shpleft6480\\shptop720\\shpright9360\\shpbottom2160\\shpfhdr0\\shpbxpage\\shpbypage"}},
+        Expect{"centred on the page's text, text above and below",
+               [] {
+                   return placedPicture({{"text:anchor-type", "paragraph"},
+                                         {"style:horizontal-rel", "page-content"},
+                                         {"style:horizontal-pos", "center"},
+                                         {"style:vertical-rel", "page-content"},
+                                         {"style:vertical-pos", "middle"},
+                                         {"style:wrap", "none"}});
+               },
+               {"\\shpleft3240\\shptop5760", "\\shpbxmargin\\shpbymargin\\shpwr1\\shpz0",
+                "{\\sp{\\sn posh}{\\sv 2}}{\\sp{\\sn posv}{\\sv 2}}"}},
+        Expect{"beside the text column it keeps no text away",
+               [] {
+                   return placedPicture({{"text:anchor-type", "paragraph"},
+                                         {"style:horizontal-rel", "page-content"},
+                                         {"style:wrap", "none"}},
+                                        7.0);
+               },
+               {"\\shpbxmargin\\shpbypara\\shpwr3\\shpfblwtxt0"}}));
+
+TEST(RtfWriter, EndsAListLabelWhereItsWidthEndsWhenTheParagraphMovesIt)
+{
+    const auto item = [](std::optional<double> margin) {
+        return write([margin](RtfWriter &out) {
+            out.closeParagraph();
+            RVNGPropertyList level = with("style:num-format", "i");
+            level.insert("text:min-label-width", 2.5);
+            out.openOrderedListLevel(level);
+            RVNGPropertyList paragraph;
+            if (margin) {
+                paragraph.insert("fo:margin-left", *margin);
+                paragraph.insert("fo:text-indent", 2.0);
+            }
+            out.openListElement(paragraph);
+            out.insertText("item");
+            out.closeListElement();
+            out.closeOrderedListLevel();
+        });
+    };
+    // The line starts at -1 + 2 inches; the label is 2.5 inches wide.
+    EXPECT_NE(item(-1.0).find("\\ls1\\ilvl0\\tx5040\\ql\\li-1440"), std::string::npos) << item(-1.0);
+    EXPECT_EQ(item(std::nullopt).find("\\tx"), std::string::npos) << "the level's own hanging indent serves";
+}
+
+TEST(RtfWriter, FillsTheMarginsWithATableAlignedToThemAndPadsItsCells)
+{
+    const auto table = [](const char *align) {
+        RtfWriter out;
+        out.startDocument({});
+        RVNGPropertyList page = with("fo:page-width", 8.5);
+        page.insert("fo:margin-left", 1.0);
+        page.insert("fo:margin-right", 1.5);
+        out.openPageSpan(page);
+        RVNGPropertyList properties = with("table:align", align);
+        librevenge::RVNGPropertyListVector columns;
+        for (const double width : {1.0, 2.0})
+            columns.append(with("style:column-width", width));
+        properties.insert("librevenge:table-columns", columns);
+        out.openTable(properties);
+        out.openTableRow({});
+        for (int cell = 0; cell < 2; ++cell) {
+            RVNGPropertyList padded = with("fo:padding-top", 0.05);
+            padded.insert("fo:padding-left", 0.1);
+            out.openTableCell(padded);
+            out.closeTableCell();
+        }
+        out.closeTableRow();
+        out.closeTable();
+        out.closePageSpan();
+        out.endDocument();
+        return out.rtf();
+    };
+    // Six inches between the margins, shared as the columns' widths are.
+    EXPECT_NE(table("margins").find("\\cellx2880"), std::string::npos) << table("margins");
+    EXPECT_NE(table("margins").find("\\cellx8640"), std::string::npos) << table("margins");
+    EXPECT_NE(table("left").find("\\cellx4320"), std::string::npos) << table("left");
+    EXPECT_NE(table("left").find("\\clpadft3\\clpadt72\\clpadfl3\\clpadl144\\cellx1440"), std::string::npos)
+        << table("left");
+}
+
+TEST(RtfWriter, KeepsASectionWithoutHeadersFromShowingThoseBeforeIt)
+{
+    RtfWriter out;
+    out.startDocument({});
+    for (const bool withHeader : {true, false, false}) {
+        out.openPageSpan({});
+        if (withHeader) {
+            out.openHeader(with("librevenge:occurrence", "odd"));
+            paragraph(out, "head");
+            out.closeHeader();
+            out.openFooter(with("librevenge:occurrence", "all"));
+            paragraph(out, "foot");
+            out.closeFooter();
+        }
+        paragraph(out, withHeader ? "first" : "bare");
+        out.closePageSpan();
+    }
+    out.endDocument();
+    const std::string rtf = out.rtf();
+    const std::size_t second = at(rtf, "\\sect\n\\sectd");
+    const std::size_t third = at(rtf, "\\sect\n\\sectd", second + 1);
+    EXPECT_LT(second, at(rtf, "{\\headerr}\n{\\footer}\n", second));
+    EXPECT_LT(at(rtf, "{\\footer}\n", second), third);
+    EXPECT_EQ(rtf.find("{\\header", third), std::string::npos) << "the bare section before serves";
+}
+
+TEST(RtfWriter, EndsAnEmptyParagraphBeforeColumnsWithItsOwnPar)
+{
+    for (const bool empty : {true, false}) {
+        RtfWriter out;
+        out.startDocument({});
+        out.openPageSpan({});
+        paragraph(out, "before");
+        out.openParagraph({});
+        out.openSpan({});
+        if (!empty)
+            out.insertText("text");
+        out.closeSpan();
+        out.closeParagraph();
+        out.openSection(twoColumns());
+        paragraph(out, "in columns");
+        out.closeSection();
+        out.closePageSpan();
+        out.endDocument();
+        // LibreOffice drops an empty paragraph that \sect alone ends.
+        const std::string rtf = out.rtf();
+        EXPECT_NE(rtf.find(empty ? "{}\\par\n\\sect\n" : "{text}\\sect\n"), std::string::npos) << rtf;
+    }
+}

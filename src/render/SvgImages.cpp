@@ -1,0 +1,141 @@
+#include "SvgImages.h"
+
+#include "WmfRenderer.h"
+
+#include <gdk-pixbuf/gdk-pixbuf.h>
+#include <librevenge/librevenge.h>
+
+#include <functional>
+#include <initializer_list>
+#include <memory>
+#include <optional>
+#include <string_view>
+
+namespace SvgImages {
+namespace {
+
+// About 200 dots per inch for a picture five inches wide: libwmf draws
+// without anti-aliasing, so it is drawn finer than it is shown.
+constexpr unsigned drawingSide = 1024;
+
+using Converter = std::function<std::optional<std::string>(std::string_view bytes)>;
+
+std::optional<std::string> pngUri(std::string_view base64, const Converter &convert)
+{
+    try {
+        const librevenge::RVNGBinaryData data(librevenge::RVNGString(std::string(base64).c_str()));
+        if (!data.getDataBuffer())
+            return std::nullopt;
+        const std::optional<std::string> png =
+            convert(std::string_view(reinterpret_cast<const char *>(data.getDataBuffer()), data.size()));
+        if (!png)
+            return std::nullopt;
+        const librevenge::RVNGBinaryData pngData(reinterpret_cast<const unsigned char *>(png->data()),
+                                                 png->size());
+        return "data:image/png;base64," + std::string(pngData.getBase64Data().cstr());
+    } catch (...) {
+        // librevenge's base64 decoder throws on characters outside the alphabet.
+        return std::nullopt;
+    }
+}
+
+// Every data URI that starts with one of the prefixes, converted to PNG where the converter can.
+std::string replaced(const std::string &svg, std::initializer_list<std::string_view> prefixes,
+                     const Converter &convert)
+{
+    std::string result;
+    std::size_t from = 0;
+    while (true) {
+        std::size_t at = std::string::npos;
+        std::string_view prefix;
+        for (const std::string_view candidate : prefixes)
+            if (const std::size_t found = svg.find(candidate, from); found < at) {
+                at = found;
+                prefix = candidate;
+            }
+        const std::size_t end = at == std::string::npos ? at : svg.find_first_of("\"'", at);
+        if (end == std::string::npos)
+            break;
+        const std::string_view data =
+            std::string_view(svg).substr(at + prefix.size(), end - at - prefix.size());
+        result.append(svg, from, at - from);
+        if (const std::optional<std::string> uri = pngUri(data, convert))
+            result += *uri;
+        else
+            result.append(svg, at, end - at);
+        from = end;
+    }
+    result.append(svg, from, std::string::npos);
+    return result;
+}
+
+struct Unref {
+    void operator()(void *object) const { g_object_unref(object); }
+};
+
+// 32-bit BMPs load with an alpha channel that is opaque throughout; without
+// it the PNG is smaller and readers need no mask. Null when the alpha counts.
+GdkPixbuf *withoutAlpha(GdkPixbuf *pixbuf)
+{
+    if (!gdk_pixbuf_get_has_alpha(pixbuf) || gdk_pixbuf_get_bits_per_sample(pixbuf) != 8 ||
+        gdk_pixbuf_get_n_channels(pixbuf) != 4)
+        return nullptr;
+    const int width = gdk_pixbuf_get_width(pixbuf);
+    const int height = gdk_pixbuf_get_height(pixbuf);
+    const int stride = gdk_pixbuf_get_rowstride(pixbuf);
+    const guchar *pixels = gdk_pixbuf_read_pixels(pixbuf);
+    for (int y = 0; y < height; ++y)
+        for (int x = 0; x < width; ++x)
+            if (pixels[y * stride + x * 4 + 3] != 255)
+                return nullptr;
+    GdkPixbuf *opaque = gdk_pixbuf_new(GDK_COLORSPACE_RGB, FALSE, 8, width, height);
+    if (!opaque)
+        return nullptr;
+    guchar *target = gdk_pixbuf_get_pixels(opaque);
+    const int targetStride = gdk_pixbuf_get_rowstride(opaque);
+    for (int y = 0; y < height; ++y)
+        for (int x = 0; x < width; ++x)
+            for (int channel = 0; channel < 3; ++channel)
+                target[y * targetStride + x * 3 + channel] = pixels[y * stride + x * 4 + channel];
+    return opaque;
+}
+
+std::optional<std::string> bitmapAsPng(std::string_view bytes)
+{
+    std::unique_ptr<GdkPixbufLoader, Unref> loader(gdk_pixbuf_loader_new_with_type("bmp", nullptr));
+    if (!loader || !gdk_pixbuf_loader_write(loader.get(), reinterpret_cast<const guchar *>(bytes.data()),
+                                            bytes.size(), nullptr))
+        return std::nullopt;
+    if (!gdk_pixbuf_loader_close(loader.get(), nullptr))
+        return std::nullopt;
+    GdkPixbuf *pixbuf = gdk_pixbuf_loader_get_pixbuf(loader.get());
+    if (!pixbuf)
+        return std::nullopt;
+    std::unique_ptr<GdkPixbuf, Unref> opaque(withoutAlpha(pixbuf));
+    gchar *png = nullptr;
+    gsize size = 0;
+    if (!gdk_pixbuf_save_to_buffer(opaque ? opaque.get() : pixbuf, &png, &size, "png", nullptr, nullptr))
+        return std::nullopt;
+    std::string result(png, size);
+    g_free(png);
+    return result;
+}
+
+} // namespace
+
+std::string drawMetafiles(const std::string &svg)
+{
+    if (svg.find("wmf;base64,") == std::string::npos)
+        return svg;
+    return replaced(svg, {"data:image/wmf;base64,", "data:image/x-wmf;base64,"},
+                    [](std::string_view metafile) { return WmfRenderer::renderPNG(metafile, drawingSide); });
+}
+
+std::string compressBitmaps(const std::string &svg)
+{
+    if (svg.find("bmp;base64,") == std::string::npos)
+        return svg;
+    return replaced(svg, {"data:image/bmp;base64,", "data:image/x-ms-bmp;base64,"}, bitmapAsPng);
+}
+
+} // namespace SvgImages

@@ -1,0 +1,19 @@
+#pragma once
+
+#include <string>
+
+// The pictures that libwpg embeds in the SVG of a WordPerfect graphic, made
+// into what every SVG reader draws well. Both never throw; an image that
+// cannot be converted stays as it was.
+namespace SvgImages {
+
+// A Windows metafile is kept as an <image> of type image/wmf, which no SVG
+// renderer draws: such a graphic would come out blank. Each one is drawn
+// through libwmf into a PNG in its place.
+std::string drawMetafiles(const std::string &svg);
+
+// Bitmaps come as uncompressed BMP, often a megabyte for a small photo that
+// every later step copies and encodes again; each becomes the same pixels as PNG.
+std::string compressBitmaps(const std::string &svg);
+
+} // namespace SvgImages
