@@ -418,37 +418,42 @@ std::string Wp5Writer::assemble(const std::string &document)
     if (!summary().empty())
         packets.push_back({0x01, summaryPacket(summary())});
 
-    // Index blocks of four entries each, chained; unused entries in the last one stay zero.
+    // Index blocks of four entries each, chained, each followed by the data of its own packets, as
+    // WordPerfect lays them out: readers take a packet whose data lies past the next block for a
+    // damaged one. Unused entries in the last block stay zero.
     const std::size_t blocks = (packets.size() + 3) / 4;
+    std::string prefix;
+    for (std::size_t block = 0; block < blocks; ++block) {
+        const std::size_t first = 4 * block;
+        const std::size_t last = std::min(packets.size(), first + 4);
+        auto at = static_cast<std::uint32_t>(16 + prefix.size() + 50);
+        std::uint32_t next = at;
+        for (std::size_t slot = first; slot < last; ++slot)
+            next += static_cast<std::uint32_t>(packets[slot].data.size());
+        put16(prefix, 0xFFFB);
+        put16(prefix, 5);
+        put16(prefix, 50);
+        put32(prefix, block + 1 < blocks ? next : 0);
+        for (std::size_t slot = first; slot < first + 4; ++slot) {
+            const bool used = slot < last;
+            put16(prefix, used ? static_cast<unsigned>(packets[slot].type) : 0);
+            put32(prefix, used ? static_cast<std::uint32_t>(packets[slot].data.size()) : 0);
+            put32(prefix, used ? at : 0);
+            if (used)
+                at += static_cast<std::uint32_t>(packets[slot].data.size());
+        }
+        for (std::size_t slot = first; slot < last; ++slot)
+            prefix += packets[slot].data;
+    }
     std::string file = "\xFFWPC";
-    const std::uint32_t blockAt = 16;
-    std::uint32_t at = blockAt + 50 * static_cast<std::uint32_t>(blocks);
-    std::uint32_t documentAt = at;
-    for (const IndexedPacket &packet : packets)
-        documentAt += static_cast<std::uint32_t>(packet.data.size());
-    put32(file, documentAt);
+    put32(file, static_cast<std::uint32_t>(16 + prefix.size()));
     put8(file, 1);    // WordPerfect
     put8(file, 0x0A); // document
     put8(file, 0);    // 5.x
     put8(file, 1);    // 5.1
     put16(file, 0);   // not encrypted
     put16(file, 0);
-    for (std::size_t block = 0; block < blocks; ++block) {
-        put16(file, 0xFFFB);
-        put16(file, 5);
-        put16(file, 50);
-        put32(file, block + 1 < blocks ? blockAt + 50 * static_cast<std::uint32_t>(block + 1) : 0);
-        for (std::size_t slot = 4 * block; slot < 4 * block + 4; ++slot) {
-            const bool used = slot < packets.size();
-            put16(file, used ? static_cast<unsigned>(packets[slot].type) : 0);
-            put32(file, used ? static_cast<std::uint32_t>(packets[slot].data.size()) : 0);
-            put32(file, used ? at : 0);
-            if (used)
-                at += static_cast<std::uint32_t>(packets[slot].data.size());
-        }
-    }
-    for (const IndexedPacket &packet : packets)
-        file += packet.data;
+    file += prefix;
     file += document;
     return file;
 }
