@@ -109,6 +109,41 @@ std::vector<std::string> words(const std::string &text)
     return found;
 }
 
+namespace {
+
+void appendAsWp2xReadsIt(const richtext::Blocks &blocks, std::string &out, bool inCell)
+{
+    for (std::size_t i = 0; i < blocks.size(); ++i) {
+        if (const richtext::Paragraph *paragraph = blocks[i].paragraph()) {
+            for (char c : paragraph->text()) {
+                if (c != '\t')
+                    out += c;
+            }
+            if (!inCell || i + 1 < blocks.size())
+                out += '\n';
+        } else if (const richtext::Table *table = blocks[i].table()) {
+            for (const richtext::Row &row : table->rows) {
+                for (const richtext::Cell &cell : row.cells) {
+                    if (!cell.covered)
+                        appendAsWp2xReadsIt(cell.blocks, out, true);
+                }
+            }
+            // Our table-off code is followed by the next paragraph's text: WordPerfect puts an HRt
+            // there, which libwpd would read as an extra empty paragraph.
+        }
+    }
+}
+
+} // namespace
+
+std::string asWp2xReadsIt(const richtext::Document &document)
+{
+    std::string out;
+    for (const richtext::PageSpan &span : document.pageSpans)
+        appendAsWp2xReadsIt(span.blocks, out, false);
+    return out;
+}
+
 WordShare shareOfWords(const std::string &reference, const std::string &candidate)
 {
     std::map<std::string, int> available;

@@ -1,5 +1,7 @@
 #pragma once
 
+#include "richtext/Document.h"
+
 #include <string>
 #include <vector>
 
@@ -22,6 +24,11 @@ Reading wp2x(const std::string &path);
 // characters split words, since each reader spells them its own way (TeX macros, placeholders,
 // UTF-8); bare numbers are left out, since readers number notes and pages themselves.
 std::vector<std::string> words(const std::string &text);
+
+// libwpd's reading of a 5.1 file as wp2x spells it: wp2x skips tab codes (the words either side run
+// together), table codes (a cell's last word runs into the next cell's first, the table's last into the text after it) and the bodies of
+// headers, footers and notes. It does so on files WordPerfect wrote too; the corpus test shows it.
+std::string asWp2xReadsIt(const richtext::Document &document);
 
 // The share of reference's words (counted with repetition) that candidate holds too, and the
 // first few that it lacks.

@@ -114,6 +114,8 @@ ParagraphFormat paragraphFormatOf(const RVNGPropertyList &list)
             stop.position = wpu(inchesOf((*tabs)[i], "style:position").value_or(0));
             const std::string type = textOf((*tabs)[i], "style:type");
             stop.kind = type == "center" ? 1 : type == "right" ? 2 : type == "char" ? 3 : 0;
+            const std::string leader = textOf((*tabs)[i], "style:leader-text");
+            stop.dotLeader = !leader.empty() && leader != " ";
             format.tabs.push_back(stop);
         }
     }

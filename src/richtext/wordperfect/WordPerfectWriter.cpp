@@ -159,11 +159,12 @@ void WordPerfectWriter::startParagraph(const RVNGPropertyList &propList, const s
         stream.paragraph = format;
     }
     writeParagraphStart(format);
+    startLine(page.left + format.leftIndent + format.firstLine);
     stream.started = true;
     stream.wanted.attributes = 0;
     if (!label.empty()) {
         text(CharacterMap::decodeUtf8(label));
-        writeTab();
+        tab();
     }
 }
 
@@ -300,10 +301,14 @@ void WordPerfectWriter::text(std::u32string_view text)
     for (std::size_t i = 0; i < text.size();) {
         const char32_t c = text[i];
         std::size_t used = 1;
-        if (c == U'\t')
-            writeTab();
-        else if (c == U'\n' || c == U'\r')
+        if (c == U'\t') {
+            tab();
+        } else if (c == U'\n' || c == U'\r') {
             writeLineBreak();
+            startLine(page.left + stream.paragraph.leftIndent);
+            ++i;
+            continue;
+        }
         else if (c == U' ')
             writeSpace();
         else if (c == 0x00A0 || c == 0x2007 || c == 0x202F)
@@ -317,8 +322,51 @@ void WordPerfectWriter::text(std::u32string_view text)
             ++substituted;
             used = 1;
         }
+        if (c != U'\t')
+            ++stream.lineCharacters;
         i += used;
     }
+}
+
+void WordPerfectWriter::startLine(int at)
+{
+    Stream &stream = streams.back();
+    stream.lineAt = at;
+    stream.lineAlignment = 0;
+    stream.lineCharacters = 0;
+}
+
+// WordPerfect codes a tab with the stop it goes to, and readers lay the line out from that (wp2latex
+// runs the words of a line together without it). Which stop a tab reaches depends on the width of
+// the text before it, estimated here from its length at half an em a character: enough to pick the
+// stop in the lines tabs make (leaders to page numbers, label and text, aligned columns).
+void WordPerfectWriter::tab()
+{
+    Stream &stream = streams.back();
+    const ParagraphFormat &format = stream.paragraph;
+    const int em = (stream.written.size ? stream.written.size : 600) * 1200 / 3600;
+    const int width = stream.lineCharacters * em / 2;
+    const int at = stream.lineAt + (stream.lineAlignment == 0 ? width : stream.lineAlignment == 1 ? width / 2 : 0);
+    std::optional<TabStop> next;
+    auto consider = [&](TabStop stop) {
+        if (stop.position > at && (!next || stop.position < next->position))
+            next = stop;
+    };
+    for (TabStop stop : format.tabs) {
+        stop.position += page.left;
+        consider(stop);
+    }
+    if (format.firstLine < 0) // a hanging line's first tab goes to the paragraph's indent
+        consider({page.left + format.leftIndent, 0, false});
+    if (!next) { // past the last stop: WordPerfect's default stops, every half inch
+        constexpr int every = 600;
+        const int fromMargin = std::max(0, at - page.left);
+        next = TabStop {page.left + (fromMargin / every + 1) * every, 0, false};
+    }
+    writeTab(*next);
+    stream.lineAt = next->position;
+    stream.lineAlignment = next->kind;
+    stream.lineCharacters = 0;
 }
 
 void WordPerfectWriter::insertText(const librevenge::RVNGString &value)

@@ -29,6 +29,7 @@ struct CharacterFormat {
 struct TabStop {
     int position = 0; // WPU from the left margin
     int kind = 0;     // 0 left, 1 centre, 2 right, 3 decimal
+    bool dotLeader = false;
     bool operator==(const TabStop &) const = default;
 };
 
@@ -163,7 +164,8 @@ protected:
     virtual void writeHardReturn() = 0;
     virtual void writeLineBreak() = 0;
     virtual void writePageBreak() = 0;
-    virtual void writeTab() = 0;
+    // A tab to `stop`, whose position is measured from the paper's left edge.
+    virtual void writeTab(const TabStop &stop) = 0;
     virtual void writeAttribute(int attribute, bool on) = 0;
     virtual void writeFont(const CharacterFormat &format) = 0;
     virtual void writeColour(std::uint32_t rgb) = 0;
@@ -195,6 +197,11 @@ private:
         bool started = false;      // anything written yet
         bool subDocument = false;  // a note, header or footer body
         std::vector<std::string> boxes; // text boxes anchored in the open paragraph
+        // Where the line's text stands, as far as tabs need to know: the last tab's stop (from the
+        // paper's edge) and alignment, or the line's start, and the characters written since.
+        int lineAt = 0;
+        int lineAlignment = 0;
+        int lineCharacters = 0;
     };
     struct OpenTable {
         std::vector<int> widths; // WPU per column
@@ -221,6 +228,8 @@ private:
     void openHeaderFooter(const librevenge::RVNGPropertyList &propList, bool footer);
     void closeHeaderFooter(bool footer);
     void text(std::u32string_view text);
+    void startLine(int at);
+    void tab();
     void beginCell(const CellShape &cell);
     void endCell();
 

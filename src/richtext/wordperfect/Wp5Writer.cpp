@@ -139,9 +139,20 @@ void Wp5Writer::writeHardReturn() { put8(out(), 0x0A); }
 void Wp5Writer::writeLineBreak() { put8(out(), 0x0A); }
 void Wp5Writer::writePageBreak() { put8(out(), 0x0C); }
 
-void Wp5Writer::writeTab()
+// Tab: its kind in the high bits (as 5.1 files hold them: left 00, decimal 40, right 48, centre C8,
+// with 02 for a stop of the tab set), the position the text starts at and the stop's position, both
+// from the paper's edge, and the stop's column in tenths of an inch. The dot leader stays in the tab
+// set: libwpd drops a tab whose code carries the leader bit (10).
+void Wp5Writer::writeTab(const TabStop &stop)
 {
-    fixed(0xC1, std::string(7, '\0')); // left tab; WordPerfect recomputes the positions
+    static const int kinds[] = {0x02, 0xCA, 0x4A, 0x42};
+    const unsigned position = static_cast<unsigned>(std::clamp(stop.position, 0, 0xFFFE));
+    std::string data;
+    put8(data, static_cast<unsigned>(kinds[stop.kind & 3]));
+    put16(data, position);
+    put16(data, position);
+    put16(data, position / 120);
+    fixed(0xC1, data);
 }
 
 void Wp5Writer::writeAttribute(int attribute, bool on)
@@ -219,8 +230,10 @@ void Wp5Writer::writeTabSet(const std::vector<TabStop> &tabs)
     for (std::size_t i = 0; i < 40; ++i)
         put16(data, i < count ? static_cast<unsigned>(std::clamp(margin + tabs[i].position, 0, 0xFFFE)) : 0xFFFF);
     for (std::size_t i = 0; i < 20; ++i) {
-        const int even = 2 * i < count ? tabs[2 * i].kind : 0;
-        const int odd = 2 * i + 1 < count ? tabs[2 * i + 1].kind : 0;
+        // Alignment in the low two bits of each half, a dot leader in the third.
+        auto type = [&](std::size_t at) { return at < count ? tabs[at].kind | (tabs[at].dotLeader ? 4 : 0) : 0; };
+        const int even = type(2 * i);
+        const int odd = type(2 * i + 1);
         put8(data, static_cast<unsigned>((even << 4) | odd));
     }
     put16(data, 0xFFFF); // the old margin
@@ -237,10 +250,15 @@ void Wp5Writer::writeParagraphStart(const ParagraphFormat &format)
     const int position = pageSetup().left + format.leftIndent + format.firstLine;
     if (position <= 0 || position >= 0xFFFE)
         return;
-    std::string data(7, '\0');
-    data[0] = format.firstLine > 0 ? 0x00 : 0x10; // left tab, or back tab
-    data[3] = static_cast<char>(position & 0xFF);
-    data[4] = static_cast<char>((position >> 8) & 0xFF);
+    if (format.firstLine > 0) {
+        writeTab({position, 0, false});
+        return;
+    }
+    std::string data; // margin release back to the hanging line's start
+    put8(data, 0x80);
+    put16(data, static_cast<unsigned>(position));
+    put16(data, static_cast<unsigned>(position));
+    put16(data, static_cast<unsigned>(position / 120));
     fixed(0xC1, data);
 }
 

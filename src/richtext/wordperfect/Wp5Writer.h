@@ -18,7 +18,7 @@ protected:
     void writeHardReturn() override;
     void writeLineBreak() override;
     void writePageBreak() override;
-    void writeTab() override;
+    void writeTab(const TabStop &stop) override;
     void writeAttribute(int attribute, bool on) override;
     void writeFont(const CharacterFormat &format) override;
     void writeColour(std::uint32_t rgb) override;

@@ -177,11 +177,14 @@ void Wp6Writer::writeLineBreak()
     function(0xD0, 0x14, data);
 }
 
-void Wp6Writer::writeTab()
+// Tab: the kind in the high five bits (left 02, centre 0A, right 12, decimal 1A), "as the tab set
+// says" in bit 0 and a dot leader in bit 1; the position it reaches, from the paper's edge.
+void Wp6Writer::writeTab(const TabStop &stop)
 {
+    static const int kinds[] = {0x02, 0x0A, 0x12, 0x1A};
     std::string data;
-    put16(data, 0xFFFF); // position unknown: WordPerfect computes it from the tab set
-    function(0xE0, 0x11, data);
+    put16(data, static_cast<unsigned>(std::clamp(stop.position, 0, 0xFFFE)));
+    function(0xE0, (kinds[stop.kind & 3] << 3) | 1 | (stop.dotLeader ? 2 : 0), data);
 }
 
 void Wp6Writer::writeAttribute(int attribute, bool on)
@@ -250,7 +253,7 @@ void Wp6Writer::writeParagraphFormat(const ParagraphFormat &from, const Paragrap
         put16(data, 0); // no adjustment
         put8(data, static_cast<unsigned>(std::min<std::size_t>(to.tabs.size(), 120)));
         for (std::size_t i = 0; i < to.tabs.size() && i < 120; ++i) {
-            put8(data, to.tabs[i].kind);
+            put8(data, static_cast<unsigned>(to.tabs[i].kind | (to.tabs[i].dotLeader ? 0x10 : 0)));
             put16(data, static_cast<unsigned>(std::max(0, to.tabs[i].position)));
         }
         function(0xD3, 0x04, data);
