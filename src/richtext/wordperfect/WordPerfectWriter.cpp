@@ -158,7 +158,7 @@ void WordPerfectWriter::startParagraph(const RVNGPropertyList &propList, const s
         writeParagraphFormat(stream.paragraph, format);
         stream.paragraph = format;
     }
-    writeParagraphStart(format);
+    stream.pendingStart = format;
     startLine(page.left + format.leftIndent + format.firstLine);
     stream.started = true;
     stream.wanted.attributes = 0;
@@ -177,8 +177,10 @@ void WordPerfectWriter::closeParagraph()
 {
     if (hidden)
         return;
+    endLine();
     closeAttributes();
     Stream &stream = streams.back();
+    stream.pendingStart.reset();
     ++stream.pendingReturns;
     if (stream.boxes.empty())
         return;
@@ -297,19 +299,25 @@ void WordPerfectWriter::text(std::u32string_view text)
         flushReturns();
         stream.started = true;
     }
-    applyCharacterFormat();
+    if (text.empty())
+        beginContent(); // a picture, note or field follows
     for (std::size_t i = 0; i < text.size();) {
         const char32_t c = text[i];
         std::size_t used = 1;
-        if (c == U'\t') {
-            tab();
-        } else if (c == U'\n' || c == U'\r') {
+        if (c == U'\t' || (c == U' ' && !stream.pendingBlanks.empty())) {
+            stream.pendingBlanks += c;
+            ++i;
+            continue;
+        }
+        if (c == U'\n' || c == U'\r') {
+            endLine();
             writeLineBreak();
             startLine(page.left + stream.paragraph.leftIndent);
             ++i;
             continue;
         }
-        else if (c == U' ')
+        beginContent();
+        if (c == U' ')
             writeSpace();
         else if (c == 0x00A0 || c == 0x2007 || c == 0x202F)
             writeHardSpace();
@@ -322,10 +330,45 @@ void WordPerfectWriter::text(std::u32string_view text)
             ++substituted;
             used = 1;
         }
-        if (c != U'\t')
-            ++stream.lineCharacters;
+        ++stream.lineCharacters;
         i += used;
     }
+}
+
+// What comes before a paragraph's first content, and the tabs and spaces before the next: held
+// back until something follows them, since readers take a line that ends in a tab for damage.
+void WordPerfectWriter::beginContent()
+{
+    Stream &stream = streams.back();
+    if (stream.pendingStart) {
+        writeParagraphStart(*stream.pendingStart);
+        stream.pendingStart.reset();
+    }
+    applyCharacterFormat();
+    const std::u32string blanks = std::move(stream.pendingBlanks);
+    stream.pendingBlanks.clear();
+    for (char32_t c : blanks) {
+        if (c == U'\t') {
+            tab();
+        } else {
+            writeSpace();
+            ++stream.lineCharacters;
+        }
+    }
+}
+
+// Tabs and spaces that end a line show nothing, unless a leader or a line drawn under them does.
+void WordPerfectWriter::endLine()
+{
+    Stream &stream = streams.back();
+    if (stream.pendingBlanks.empty())
+        return;
+    constexpr std::uint32_t drawn = (1u << underline) | (1u << doubleUnderline) | (1u << strikeout);
+    const bool leader = std::any_of(stream.paragraph.tabs.begin(), stream.paragraph.tabs.end(),
+                                    [](const TabStop &stop) { return stop.dotLeader; });
+    if (leader || (stream.wanted.attributes & drawn))
+        beginContent();
+    stream.pendingBlanks.clear();
 }
 
 void WordPerfectWriter::startLine(int at)
@@ -457,6 +500,7 @@ void WordPerfectWriter::closeNote(bool endnote)
     const char mark = noteMarks.back();
     noteMarks.pop_back();
     const int number = mark ? 0 : endnote ? ++endnotes : ++footnotes; // a marked note takes no number
+    text(U"");
     writeNote(endnote, number, body, mark);
 }
 

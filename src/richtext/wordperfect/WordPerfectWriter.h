@@ -202,6 +202,10 @@ private:
         int lineAt = 0;
         int lineAlignment = 0;
         int lineCharacters = 0;
+        // A paragraph's opening codes wait for its first content: an empty paragraph needs none,
+        // and a line of nothing but a tab is one readers take for damage.
+        std::optional<ParagraphFormat> pendingStart;
+        std::u32string pendingBlanks;
     };
     struct OpenTable {
         std::vector<int> widths; // WPU per column
@@ -229,6 +233,8 @@ private:
     void closeHeaderFooter(bool footer);
     void text(std::u32string_view text);
     void startLine(int at);
+    void beginContent();
+    void endLine();
     void tab();
     void beginCell(const CellShape &cell);
     void endCell();
