@@ -20,10 +20,20 @@ Reading libwpd(const std::string &path);
 Reading wp2latex(const std::string &path);
 Reading wp2x(const std::string &path);
 
+// wp2latex's complaints that are about its own limits rather than the file: it takes a tab at or
+// left of one inch from the paper's edge for a negative one ("Negative tabular"), in WordPerfect's
+// own files too (equation5.wp); on a page with a narrower left margin that is where tabs go.
+std::vector<std::string> beyondWp2latexLimits(const std::vector<std::string> &complaints,
+                                              const richtext::Document &document);
+
 // The words of a text: maximal runs of ASCII letters and digits with at least one letter. Other
 // characters split words, since each reader spells them its own way (TeX macros, placeholders,
 // UTF-8); bare numbers are left out, since readers number notes and pages themselves.
 std::vector<std::string> words(const std::string &text);
+
+// libwpd's reading of a file: the main text with its notes and text boxes, and each header and
+// footer once (wpd2text repeats them for every page span, which the other readers do not).
+std::string asLibwpdReadsIt(const richtext::Document &document);
 
 // libwpd's reading of a 5.1 file as wp2x spells it: wp2x skips tab codes (the words either side run
 // together), table codes (a cell's last word runs into the next cell's first, the table's last into the text after it) and the bodies of
@@ -37,6 +47,9 @@ struct WordShare {
     std::size_t referenceWords = 0;
     std::vector<std::string> missing;
 };
-WordShare shareOfWords(const std::string &reference, const std::string &candidate);
+// With tabsMayJoin, words that only tabs separate also count as found when the candidate has them run
+// together: wp2latex drops some tabs without a word (a centred paragraph's, hanging list labels' on
+// pages with margins under an inch, though the tab set holds their stop).
+WordShare shareOfWords(const std::string &reference, const std::string &candidate, bool tabsMayJoin = false);
 
 } // namespace readers

@@ -100,7 +100,12 @@ void WordPerfectWriter::closeHeaderFooter(bool footer)
 {
     if (streams.size() < 2 || headerOccurrence.empty())
         return;
-    const std::string body = popStream();
+    // Formatting codes with nothing to show are no header to libwpd, which keeps the one before
+    // on the pages that should have an empty one: such a header is written as empty.
+    const bool content = streams.back().content;
+    std::string body = popStream();
+    if (!content)
+        body.clear();
     const std::string occurrence = headerOccurrence.back();
     headerOccurrence.pop_back();
     if (occurrence == "first") {
@@ -154,6 +159,18 @@ void WordPerfectWriter::startParagraph(const RVNGPropertyList &propList, const s
     }
     flushReturns();
     ParagraphFormat format = paragraphFormatOf(propList);
+    if (format.firstLine < 0) {
+        // A hanging line's first tab goes to the paragraph's indent, which word processors treat as
+        // a stop; WordPerfect needs it in the tab set (its own stops are every half inch from the
+        // paper's edge), and readers drop a tab to a position the set lacks.
+        if (format.tabs.empty())
+            format.tabs = defaultTabStops(format);
+        const int indent = page.left + format.leftIndent - tabOrigin(format);
+        const auto at = std::lower_bound(format.tabs.begin(), format.tabs.end(), indent,
+                                         [](const TabStop &stop, int position) { return stop.position < position; });
+        if (at == format.tabs.end() || at->position != indent)
+            format.tabs.insert(at, TabStop {indent, 0, false});
+    }
     if (!(format == stream.paragraph)) {
         writeParagraphFormat(stream.paragraph, format);
         stream.paragraph = format;
@@ -340,6 +357,7 @@ void WordPerfectWriter::text(std::u32string_view text)
 void WordPerfectWriter::beginContent()
 {
     Stream &stream = streams.back();
+    stream.content = true;
     if (stream.pendingStart) {
         writeParagraphStart(*stream.pendingStart);
         stream.pendingStart.reset();
@@ -371,6 +389,17 @@ void WordPerfectWriter::endLine()
     stream.pendingBlanks.clear();
 }
 
+std::vector<TabStop> WordPerfectWriter::defaultTabStops(const ParagraphFormat &format) const
+{
+    const int origin = tabOrigin(format);
+    std::vector<TabStop> stops;
+    for (int at = defaultTabSpacing; at < page.width && stops.size() < 40; at += defaultTabSpacing) {
+        if (at > origin)
+            stops.push_back({at - origin, 0, false});
+    }
+    return stops;
+}
+
 void WordPerfectWriter::startLine(int at)
 {
     Stream &stream = streams.back();
@@ -396,16 +425,13 @@ void WordPerfectWriter::tab()
             next = stop;
     };
     for (TabStop stop : format.tabs) {
-        stop.position += page.left;
+        stop.position += tabOrigin(format);
         consider(stop);
     }
     if (format.firstLine < 0) // a hanging line's first tab goes to the paragraph's indent
         consider({page.left + format.leftIndent, 0, false});
-    if (!next) { // past the last stop: WordPerfect's default stops, every half inch
-        constexpr int every = 600;
-        const int fromMargin = std::max(0, at - page.left);
-        next = TabStop {page.left + (fromMargin / every + 1) * every, 0, false};
-    }
+    if (!next) // past the last stop: WordPerfect's default stops, every half inch from the edge
+        next = TabStop {(std::max(0, at) / defaultTabSpacing + 1) * defaultTabSpacing, 0, false};
     writeTab(*next);
     stream.lineAt = next->position;
     stream.lineAlignment = next->kind;

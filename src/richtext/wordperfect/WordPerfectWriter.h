@@ -153,6 +153,12 @@ protected:
     // Writing a note, header or footer body rather than the document's own text.
     bool inSubDocument() const { return streams.back().subDocument; }
     const DocumentSummary &summary() const { return documentSummary; }
+    // WordPerfect's own tab stops, every half inch from the paper's edge across the page, measured
+    // from the margin.
+    static constexpr int defaultTabSpacing = 600;
+    std::vector<TabStop> defaultTabStops(const ParagraphFormat &format) const;
+    // Where a paragraph's tab stop positions are measured from, on the paper.
+    virtual int tabOrigin(const ParagraphFormat &) const { return page.left; }
 
     // What each version writes; every one appends to out().
     virtual void writeAscii(char c) = 0; // 0x21..0x7E
@@ -206,6 +212,7 @@ private:
         // and a line of nothing but a tab is one readers take for damage.
         std::optional<ParagraphFormat> pendingStart;
         std::u32string pendingBlanks;
+        bool content = false; // any text, picture, note or field written
     };
     struct OpenTable {
         std::vector<int> widths; // WPU per column

@@ -217,7 +217,7 @@ void Wp5Writer::writeParagraphFormat(const ParagraphFormat &from, const Paragrap
         function(0xD0, 0x01, data);
     }
     if (from.tabs != to.tabs)
-        writeTabSet(to.tabs);
+        writeTabSet(to.tabs.empty() ? defaultTabStops(to) : to.tabs); // no stops of its own: WordPerfect's
 }
 
 // Tab set: the old and the new 40 stops, each as positions from the page edge (0xFFFF ends

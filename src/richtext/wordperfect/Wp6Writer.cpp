@@ -178,13 +178,21 @@ void Wp6Writer::writeLineBreak()
 }
 
 // Tab: the kind in the high five bits (left 02, centre 0A, right 12, decimal 1A), "as the tab set
-// says" in bit 0 and a dot leader in bit 1; the position it reaches, from the paper's edge.
+// says" in bit 0 and a dot leader in bit 1. The position it reaches, from the paper's edge, is the
+// function's deletable data, as WordPerfect writes it (wp2latex drops a tab that has it otherwise).
 void Wp6Writer::writeTab(const TabStop &stop)
 {
     static const int kinds[] = {0x02, 0x0A, 0x12, 0x1A};
-    std::string data;
-    put16(data, static_cast<unsigned>(std::clamp(stop.position, 0, 0xFFFE)));
-    function(0xE0, (kinds[stop.kind & 3] << 3) | 1 | (stop.dotLeader ? 2 : 0), data);
+    constexpr unsigned size = 12;
+    std::string &o = out();
+    put8(o, 0xE0);
+    put8(o, static_cast<unsigned>((kinds[stop.kind & 3] << 3) | 1 | (stop.dotLeader ? 2 : 0)));
+    put16(o, size);
+    put8(o, 0);  // flags
+    put16(o, 0); // no non-deletable data
+    put16(o, static_cast<unsigned>(std::clamp(stop.position, 0, 0xFFFE)));
+    put16(o, size);
+    put8(o, 0xE0);
 }
 
 void Wp6Writer::writeAttribute(int attribute, bool on)
@@ -248,17 +256,24 @@ void Wp6Writer::writeParagraphFormat(const ParagraphFormat &from, const Paragrap
         function(0xD3, margins[i].first, data);
     }
     if (from.tabs != to.tabs) {
+        // No stops of its own: WordPerfect's, which an empty set would take away.
+        const std::vector<TabStop> &tabs = to.tabs.empty() ? defaultTabStops(to) : to.tabs;
         data.clear();
-        put8(data, 1);  // relative to the left margin
-        put16(data, 0); // no adjustment
-        put8(data, static_cast<unsigned>(std::min<std::size_t>(to.tabs.size(), 120)));
-        for (std::size_t i = 0; i < to.tabs.size() && i < 120; ++i) {
-            put8(data, static_cast<unsigned>(to.tabs[i].kind | (to.tabs[i].dotLeader ? 0x10 : 0)));
-            put16(data, static_cast<unsigned>(std::max(0, to.tabs[i].position)));
+        // Stops fixed on the paper (wp2latex misplaces the tabs of a set relative to the margin),
+        // measured from the paragraph's indent as libwpd reads them back.
+        const int margin = tabOrigin(to);
+        put8(data, 0);
+        put16(data, 0);
+        put8(data, static_cast<unsigned>(std::min<std::size_t>(tabs.size(), 120)));
+        for (std::size_t i = 0; i < tabs.size() && i < 120; ++i) {
+            put8(data, static_cast<unsigned>(tabs[i].kind | (tabs[i].dotLeader ? 0x10 : 0)));
+            put16(data, static_cast<unsigned>(std::clamp(margin + tabs[i].position, 0, 0xFFFE)));
         }
         function(0xD3, 0x04, data);
     }
 }
+
+int Wp6Writer::tabOrigin(const ParagraphFormat &format) const { return pageSetup().left + format.leftIndent; }
 
 void Wp6Writer::writePageSetup()
 {

@@ -23,6 +23,7 @@ protected:
     void writeFont(const CharacterFormat &format) override;
     void writeColour(std::uint32_t rgb) override;
     void writeParagraphFormat(const ParagraphFormat &from, const ParagraphFormat &to) override;
+    int tabOrigin(const ParagraphFormat &format) const override;
     void writePageSetup() override;
     void writeTableStart(const std::vector<int> &widths) override;
     void writeCell(const CellShape &cell, bool firstInRow) override;
