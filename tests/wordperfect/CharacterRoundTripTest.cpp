@@ -112,6 +112,43 @@ TEST_P(CharacterRoundTrip, EveryCharacterLibwpdKnowsComesBack)
     EXPECT_EQ(wrong, 0);
 }
 
+// Characters with WordPerfect codes of their own, and kana that one version's Japanese set holds only
+// in the other width: what libwpd reads back, and how many were written as '?'.
+TEST_P(CharacterRoundTrip, WritesHyphensAndKanaInTheirOwnCodes)
+{
+    const bool wp6 = GetParam().version == WordPerfectWriter::Version::wp6;
+    struct Case {
+        const char *text;
+        const char *wp6Reads;
+        const char *wp5Reads;
+        int wp6Substituted;
+    };
+    const Case cases[] = {
+        {"soft\u00ADhyphen", "soft\u00ADhyphen", "soft\u00ADhyphen", 0},
+        {"non\u2011breaking", "non-breaking", "non-breaking", 0}, // WordPerfect's hard hyphen
+        {"\u2022 round", "\u2022 round", "\u2022 round", 0},
+        {"\u30AB\u30BF\u30AB\u30CA", "\uFF76\uFF80\uFF76\uFF85", "\u30AB\u30BF\u30AB\u30CA", 0},
+        {"\u30AC\u30D1", "\uFF76\uFF9E\uFF8A\uFF9F", "\u30AC\u30D1", 0},
+        {"\uFF76\uFF9E", "\uFF76\uFF9E", "\u30AB\u309B", 0},
+        {"\u3072\u3089", "??", "\u3072\u3089", 2}, // hiragana: no half-width form
+    };
+    for (const Case &c : cases) {
+        const auto writer = WordPerfectWriter::create(GetParam().version);
+        writer->startDocument({});
+        writer->openPageSpan({});
+        writer->openParagraph({});
+        writer->insertText(c.text);
+        writer->closeParagraph();
+        writer->closePageSpan();
+        writer->endDocument();
+        EXPECT_EQ(writer->substitutedCharacters(), wp6 ? c.wp6Substituted : 0) << c.text;
+        const wptest::ReadBack back = wptest::readWordPerfect(writer->fileBytes());
+        ASSERT_TRUE(back.ok);
+        ASSERT_EQ(back.document.paragraphs().size(), 1u) << c.text;
+        EXPECT_EQ(back.document.paragraphs()[0]->text(), wp6 ? c.wp6Reads : c.wp5Reads) << c.text;
+    }
+}
+
 INSTANTIATE_TEST_SUITE_P(BothVersions, CharacterRoundTrip,
                          ::testing::Values(Version{"wp6", WordPerfectWriter::Version::wp6},
                                            Version{"wp5", WordPerfectWriter::Version::wp5}),

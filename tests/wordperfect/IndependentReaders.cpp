@@ -82,7 +82,9 @@ Reading wp2x(const std::string &path)
     // working folder. Codes it has no expansion for it names on stderr ("No expansion for Bold"),
     // which is about the description, not the file.
     ScratchFolder scratch;
-    scratch.write("plain.cfg", "BEGIN=\"\"\nEND=\"\"\nHRt=\"\\n\"\nSRt=\"\\n\"\nHPg=\"\\n\"\n");
+    // Hyphens of every kind as '-' (a soft one included, as libwpd's U+00AD also splits words).
+    scratch.write("plain.cfg", "BEGIN=\"\"\nEND=\"\"\nHRt=\"\\n\"\nSRt=\"\\n\"\nHPg=\"\\n\"\n"
+                               "-=\"-\"\n\\--=\"-\"\n\\-=\"-\"\n--=\"-\"\n==\"-\"\n");
     const ProgramRun run = ProgramRun::of({WP2X_PATH, "plain", std::filesystem::absolute(path).string()}, scratch.path());
     reading.status = run.status;
     reading.complaints = complaintsIn(run.err, {"Warning: No expansion for"});

@@ -309,6 +309,20 @@ bool WordPerfectWriter::writeSymbolFontCharacter(char32_t c)
            writeCharacter(std::u32string_view(U"\u2022", 1), used);
 }
 
+// Kana the version's Japanese set holds only in the other width.
+bool WordPerfectWriter::writeOtherWidth(char32_t c)
+{
+    const std::u32string variant = CharacterMap::otherWidth(c);
+    if (variant.empty() || !characters().holds(variant))
+        return false;
+    for (std::size_t i = 0; i < variant.size();) {
+        std::size_t used = 1;
+        writeCharacter(std::u32string_view(variant).substr(i), used);
+        i += used;
+    }
+    return true;
+}
+
 void WordPerfectWriter::text(std::u32string_view text)
 {
     Stream &stream = streams.back();
@@ -338,11 +352,15 @@ void WordPerfectWriter::text(std::u32string_view text)
             writeSpace();
         else if (c == 0x00A0 || c == 0x2007 || c == 0x202F)
             writeHardSpace();
+        else if (c == 0x00AD)
+            writeSoftHyphen();
+        else if (c == 0x2011)
+            writeHardHyphen();
         else if (c > 0x20 && c < 0x7F)
             writeAscii(static_cast<char>(c));
         else if (c < 0x20 || c == 0xFEFF || (c >= 0x200B && c <= 0x200D))
             ; // controls and invisible marks carry nothing WordPerfect can show
-        else if (!writeCharacter(text.substr(i), used) && !writeSymbolFontCharacter(c)) {
+        else if (!writeCharacter(text.substr(i), used) && !writeSymbolFontCharacter(c) && !writeOtherWidth(c)) {
             writeAscii('?');
             ++substituted;
             used = 1;

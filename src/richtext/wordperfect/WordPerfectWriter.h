@@ -55,6 +55,7 @@ struct DocumentSummary {
 };
 
 struct Raster;
+class CharacterMap;
 
 struct CellShape {
     int column = 0;
@@ -165,8 +166,12 @@ protected:
     virtual void writeSpace() = 0;
     virtual void writeHardSpace() = 0; // a space no line ends at
     virtual bool writeCharacter(std::u32string_view text, std::size_t &used) = 0; // false: no pair
+    virtual const CharacterMap &characters() const = 0;
+    virtual void writeSoftHyphen() = 0;
+    virtual void writeHardHyphen() = 0; // a hyphen no line ends at
     // Word's private-use Symbol and Wingdings glyphs, written as what they mean.
     bool writeSymbolFontCharacter(char32_t c);
+    bool writeOtherWidth(char32_t c);
     virtual void writeHardReturn() = 0;
     virtual void writeLineBreak() = 0;
     virtual void writePageBreak() = 0;

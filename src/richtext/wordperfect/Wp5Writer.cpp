@@ -121,6 +121,11 @@ void Wp5Writer::writeAscii(char c) { out() += c; }
 void Wp5Writer::writeSpace() { out() += ' '; }
 void Wp5Writer::writeHardSpace() { put8(out(), 0xA0); }
 
+const CharacterMap &Wp5Writer::characters() const { return CharacterMap::wp5(); }
+// WordPerfect's own codes: a hyphen shown only where a line breaks, and one no line breaks at.
+void Wp5Writer::writeSoftHyphen() { put8(out(), 0xAC); }
+void Wp5Writer::writeHardHyphen() { put8(out(), 0xA9); }
+
 bool Wp5Writer::writeCharacter(std::u32string_view text, std::size_t &used)
 {
     const auto match = CharacterMap::wp5().find(text);

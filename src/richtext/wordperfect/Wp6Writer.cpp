@@ -151,6 +151,11 @@ void Wp6Writer::writeAscii(char c) { out() += c; }
 void Wp6Writer::writeSpace() { put8(out(), 0x80); } // 0x20 would read as a compact accented letter
 void Wp6Writer::writeHardSpace() { put8(out(), 0x81); }
 
+const CharacterMap &Wp6Writer::characters() const { return CharacterMap::wp6(); }
+// WordPerfect's own codes: a hyphen shown only where a line breaks, and one no line breaks at.
+void Wp6Writer::writeSoftHyphen() { put8(out(), 0x82); }
+void Wp6Writer::writeHardHyphen() { put8(out(), 0x84); }
+
 bool Wp6Writer::writeCharacter(std::u32string_view text, std::size_t &used)
 {
     const auto match = CharacterMap::wp6().find(text);

@@ -15,6 +15,9 @@ protected:
     void writeSpace() override;
     void writeHardSpace() override;
     bool writeCharacter(std::u32string_view text, std::size_t &used) override;
+    const CharacterMap &characters() const override;
+    void writeSoftHyphen() override;
+    void writeHardHyphen() override;
     void writeHardReturn() override;
     void writeLineBreak() override;
     void writePageBreak() override;
