@@ -185,7 +185,8 @@ void OdtContent::block(const xmlNode *element)
     } else if (Xml::is(element, table, "table")) {
         emitTable(element);
     } else if (Xml::is(element, text, "section")) {
-        sink.openSection({});
+        sink.openSection(OdtProperties::section(
+            sheet.resolve("section", styleName(element), "section-properties", currentScope)));
         blocks(element);
         sink.closeSection();
     } else if (Xml::is(element, draw, "frame") || Xml::is(element, draw, "a")) {

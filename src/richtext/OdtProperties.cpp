@@ -3,6 +3,7 @@
 #include "Units.h"
 
 #include <algorithm>
+#include <charconv>
 #include <cstdlib>
 #include <vector>
 
@@ -253,6 +254,20 @@ RVNGPropertyList frame(const OdfProperties &odf)
     for (const char *name : {"text:anchor-type", "style:wrap", "style:horizontal-pos", "style:horizontal-rel",
                              "style:vertical-pos", "style:vertical-rel"})
         addText(list, odf, name);
+    return list;
+}
+
+RVNGPropertyList section(const OdfProperties &odf)
+{
+    RVNGPropertyList list;
+    if (const auto *count = find(odf, "fo:column-count")) {
+        int columns = 0;
+        std::from_chars(count->data(), count->data() + count->size(), columns);
+        if (columns > 1) {
+            list.insert("fo:column-count", columns);
+            addLength(list, odf, "fo:column-gap");
+        }
+    }
     return list;
 }
 

@@ -24,5 +24,7 @@ librevenge::RVNGPropertyList table(const OdfProperties &table, const std::vector
 librevenge::RVNGPropertyList row(const OdfProperties &row, bool header);
 librevenge::RVNGPropertyList cell(const OdfProperties &cell, int column, int row, int columns, int rows);
 librevenge::RVNGPropertyList frame(const OdfProperties &frame);
+// A section: fo:column-count and fo:column-gap when it sets its text in columns.
+librevenge::RVNGPropertyList section(const OdfProperties &section);
 
 } // namespace richtext::OdtProperties

@@ -131,6 +131,13 @@ void OdtStyles::loadStyles(const xmlNode *container, StyleMap &into, bool withDe
             OdfProperties &properties = entry.groups[groupName];
             for (auto &[name, value] : attributesOf(group))
                 properties[name] = value;
+            // A section's text columns: their count and the gap between them.
+            if (const xmlNode *columns = Xml::child(group, style, "columns")) {
+                for (const char *name : {"column-count", "column-gap"}) {
+                    if (const auto value = Xml::attribute(columns, fo, name))
+                        properties[std::string("fo:") + name] = *value;
+                }
+            }
             if (const xmlNode *stops = Xml::child(group, style, "tab-stops")) {
                 entry.hasTabStops = true;
                 for (const xmlNode *stop : Xml::children(stops))
