@@ -350,6 +350,34 @@ TEST_P(OdtToWordPerfect, KeepsATextBoxAsABoxOrAfterItsAnchorParagraph)
     }
 }
 
+TEST_P(OdtToWordPerfect, SetsASectionsTextInColumns)
+{
+    const auto back = convert(wptest::flatOdt(
+        "<style:style style:name=\"S\" style:family=\"section\"><style:section-properties>"
+        "<style:columns fo:column-count=\"3\" fo:column-gap=\"0.25in\"/></style:section-properties></style:style>"
+        "<style:style style:name=\"CB\" style:family=\"paragraph\"><style:paragraph-properties"
+        " fo:break-before=\"column\"/></style:style>",
+        "<text:p>above</text:p><text:section text:name=\"s\" text:style-name=\"S\"><text:p>first column</text:p>"
+        "<text:p text:style-name=\"CB\">second column</text:p></text:section><text:p>below</text:p>"));
+    std::vector<std::string> texts;
+    for (const richtext::Paragraph *paragraph : back.document.paragraphs())
+        texts.push_back(paragraph->text());
+    EXPECT_EQ(texts, (std::vector<std::string> {"above", "first column", "second column", "below"}));
+    std::vector<std::string> columns;
+    for (const richtext::PageSpan &span : back.document.pageSpans)
+        for (const richtext::Properties &section : span.sections)
+            columns.push_back(wptest::property(section, "style:columns"));
+    const richtext::Paragraph *second = wptest::paragraphWith(back.document, "second column");
+    ASSERT_NE(second, nullptr);
+    if (std::string(GetParam().option) == "--wp6") {
+        // Columns on, then off again after the section: libwpd opens a section for each.
+        EXPECT_EQ(columns, (std::vector<std::string> {"", "3", ""}));
+        EXPECT_EQ(wptest::property(second->properties, "fo:break-before"), "column");
+    } else { // libwpd reads no 5.1 columns
+        EXPECT_EQ(wptest::property(second->properties, "fo:break-before"), "");
+    }
+}
+
 INSTANTIATE_TEST_SUITE_P(BothVersions, OdtToWordPerfect, ::testing::ValuesIn(versions),
                          [](const auto &info) { return std::string(info.param.option + 2); });
 

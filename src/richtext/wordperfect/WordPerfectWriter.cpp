@@ -138,6 +138,44 @@ void WordPerfectWriter::breakPage()
     writePageBreak();
 }
 
+void WordPerfectWriter::breakColumn()
+{
+    // The paragraph before keeps its HRt: wp2latex runs a column break's two lines together without.
+    flushReturns();
+    writeColumnBreak();
+}
+
+// A section set in columns: WordPerfect's newspaper columns, equal shares of the text area, from
+// the section's first paragraph to its end, where the columns before it return.
+void WordPerfectWriter::openSection(const RVNGPropertyList &propList)
+{
+    const librevenge::RVNGProperty *count = propList["fo:column-count"];
+    const int columns = count && !hidden && streams.size() == 1 ? std::clamp(count->getInt(), 1, 24) : 1;
+    const int outer = sectionColumns.empty() ? 1 : sectionColumns.back();
+    sectionColumns.push_back(columns > 1 || outer == 1 ? columns : outer);
+    if (columns > 1 && writesColumns())
+        setColumns(columns, wpu(inchesOf(propList, "fo:column-gap").value_or(0.5)));
+}
+
+void WordPerfectWriter::closeSection()
+{
+    if (sectionColumns.empty())
+        return;
+    const int columns = sectionColumns.back();
+    sectionColumns.pop_back();
+    const int outer = sectionColumns.empty() ? 1 : sectionColumns.back();
+    if (columns != outer && writesColumns() && streams.size() == 1)
+        setColumns(outer, columnGap);
+}
+
+void WordPerfectWriter::setColumns(int count, int gap)
+{
+    // The codes start a paragraph: the one before ends first.
+    flushReturns();
+    columnGap = gap;
+    writeColumns(count, gap);
+}
+
 void WordPerfectWriter::flushReturns()
 {
     Stream &stream = streams.back();
@@ -153,8 +191,11 @@ void WordPerfectWriter::startParagraph(const RVNGPropertyList &propList, const s
         return;
     Stream &stream = streams.back();
     if (streams.size() == 1) {
-        if (textOf(propList, "fo:break-before") == "page" && stream.started && !pageJustBroken)
+        const std::string breakBefore = textOf(propList, "fo:break-before");
+        if (breakBefore == "page" && stream.started && !pageJustBroken)
             breakPage();
+        else if (breakBefore == "column" && stream.started && !sectionColumns.empty() && sectionColumns.back() > 1)
+            breakColumn();
         pageJustBroken = false;
     }
     flushReturns();

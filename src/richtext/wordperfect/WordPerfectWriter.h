@@ -103,8 +103,8 @@ public:
     void openLink(const librevenge::RVNGPropertyList &) override {}
     void closeLink() override {}
     void defineSectionStyle(const librevenge::RVNGPropertyList &) override {}
-    void openSection(const librevenge::RVNGPropertyList &) override {}
-    void closeSection() override {}
+    void openSection(const librevenge::RVNGPropertyList &propList) override;
+    void closeSection() override;
     void insertTab() override;
     void insertSpace() override;
     void insertText(const librevenge::RVNGString &text) override;
@@ -184,6 +184,11 @@ protected:
     // At the start of every paragraph, after its format: for what a format holds only per paragraph.
     virtual void writeParagraphStart(const ParagraphFormat &) {}
     virtual void writePageSetup() = 0;
+    // Newspaper columns from here on (count 1: columns off), and a break to the next column; only
+    // where the version has codes libwpd reads.
+    virtual bool writesColumns() const { return false; }
+    virtual void writeColumns(int, int) {} // count, gap in WPU
+    virtual void writeColumnBreak() {}
     virtual void writeTableStart(const std::vector<int> &widths) = 0;
     virtual void writeCell(const CellShape &cell, bool firstInRow) = 0;
     virtual void writeTableEnd() = 0;
@@ -231,6 +236,8 @@ private:
     void startParagraph(const librevenge::RVNGPropertyList &propList, const std::string &label);
     void flushReturns();
     void breakPage();
+    void breakColumn();
+    void setColumns(int count, int gap);
     void applyCharacterFormat();
     void closeAttributes();
     void resetParagraphFormat();
@@ -259,6 +266,8 @@ private:
     PageSetup page;
     bool pageSetupKnown = false;
     bool pageJustBroken = false; // a new page span wrote the break its first paragraph asks for
+    std::vector<int> sectionColumns; // per open section: its column count (1: none)
+    int columnGap = 600;
     int footnotes = 0;
     int endnotes = 0;
     int hidden = 0; // inside a comment: nothing is written

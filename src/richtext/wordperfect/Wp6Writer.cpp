@@ -280,6 +280,28 @@ void Wp6Writer::writeParagraphFormat(const ParagraphFormat &from, const Paragrap
 
 int Wp6Writer::tabOrigin(const ParagraphFormat &format) const { return pageSetup().left + format.leftIndent; }
 
+// Define text columns: newspaper, single row spacing, the count, then each column's share of the
+// text area (16.16, as WordPerfect writes it) and the fixed gap after it; a count of 1 turns
+// columns off.
+void Wp6Writer::writeColumns(int count, int gap)
+{
+    std::string data;
+    put8(data, 0);
+    put32(data, 0x10000);
+    put8(data, static_cast<unsigned>(count));
+    for (int i = 0; count > 1 && i < count; ++i) {
+        put8(data, 0);
+        put16(data, static_cast<unsigned>(std::min(0xFFFF, 0x10000 / count)));
+        if (i + 1 < count) {
+            put8(data, 1);
+            put16(data, static_cast<unsigned>(std::clamp(gap, 0, 0xFFFF)));
+        }
+    }
+    function(0xD2, 0x02, data);
+}
+
+void Wp6Writer::writeColumnBreak() { put8(out(), 0xC9); } // hard end of column
+
 void Wp6Writer::writePageSetup()
 {
     const PageSetup &page = pageSetup();

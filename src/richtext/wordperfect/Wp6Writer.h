@@ -28,6 +28,9 @@ protected:
     void writeParagraphFormat(const ParagraphFormat &from, const ParagraphFormat &to) override;
     int tabOrigin(const ParagraphFormat &format) const override;
     void writePageSetup() override;
+    bool writesColumns() const override { return true; }
+    void writeColumns(int count, int gap) override;
+    void writeColumnBreak() override;
     void writeTableStart(const std::vector<int> &widths) override;
     void writeCell(const CellShape &cell, bool firstInRow) override;
     void writeTableEnd() override;
