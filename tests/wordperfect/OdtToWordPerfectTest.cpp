@@ -350,6 +350,39 @@ TEST_P(OdtToWordPerfect, KeepsATextBoxAsABoxOrAfterItsAnchorParagraph)
     }
 }
 
+// Columns that give only relative widths share the table's width: its own, its share of the text
+// area (6.5 in on a letter page), or the whole text area.
+TEST_P(OdtToWordPerfect, SharesATablesWidthByRelativeColumnWidths)
+{
+    struct Case {
+        const char *tableProperties;
+        double first, second;
+    };
+    const Case cases[] = {
+        {"style:rel-width=\"50%\"", 0.8125, 2.4375},
+        {"style:width=\"4in\"", 1.0, 3.0},
+        {"", 1.625, 4.875},
+    };
+    for (const Case &c : cases) {
+        const auto back = convert(wptest::flatOdt(
+            std::string("<style:style style:name=\"T\" style:family=\"table\"><style:table-properties ") +
+                c.tableProperties + "/></style:style>"
+                "<style:style style:name=\"A\" style:family=\"table-column\"><style:table-column-properties"
+                " style:rel-column-width=\"1000*\"/></style:style>"
+                "<style:style style:name=\"B\" style:family=\"table-column\"><style:table-column-properties"
+                " style:rel-column-width=\"3000*\"/></style:style>",
+            "<table:table table:name=\"t\" table:style-name=\"T\"><table:table-column table:style-name=\"A\"/>"
+            "<table:table-column table:style-name=\"B\"/><table:table-row><table:table-cell><text:p>Courier New"
+            "</text:p></table:table-cell><table:table-cell><text:p>b</text:p></table:table-cell></table:table-row>"
+            "</table:table>"));
+        const auto tables = back.document.tables();
+        ASSERT_EQ(tables.size(), 1u) << c.tableProperties;
+        ASSERT_EQ(tables[0]->columnWidths.size(), 2u) << c.tableProperties;
+        EXPECT_NEAR(tables[0]->columnWidths[0], c.first, 0.01) << c.tableProperties;
+        EXPECT_NEAR(tables[0]->columnWidths[1], c.second, 0.01) << c.tableProperties;
+    }
+}
+
 TEST_P(OdtToWordPerfect, SetsASectionsTextInColumns)
 {
     const auto back = convert(wptest::flatOdt(

@@ -256,6 +256,7 @@ private:
     void endLine();
     void tab();
     void beginCell(const CellShape &cell);
+    std::vector<int> columnWidths(const librevenge::RVNGPropertyList &propList) const;
     void endCell();
 
     std::vector<Stream> streams;
