@@ -350,6 +350,24 @@ TEST_P(OdtToWordPerfect, KeepsATextBoxAsABoxOrAfterItsAnchorParagraph)
     }
 }
 
+// A note's, box's or header's colour stays in it: libwpd carries a colour on out of the text that set it.
+TEST_P(OdtToWordPerfect, KeepsAColourInsideTheTextThatSetItsColour)
+{
+    const auto back = convert(wptest::flatOdt(
+        characterStyles,
+        "<text:p>before<text:note text:note-class=\"footnote\"><text:note-citation>1</text:note-citation>"
+        "<text:note-body><text:p><text:span text:style-name=\"RED\">red note</text:span></text:p></text:note-body>"
+        "</text:note> after note</text:p>"
+        "<text:p>anchor<draw:frame text:anchor-type=\"as-char\" svg:width=\"2in\" svg:height=\"1in\"><draw:text-box>"
+        "<text:p><text:span text:style-name=\"RED\">red box</text:span></text:p></draw:text-box></draw:frame></text:p>"
+        "<text:p>plain end</text:p>"));
+    for (const char *plain : {"after note", "plain end"}) {
+        const richtext::Inline *piece = wptest::pieceWith(back.document, plain);
+        ASSERT_NE(piece, nullptr) << plain;
+        EXPECT_EQ(wptest::property(piece->style, "fo:color"), "#000000") << plain;
+    }
+}
+
 // Columns that give only relative widths share the table's width: its own, its share of the text
 // area (6.5 in on a letter page), or the whole text area.
 TEST_P(OdtToWordPerfect, SharesATablesWidthByRelativeColumnWidths)

@@ -165,7 +165,7 @@ void WordPerfectWriter::closeTable()
         return;
     endCell();
     const CharacterFormat written = streams.back().written;
-    const std::string body = popStream();
+    const std::string body = popStream(false); // the table's cells are part of the text
     std::vector<int> widths = table.widths;
     if (widths.empty())
         widths.assign(std::max(1, table.column), 1200);

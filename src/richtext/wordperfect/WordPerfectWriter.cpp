@@ -82,9 +82,15 @@ void WordPerfectWriter::endContainer()
     closeAttributes();
 }
 
-std::string WordPerfectWriter::popStream()
+std::string WordPerfectWriter::popStream(bool separateText)
 {
     endContainer();
+    // A note's, header's or box's text is its own in WordPerfect, but libwpd carries its last colour
+    // on into the text around it: the colour goes back to black before the text ends.
+    if (separateText && streams.back().written.colour != 0) {
+        writeColour(0);
+        streams.back().written.colour = 0;
+    }
     std::string bytes = std::move(streams.back().bytes);
     streams.pop_back();
     return bytes;

@@ -245,7 +245,7 @@ private:
     void closeListLevel();
     void endContainer();
     void pushStream(bool subDocument);
-    std::string popStream();
+    std::string popStream(bool separateText = true);
     void openNote(const librevenge::RVNGPropertyList &propList);
     void closeNote(bool endnote);
     void openHeaderFooter(const librevenge::RVNGPropertyList &propList, bool footer);
