@@ -368,6 +368,29 @@ TEST_P(OdtToWordPerfect, KeepsAColourInsideTheTextThatSetItsColour)
     }
 }
 
+TEST_P(OdtToWordPerfect, KeepsCellShading)
+{
+    const auto back = convert(wptest::flatOdt(
+        "<style:style style:name=\"Y\" style:family=\"table-cell\"><style:table-cell-properties"
+        " fo:background-color=\"#ffff00\"/></style:style>"
+        "<style:style style:name=\"K\" style:family=\"table-cell\"><style:table-cell-properties"
+        " fo:background-color=\"#000000\"/></style:style>",
+        "<table:table table:name=\"t\"><table:table-column table:number-columns-repeated=\"3\"/><table:table-row>"
+        "<table:table-cell table:style-name=\"Y\"><text:p>yellow</text:p></table:table-cell>"
+        "<table:table-cell table:style-name=\"K\"><text:p>black</text:p></table:table-cell>"
+        "<table:table-cell><text:p>plain</text:p></table:table-cell></table:table-row></table:table>"));
+    const auto tables = back.document.tables();
+    ASSERT_EQ(tables.size(), 1u);
+    ASSERT_EQ(tables[0]->rows.size(), 1u);
+    std::vector<std::string> fills;
+    for (const richtext::Cell &cell : tables[0]->rows[0].cells)
+        fills.push_back(wptest::property(cell.properties, "fo:background-color"));
+    if (std::string(GetParam().option) == "--wp6")
+        EXPECT_EQ(fills, (std::vector<std::string> {"#ffff00", "#000000", "#ffffff"}));
+    else // libwpd reads no 5.1 cell shading
+        EXPECT_EQ(fills.size(), 3u);
+}
+
 // Columns that give only relative widths share the table's width: its own, its share of the text
 // area (6.5 in on a letter page), or the whole text area.
 TEST_P(OdtToWordPerfect, SharesATablesWidthByRelativeColumnWidths)

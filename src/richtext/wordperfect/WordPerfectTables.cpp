@@ -126,6 +126,11 @@ void WordPerfectWriter::openTableCell(const RVNGPropertyList &propList)
         if (!isNone(border.empty() ? all : border) && (border.empty() ? all : border).find("none") == std::string::npos)
             cell.borders |= 1 << side;
     }
+    const std::string background = textOf(propList, "fo:background-color");
+    std::uint32_t rgb = 0;
+    if (background.size() == 7 && background[0] == '#' &&
+        std::from_chars(background.data() + 1, background.data() + 7, rgb, 16).ec == std::errc())
+        cell.fill = rgb;
     beginCell(cell);
     table.column += cell.columnSpan;
     table.horizontalCover = cell.columnSpan - 1;

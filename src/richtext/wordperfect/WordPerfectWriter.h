@@ -63,6 +63,7 @@ struct CellShape {
     int rowSpan = 1;
     bool coveredFromAbove = false;
     int borders = 0; // bit 0 left, 1 right, 2 top, 3 bottom: lines are drawn
+    std::optional<std::uint32_t> fill; // 0xRRGGBB background
 };
 
 // librevenge's text callbacks written as a WordPerfect document. Everything is buffered; the file

@@ -416,6 +416,19 @@ void Wp6Writer::writeCell(const CellShape &cell, bool firstInRow)
         put8(data, cell.coveredFromAbove ? 1 : std::min(cell.rowSpan, 127));
         put8(data, 0x85);
     }
+    if (cell.fill) {
+        // Fill colours: the foreground at full shading, so the cell shows it, and a white background.
+        put8(data, 0x86);
+        put8(data, *cell.fill >> 16);
+        put8(data, *cell.fill >> 8);
+        put8(data, *cell.fill);
+        put8(data, 100);
+        put8(data, 0xFF);
+        put8(data, 0xFF);
+        put8(data, 0xFF);
+        put8(data, 100);
+        put8(data, 0x86);
+    }
     if (cell.borders != 0x0F) {
         put8(data, 0x8B);
         put8(data, ~cell.borders & 0x0F); // the bits say which lines are off
