@@ -296,7 +296,9 @@ void OdtInline::note(const xmlNode *node)
 
 void OdtInline::frame(const xmlNode *node)
 {
-    OdfProperties odf;
+    // The frame's graphic style (its position and wrap), under what the frame itself says.
+    OdfProperties odf = content.styles().resolve(
+        "graphic", Xml::attribute(node, draw, "style-name").value_or(""), "graphic-properties", content.scope());
     for (auto &[name, value] : Xml::attributes(node))
         odf[name] = value;
     const RVNGPropertyList properties = OdtProperties::frame(odf);
