@@ -15,6 +15,8 @@
 
 #include <gtest/gtest.h>
 
+#include <algorithm>
+
 #include <filesystem>
 #include <string>
 #include <vector>
@@ -194,6 +196,38 @@ TEST_P(PicturesAndPages, WritesPicturesAsGraphicsBoxesAndCountsTheOthers)
         const richtext::Paragraph *paragraph = wptest::paragraphWith(back.document, "before");
         ASSERT_NE(paragraph, nullptr);
         EXPECT_EQ(firstImage(*paragraph), &image); // in the text, where the frame was anchored
+    }
+}
+
+// A picture centred on a line of its own stays centred; one standing in the text stays in its line.
+TEST_P(PicturesAndPages, KeepsACentredPictureCentred)
+{
+    const std::string image = "<draw:image draw:mime-type=\"image/png\"><office:binary-data>" + base64(redBluePng()) +
+                              "</office:binary-data></draw:image></draw:frame>";
+    const std::string styles = "<style:style style:name=\"fr1\" style:family=\"graphic\"><style:graphic-properties"
+                               " style:horizontal-pos=\"center\" style:horizontal-rel=\"paragraph\"/></style:style>";
+    struct Case {
+        const char *name;
+        std::string body;
+        const char *pictureAlign;
+    };
+    const Case cases[] = {
+        {"own line", "<text:p><draw:frame draw:style-name=\"fr1\" text:anchor-type=\"paragraph\" svg:width=\"2in\""
+                     " svg:height=\"1in\">" + image + "</text:p><text:p>after</text:p>", "center"},
+        {"in the text", "<text:p>words <draw:frame draw:style-name=\"fr1\" text:anchor-type=\"as-char\""
+                        " svg:width=\"2in\" svg:height=\"1in\">" + image + "</text:p><text:p>after</text:p>", "left"},
+    };
+    for (const Case &c : cases) {
+        SCOPED_TRACE(c.name);
+        const auto back = convert(wptest::flatOdt(styles, c.body));
+        const auto paragraphs = back.document.paragraphs();
+        const auto holder = std::find_if(paragraphs.begin(), paragraphs.end(),
+                                         [](const richtext::Paragraph *p) { return firstImage(*p) != nullptr; });
+        ASSERT_NE(holder, paragraphs.end());
+        EXPECT_EQ(wptest::property((*holder)->properties, "fo:text-align"), c.pictureAlign);
+        const richtext::Paragraph *after = wptest::paragraphWith(back.document, "after");
+        ASSERT_NE(after, nullptr);
+        EXPECT_EQ(wptest::property(after->properties, "fo:text-align"), "left");
     }
 }
 

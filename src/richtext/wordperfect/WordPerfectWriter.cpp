@@ -223,6 +223,7 @@ void WordPerfectWriter::startParagraph(const RVNGPropertyList &propList, const s
         stream.paragraph = format;
     }
     stream.pendingStart = format;
+    stream.paragraphContent = false;
     startLine(page.left + format.leftIndent + format.firstLine);
     stream.started = true;
     stream.wanted.attributes = 0;
@@ -423,6 +424,7 @@ void WordPerfectWriter::beginContent()
 {
     Stream &stream = streams.back();
     stream.content = true;
+    stream.paragraphContent = true;
     if (stream.pendingStart) {
         writeParagraphStart(*stream.pendingStart);
         stream.pendingStart.reset();

@@ -224,6 +224,7 @@ private:
         std::optional<ParagraphFormat> pendingStart;
         std::u32string pendingBlanks;
         bool content = false; // any text, picture, note or field written
+        bool paragraphContent = false; // the same, in the open paragraph
     };
     struct OpenTable {
         std::vector<int> widths; // WPU per column
@@ -281,6 +282,7 @@ private:
     std::vector<char> noteMarks;
     int firstPagePartsInlined = 0;
     std::optional<std::pair<double, double>> frameSize; // inches, of the open frame
+    bool frameCentred = false;
     DocumentSummary documentSummary;
     std::string file;
 };
