@@ -8,6 +8,7 @@
 #include <gtest/gtest.h>
 
 #include <algorithm>
+#include <functional>
 #include <string>
 #include <vector>
 
@@ -366,6 +367,33 @@ TEST_P(OdtToWordPerfect, KeepsAColourInsideTheTextThatSetItsColour)
         ASSERT_NE(piece, nullptr) << plain;
         EXPECT_EQ(wptest::property(piece->style, "fo:color"), "#000000") << plain;
     }
+}
+
+// A header that holds nothing but a table is a header all the same.
+TEST_P(OdtToWordPerfect, KeepsAHeaderThatIsATable)
+{
+    const auto back = convert(wptest::flatOdt(
+        "", "<text:p>body</text:p>",
+        "<style:master-page style:name=\"Standard\"><style:header><table:table table:name=\"h\">"
+        "<table:table-column table:number-columns-repeated=\"2\"/><table:table-row><table:table-cell><text:p>Invoice"
+        "</text:p></table:table-cell><table:table-cell><text:p>Date</text:p></table:table-cell></table:table-row>"
+        "</table:table></style:header></style:master-page>"));
+    std::string words;
+    std::function<void(const richtext::Blocks &)> collect = [&](const richtext::Blocks &blocks) {
+        for (const richtext::Block &block : blocks) {
+            if (const richtext::Paragraph *paragraph = block.paragraph())
+                words += paragraph->text() + " ";
+            else if (const richtext::Table *table = block.table())
+                for (const richtext::Row &row : table->rows)
+                    for (const richtext::Cell &cell : row.cells)
+                        collect(cell.blocks);
+        }
+    };
+    for (const richtext::PageSpan &span : back.document.pageSpans)
+        for (const richtext::HeaderFooter &part : span.headersAndFooters)
+            collect(part.blocks);
+    EXPECT_NE(words.find("Invoice"), std::string::npos) << words;
+    EXPECT_NE(words.find("Date"), std::string::npos) << words;
 }
 
 TEST_P(OdtToWordPerfect, KeepsCellShading)

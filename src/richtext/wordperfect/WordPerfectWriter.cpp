@@ -92,7 +92,10 @@ std::string WordPerfectWriter::popStream(bool separateText)
         streams.back().written.colour = 0;
     }
     std::string bytes = std::move(streams.back().bytes);
+    const bool content = streams.back().content;
     streams.pop_back();
+    if (!separateText && content) // a table's cells are content of the text around them
+        streams.back().content = streams.back().paragraphContent = true;
     return bytes;
 }
 
