@@ -7,6 +7,7 @@
 
 #include <gtest/gtest.h>
 
+#include <clocale>
 #include <set>
 #include <string>
 #include <vector>
@@ -147,6 +148,37 @@ TEST_P(CharacterRoundTrip, WritesHyphensAndKanaInTheirOwnCodes)
         ASSERT_EQ(back.document.paragraphs().size(), 1u) << c.text;
         EXPECT_EQ(back.document.paragraphs()[0]->text(), wp6 ? c.wp6Reads : c.wp5Reads) << c.text;
     }
+}
+
+// Lengths in librevenge's text ("0.5000in") mean the same in a locale whose decimal mark is a comma,
+// as the desktop application's is once Qt has set the user's locale.
+TEST_P(CharacterRoundTrip, ReadsLengthsTheSameInAnyLocale)
+{
+    const auto indentIn = [&](const char *locale) -> std::string {
+        const std::string saved = std::setlocale(LC_ALL, nullptr);
+        if (!std::setlocale(LC_ALL, locale))
+            return "no locale";
+        const auto writer = WordPerfectWriter::create(GetParam().version);
+        writer->startDocument({});
+        writer->openPageSpan({});
+        librevenge::RVNGPropertyList paragraph;
+        paragraph.insert("fo:margin-left", 0.5, librevenge::RVNG_INCH);
+        paragraph.insert("fo:text-indent", 0.25, librevenge::RVNG_INCH);
+        writer->openParagraph(paragraph);
+        writer->insertText("indented");
+        writer->closeParagraph();
+        writer->closePageSpan();
+        writer->endDocument();
+        std::setlocale(LC_ALL, saved.c_str());
+        const wptest::ReadBack back = wptest::readWordPerfect(writer->fileBytes());
+        const richtext::Paragraph *read = wptest::paragraphWith(back.document, "indented");
+        return read ? wptest::property(read->properties, "fo:text-indent") : "not read";
+    };
+    const std::string german = indentIn("de_DE.UTF-8");
+    if (german == "no locale")
+        GTEST_SKIP() << "the de_DE.UTF-8 locale is not installed";
+    EXPECT_EQ(german, indentIn("C"));
+    EXPECT_EQ(german, "0.2500in");
 }
 
 INSTANTIATE_TEST_SUITE_P(BothVersions, CharacterRoundTrip,
