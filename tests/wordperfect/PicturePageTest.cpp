@@ -64,14 +64,16 @@ std::vector<const richtext::Inline *> imagesOf(const richtext::Document &documen
     return images;
 }
 
-// A 4 x 2 PNG: the left half red, the right half blue.
-std::string redBluePng()
+// A 4 x 2 PNG: the left half one colour, the right half another (red and blue unless told).
+std::string redBluePng(unsigned left = 0xFF0000, unsigned right = 0x0000FF)
 {
     std::vector<unsigned char> pixels;
     for (int y = 0; y < 2; ++y)
-        for (int x = 0; x < 4; ++x)
-            pixels.insert(pixels.end(), {static_cast<unsigned char>(x < 2 ? 255 : 0), 0,
-                                         static_cast<unsigned char>(x < 2 ? 0 : 255)});
+        for (int x = 0; x < 4; ++x) {
+            const unsigned rgb = x < 2 ? left : right;
+            pixels.insert(pixels.end(), {static_cast<unsigned char>(rgb >> 16), static_cast<unsigned char>(rgb >> 8),
+                                         static_cast<unsigned char>(rgb)});
+        }
     png_image image{};
     image.version = PNG_IMAGE_VERSION;
     image.width = 4;
@@ -197,6 +199,18 @@ TEST_P(PicturesAndPages, WritesPicturesAsGraphicsBoxesAndCountsTheOthers)
         ASSERT_NE(paragraph, nullptr);
         EXPECT_EQ(firstImage(*paragraph), &image); // in the text, where the frame was anchored
     }
+}
+
+// A picture of few colours keeps them exactly, none of them dithered to the nearest of a fixed set.
+TEST_P(PicturesAndPages, KeepsTheExactColoursOfAPictureOfFewColours)
+{
+    const auto back = convert(wptest::flatOdt("", pictureBody("image/png", redBluePng(0x3A7BD5, 0xF2E6C9))));
+    const auto images = imagesOf(back.document);
+    ASSERT_EQ(images.size(), 1u);
+    const Drawn drawn = drawnBy(images.front()->data);
+    ASSERT_TRUE(drawn.bitmap);
+    EXPECT_EQ(drawn.leftPixel, 0x3A7BD5u);
+    EXPECT_EQ(drawn.rightPixel, 0xF2E6C9u);
 }
 
 // A picture centred on a line of its own stays centred; one standing in the text stays in its line.
