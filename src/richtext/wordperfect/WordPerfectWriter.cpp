@@ -383,6 +383,7 @@ void WordPerfectWriter::text(std::u32string_view text)
     }
     if (text.empty())
         beginContent(); // a picture, note or field follows
+    bool begun = false; // the format cannot change within one call: apply it once
     for (std::size_t i = 0; i < text.size();) {
         const char32_t c = text[i];
         std::size_t used = 1;
@@ -398,7 +399,10 @@ void WordPerfectWriter::text(std::u32string_view text)
             ++i;
             continue;
         }
-        beginContent();
+        if (!begun || !stream.pendingBlanks.empty()) {
+            beginContent();
+            begun = true;
+        }
         if (c == U' ')
             writeSpace();
         else if (c == 0x00A0 || c == 0x2007 || c == 0x202F)
