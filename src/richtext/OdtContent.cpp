@@ -360,6 +360,7 @@ void OdtContent::emitList(const xmlNode *element, int level, const std::string &
 void OdtContent::emitTable(const xmlNode *element)
 {
     std::vector<double> widths;
+    std::vector<double> shares; // relative widths ("1000*"), where a column gives one
     std::function<void(const xmlNode *)> columns = [&](const xmlNode *parent) {
         for (const xmlNode *child : Xml::children(parent)) {
             if (Xml::is(child, table, "table-column")) {
@@ -368,9 +369,14 @@ void OdtContent::emitTable(const xmlNode *element)
                 const auto width = column.count("style:column-width")
                                        ? Units::parseInches(column.at("style:column-width"))
                                        : std::nullopt;
+                double share = 0;
+                if (const auto rel = column.find("style:rel-column-width"); rel != column.end())
+                    std::from_chars(rel->second.data(), rel->second.data() + rel->second.size(), share);
                 for (int n = number(child, table, "number-columns-repeated", 1);
-                     n > 0 && widths.size() < 1024; --n)
+                     n > 0 && widths.size() < 1024; --n) {
                     widths.push_back(width.value_or(0));
+                    shares.push_back(share);
+                }
             } else if (Xml::is(child, table, "table-columns") ||
                        Xml::is(child, table, "table-header-columns") ||
                        Xml::is(child, table, "table-column-group")) {
@@ -380,7 +386,7 @@ void OdtContent::emitTable(const xmlNode *element)
     };
     columns(element);
     sink.openTable(OdtProperties::table(
-        sheet.resolve("table", styleName(element, table), "table-properties", currentScope), widths));
+        sheet.resolve("table", styleName(element, table), "table-properties", currentScope), widths, shares));
     int rowIndex = 0;
     const long outside = budget;
     const long allowed = std::min(budget, maximumCellsPerTable);

@@ -278,9 +278,9 @@ RVNGPropertyList section(const OdfProperties &odf)
         addText(entry, column, "style:rel-width");
         columns.append(entry);
     }
-    // Only a count and a gap: columns of equal width.
+    // The count and the gap always; the widths too when the columns give them.
     const auto count = odf.find("columns/fo:column-count");
-    if (columns.count() == 0 && count != odf.end() && std::atoi(count->second.c_str()) > 1) {
+    if (count != odf.end() && std::atoi(count->second.c_str()) > 1) {
         list.insert("fo:column-count", std::atoi(count->second.c_str()));
         addLength(list, odf, "columns/fo:column-gap", "fo:column-gap");
     }

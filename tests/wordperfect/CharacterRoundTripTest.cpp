@@ -7,6 +7,7 @@
 
 #include <gtest/gtest.h>
 
+#include <clocale>
 #include <set>
 #include <string>
 #include <vector>
@@ -110,6 +111,74 @@ TEST_P(CharacterRoundTrip, EveryCharacterLibwpdKnowsComesBack)
             ADD_FAILURE() << "wrote " << written[i] << ", libwpd read " << read[i];
     }
     EXPECT_EQ(wrong, 0);
+}
+
+// Characters with WordPerfect codes of their own, and kana that one version's Japanese set holds only
+// in the other width: what libwpd reads back, and how many were written as '?'.
+TEST_P(CharacterRoundTrip, WritesHyphensAndKanaInTheirOwnCodes)
+{
+    const bool wp6 = GetParam().version == WordPerfectWriter::Version::wp6;
+    struct Case {
+        const char *text;
+        const char *wp6Reads;
+        const char *wp5Reads;
+        int wp6Substituted;
+    };
+    const Case cases[] = {
+        {"soft\u00ADhyphen", "soft\u00ADhyphen", "soft\u00ADhyphen", 0},
+        {"non\u2011breaking", "non-breaking", "non-breaking", 0}, // WordPerfect's hard hyphen
+        {"\u2022 round", "\u2022 round", "\u2022 round", 0},
+        {"\u30AB\u30BF\u30AB\u30CA", "\uFF76\uFF80\uFF76\uFF85", "\u30AB\u30BF\u30AB\u30CA", 0},
+        {"\u30AC\u30D1", "\uFF76\uFF9E\uFF8A\uFF9F", "\u30AC\u30D1", 0},
+        {"\uFF76\uFF9E", "\uFF76\uFF9E", "\u30AB\u309B", 0},
+        {"\u3072\u3089", "??", "\u3072\u3089", 2}, // hiragana: no half-width form
+    };
+    for (const Case &c : cases) {
+        const auto writer = WordPerfectWriter::create(GetParam().version);
+        writer->startDocument({});
+        writer->openPageSpan({});
+        writer->openParagraph({});
+        writer->insertText(c.text);
+        writer->closeParagraph();
+        writer->closePageSpan();
+        writer->endDocument();
+        EXPECT_EQ(writer->substitutedCharacters(), wp6 ? c.wp6Substituted : 0) << c.text;
+        const wptest::ReadBack back = wptest::readWordPerfect(writer->fileBytes());
+        ASSERT_TRUE(back.ok);
+        ASSERT_EQ(back.document.paragraphs().size(), 1u) << c.text;
+        EXPECT_EQ(back.document.paragraphs()[0]->text(), wp6 ? c.wp6Reads : c.wp5Reads) << c.text;
+    }
+}
+
+// Lengths in librevenge's text ("0.5000in") mean the same in a locale whose decimal mark is a comma,
+// as the desktop application's is once Qt has set the user's locale.
+TEST_P(CharacterRoundTrip, ReadsLengthsTheSameInAnyLocale)
+{
+    const auto indentIn = [&](const char *locale) -> std::string {
+        const std::string saved = std::setlocale(LC_ALL, nullptr);
+        if (!std::setlocale(LC_ALL, locale))
+            return "no locale";
+        const auto writer = WordPerfectWriter::create(GetParam().version);
+        writer->startDocument({});
+        writer->openPageSpan({});
+        librevenge::RVNGPropertyList paragraph;
+        paragraph.insert("fo:margin-left", 0.5, librevenge::RVNG_INCH);
+        paragraph.insert("fo:text-indent", 0.25, librevenge::RVNG_INCH);
+        writer->openParagraph(paragraph);
+        writer->insertText("indented");
+        writer->closeParagraph();
+        writer->closePageSpan();
+        writer->endDocument();
+        std::setlocale(LC_ALL, saved.c_str());
+        const wptest::ReadBack back = wptest::readWordPerfect(writer->fileBytes());
+        const richtext::Paragraph *read = wptest::paragraphWith(back.document, "indented");
+        return read ? wptest::property(read->properties, "fo:text-indent") : "not read";
+    };
+    const std::string german = indentIn("de_DE.UTF-8");
+    if (german == "no locale")
+        GTEST_SKIP() << "the de_DE.UTF-8 locale is not installed";
+    EXPECT_EQ(german, indentIn("C"));
+    EXPECT_EQ(german, "0.2500in");
 }
 
 INSTANTIATE_TEST_SUITE_P(BothVersions, CharacterRoundTrip,

@@ -8,6 +8,7 @@
 #include <gtest/gtest.h>
 
 #include <algorithm>
+#include <functional>
 #include <string>
 #include <vector>
 
@@ -347,6 +348,135 @@ TEST_P(OdtToWordPerfect, KeepsATextBoxAsABoxOrAfterItsAnchorParagraph)
     } else {
         EXPECT_EQ(texts, (std::vector<std::string> {"anchor words tail", "caption words", "next"}));
         EXPECT_TRUE(boxed.empty());
+    }
+}
+
+// A note's, box's or header's colour stays in it: libwpd carries a colour on out of the text that set it.
+TEST_P(OdtToWordPerfect, KeepsAColourInsideTheTextThatSetItsColour)
+{
+    const auto back = convert(wptest::flatOdt(
+        characterStyles,
+        "<text:p>before<text:note text:note-class=\"footnote\"><text:note-citation>1</text:note-citation>"
+        "<text:note-body><text:p><text:span text:style-name=\"RED\">red note</text:span></text:p></text:note-body>"
+        "</text:note> after note</text:p>"
+        "<text:p>anchor<draw:frame text:anchor-type=\"as-char\" svg:width=\"2in\" svg:height=\"1in\"><draw:text-box>"
+        "<text:p><text:span text:style-name=\"RED\">red box</text:span></text:p></draw:text-box></draw:frame></text:p>"
+        "<text:p>plain end</text:p>"));
+    for (const char *plain : {"after note", "plain end"}) {
+        const richtext::Inline *piece = wptest::pieceWith(back.document, plain);
+        ASSERT_NE(piece, nullptr) << plain;
+        EXPECT_EQ(wptest::property(piece->style, "fo:color"), "#000000") << plain;
+    }
+}
+
+// A header that holds nothing but a table is a header all the same.
+TEST_P(OdtToWordPerfect, KeepsAHeaderThatIsATable)
+{
+    const auto back = convert(wptest::flatOdt(
+        "", "<text:p>body</text:p>",
+        "<style:master-page style:name=\"Standard\"><style:header><table:table table:name=\"h\">"
+        "<table:table-column table:number-columns-repeated=\"2\"/><table:table-row><table:table-cell><text:p>Invoice"
+        "</text:p></table:table-cell><table:table-cell><text:p>Date</text:p></table:table-cell></table:table-row>"
+        "</table:table></style:header></style:master-page>"));
+    std::string words;
+    std::function<void(const richtext::Blocks &)> collect = [&](const richtext::Blocks &blocks) {
+        for (const richtext::Block &block : blocks) {
+            if (const richtext::Paragraph *paragraph = block.paragraph())
+                words += paragraph->text() + " ";
+            else if (const richtext::Table *table = block.table())
+                for (const richtext::Row &row : table->rows)
+                    for (const richtext::Cell &cell : row.cells)
+                        collect(cell.blocks);
+        }
+    };
+    for (const richtext::PageSpan &span : back.document.pageSpans)
+        for (const richtext::HeaderFooter &part : span.headersAndFooters)
+            collect(part.blocks);
+    EXPECT_NE(words.find("Invoice"), std::string::npos) << words;
+    EXPECT_NE(words.find("Date"), std::string::npos) << words;
+}
+
+TEST_P(OdtToWordPerfect, KeepsCellShading)
+{
+    const auto back = convert(wptest::flatOdt(
+        "<style:style style:name=\"Y\" style:family=\"table-cell\"><style:table-cell-properties"
+        " fo:background-color=\"#ffff00\"/></style:style>"
+        "<style:style style:name=\"K\" style:family=\"table-cell\"><style:table-cell-properties"
+        " fo:background-color=\"#000000\"/></style:style>",
+        "<table:table table:name=\"t\"><table:table-column table:number-columns-repeated=\"3\"/><table:table-row>"
+        "<table:table-cell table:style-name=\"Y\"><text:p>yellow</text:p></table:table-cell>"
+        "<table:table-cell table:style-name=\"K\"><text:p>black</text:p></table:table-cell>"
+        "<table:table-cell><text:p>plain</text:p></table:table-cell></table:table-row></table:table>"));
+    const auto tables = back.document.tables();
+    ASSERT_EQ(tables.size(), 1u);
+    ASSERT_EQ(tables[0]->rows.size(), 1u);
+    std::vector<std::string> fills;
+    for (const richtext::Cell &cell : tables[0]->rows[0].cells)
+        fills.push_back(wptest::property(cell.properties, "fo:background-color"));
+    if (std::string(GetParam().option) == "--wp6")
+        EXPECT_EQ(fills, (std::vector<std::string> {"#ffff00", "#000000", "#ffffff"}));
+    else // libwpd reads no 5.1 cell shading
+        EXPECT_EQ(fills.size(), 3u);
+}
+
+// Columns that give only relative widths share the table's width: its own, its share of the text
+// area (6.5 in on a letter page), or the whole text area.
+TEST_P(OdtToWordPerfect, SharesATablesWidthByRelativeColumnWidths)
+{
+    struct Case {
+        const char *tableProperties;
+        double first, second;
+    };
+    const Case cases[] = {
+        {"style:rel-width=\"50%\"", 0.8125, 2.4375},
+        {"style:width=\"4in\"", 1.0, 3.0},
+        {"", 1.625, 4.875},
+    };
+    for (const Case &c : cases) {
+        const auto back = convert(wptest::flatOdt(
+            std::string("<style:style style:name=\"T\" style:family=\"table\"><style:table-properties ") +
+                c.tableProperties + "/></style:style>"
+                "<style:style style:name=\"A\" style:family=\"table-column\"><style:table-column-properties"
+                " style:rel-column-width=\"1000*\"/></style:style>"
+                "<style:style style:name=\"B\" style:family=\"table-column\"><style:table-column-properties"
+                " style:rel-column-width=\"3000*\"/></style:style>",
+            "<table:table table:name=\"t\" table:style-name=\"T\"><table:table-column table:style-name=\"A\"/>"
+            "<table:table-column table:style-name=\"B\"/><table:table-row><table:table-cell><text:p>Courier New"
+            "</text:p></table:table-cell><table:table-cell><text:p>b</text:p></table:table-cell></table:table-row>"
+            "</table:table>"));
+        const auto tables = back.document.tables();
+        ASSERT_EQ(tables.size(), 1u) << c.tableProperties;
+        ASSERT_EQ(tables[0]->columnWidths.size(), 2u) << c.tableProperties;
+        EXPECT_NEAR(tables[0]->columnWidths[0], c.first, 0.01) << c.tableProperties;
+        EXPECT_NEAR(tables[0]->columnWidths[1], c.second, 0.01) << c.tableProperties;
+    }
+}
+
+TEST_P(OdtToWordPerfect, SetsASectionsTextInColumns)
+{
+    const auto back = convert(wptest::flatOdt(
+        "<style:style style:name=\"S\" style:family=\"section\"><style:section-properties>"
+        "<style:columns fo:column-count=\"3\" fo:column-gap=\"0.25in\"/></style:section-properties></style:style>"
+        "<style:style style:name=\"CB\" style:family=\"paragraph\"><style:paragraph-properties"
+        " fo:break-before=\"column\"/></style:style>",
+        "<text:p>above</text:p><text:section text:name=\"s\" text:style-name=\"S\"><text:p>first column</text:p>"
+        "<text:p text:style-name=\"CB\">second column</text:p></text:section><text:p>below</text:p>"));
+    std::vector<std::string> texts;
+    for (const richtext::Paragraph *paragraph : back.document.paragraphs())
+        texts.push_back(paragraph->text());
+    EXPECT_EQ(texts, (std::vector<std::string> {"above", "first column", "second column", "below"}));
+    std::vector<std::string> columns;
+    for (const richtext::PageSpan &span : back.document.pageSpans)
+        for (const richtext::Properties &section : span.sections)
+            columns.push_back(wptest::property(section, "style:columns"));
+    const richtext::Paragraph *second = wptest::paragraphWith(back.document, "second column");
+    ASSERT_NE(second, nullptr);
+    if (std::string(GetParam().option) == "--wp6") {
+        // Columns on, then off again after the section: libwpd opens a section for each.
+        EXPECT_EQ(columns, (std::vector<std::string> {"", "3", ""}));
+        EXPECT_EQ(wptest::property(second->properties, "fo:break-before"), "column");
+    } else { // libwpd reads no 5.1 columns
+        EXPECT_EQ(wptest::property(second->properties, "fo:break-before"), "");
     }
 }
 

@@ -15,6 +15,8 @@
 
 #include <gtest/gtest.h>
 
+#include <algorithm>
+
 #include <filesystem>
 #include <string>
 #include <vector>
@@ -62,14 +64,16 @@ std::vector<const richtext::Inline *> imagesOf(const richtext::Document &documen
     return images;
 }
 
-// A 4 x 2 PNG: the left half red, the right half blue.
-std::string redBluePng()
+// A 4 x 2 PNG: the left half one colour, the right half another (red and blue unless told).
+std::string redBluePng(unsigned left = 0xFF0000, unsigned right = 0x0000FF)
 {
     std::vector<unsigned char> pixels;
     for (int y = 0; y < 2; ++y)
-        for (int x = 0; x < 4; ++x)
-            pixels.insert(pixels.end(), {static_cast<unsigned char>(x < 2 ? 255 : 0), 0,
-                                         static_cast<unsigned char>(x < 2 ? 0 : 255)});
+        for (int x = 0; x < 4; ++x) {
+            const unsigned rgb = x < 2 ? left : right;
+            pixels.insert(pixels.end(), {static_cast<unsigned char>(rgb >> 16), static_cast<unsigned char>(rgb >> 8),
+                                         static_cast<unsigned char>(rgb)});
+        }
     png_image image{};
     image.version = PNG_IMAGE_VERSION;
     image.width = 4;
@@ -194,6 +198,50 @@ TEST_P(PicturesAndPages, WritesPicturesAsGraphicsBoxesAndCountsTheOthers)
         const richtext::Paragraph *paragraph = wptest::paragraphWith(back.document, "before");
         ASSERT_NE(paragraph, nullptr);
         EXPECT_EQ(firstImage(*paragraph), &image); // in the text, where the frame was anchored
+    }
+}
+
+// A picture of few colours keeps them exactly, none of them dithered to the nearest of a fixed set.
+TEST_P(PicturesAndPages, KeepsTheExactColoursOfAPictureOfFewColours)
+{
+    const auto back = convert(wptest::flatOdt("", pictureBody("image/png", redBluePng(0x3A7BD5, 0xF2E6C9))));
+    const auto images = imagesOf(back.document);
+    ASSERT_EQ(images.size(), 1u);
+    const Drawn drawn = drawnBy(images.front()->data);
+    ASSERT_TRUE(drawn.bitmap);
+    EXPECT_EQ(drawn.leftPixel, 0x3A7BD5u);
+    EXPECT_EQ(drawn.rightPixel, 0xF2E6C9u);
+}
+
+// A picture centred on a line of its own stays centred; one standing in the text stays in its line.
+TEST_P(PicturesAndPages, KeepsACentredPictureCentred)
+{
+    const std::string image = "<draw:image draw:mime-type=\"image/png\"><office:binary-data>" + base64(redBluePng()) +
+                              "</office:binary-data></draw:image></draw:frame>";
+    const std::string styles = "<style:style style:name=\"fr1\" style:family=\"graphic\"><style:graphic-properties"
+                               " style:horizontal-pos=\"center\" style:horizontal-rel=\"paragraph\"/></style:style>";
+    struct Case {
+        const char *name;
+        std::string body;
+        const char *pictureAlign;
+    };
+    const Case cases[] = {
+        {"own line", "<text:p><draw:frame draw:style-name=\"fr1\" text:anchor-type=\"paragraph\" svg:width=\"2in\""
+                     " svg:height=\"1in\">" + image + "</text:p><text:p>after</text:p>", "center"},
+        {"in the text", "<text:p>words <draw:frame draw:style-name=\"fr1\" text:anchor-type=\"as-char\""
+                        " svg:width=\"2in\" svg:height=\"1in\">" + image + "</text:p><text:p>after</text:p>", "left"},
+    };
+    for (const Case &c : cases) {
+        SCOPED_TRACE(c.name);
+        const auto back = convert(wptest::flatOdt(styles, c.body));
+        const auto paragraphs = back.document.paragraphs();
+        const auto holder = std::find_if(paragraphs.begin(), paragraphs.end(),
+                                         [](const richtext::Paragraph *p) { return firstImage(*p) != nullptr; });
+        ASSERT_NE(holder, paragraphs.end());
+        EXPECT_EQ(wptest::property((*holder)->properties, "fo:text-align"), c.pictureAlign);
+        const richtext::Paragraph *after = wptest::paragraphWith(back.document, "after");
+        ASSERT_NE(after, nullptr);
+        EXPECT_EQ(wptest::property(after->properties, "fo:text-align"), "left");
     }
 }
 

@@ -52,12 +52,23 @@ std::string normalised(const std::string &text, const richtext::wordperfect::Cha
         if (space)
             out += ' ';
         space = false;
-        if (map && c >= 0xE000 && c <= 0xF8FF)
+        using richtext::wordperfect::CharacterMap;
+        if (map && c >= 0xE000 && c <= 0xF8FF) {
             richtext::Utf8::append(out, privateUse);
-        else if (map && c >= 0x7F && !map->find(std::u32string_view(chars).substr(i)))
-            out += '?';
-        else
+        } else if (map && c == 0x2011) {
+            out += '-'; // WordPerfect's hard hyphen, which libwpd reads as a plain one
+        } else if (map && c >= 0x7F && c != 0xAD && !map->find(std::u32string_view(chars).substr(i))) {
+            // Kana the version holds in the other width are written in that width.
+            const std::u32string variant = CharacterMap::otherWidth(c);
+            if (!variant.empty() && map->holds(variant)) {
+                for (char32_t v : variant)
+                    richtext::Utf8::append(out, v);
+            } else {
+                out += '?';
+            }
+        } else {
             richtext::Utf8::append(out, c);
+        }
     }
     return out;
 }

@@ -17,6 +17,8 @@ std::string flatOdt(const std::string &automaticStyles, const std::string &body,
            " xmlns:table=\"urn:oasis:names:tc:opendocument:xmlns:table:1.0\""
            " xmlns:fo=\"urn:oasis:names:tc:opendocument:xmlns:xsl-fo-compatible:1.0\""
            " xmlns:svg=\"urn:oasis:names:tc:opendocument:xmlns:svg-compatible:1.0\""
+           " xmlns:dc=\"http://purl.org/dc/elements/1.1/\""
+           " xmlns:meta=\"urn:oasis:names:tc:opendocument:xmlns:meta:1.0\""
            " xmlns:draw=\"urn:oasis:names:tc:opendocument:xmlns:drawing:1.0\""
            " office:version=\"1.3\" office:mimetype=\"application/vnd.oasis.opendocument.text\">"
            "<office:automatic-styles>" +

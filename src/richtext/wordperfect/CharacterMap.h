@@ -25,6 +25,13 @@ public:
     // first character.
     std::optional<Match> find(std::u32string_view text) const;
 
+    // Whether every character of text has a pair.
+    bool holds(std::u32string_view text) const;
+
+    // A kana in the other width, as one or two characters (a half-width letter and its voicing
+    // mark); empty for anything else.
+    static std::u32string otherWidth(char32_t c);
+
     static std::u32string decodeUtf8(std::string_view utf8);
 
 private:

@@ -1,6 +1,6 @@
 #include "Properties.h"
-#include "richtext/Numbers.h"
 
+#include <charconv>
 #include <cmath>
 #include <cstdlib>
 #include <cstring>
@@ -15,16 +15,30 @@ std::string textOf(const RVNGPropertyList &list, const char *name)
     return property ? property->getStr().cstr() : std::string();
 }
 
+namespace {
+
+// The number a property's text starts with, whatever the user's locale: "0.5000in", "-58%".
+std::optional<double> leadingNumber(const std::string &text, std::string *rest = nullptr)
+{
+    double number = 0;
+    const auto [end, error] = std::from_chars(text.data(), text.data() + text.size(), number);
+    if (error != std::errc())
+        return std::nullopt;
+    if (rest)
+        *rest = std::string(end, text.data() + text.size());
+    return number;
+}
+
+} // namespace
+
 std::optional<double> inchesOf(const RVNGPropertyList &list, const char *name)
 {
     const std::string value = textOf(list, name);
-    if (value.empty())
-        return std::nullopt;
-    const auto parsed = richtext::Numbers::leading(value);
+    std::string unit;
+    const std::optional<double> parsed = leadingNumber(value, &unit);
     if (!parsed)
         return std::nullopt;
-    const double number = parsed->value;
-    const std::string unit = value.substr(parsed->length);
+    const double number = *parsed;
     if (unit == "pt")
         return number / 72.0;
     if (unit == "cm")
@@ -67,9 +81,9 @@ CharacterFormat characterFormatOf(const RVNGPropertyList &list)
     if (!isNone(textOf(list, "style:text-line-through-style")) || !isNone(textOf(list, "style:text-line-through-type")))
         set(strikeout);
     const std::string position = textOf(list, "style:text-position");
-    if (position.rfind("super", 0) == 0 || richtext::Numbers::leading(position).value_or(richtext::Numbers::Leading {0, 0}).value > 0)
+    if (position.rfind("super", 0) == 0 || (!position.empty() && leadingNumber(position).value_or(0) > 0))
         set(superscript);
-    else if (position.rfind("sub", 0) == 0 || richtext::Numbers::leading(position).value_or(richtext::Numbers::Leading {0, 0}).value < 0)
+    else if (position.rfind("sub", 0) == 0 || (!position.empty() && leadingNumber(position).value_or(0) < 0))
         set(subscript);
     if (textOf(list, "fo:font-variant") == "small-caps")
         set(smallCaps);
@@ -101,7 +115,7 @@ ParagraphFormat paragraphFormatOf(const RVNGPropertyList &list)
     format.firstLine = wpu(inchesOf(list, "fo:text-indent").value_or(0));
     const std::string height = textOf(list, "fo:line-height");
     if (!height.empty() && height.back() == '%') {
-        const double ratio = richtext::Numbers::leading(height).value_or(richtext::Numbers::Leading {0, 0}).value / 100.0;
+        const double ratio = leadingNumber(height).value_or(0) / 100.0;
         if (ratio > 0.2 && ratio < 10)
             format.lineSpacing = static_cast<int>(std::lround(ratio * 65536.0));
     }
@@ -115,6 +129,8 @@ ParagraphFormat paragraphFormatOf(const RVNGPropertyList &list)
             stop.position = wpu(inchesOf((*tabs)[i], "style:position").value_or(0));
             const std::string type = textOf((*tabs)[i], "style:type");
             stop.kind = type == "center" ? 1 : type == "right" ? 2 : type == "char" ? 3 : 0;
+            const std::string leader = textOf((*tabs)[i], "style:leader-text");
+            stop.dotLeader = !leader.empty() && leader != " ";
             format.tabs.push_back(stop);
         }
     }

@@ -34,11 +34,14 @@ void WordPerfectWriter::openFrame(const RVNGPropertyList &propList)
         frameSize = std::make_pair(*width, *height);
     else
         frameSize.reset();
+    // A picture centred on its own line (anchored to its paragraph, not standing in the text).
+    frameCentred = textOf(propList, "style:horizontal-pos") == "center" && textOf(propList, "text:anchor-type") != "as-char";
 }
 
 void WordPerfectWriter::closeFrame()
 {
     frameSize.reset();
+    frameCentred = false;
 }
 
 void WordPerfectWriter::insertBinaryObject(const RVNGPropertyList &propList)
@@ -59,6 +62,15 @@ void WordPerfectWriter::insertBinaryObject(const RVNGPropertyList &propList)
     // Without a frame size the picture keeps its own size.
     const double width = frameSize ? frameSize->first : raster->width / raster->pixelsPerInch;
     const double height = frameSize ? frameSize->second : raster->height / raster->pixelsPerInch;
+    // WordPerfect's box sits in the line like a character: a centred picture that opens its paragraph
+    // centres the paragraph instead.
+    Stream &stream = streams.back();
+    if (frameCentred && !stream.paragraphContent && stream.paragraph.justification != 2) {
+        ParagraphFormat centred = stream.paragraph;
+        centred.justification = 2;
+        writeParagraphFormat(stream.paragraph, centred);
+        stream.paragraph = centred;
+    }
     text(U"");
     writeImage(*raster, std::max(1, wpu(width)), std::max(1, wpu(height)));
     ++imagesWritten;

@@ -5,10 +5,56 @@
 #include "Properties.h"
 
 #include <algorithm>
+#include <charconv>
+#include <cmath>
 
 namespace richtext::wordperfect {
 
 using librevenge::RVNGPropertyList;
+
+// Each column's width in WPU. Columns that give only a relative width (or none) share what the
+// table's width leaves them: its own width, its share of the text area, or the whole text area.
+std::vector<int> WordPerfectWriter::columnWidths(const RVNGPropertyList &propList) const
+{
+    const librevenge::RVNGPropertyListVector *columns = propList.child("librevenge:table-columns");
+    if (!columns || columns->count() == 0)
+        return {};
+    const int text = std::max(1200, page.width - page.left - page.right);
+    int tableWidth = text;
+    if (const auto width = inchesOf(propList, "style:width"); width && *width > 0) {
+        tableWidth = wpu(*width);
+    } else if (const std::string share = textOf(propList, "style:rel-width"); !share.empty()) {
+        double percent = 0;
+        std::from_chars(share.data(), share.data() + share.size(), percent);
+        if (percent > 0 && percent <= 100)
+            tableWidth = static_cast<int>(std::lround(text * percent / 100.0));
+    }
+    std::vector<int> widths(columns->count(), 0);
+    std::vector<double> shares(columns->count(), 0);
+    int fixed = 0;
+    double shareSum = 0;
+    std::size_t unknown = 0;
+    for (unsigned long i = 0; i < columns->count(); ++i) {
+        const RVNGPropertyList &column = (*columns)[i];
+        if (const auto width = inchesOf(column, "style:column-width"); width && *width > 0) {
+            widths[i] = wpu(*width);
+            fixed += widths[i];
+        } else {
+            ++unknown;
+            const librevenge::RVNGProperty *rel = column["style:rel-column-width"];
+            shares[i] = rel ? std::max(0.0, rel->getDouble()) : 0;
+            shareSum += shares[i];
+        }
+    }
+    const int left = std::max(static_cast<int>(unknown) * 120, tableWidth - fixed);
+    for (unsigned long i = 0; i < columns->count(); ++i) {
+        if (widths[i] > 0)
+            continue;
+        const double part = shareSum > 0 ? shares[i] / shareSum : 1.0 / static_cast<double>(unknown);
+        widths[i] = std::max(120, static_cast<int>(std::lround(left * part)));
+    }
+    return widths;
+}
 
 void WordPerfectWriter::openTable(const RVNGPropertyList &propList)
 {
@@ -21,10 +67,7 @@ void WordPerfectWriter::openTable(const RVNGPropertyList &propList)
         tables.push_back(table);
         return;
     }
-    if (const librevenge::RVNGPropertyListVector *columns = propList.child("librevenge:table-columns")) {
-        for (unsigned long i = 0; i < columns->count(); ++i)
-            table.widths.push_back(wpu(inchesOf((*columns)[i], "style:column-width").value_or(1.0)));
-    }
+    table.widths = columnWidths(propList);
     tables.push_back(table);
     Stream &outer = streams.back();
     flushReturns();
@@ -83,6 +126,11 @@ void WordPerfectWriter::openTableCell(const RVNGPropertyList &propList)
         if (!isNone(border.empty() ? all : border) && (border.empty() ? all : border).find("none") == std::string::npos)
             cell.borders |= 1 << side;
     }
+    const std::string background = textOf(propList, "fo:background-color");
+    std::uint32_t rgb = 0;
+    if (background.size() == 7 && background[0] == '#' &&
+        std::from_chars(background.data() + 1, background.data() + 7, rgb, 16).ec == std::errc())
+        cell.fill = rgb;
     beginCell(cell);
     table.column += cell.columnSpan;
     table.horizontalCover = cell.columnSpan - 1;
@@ -122,7 +170,7 @@ void WordPerfectWriter::closeTable()
         return;
     endCell();
     const CharacterFormat written = streams.back().written;
-    const std::string body = popStream();
+    const std::string body = popStream(false); // the table's cells are part of the text
     std::vector<int> widths = table.widths;
     if (widths.empty())
         widths.assign(std::max(1, table.column), 1200);

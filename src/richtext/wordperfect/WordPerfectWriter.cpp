@@ -82,11 +82,20 @@ void WordPerfectWriter::endContainer()
     closeAttributes();
 }
 
-std::string WordPerfectWriter::popStream()
+std::string WordPerfectWriter::popStream(bool separateText)
 {
     endContainer();
+    // A note's, header's or box's text is its own in WordPerfect, but libwpd carries its last colour
+    // on into the text around it: the colour goes back to black before the text ends.
+    if (separateText && streams.back().written.colour != 0) {
+        writeColour(0);
+        streams.back().written.colour = 0;
+    }
     std::string bytes = std::move(streams.back().bytes);
+    const bool content = streams.back().content;
     streams.pop_back();
+    if (!separateText && content) // a table's cells are content of the text around them
+        streams.back().content = streams.back().paragraphContent = true;
     return bytes;
 }
 
@@ -100,7 +109,12 @@ void WordPerfectWriter::closeHeaderFooter(bool footer)
 {
     if (streams.size() < 2 || headerOccurrence.empty())
         return;
-    const std::string body = popStream();
+    // Formatting codes with nothing to show are no header to libwpd, which keeps the one before
+    // on the pages that should have an empty one: such a header is written as empty.
+    const bool content = streams.back().content;
+    std::string body = popStream();
+    if (!content)
+        body.clear();
     const std::string occurrence = headerOccurrence.back();
     headerOccurrence.pop_back();
     if (occurrence == "first") {
@@ -133,6 +147,44 @@ void WordPerfectWriter::breakPage()
     writePageBreak();
 }
 
+void WordPerfectWriter::breakColumn()
+{
+    // The paragraph before keeps its HRt: wp2latex runs a column break's two lines together without.
+    flushReturns();
+    writeColumnBreak();
+}
+
+// A section set in columns: WordPerfect's newspaper columns, equal shares of the text area, from
+// the section's first paragraph to its end, where the columns before it return.
+void WordPerfectWriter::openSection(const RVNGPropertyList &propList)
+{
+    const librevenge::RVNGProperty *count = propList["fo:column-count"];
+    const int columns = count && !hidden && streams.size() == 1 ? std::clamp(count->getInt(), 1, 24) : 1;
+    const int outer = sectionColumns.empty() ? 1 : sectionColumns.back();
+    sectionColumns.push_back(columns > 1 || outer == 1 ? columns : outer);
+    if (columns > 1 && writesColumns())
+        setColumns(columns, wpu(inchesOf(propList, "fo:column-gap").value_or(0.5)));
+}
+
+void WordPerfectWriter::closeSection()
+{
+    if (sectionColumns.empty())
+        return;
+    const int columns = sectionColumns.back();
+    sectionColumns.pop_back();
+    const int outer = sectionColumns.empty() ? 1 : sectionColumns.back();
+    if (columns != outer && writesColumns() && streams.size() == 1)
+        setColumns(outer, columnGap);
+}
+
+void WordPerfectWriter::setColumns(int count, int gap)
+{
+    // The codes start a paragraph: the one before ends first.
+    flushReturns();
+    columnGap = gap;
+    writeColumns(count, gap);
+}
+
 void WordPerfectWriter::flushReturns()
 {
     Stream &stream = streams.back();
@@ -148,22 +200,39 @@ void WordPerfectWriter::startParagraph(const RVNGPropertyList &propList, const s
         return;
     Stream &stream = streams.back();
     if (streams.size() == 1) {
-        if (textOf(propList, "fo:break-before") == "page" && stream.started && !pageJustBroken)
+        const std::string breakBefore = textOf(propList, "fo:break-before");
+        if (breakBefore == "page" && stream.started && !pageJustBroken)
             breakPage();
+        else if (breakBefore == "column" && stream.started && !sectionColumns.empty() && sectionColumns.back() > 1)
+            breakColumn();
         pageJustBroken = false;
     }
     flushReturns();
     ParagraphFormat format = paragraphFormatOf(propList);
+    if (format.firstLine < 0) {
+        // A hanging line's first tab goes to the paragraph's indent, which word processors treat as
+        // a stop; WordPerfect needs it in the tab set (its own stops are every half inch from the
+        // paper's edge), and readers drop a tab to a position the set lacks.
+        if (format.tabs.empty())
+            format.tabs = defaultTabStops(format);
+        const int indent = page.left + format.leftIndent - tabOrigin(format);
+        const auto at = std::lower_bound(format.tabs.begin(), format.tabs.end(), indent,
+                                         [](const TabStop &stop, int position) { return stop.position < position; });
+        if (at == format.tabs.end() || at->position != indent)
+            format.tabs.insert(at, TabStop {indent, 0, false});
+    }
     if (!(format == stream.paragraph)) {
         writeParagraphFormat(stream.paragraph, format);
         stream.paragraph = format;
     }
-    writeParagraphStart(format);
+    stream.pendingStart = format;
+    stream.paragraphContent = false;
+    startLine(page.left + format.leftIndent + format.firstLine);
     stream.started = true;
     stream.wanted.attributes = 0;
     if (!label.empty()) {
         text(CharacterMap::decodeUtf8(label));
-        writeTab();
+        tab();
     }
 }
 
@@ -176,8 +245,10 @@ void WordPerfectWriter::closeParagraph()
 {
     if (hidden)
         return;
+    endLine();
     closeAttributes();
     Stream &stream = streams.back();
+    stream.pendingStart.reset();
     ++stream.pendingReturns;
     if (stream.boxes.empty())
         return;
@@ -289,6 +360,20 @@ bool WordPerfectWriter::writeSymbolFontCharacter(char32_t c)
            writeCharacter(std::u32string_view(U"\u2022", 1), used);
 }
 
+// Kana the version's Japanese set holds only in the other width.
+bool WordPerfectWriter::writeOtherWidth(char32_t c)
+{
+    const std::u32string variant = CharacterMap::otherWidth(c);
+    if (variant.empty() || !characters().holds(variant))
+        return false;
+    for (std::size_t i = 0; i < variant.size();) {
+        std::size_t used = 1;
+        writeCharacter(std::u32string_view(variant).substr(i), used);
+        i += used;
+    }
+    return true;
+}
+
 void WordPerfectWriter::text(std::u32string_view text)
 {
     Stream &stream = streams.back();
@@ -296,29 +381,135 @@ void WordPerfectWriter::text(std::u32string_view text)
         flushReturns();
         stream.started = true;
     }
-    applyCharacterFormat();
+    if (text.empty())
+        beginContent(); // a picture, note or field follows
+    bool begun = false; // the format cannot change within one call: apply it once
     for (std::size_t i = 0; i < text.size();) {
         const char32_t c = text[i];
         std::size_t used = 1;
-        if (c == U'\t')
-            writeTab();
-        else if (c == U'\n' || c == U'\r')
+        if (c == U'\t' || (c == U' ' && !stream.pendingBlanks.empty())) {
+            stream.pendingBlanks += c;
+            ++i;
+            continue;
+        }
+        if (c == U'\n' || c == U'\r') {
+            endLine();
             writeLineBreak();
-        else if (c == U' ')
+            startLine(page.left + stream.paragraph.leftIndent);
+            ++i;
+            continue;
+        }
+        if (!begun || !stream.pendingBlanks.empty()) {
+            beginContent();
+            begun = true;
+        }
+        if (c == U' ')
             writeSpace();
         else if (c == 0x00A0 || c == 0x2007 || c == 0x202F)
             writeHardSpace();
+        else if (c == 0x00AD)
+            writeSoftHyphen();
+        else if (c == 0x2011)
+            writeHardHyphen();
         else if (c > 0x20 && c < 0x7F)
             writeAscii(static_cast<char>(c));
         else if (c < 0x20 || c == 0xFEFF || (c >= 0x200B && c <= 0x200D))
             ; // controls and invisible marks carry nothing WordPerfect can show
-        else if (!writeCharacter(text.substr(i), used) && !writeSymbolFontCharacter(c)) {
+        else if (!writeCharacter(text.substr(i), used) && !writeSymbolFontCharacter(c) && !writeOtherWidth(c)) {
             writeAscii('?');
             ++substituted;
             used = 1;
         }
+        ++stream.lineCharacters;
         i += used;
     }
+}
+
+// What comes before a paragraph's first content, and the tabs and spaces before the next: held
+// back until something follows them, since readers take a line that ends in a tab for damage.
+void WordPerfectWriter::beginContent()
+{
+    Stream &stream = streams.back();
+    stream.content = true;
+    stream.paragraphContent = true;
+    if (stream.pendingStart) {
+        writeParagraphStart(*stream.pendingStart);
+        stream.pendingStart.reset();
+    }
+    applyCharacterFormat();
+    const std::u32string blanks = std::move(stream.pendingBlanks);
+    stream.pendingBlanks.clear();
+    for (char32_t c : blanks) {
+        if (c == U'\t') {
+            tab();
+        } else {
+            writeSpace();
+            ++stream.lineCharacters;
+        }
+    }
+}
+
+// Tabs and spaces that end a line show nothing, unless a leader or a line drawn under them does.
+void WordPerfectWriter::endLine()
+{
+    Stream &stream = streams.back();
+    if (stream.pendingBlanks.empty())
+        return;
+    constexpr std::uint32_t drawn = (1u << underline) | (1u << doubleUnderline) | (1u << strikeout);
+    const bool leader = std::any_of(stream.paragraph.tabs.begin(), stream.paragraph.tabs.end(),
+                                    [](const TabStop &stop) { return stop.dotLeader; });
+    if (leader || (stream.wanted.attributes & drawn))
+        beginContent();
+    stream.pendingBlanks.clear();
+}
+
+std::vector<TabStop> WordPerfectWriter::defaultTabStops(const ParagraphFormat &format) const
+{
+    const int origin = tabOrigin(format);
+    std::vector<TabStop> stops;
+    for (int at = defaultTabSpacing; at < page.width && stops.size() < 40; at += defaultTabSpacing) {
+        if (at > origin)
+            stops.push_back({at - origin, 0, false});
+    }
+    return stops;
+}
+
+void WordPerfectWriter::startLine(int at)
+{
+    Stream &stream = streams.back();
+    stream.lineAt = at;
+    stream.lineAlignment = 0;
+    stream.lineCharacters = 0;
+}
+
+// WordPerfect codes a tab with the stop it goes to, and readers lay the line out from that (wp2latex
+// runs the words of a line together without it). Which stop a tab reaches depends on the width of
+// the text before it, estimated here from its length at half an em a character: enough to pick the
+// stop in the lines tabs make (leaders to page numbers, label and text, aligned columns).
+void WordPerfectWriter::tab()
+{
+    Stream &stream = streams.back();
+    const ParagraphFormat &format = stream.paragraph;
+    const int em = (stream.written.size ? stream.written.size : 600) * 1200 / 3600;
+    const int width = stream.lineCharacters * em / 2;
+    const int at = stream.lineAt + (stream.lineAlignment == 0 ? width : stream.lineAlignment == 1 ? width / 2 : 0);
+    std::optional<TabStop> next;
+    auto consider = [&](TabStop stop) {
+        if (stop.position > at && (!next || stop.position < next->position))
+            next = stop;
+    };
+    for (TabStop stop : format.tabs) {
+        stop.position += tabOrigin(format);
+        consider(stop);
+    }
+    if (format.firstLine < 0) // a hanging line's first tab goes to the paragraph's indent
+        consider({page.left + format.leftIndent, 0, false});
+    if (!next) // past the last stop: WordPerfect's default stops, every half inch from the edge
+        next = TabStop {(std::max(0, at) / defaultTabSpacing + 1) * defaultTabSpacing, 0, false};
+    writeTab(*next);
+    stream.lineAt = next->position;
+    stream.lineAlignment = next->kind;
+    stream.lineCharacters = 0;
 }
 
 void WordPerfectWriter::insertText(const librevenge::RVNGString &value)
@@ -409,6 +600,7 @@ void WordPerfectWriter::closeNote(bool endnote)
     const char mark = noteMarks.back();
     noteMarks.pop_back();
     const int number = mark ? 0 : endnote ? ++endnotes : ++footnotes; // a marked note takes no number
+    text(U"");
     writeNote(endnote, number, body, mark);
 }
 

@@ -29,6 +29,7 @@ struct CharacterFormat {
 struct TabStop {
     int position = 0; // WPU from the left margin
     int kind = 0;     // 0 left, 1 centre, 2 right, 3 decimal
+    bool dotLeader = false;
     bool operator==(const TabStop &) const = default;
 };
 
@@ -54,6 +55,7 @@ struct DocumentSummary {
 };
 
 struct Raster;
+class CharacterMap;
 
 struct CellShape {
     int column = 0;
@@ -61,6 +63,7 @@ struct CellShape {
     int rowSpan = 1;
     bool coveredFromAbove = false;
     int borders = 0; // bit 0 left, 1 right, 2 top, 3 bottom: lines are drawn
+    std::optional<std::uint32_t> fill; // 0xRRGGBB background
 };
 
 // librevenge's text callbacks written as a WordPerfect document. Everything is buffered; the file
@@ -101,8 +104,8 @@ public:
     void openLink(const librevenge::RVNGPropertyList &) override {}
     void closeLink() override {}
     void defineSectionStyle(const librevenge::RVNGPropertyList &) override {}
-    void openSection(const librevenge::RVNGPropertyList &) override {}
-    void closeSection() override {}
+    void openSection(const librevenge::RVNGPropertyList &propList) override;
+    void closeSection() override;
     void insertTab() override;
     void insertSpace() override;
     void insertText(const librevenge::RVNGString &text) override;
@@ -152,18 +155,29 @@ protected:
     // Writing a note, header or footer body rather than the document's own text.
     bool inSubDocument() const { return streams.back().subDocument; }
     const DocumentSummary &summary() const { return documentSummary; }
+    // WordPerfect's own tab stops, every half inch from the paper's edge across the page, measured
+    // from the margin.
+    static constexpr int defaultTabSpacing = 600;
+    std::vector<TabStop> defaultTabStops(const ParagraphFormat &format) const;
+    // Where a paragraph's tab stop positions are measured from, on the paper.
+    virtual int tabOrigin(const ParagraphFormat &) const { return page.left; }
 
     // What each version writes; every one appends to out().
     virtual void writeAscii(char c) = 0; // 0x21..0x7E
     virtual void writeSpace() = 0;
     virtual void writeHardSpace() = 0; // a space no line ends at
     virtual bool writeCharacter(std::u32string_view text, std::size_t &used) = 0; // false: no pair
+    virtual const CharacterMap &characters() const = 0;
+    virtual void writeSoftHyphen() = 0;
+    virtual void writeHardHyphen() = 0; // a hyphen no line ends at
     // Word's private-use Symbol and Wingdings glyphs, written as what they mean.
     bool writeSymbolFontCharacter(char32_t c);
+    bool writeOtherWidth(char32_t c);
     virtual void writeHardReturn() = 0;
     virtual void writeLineBreak() = 0;
     virtual void writePageBreak() = 0;
-    virtual void writeTab() = 0;
+    // A tab to `stop`, whose position is measured from the paper's left edge.
+    virtual void writeTab(const TabStop &stop) = 0;
     virtual void writeAttribute(int attribute, bool on) = 0;
     virtual void writeFont(const CharacterFormat &format) = 0;
     virtual void writeColour(std::uint32_t rgb) = 0;
@@ -171,6 +185,11 @@ protected:
     // At the start of every paragraph, after its format: for what a format holds only per paragraph.
     virtual void writeParagraphStart(const ParagraphFormat &) {}
     virtual void writePageSetup() = 0;
+    // Newspaper columns from here on (count 1: columns off), and a break to the next column; only
+    // where the version has codes libwpd reads.
+    virtual bool writesColumns() const { return false; }
+    virtual void writeColumns(int, int) {} // count, gap in WPU
+    virtual void writeColumnBreak() {}
     virtual void writeTableStart(const std::vector<int> &widths) = 0;
     virtual void writeCell(const CellShape &cell, bool firstInRow) = 0;
     virtual void writeTableEnd() = 0;
@@ -195,6 +214,17 @@ private:
         bool started = false;      // anything written yet
         bool subDocument = false;  // a note, header or footer body
         std::vector<std::string> boxes; // text boxes anchored in the open paragraph
+        // Where the line's text stands, as far as tabs need to know: the last tab's stop (from the
+        // paper's edge) and alignment, or the line's start, and the characters written since.
+        int lineAt = 0;
+        int lineAlignment = 0;
+        int lineCharacters = 0;
+        // A paragraph's opening codes wait for its first content: an empty paragraph needs none,
+        // and a line of nothing but a tab is one readers take for damage.
+        std::optional<ParagraphFormat> pendingStart;
+        std::u32string pendingBlanks;
+        bool content = false; // any text, picture, note or field written
+        bool paragraphContent = false; // the same, in the open paragraph
     };
     struct OpenTable {
         std::vector<int> widths; // WPU per column
@@ -208,6 +238,8 @@ private:
     void startParagraph(const librevenge::RVNGPropertyList &propList, const std::string &label);
     void flushReturns();
     void breakPage();
+    void breakColumn();
+    void setColumns(int count, int gap);
     void applyCharacterFormat();
     void closeAttributes();
     void resetParagraphFormat();
@@ -215,13 +247,18 @@ private:
     void closeListLevel();
     void endContainer();
     void pushStream(bool subDocument);
-    std::string popStream();
+    std::string popStream(bool separateText = true);
     void openNote(const librevenge::RVNGPropertyList &propList);
     void closeNote(bool endnote);
     void openHeaderFooter(const librevenge::RVNGPropertyList &propList, bool footer);
     void closeHeaderFooter(bool footer);
     void text(std::u32string_view text);
+    void startLine(int at);
+    void beginContent();
+    void endLine();
+    void tab();
     void beginCell(const CellShape &cell);
+    std::vector<int> columnWidths(const librevenge::RVNGPropertyList &propList) const;
     void endCell();
 
     std::vector<Stream> streams;
@@ -232,6 +269,8 @@ private:
     PageSetup page;
     bool pageSetupKnown = false;
     bool pageJustBroken = false; // a new page span wrote the break its first paragraph asks for
+    std::vector<int> sectionColumns; // per open section: its column count (1: none)
+    int columnGap = 600;
     int footnotes = 0;
     int endnotes = 0;
     int hidden = 0; // inside a comment: nothing is written
@@ -243,6 +282,7 @@ private:
     std::vector<char> noteMarks;
     int firstPagePartsInlined = 0;
     std::optional<std::pair<double, double>> frameSize; // inches, of the open frame
+    bool frameCentred = false;
     DocumentSummary documentSummary;
     std::string file;
 };

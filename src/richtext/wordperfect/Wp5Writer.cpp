@@ -121,6 +121,11 @@ void Wp5Writer::writeAscii(char c) { out() += c; }
 void Wp5Writer::writeSpace() { out() += ' '; }
 void Wp5Writer::writeHardSpace() { put8(out(), 0xA0); }
 
+const CharacterMap &Wp5Writer::characters() const { return CharacterMap::wp5(); }
+// WordPerfect's own codes: a hyphen shown only where a line breaks, and one no line breaks at.
+void Wp5Writer::writeSoftHyphen() { put8(out(), 0xAC); }
+void Wp5Writer::writeHardHyphen() { put8(out(), 0xA9); }
+
 bool Wp5Writer::writeCharacter(std::u32string_view text, std::size_t &used)
 {
     const auto match = CharacterMap::wp5().find(text);
@@ -139,9 +144,20 @@ void Wp5Writer::writeHardReturn() { put8(out(), 0x0A); }
 void Wp5Writer::writeLineBreak() { put8(out(), 0x0A); }
 void Wp5Writer::writePageBreak() { put8(out(), 0x0C); }
 
-void Wp5Writer::writeTab()
+// Tab: its kind in the high bits (as 5.1 files hold them: left 00, decimal 40, right 48, centre C8,
+// with 02 for a stop of the tab set), the position the text starts at and the stop's position, both
+// from the paper's edge, and the stop's column in tenths of an inch. The dot leader stays in the tab
+// set: libwpd drops a tab whose code carries the leader bit (10).
+void Wp5Writer::writeTab(const TabStop &stop)
 {
-    fixed(0xC1, std::string(7, '\0')); // left tab; WordPerfect recomputes the positions
+    static const int kinds[] = {0x02, 0xCA, 0x4A, 0x42};
+    const unsigned position = static_cast<unsigned>(std::clamp(stop.position, 0, 0xFFFE));
+    std::string data;
+    put8(data, static_cast<unsigned>(kinds[stop.kind & 3]));
+    put16(data, position);
+    put16(data, position);
+    put16(data, position / 120);
+    fixed(0xC1, data);
 }
 
 void Wp5Writer::writeAttribute(int attribute, bool on)
@@ -206,7 +222,7 @@ void Wp5Writer::writeParagraphFormat(const ParagraphFormat &from, const Paragrap
         function(0xD0, 0x01, data);
     }
     if (from.tabs != to.tabs)
-        writeTabSet(to.tabs);
+        writeTabSet(to.tabs.empty() ? defaultTabStops(to) : to.tabs); // no stops of its own: WordPerfect's
 }
 
 // Tab set: the old and the new 40 stops, each as positions from the page edge (0xFFFF ends
@@ -219,8 +235,10 @@ void Wp5Writer::writeTabSet(const std::vector<TabStop> &tabs)
     for (std::size_t i = 0; i < 40; ++i)
         put16(data, i < count ? static_cast<unsigned>(std::clamp(margin + tabs[i].position, 0, 0xFFFE)) : 0xFFFF);
     for (std::size_t i = 0; i < 20; ++i) {
-        const int even = 2 * i < count ? tabs[2 * i].kind : 0;
-        const int odd = 2 * i + 1 < count ? tabs[2 * i + 1].kind : 0;
+        // Alignment in the low two bits of each half, a dot leader in the third.
+        auto type = [&](std::size_t at) { return at < count ? tabs[at].kind | (tabs[at].dotLeader ? 4 : 0) : 0; };
+        const int even = type(2 * i);
+        const int odd = type(2 * i + 1);
         put8(data, static_cast<unsigned>((even << 4) | odd));
     }
     put16(data, 0xFFFF); // the old margin
@@ -237,10 +255,15 @@ void Wp5Writer::writeParagraphStart(const ParagraphFormat &format)
     const int position = pageSetup().left + format.leftIndent + format.firstLine;
     if (position <= 0 || position >= 0xFFFE)
         return;
-    std::string data(7, '\0');
-    data[0] = format.firstLine > 0 ? 0x00 : 0x10; // left tab, or back tab
-    data[3] = static_cast<char>(position & 0xFF);
-    data[4] = static_cast<char>((position >> 8) & 0xFF);
+    if (format.firstLine > 0) {
+        writeTab({position, 0, false});
+        return;
+    }
+    std::string data; // margin release back to the hanging line's start
+    put8(data, 0x80);
+    put16(data, static_cast<unsigned>(position));
+    put16(data, static_cast<unsigned>(position));
+    put16(data, static_cast<unsigned>(position / 120));
     fixed(0xC1, data);
 }
 
@@ -418,37 +441,42 @@ std::string Wp5Writer::assemble(const std::string &document)
     if (!summary().empty())
         packets.push_back({0x01, summaryPacket(summary())});
 
-    // Index blocks of four entries each, chained; unused entries in the last one stay zero.
+    // Index blocks of four entries each, chained, each followed by the data of its own packets, as
+    // WordPerfect lays them out: readers take a packet whose data lies past the next block for a
+    // damaged one. Unused entries in the last block stay zero.
     const std::size_t blocks = (packets.size() + 3) / 4;
+    std::string prefix;
+    for (std::size_t block = 0; block < blocks; ++block) {
+        const std::size_t first = 4 * block;
+        const std::size_t last = std::min(packets.size(), first + 4);
+        auto at = static_cast<std::uint32_t>(16 + prefix.size() + 50);
+        std::uint32_t next = at;
+        for (std::size_t slot = first; slot < last; ++slot)
+            next += static_cast<std::uint32_t>(packets[slot].data.size());
+        put16(prefix, 0xFFFB);
+        put16(prefix, 5);
+        put16(prefix, 50);
+        put32(prefix, block + 1 < blocks ? next : 0);
+        for (std::size_t slot = first; slot < first + 4; ++slot) {
+            const bool used = slot < last;
+            put16(prefix, used ? static_cast<unsigned>(packets[slot].type) : 0);
+            put32(prefix, used ? static_cast<std::uint32_t>(packets[slot].data.size()) : 0);
+            put32(prefix, used ? at : 0);
+            if (used)
+                at += static_cast<std::uint32_t>(packets[slot].data.size());
+        }
+        for (std::size_t slot = first; slot < last; ++slot)
+            prefix += packets[slot].data;
+    }
     std::string file = "\xFFWPC";
-    const std::uint32_t blockAt = 16;
-    std::uint32_t at = blockAt + 50 * static_cast<std::uint32_t>(blocks);
-    std::uint32_t documentAt = at;
-    for (const IndexedPacket &packet : packets)
-        documentAt += static_cast<std::uint32_t>(packet.data.size());
-    put32(file, documentAt);
+    put32(file, static_cast<std::uint32_t>(16 + prefix.size()));
     put8(file, 1);    // WordPerfect
     put8(file, 0x0A); // document
     put8(file, 0);    // 5.x
     put8(file, 1);    // 5.1
     put16(file, 0);   // not encrypted
     put16(file, 0);
-    for (std::size_t block = 0; block < blocks; ++block) {
-        put16(file, 0xFFFB);
-        put16(file, 5);
-        put16(file, 50);
-        put32(file, block + 1 < blocks ? blockAt + 50 * static_cast<std::uint32_t>(block + 1) : 0);
-        for (std::size_t slot = 4 * block; slot < 4 * block + 4; ++slot) {
-            const bool used = slot < packets.size();
-            put16(file, used ? static_cast<unsigned>(packets[slot].type) : 0);
-            put32(file, used ? static_cast<std::uint32_t>(packets[slot].data.size()) : 0);
-            put32(file, used ? at : 0);
-            if (used)
-                at += static_cast<std::uint32_t>(packets[slot].data.size());
-        }
-    }
-    for (const IndexedPacket &packet : packets)
-        file += packet.data;
+    file += prefix;
     file += document;
     return file;
 }

@@ -15,10 +15,13 @@ protected:
     void writeSpace() override;
     void writeHardSpace() override;
     bool writeCharacter(std::u32string_view text, std::size_t &used) override;
+    const CharacterMap &characters() const override;
+    void writeSoftHyphen() override;
+    void writeHardHyphen() override;
     void writeHardReturn() override;
     void writeLineBreak() override;
     void writePageBreak() override;
-    void writeTab() override;
+    void writeTab(const TabStop &stop) override;
     void writeAttribute(int attribute, bool on) override;
     void writeFont(const CharacterFormat &format) override;
     void writeColour(std::uint32_t rgb) override;

@@ -151,6 +151,11 @@ void Wp6Writer::writeAscii(char c) { out() += c; }
 void Wp6Writer::writeSpace() { put8(out(), 0x80); } // 0x20 would read as a compact accented letter
 void Wp6Writer::writeHardSpace() { put8(out(), 0x81); }
 
+const CharacterMap &Wp6Writer::characters() const { return CharacterMap::wp6(); }
+// WordPerfect's own codes: a hyphen shown only where a line breaks, and one no line breaks at.
+void Wp6Writer::writeSoftHyphen() { put8(out(), 0x82); }
+void Wp6Writer::writeHardHyphen() { put8(out(), 0x84); }
+
 bool Wp6Writer::writeCharacter(std::u32string_view text, std::size_t &used)
 {
     const auto match = CharacterMap::wp6().find(text);
@@ -177,11 +182,22 @@ void Wp6Writer::writeLineBreak()
     function(0xD0, 0x14, data);
 }
 
-void Wp6Writer::writeTab()
+// Tab: the kind in the high five bits (left 02, centre 0A, right 12, decimal 1A), "as the tab set
+// says" in bit 0 and a dot leader in bit 1. The position it reaches, from the paper's edge, is the
+// function's deletable data, as WordPerfect writes it (wp2latex drops a tab that has it otherwise).
+void Wp6Writer::writeTab(const TabStop &stop)
 {
-    std::string data;
-    put16(data, 0xFFFF); // position unknown: WordPerfect computes it from the tab set
-    function(0xE0, 0x11, data);
+    static const int kinds[] = {0x02, 0x0A, 0x12, 0x1A};
+    constexpr unsigned size = 12;
+    std::string &o = out();
+    put8(o, 0xE0);
+    put8(o, static_cast<unsigned>((kinds[stop.kind & 3] << 3) | 1 | (stop.dotLeader ? 2 : 0)));
+    put16(o, size);
+    put8(o, 0);  // flags
+    put16(o, 0); // no non-deletable data
+    put16(o, static_cast<unsigned>(std::clamp(stop.position, 0, 0xFFFE)));
+    put16(o, size);
+    put8(o, 0xE0);
 }
 
 void Wp6Writer::writeAttribute(int attribute, bool on)
@@ -245,17 +261,46 @@ void Wp6Writer::writeParagraphFormat(const ParagraphFormat &from, const Paragrap
         function(0xD3, margins[i].first, data);
     }
     if (from.tabs != to.tabs) {
+        // No stops of its own: WordPerfect's, which an empty set would take away.
+        const std::vector<TabStop> &tabs = to.tabs.empty() ? defaultTabStops(to) : to.tabs;
         data.clear();
-        put8(data, 1);  // relative to the left margin
-        put16(data, 0); // no adjustment
-        put8(data, static_cast<unsigned>(std::min<std::size_t>(to.tabs.size(), 120)));
-        for (std::size_t i = 0; i < to.tabs.size() && i < 120; ++i) {
-            put8(data, to.tabs[i].kind);
-            put16(data, static_cast<unsigned>(std::max(0, to.tabs[i].position)));
+        // Stops fixed on the paper (wp2latex misplaces the tabs of a set relative to the margin),
+        // measured from the paragraph's indent as libwpd reads them back.
+        const int margin = tabOrigin(to);
+        put8(data, 0);
+        put16(data, 0);
+        put8(data, static_cast<unsigned>(std::min<std::size_t>(tabs.size(), 120)));
+        for (std::size_t i = 0; i < tabs.size() && i < 120; ++i) {
+            put8(data, static_cast<unsigned>(tabs[i].kind | (tabs[i].dotLeader ? 0x10 : 0)));
+            put16(data, static_cast<unsigned>(std::clamp(margin + tabs[i].position, 0, 0xFFFE)));
         }
         function(0xD3, 0x04, data);
     }
 }
+
+int Wp6Writer::tabOrigin(const ParagraphFormat &format) const { return pageSetup().left + format.leftIndent; }
+
+// Define text columns: newspaper, single row spacing, the count, then each column's share of the
+// text area (16.16, as WordPerfect writes it) and the fixed gap after it; a count of 1 turns
+// columns off.
+void Wp6Writer::writeColumns(int count, int gap)
+{
+    std::string data;
+    put8(data, 0);
+    put32(data, 0x10000);
+    put8(data, static_cast<unsigned>(count));
+    for (int i = 0; count > 1 && i < count; ++i) {
+        put8(data, 0);
+        put16(data, static_cast<unsigned>(std::min(0xFFFF, 0x10000 / count)));
+        if (i + 1 < count) {
+            put8(data, 1);
+            put16(data, static_cast<unsigned>(std::clamp(gap, 0, 0xFFFF)));
+        }
+    }
+    function(0xD2, 0x02, data);
+}
+
+void Wp6Writer::writeColumnBreak() { put8(out(), 0xC9); } // hard end of column
 
 void Wp6Writer::writePageSetup()
 {
@@ -370,6 +415,19 @@ void Wp6Writer::writeCell(const CellShape &cell, bool firstInRow)
         put8(data, cell.coveredFromAbove ? 0x81 : std::min(cell.columnSpan, 127));
         put8(data, cell.coveredFromAbove ? 1 : std::min(cell.rowSpan, 127));
         put8(data, 0x85);
+    }
+    if (cell.fill) {
+        // Fill colours: the foreground at full shading, so the cell shows it, and a white background.
+        put8(data, 0x86);
+        put8(data, *cell.fill >> 16);
+        put8(data, *cell.fill >> 8);
+        put8(data, *cell.fill);
+        put8(data, 100);
+        put8(data, 0xFF);
+        put8(data, 0xFF);
+        put8(data, 0xFF);
+        put8(data, 100);
+        put8(data, 0x86);
     }
     if (cell.borders != 0x0F) {
         put8(data, 0x8B);

@@ -15,15 +15,22 @@ protected:
     void writeSpace() override;
     void writeHardSpace() override;
     bool writeCharacter(std::u32string_view text, std::size_t &used) override;
+    const CharacterMap &characters() const override;
+    void writeSoftHyphen() override;
+    void writeHardHyphen() override;
     void writeHardReturn() override;
     void writeLineBreak() override;
     void writePageBreak() override;
-    void writeTab() override;
+    void writeTab(const TabStop &stop) override;
     void writeAttribute(int attribute, bool on) override;
     void writeFont(const CharacterFormat &format) override;
     void writeColour(std::uint32_t rgb) override;
     void writeParagraphFormat(const ParagraphFormat &from, const ParagraphFormat &to) override;
+    int tabOrigin(const ParagraphFormat &format) const override;
     void writePageSetup() override;
+    bool writesColumns() const override { return true; }
+    void writeColumns(int count, int gap) override;
+    void writeColumnBreak() override;
     void writeTableStart(const std::vector<int> &widths) override;
     void writeCell(const CellShape &cell, bool firstInRow) override;
     void writeTableEnd() override;

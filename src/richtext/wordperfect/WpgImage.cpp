@@ -182,6 +182,23 @@ unsigned char paletteIndex(const unsigned char *rgb, int x, int y)
     return static_cast<unsigned char>(index);
 }
 
+// The picture's colours, sorted, when there are no more than a colour map holds.
+std::optional<std::vector<std::uint32_t>> exactColours(const Raster &raster)
+{
+    std::vector<std::uint32_t> colours;
+    for (std::size_t i = 0; i + 2 < raster.rgb.size(); i += 3) {
+        const std::uint32_t colour =
+            std::uint32_t(raster.rgb[i]) << 16 | std::uint32_t(raster.rgb[i + 1]) << 8 | raster.rgb[i + 2];
+        const auto at = std::lower_bound(colours.begin(), colours.end(), colour);
+        if (at != colours.end() && *at == colour)
+            continue;
+        if (colours.size() == 256)
+            return std::nullopt;
+        colours.insert(at, colour);
+    }
+    return colours;
+}
+
 // WordPerfect Graphics record lengths: one byte below 0xFF, else FF and a word, and above 0x7FFF
 // FF, the high word with its top bit set, then the low word.
 void putRecord(std::string &out, int type, const std::string &data)
@@ -265,19 +282,31 @@ std::string wpg1Records(const Raster &raster, int widthWpu, int heightWpu)
     put16(start, static_cast<unsigned>(heightWpu));
     putRecord(out, 0x0F, start);
 
+    // A picture of at most 256 colours (a diagram, a logo, a screenshot) keeps them exactly; others
+    // take the fixed cube and grey ramp, dithered.
+    const std::optional<std::vector<std::uint32_t>> exact = exactColours(raster);
     std::string palette;
     put16(palette, 0);
     put16(palette, 256);
-    for (int i = 0; i < greyBase; ++i) {
-        put8(palette, (i / 36) * 51);
-        put8(palette, (i / 6 % 6) * 51);
-        put8(palette, (i % 6) * 51);
-    }
-    for (int i = 0; i < greySteps; ++i) {
-        const unsigned grey = static_cast<unsigned>(i * 255 / (greySteps - 1));
-        put8(palette, grey);
-        put8(palette, grey);
-        put8(palette, grey);
+    if (exact) {
+        for (std::size_t i = 0; i < 256; ++i) {
+            const std::uint32_t rgb = i < exact->size() ? (*exact)[i] : 0;
+            put8(palette, rgb >> 16);
+            put8(palette, rgb >> 8);
+            put8(palette, rgb);
+        }
+    } else {
+        for (int i = 0; i < greyBase; ++i) {
+            put8(palette, (i / 36) * 51);
+            put8(palette, (i / 6 % 6) * 51);
+            put8(palette, (i % 6) * 51);
+        }
+        for (int i = 0; i < greySteps; ++i) {
+            const unsigned grey = static_cast<unsigned>(i * 255 / (greySteps - 1));
+            put8(palette, grey);
+            put8(palette, grey);
+            put8(palette, grey);
+        }
     }
     putRecord(out, 0x0E, palette);
 
@@ -297,8 +326,16 @@ std::string wpg1Records(const Raster &raster, int widthWpu, int heightWpu)
     std::vector<unsigned char> row(static_cast<std::size_t>(raster.width));
     int repeats = 0;
     for (int y = 0; y < raster.height; ++y) {
-        for (int x = 0; x < raster.width; ++x)
-            row[x] = paletteIndex(&raster.rgb[(std::size_t(y) * raster.width + x) * 3], x, y);
+        for (int x = 0; x < raster.width; ++x) {
+            const unsigned char *rgb = &raster.rgb[(std::size_t(y) * raster.width + x) * 3];
+            if (exact) {
+                const std::uint32_t colour = std::uint32_t(rgb[0]) << 16 | std::uint32_t(rgb[1]) << 8 | rgb[2];
+                row[x] = static_cast<unsigned char>(
+                    std::lower_bound(exact->begin(), exact->end(), colour) - exact->begin());
+            } else {
+                row[x] = paletteIndex(rgb, x, y);
+            }
+        }
         if (row == previous && repeats < 255) {
             ++repeats;
             continue;

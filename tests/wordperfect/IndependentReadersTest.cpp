@@ -1,0 +1,157 @@
+// Our WordPerfect files as readers other than libwpd see them: wp2latex (5.1 and 6) and wp2x (5.1)
+// take every file without a warning and find the words libwpd finds (wp2x those of the parts it
+// reads at all).
+
+#include "IndependentReaders.h"
+#include "ProgramRun.h"
+#include "ScratchFolder.h"
+#include "WpTestSupport.h"
+
+#include <gtest/gtest.h>
+
+#include <string>
+
+namespace {
+
+struct Fixture {
+    const char *name;
+    std::string styles;
+    std::string body;
+    std::string masterStyles = {};
+    std::string meta = {};
+};
+
+const std::string listStyle =
+    "<text:list-style style:name=\"L\"><text:list-level-style-bullet text:level=\"1\" text:bullet-char=\"\u2022\">"
+    "<style:list-level-properties text:list-level-position-and-space-mode=\"label-alignment\">"
+    "<style:list-level-label-alignment text:label-followed-by=\"listtab\" fo:margin-left=\"0.5in\""
+    " fo:text-indent=\"-0.25in\"/></style:list-level-properties></text:list-level-style-bullet></text:list-style>"
+    "<style:style style:name=\"HG\" style:family=\"paragraph\"><style:paragraph-properties fo:margin-left=\"1in\""
+    " fo:text-indent=\"-0.5in\"/></style:style>";
+
+const std::string tabStyle =
+    "<style:style style:name=\"TB\" style:family=\"paragraph\"><style:paragraph-properties><style:tab-stops>"
+    "<style:tab-stop style:position=\"1.5in\" style:type=\"center\"/>"
+    "<style:tab-stop style:position=\"3in\" style:type=\"right\" style:leader-style=\"dotted\" style:leader-text=\".\"/>"
+    "<style:tab-stop style:position=\"4.5in\" style:type=\"char\" style:char=\".\"/>"
+    "</style:tab-stops></style:paragraph-properties></style:style>";
+
+const std::string columnStyle =
+    "<style:style style:name=\"S\" style:family=\"section\"><style:section-properties>"
+    "<style:columns fo:column-count=\"2\" fo:column-gap=\"0.5in\"/></style:section-properties></style:style>"
+    "<style:style style:name=\"CB\" style:family=\"paragraph\"><style:paragraph-properties fo:break-before=\"column\"/>"
+    "</style:style>";
+
+std::string table(int rows, int columns)
+{
+    std::string xml = "<table:table table:name=\"t\"><table:table-column table:number-columns-repeated=\"" +
+                      std::to_string(columns) + "\"/>";
+    for (int row = 0; row < rows; ++row) {
+        xml += "<table:table-row>";
+        for (int column = 0; column < columns; ++column)
+            xml += "<table:table-cell><text:p>cell" + std::to_string(row) + "x" + std::to_string(column) +
+                   " words</text:p></table:table-cell>";
+        xml += "</table:table-row>";
+    }
+    return xml + "</table:table>";
+}
+
+const Fixture fixtures[] = {
+    {"PlainParagraphs", "", "<text:p>first paragraph of words</text:p><text:p>second paragraph here</text:p>"},
+    {"SummaryInItsOwnIndexBlock", "", "<text:p>body words</text:p>", "",
+     "<office:meta><dc:title>Title words</dc:title><dc:subject>Subject words</dc:subject>"
+     "<dc:creator>Author Name</dc:creator><dc:description>Abstract words</dc:description>"
+     "<meta:keyword>keyword</meta:keyword></office:meta>"},
+    {"HangingListAndParagraph", listStyle,
+     "<text:list text:style-name=\"L\"><text:list-item><text:p>apple words</text:p></text:list-item>"
+     "<text:list-item><text:p>pear words</text:p></text:list-item></text:list>"
+     "<text:p text:style-name=\"HG\">hanging paragraph words that run on</text:p><text:p>after list</text:p>"},
+    {"AlignedTabStops", tabStyle,
+     "<text:p text:style-name=\"TB\">left<text:tab/>centre<text:tab/>right<text:tab/>12.50</text:p>"
+     "<text:p text:style-name=\"TB\">name<text:tab/>middle<text:tab/>page<text:tab/>3.25</text:p>"
+     "<text:p>own<text:tab/>stops<text:tab/>gone</text:p>"},
+    {"Table", "", "<text:p>before table</text:p>" + table(3, 3) + "<text:p>after table</text:p>"},
+    {"TwoColumnSectionWithColumnBreak", columnStyle,
+     "<text:p>above columns</text:p><text:section text:name=\"s\" text:style-name=\"S\">"
+     "<text:p>left column words</text:p><text:p text:style-name=\"CB\">right column words</text:p></text:section>"
+     "<text:p>below columns</text:p>"},
+    {"NotesHeaderAndFooter", "",
+     "<text:p>body<text:note text:note-class=\"footnote\"><text:note-citation>1</text:note-citation>"
+     "<text:note-body><text:p>footnote words</text:p></text:note-body></text:note> more"
+     "<text:note text:note-class=\"endnote\"><text:note-citation>i</text:note-citation>"
+     "<text:note-body><text:p>endnote words</text:p></text:note-body></text:note></text:p>",
+     "<style:master-page style:name=\"Standard\"><style:header><text:p>header words</text:p></style:header>"
+     "<style:footer><text:p>footer words</text:p></style:footer></style:master-page>"},
+    {"Characters", "",
+     "<text:p>caf\u00e9 na\u00efve \u00bfqu\u00e9? \u00df \u2022 bullet \u2013 dash \u201cquoted\u201d</text:p>"
+     "<text:p>\u03b1\u03b2\u03b3 Greek \u0416\u0438\u0437\u043d\u044c Cyrillic \u05e9\u05dc\u05d5\u05dd Hebrew"
+     " \u30ab\u30bf\u30ab\u30ca kana soft\u00adhyphen non\u2011breaking</text:p>"},
+};
+
+std::string document(const Fixture &fixture)
+{
+    std::string odt = wptest::flatOdt(fixture.styles, fixture.body, fixture.masterStyles);
+    if (!fixture.meta.empty())
+        odt.insert(odt.find("<office:automatic-styles>"), fixture.meta);
+    return odt;
+}
+
+struct Case {
+    const Fixture *fixture;
+    const char *option;
+};
+
+void PrintTo(const Case &c, std::ostream *os) { *os << c.fixture->name << " " << c.option; }
+
+class IndependentReaders : public ::testing::TestWithParam<Case> {};
+
+TEST_P(IndependentReaders, ReadOurFileWithoutComplaintAndFindLibwpdsWords)
+{
+    const Case &param = GetParam();
+    ScratchFolder scratch;
+    const std::string source = scratch.write("source.fodt", document(*param.fixture));
+    const std::string output = scratch.file("out.wp");
+    const ProgramRun run = ProgramRun::of({ODT2WP5_PATH, param.option, source, output});
+    ASSERT_EQ(run.status, 0) << run.err;
+
+    const readers::Reading reference = readers::libwpd(output);
+    ASSERT_EQ(reference.status, 0);
+    EXPECT_TRUE(reference.complaints.empty()) << reference.complaints.front();
+    ASSERT_GE(readers::words(reference.text).size(), 2u) << reference.text;
+    const wptest::ReadBack model = wptest::readWordPerfect(ScratchFolder::readFile(output));
+    ASSERT_TRUE(model.ok);
+
+    const readers::Reading latex = readers::wp2latex(output);
+    if (!latex.available)
+        GTEST_SKIP() << "wp2latex is not installed";
+    EXPECT_EQ(latex.status, 0);
+    EXPECT_EQ(readers::beyondWp2latexLimits(latex.complaints, model.document), std::vector<std::string> {});
+    const readers::WordShare byLatex = readers::shareOfWords(readers::asLibwpdReadsIt(model.document), latex.text);
+    EXPECT_GE(byLatex.share, 0.98) << "wp2latex misses " << ::testing::PrintToString(byLatex.missing);
+
+    if (std::string(param.option) != "--wp5")
+        return;
+    const readers::Reading x = readers::wp2x(output);
+    if (!x.available)
+        GTEST_SKIP() << "wp2x is not installed";
+    EXPECT_EQ(x.status, 0);
+    EXPECT_EQ(x.complaints, std::vector<std::string> {});
+    const readers::WordShare byX = readers::shareOfWords(readers::asWp2xReadsIt(model.document), x.text);
+    EXPECT_GE(byX.share, 0.90) << "wp2x misses " << ::testing::PrintToString(byX.missing);
+}
+
+std::vector<Case> cases()
+{
+    std::vector<Case> all;
+    for (const Fixture &fixture : fixtures) {
+        all.push_back({&fixture, "--wp6"});
+        all.push_back({&fixture, "--wp5"});
+    }
+    return all;
+}
+
+INSTANTIATE_TEST_SUITE_P(Fixtures, IndependentReaders, ::testing::ValuesIn(cases()), [](const auto &info) {
+    return std::string(info.param.fixture->name) + "_" + (info.param.option + 2);
+});
+
+} // namespace
