@@ -151,20 +151,27 @@ void LibreOfficeBatch::work(int worker)
 std::vector<LibreOfficeBatch::Pending> LibreOfficeBatch::take()
 {
     std::unique_lock lock(mutex);
+    ++idle;
     while (true) {
         wake.wait(lock, [this] { return stopping || !queue.empty(); });
-        if (stopping)
+        if (stopping) {
+            --idle;
             return {};
+        }
         // Documents often arrive one by one: a moment's wait fills the start.
         wake.wait_for(lock, options.gatherDelay,
                       [this] { return stopping || queue.size() >= options.documentsPerStart; });
-        if (stopping)
+        if (stopping) {
+            --idle;
             return {};
+        }
         if (!queue.empty())
             break;
     }
-    // Shared between the workers, so that a short queue keeps all of them busy.
-    const std::size_t share = (queue.size() + workers.size() - 1) / workers.size();
+    // Shared with the other idle workers, so that a short queue keeps all of
+    // them busy and each start gets as many documents as it can.
+    const std::size_t share = (queue.size() + idle - 1) / idle;
+    --idle;
     const std::size_t count = std::clamp<std::size_t>(share, 1, std::max<std::size_t>(1, options.documentsPerStart));
     std::vector<Pending> taken;
     for (std::size_t i = 0; i < count && !queue.empty(); ++i) {
