@@ -5,13 +5,15 @@
 # Prints files per second, the companion's peak resident memory, its open
 # descriptors over the run, what it left in its temporary folder, and the
 # projected hours for 1,000,000 files on 64 cores.
-#   bench/companion/soak.sh [FILES]        (OFFICE=1 adds the office documents)
+#   bench/companion/soak.sh [FILES]
+# OFFICE=1 adds the office documents, KINDS="wp" takes only those corpus
+# folders, JOBS=N converts N at a time.
 set -euo pipefail
 root=$(cd "$(dirname "$0")/../.." && pwd)
 corpus="$root/../shared/corpus"
 convert="$root/build/bin/quillmorph-convert"
 want=${1:-10000}
-jobs=2
+jobs=${JOBS:-2}
 [ -d "$corpus" ] || { echo "skipped: ../shared/corpus is not beside the checkout"; exit 0; }
 [ -x "$convert" ] || { echo "build first: scripts/build build"; exit 1; }
 work=$(mktemp -d)
@@ -19,7 +21,7 @@ trap 'rm -rf "$work"' EXIT
 export XDG_CONFIG_HOME="$work/config" XDG_STATE_HOME="$work/state" TMPDIR="$work/tmp"
 mkdir -p "$TMPDIR"
 
-kinds=(wp wpg)
+read -r -a kinds <<<"${KINDS:-wp wpg}"
 [ "${OFFICE:-0}" = 1 ] && kinds+=(office)
 sources=()
 for kind in "${kinds[@]}"; do
