@@ -1,0 +1,309 @@
+#include "TestSupport.h"
+#include "support/ConversionError.h"
+#include "tools/LibreOfficeBatch.h"
+#include "tools/OfficeImport.h"
+
+#include <gtest/gtest.h>
+
+#include <zip.h>
+
+#include <csignal>
+#include <fstream>
+#include <map>
+#include <set>
+#include <sstream>
+
+namespace fs = std::filesystem;
+using namespace std::chrono_literals;
+using namespace testing_support;
+using ConversionTools::LibreOfficeBatch;
+
+namespace {
+
+// A stand-in LibreOffice: converts every argument after --outdir DIR in
+// order, judging each by its content: FAIL is refused with LibreOffice's
+// words, HANG never finishes (its pid is left beside it), CRASH ends the
+// office by a signal; anything else becomes "odt:" and the content.
+const char *fakeSuite = R"(log="$(dirname "$0")/calls"
+shift 5; outdir=$1; shift
+echo "$*" >> "$log"
+for f in "$@"; do
+    name=$(basename "$f"); stem=${name%.*}; content=$(cat "$f")
+    case "$content" in
+        FAIL*) echo "Error: source file could not be loaded" >&2 ;;
+        HANG*) sleep 600 & echo $! > "$(dirname "$0")/hung.pid"; wait ;;
+        CRASH*) kill -SEGV $$ ;;
+        *) printf 'odt:%s' "$content" > "$outdir/$stem.odt" ;;
+    esac
+done
+)";
+
+std::string outcomeOf(std::future<fs::path> &future)
+{
+    if (future.wait_for(100s) != std::future_status::ready)
+        return "no answer";
+    try {
+        const fs::path odt = future.get();
+        return readFile(odt) + " in " + odt.filename().string();
+    } catch (const ConversionError &error) {
+        return error.what();
+    } catch (const std::exception &error) {
+        return std::string("other error: ") + error.what();
+    }
+}
+
+// Running, not a zombie waiting for a parent to collect it.
+bool alive(pid_t pid)
+{
+    std::ifstream stat("/proc/" + std::to_string(pid) + "/stat");
+    std::string line;
+    if (!std::getline(stat, line))
+        return false;
+    const auto close = line.rfind(')');
+    return close != std::string::npos && line.size() > close + 2 && line[close + 2] != 'Z';
+}
+
+// The folders left in `root`, each of which must hold exactly one ODT: a
+// result. Anything else (a profile, a batch) counts as a failure.
+std::size_t leftIn(const fs::path &root)
+{
+    std::size_t results = 0;
+    for (const auto &entry : fs::directory_iterator(root)) {
+        std::vector<fs::path> inside;
+        for (const auto &file : fs::directory_iterator(entry.path()))
+            inside.push_back(file.path());
+        EXPECT_EQ(inside.size(), 1u) << entry.path();
+        if (inside.size() == 1 && inside.front().extension() == ".odt")
+            ++results;
+    }
+    return results;
+}
+
+class FakeBatch : public ::testing::Test {
+protected:
+    FakeBatch()
+    {
+        setenv("TMPDIR", (dir / "tmp").c_str(), 1);
+        fs::create_directories(dir / "tmp");
+        writeScript(dir / "suite" / "soffice", fakeSuite);
+    }
+    ~FakeBatch() override { unsetenv("TMPDIR"); }
+
+    LibreOfficeBatch::Options options(int workers, std::size_t perStart)
+    {
+        LibreOfficeBatch::Options options;
+        options.soffice = dir / "suite" / "soffice";
+        options.workers = workers;
+        options.documentsPerStart = perStart;
+        options.documentTimeout = 3s;
+        options.startAllowance = 0s;
+        options.gatherDelay = 300ms;
+        return options;
+    }
+    fs::path document(const std::string &relative, const std::string &content)
+    {
+        fs::create_directories((dir / "docs" / relative).parent_path());
+        writeFile(dir / "docs" / relative, content);
+        return dir / "docs" / relative;
+    }
+    // Each start's documents, one start per entry.
+    std::vector<std::vector<std::string>> starts() const
+    {
+        std::vector<std::vector<std::string>> calls;
+        std::istringstream lines(readFile(dir / "suite" / "calls"));
+        for (std::string line; std::getline(lines, line);) {
+            std::istringstream words(line);
+            calls.emplace_back(std::istream_iterator<std::string>(words), std::istream_iterator<std::string>());
+        }
+        return calls;
+    }
+    TempDir dir;
+};
+
+} // namespace
+
+TEST_F(FakeBatch, DocumentsNamedAlikeConvertSeveralPerStartEachIntoItsOwnFolder)
+{
+    std::vector<fs::path> inputs;
+    for (int i = 0; i < 12; ++i) {
+        const std::string folder = std::string(1, static_cast<char>('a' + i));
+        inputs.push_back(document(folder + "/Letter" + (i % 2 ? ".rtf" : ".docx"), "text " + folder));
+    }
+    std::vector<std::future<fs::path>> results;
+    std::vector<fs::path> odts;
+    {
+        LibreOfficeBatch batch(options(2, 5));
+        for (const auto &input : inputs)
+            results.push_back(batch.submit(input));
+        for (std::size_t i = 0; i < inputs.size(); ++i) {
+            const std::string folder = std::string(1, static_cast<char>('a' + i));
+            EXPECT_EQ(outcomeOf(results[i]), "odt:text " + folder + " in Letter.odt");
+        }
+        const auto counts = batch.counts();
+        EXPECT_EQ(counts.converted, 12u);
+        EXPECT_EQ(counts.failed + counts.retriedAlone + counts.hung, 0u);
+    }
+    std::size_t documents = 0;
+    for (const auto &start : starts()) {
+        EXPECT_LE(start.size(), 5u) << "a fresh LibreOffice after documentsPerStart";
+        documents += start.size();
+    }
+    EXPECT_EQ(documents, 12u);
+    EXPECT_LT(starts().size(), 12u) << "several documents per start";
+
+    std::set<fs::path> folders;
+    for (const auto &entry : fs::directory_iterator(dir / "tmp")) {
+        EXPECT_TRUE(entry.path().filename().string().starts_with("quillmorph-"));
+        folders.insert(entry.path());
+    }
+    EXPECT_EQ(folders.size(), 12u) << "one folder per document, the batch's own work removed";
+}
+
+TEST_F(FakeBatch, EachWorkerKeepsItsOwnProfileFromStartToStart)
+{
+    writeScript(dir / "suite" / "soffice", "echo \"$1\" >> '" + (dir / "profiles").string() + "'\n" + fakeSuite);
+    LibreOfficeBatch::Options settings = options(2, 2);
+    settings.workRoot = dir / "work";
+    fs::create_directories(settings.workRoot);
+    {
+        LibreOfficeBatch batch(settings);
+        std::vector<std::future<fs::path>> results;
+        for (int i = 0; i < 8; ++i)
+            results.push_back(batch.submit(document("d" + std::to_string(i) + ".doc", "x")));
+        for (int i = 0; i < 8; ++i)
+            EXPECT_EQ(outcomeOf(results[static_cast<std::size_t>(i)]), "odt:x in d" + std::to_string(i) + ".odt");
+    }
+    std::map<std::string, int> uses;
+    std::istringstream lines(readFile(dir / "profiles"));
+    for (std::string line; std::getline(lines, line);) {
+        EXPECT_TRUE(line.starts_with("-env:UserInstallation=file://" + settings.workRoot.string() + "/quillmorph-"))
+            << line;
+        ++uses[line];
+    }
+    EXPECT_LE(uses.size(), 2u) << "one profile per worker";
+    int mostUsed = 0;
+    for (const auto &[profile, count] : uses)
+        mostUsed = std::max(mostUsed, count);
+    EXPECT_GE(mostUsed, 2) << "four starts on two workers: a profile serves more than one";
+    EXPECT_EQ(leftIn(settings.workRoot), 8u) << "profiles and batches go with the batch, the results stay";
+}
+
+TEST_F(FakeBatch, ABadDocumentFailsAloneAndItsNeighboursConvert)
+{
+    const std::string refused = "officeToolFailed(\"Error: source file could not be loaded\n\")";
+    const std::string hung = "officeToolFailed(\"LibreOffice stopped making progress on this document and was ended.\")";
+    struct Row {
+        std::vector<std::string> contents;
+        std::vector<std::string> outcomes;
+    };
+    const std::vector<Row> rows = {
+        {{"one", "FAIL", "two"}, {"odt:one in 0.odt", refused, "odt:two in 2.odt"}},
+        {{"one", "HANG", "two", "three"}, {"odt:one in 0.odt", hung, "odt:two in 2.odt", "odt:three in 3.odt"}},
+        {{"HANG", "one"}, {hung, "odt:one in 1.odt"}},
+        {{"one", "CRASH", "two"}, {"odt:one in 0.odt", "officeToolFailed(\"\")", "odt:two in 2.odt"}},
+        {{"FAIL", "HANG", "one", "FAIL", "two"}, {refused, hung, "odt:one in 2.odt", refused, "odt:two in 4.odt"}},
+    };
+    int round = 0;
+    for (const auto &row : rows) {
+        SCOPED_TRACE(row.contents.front() + "… " + std::to_string(row.contents.size()) + " documents");
+        fs::remove(dir / "suite" / "calls");
+        fs::remove(dir / "suite" / "hung.pid");
+        const std::string folder = "round" + std::to_string(++round) + "/";
+        LibreOfficeBatch batch(options(1, 50));
+        std::vector<std::future<fs::path>> results;
+        for (std::size_t i = 0; i < row.contents.size(); ++i)
+            results.push_back(batch.submit(document(folder + std::to_string(i) + ".docx", row.contents[i])));
+        for (std::size_t i = 0; i < row.contents.size(); ++i)
+            EXPECT_EQ(outcomeOf(results[i]), row.outcomes[i]) << "document " << i;
+        ASSERT_FALSE(starts().empty());
+        EXPECT_EQ(starts().front().size(), row.contents.size()) << "all of them shared the first start";
+        if (fs::exists(dir / "suite" / "hung.pid")) {
+            const pid_t pid = std::stoi(readFile(dir / "suite" / "hung.pid"));
+            EXPECT_FALSE(alive(pid)) << "the hung office's own child was killed with it";
+        }
+    }
+}
+
+TEST_F(FakeBatch, StoppingEndsAHungOfficeAndFailsWhatIsLeft)
+{
+    LibreOfficeBatch::Options settings = options(1, 50);
+    settings.documentTimeout = 600s;
+    settings.workRoot = dir / "work";
+    fs::create_directories(settings.workRoot);
+    std::vector<std::future<fs::path>> results;
+    {
+        LibreOfficeBatch batch(settings);
+        results.push_back(batch.submit(document("first.docx", "one")));
+        ASSERT_EQ(outcomeOf(results[0]), "odt:one in first.odt");
+        results.push_back(batch.submit(document("stuck.docx", "HANG")));
+        while (!fs::exists(dir / "suite" / "hung.pid"))
+            std::this_thread::sleep_for(20ms);
+        results.push_back(batch.submit(document("later.docx", "two")));
+    }
+    const std::string stopped =
+        "officeToolFailed(\"The conversion was stopped before LibreOffice reached this document.\")";
+    EXPECT_EQ(outcomeOf(results[1]), stopped);
+    EXPECT_EQ(outcomeOf(results[2]), stopped);
+    EXPECT_FALSE(alive(std::stoi(readFile(dir / "suite" / "hung.pid"))));
+    EXPECT_EQ(leftIn(settings.workRoot), 1u) << "only the result of the first document";
+}
+
+namespace {
+
+std::string mediaType(const fs::path &package)
+{
+    zip_t *archive = zip_open(package.c_str(), ZIP_RDONLY, nullptr);
+    if (!archive)
+        return "not a zip";
+    std::string data(64, '\0');
+    if (zip_file_t *file = zip_fopen(archive, "mimetype", 0)) {
+        data.resize(static_cast<std::size_t>(std::max<zip_int64_t>(0, zip_fread(file, data.data(), data.size()))));
+        zip_fclose(file);
+    } else {
+        data = "no mimetype";
+    }
+    zip_close(archive);
+    return data;
+}
+
+} // namespace
+
+TEST(RealLibreOfficeBatch, ConvertsCorpusDocumentsNamedAlikeAndFailsAMissingOneAlone)
+{
+    const auto soffice = ConversionTools::libreOfficeURL();
+    const auto corpus = corpusDir();
+    if (!soffice)
+        GTEST_SKIP() << "LibreOffice is not installed (scripts/setup installs it)";
+    if (!corpus)
+        GTEST_SKIP() << "../shared/corpus is not beside the checkout";
+    TempDir dir;
+    setenv("TMPDIR", dir.path().c_str(), 1);
+    const std::vector<fs::path> inputs {*corpus / "office" / "testWORD.doc", *corpus / "office" / "testWORD.docx",
+                                        dir / "missing.rtf", *corpus / "office" / "testRTF.rtf",
+                                        *corpus / "office" / "test.html"};
+    LibreOfficeBatch::Options options;
+    options.soffice = *soffice;
+    options.workers = 1;
+    options.gatherDelay = 500ms;
+    {
+        LibreOfficeBatch batch(options);
+        std::vector<std::future<fs::path>> results;
+        for (const auto &input : inputs)
+            results.push_back(batch.submit(input));
+        std::set<fs::path> made;
+        for (std::size_t i = 0; i < inputs.size(); ++i) {
+            SCOPED_TRACE(inputs[i].filename().string());
+            if (inputs[i].filename() == "missing.rtf") {
+                EXPECT_THROW(results[i].get(), ConversionError);
+                continue;
+            }
+            const fs::path odt = results[i].get();
+            EXPECT_EQ(odt.stem(), inputs[i].stem());
+            EXPECT_EQ(mediaType(odt), "application/vnd.oasis.opendocument.text");
+            made.insert(odt);
+        }
+        EXPECT_EQ(made.size(), 4u) << "testWORD.doc and testWORD.docx each keep their own";
+        EXPECT_EQ(batch.counts().retriedAlone, 1u);
+    }
+    unsetenv("TMPDIR");
+}
