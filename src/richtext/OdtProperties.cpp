@@ -3,6 +3,7 @@
 #include "Units.h"
 
 #include <algorithm>
+#include <charconv>
 #include <cstdlib>
 #include <vector>
 
@@ -195,7 +196,8 @@ RVNGPropertyList listLevel(const OdtStyles::ListLevel &level, int depth, int lis
     return list;
 }
 
-RVNGPropertyList table(const OdfProperties &odf, const std::vector<double> &columnWidths)
+RVNGPropertyList table(const OdfProperties &odf, const std::vector<double> &columnWidths,
+                       const std::vector<double> &relativeWidths)
 {
     const OdfProperties properties = expanded(odf);
     RVNGPropertyList list;
@@ -204,11 +206,14 @@ RVNGPropertyList table(const OdfProperties &odf, const std::vector<double> &colu
         addLength(list, properties, name);
     addText(list, properties, "table:align");
     addText(list, properties, "fo:break-before");
+    addText(list, properties, "style:rel-width");
     librevenge::RVNGPropertyListVector columns;
-    for (const double width : columnWidths) {
+    for (std::size_t i = 0; i < columnWidths.size(); ++i) {
         RVNGPropertyList column;
-        if (width > 0)
-            column.insert("style:column-width", width);
+        if (columnWidths[i] > 0)
+            column.insert("style:column-width", columnWidths[i]);
+        if (i < relativeWidths.size() && relativeWidths[i] > 0)
+            column.insert("style:rel-column-width", relativeWidths[i], librevenge::RVNG_GENERIC);
         columns.append(column);
     }
     list.insert("librevenge:table-columns", columns);

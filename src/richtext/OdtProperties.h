@@ -20,7 +20,9 @@ librevenge::RVNGPropertyList pageSpan(const OdfProperties &page);
 librevenge::RVNGPropertyList headerFooter(const OdfProperties &properties, const std::string &occurrence);
 librevenge::RVNGPropertyList listLevel(const OdtStyles::ListLevel &level, int depth, int listId,
                                        std::optional<int> start);
-librevenge::RVNGPropertyList table(const OdfProperties &table, const std::vector<double> &columnWidths);
+// Column widths in inches (0: not given) and relative widths (0: not given).
+librevenge::RVNGPropertyList table(const OdfProperties &table, const std::vector<double> &columnWidths,
+                                   const std::vector<double> &relativeWidths = {});
 librevenge::RVNGPropertyList row(const OdfProperties &row, bool header);
 librevenge::RVNGPropertyList cell(const OdfProperties &cell, int column, int row, int columns, int rows);
 librevenge::RVNGPropertyList frame(const OdfProperties &frame);
