@@ -9,6 +9,7 @@
 #include "support/PlatformError.h"
 
 #include <algorithm>
+#include <iostream>
 #include <charconv>
 
 namespace fs = std::filesystem;
@@ -39,6 +40,11 @@ Options:
       --skip-existing   leave a file whose output exists and is newer than it
                         (counted as skipped, "up to date"); an older output is
                         replaced, so a repeated run makes no numbered copies
+      --report FILE     append one JSON line per input file to FILE as each
+                        finishes (path, size, SHA-256, kind, job, output, status)
+      --shard K/N       take only shard K of N of the files (a stable hash of
+                        each path below its argument), so N machines given the
+                        same arguments split an archive exactly
       --document-target odt|rtf       --graphic-target png|svg
       --wordperfect-target wp6|wp5    --rtf-charset ansi|mac
                         override the Settings window's choice for this run
@@ -115,6 +121,12 @@ std::variant<CompanionOptions, UsageError, HelpRequest> parseArguments(const std
                 options.tryUnknown = true;
             } else if (arg == "--skip-existing") {
                 options.skipExisting = true;
+            } else if (auto shard = optionValue(args, i, "--shard", "")) {
+                options.shard = Shard::parse(*shard);
+                if (!options.shard)
+                    return UsageError {"--shard needs K/N with 1 \u2264 K \u2264 N, not \u201C" + *shard + "\u201D"};
+            } else if (auto report = optionValue(args, i, "--report", "")) {
+                options.report = fs::absolute(*report);
             } else if (auto dir = optionValue(args, i, "--output-dir", "")) {
                 options.outputDir = fs::absolute(*dir);
             } else if (auto target = optionValue(args, i, "--document-target", "")) {
@@ -187,8 +199,10 @@ std::vector<fs::path> Companion::collectFiles()
     for (const auto &input : options.inputs) {
         std::error_code error;
         if (!fs::is_directory(input, error)) {
-            found.push_back(input);
-            rootOf[input] = input.parent_path();
+            if (!options.shard || options.shard->takes(input, input)) {
+                found.push_back(input);
+                rootOf[input] = input.parent_path();
+            }
             continue;
         }
         std::vector<fs::path> inFolder;
@@ -199,6 +213,8 @@ std::vector<fs::path> Companion::collectFiles()
                 inFolder.push_back(walk->path());
         }
         std::sort(inFolder.begin(), inFolder.end());
+        if (options.shard)
+            std::erase_if(inFolder, [&](const fs::path &file) { return !options.shard->takes(file, input); });
         for (const auto &file : inFolder)
             rootOf[file] = input;
         found.insert(found.end(), inFolder.begin(), inFolder.end());
@@ -252,6 +268,23 @@ int Companion::dryRun()
 void Companion::start()
 {
     files = collectFiles();
+    // Largest first: one big file started last would leave the other workers idle at the end.
+    std::stable_sort(files.begin(), files.end(), [](const fs::path &a, const fs::path &b) {
+        std::error_code error;
+        const auto sizeA = fs::file_size(a, error);
+        const auto sizeB = fs::file_size(b, error);
+        return (error ? 0 : sizeA) > sizeB;
+    });
+    if (options.report) {
+        try {
+            reportWriter = std::make_unique<Report::Writer>(*options.report);
+        } catch (const std::exception &failure) {
+            out << "quillmorph-convert: cannot write the report " << options.report->string() << ": "
+                << failure.what() << "\n";
+        }
+    }
+    onTerminal = &out == &std::cout && ProgressLine::outputIsTerminal();
+    progressLine.emplace(out, onTerminal, files.size());
     if (files.empty())
         out << "No files to convert.\n";
     startNext();
@@ -260,8 +293,11 @@ void Companion::start()
 void Companion::startNext()
 {
     // The intake hands each file's job to launch(), or reports why there is none.
-    while (running < options.jobs && next < files.size())
-        intake.open(files[next++]);
+    while (running < options.jobs && next < files.size()) {
+        reporting = files[next++];
+        started[reporting] = std::chrono::steady_clock::now();
+        intake.open(reporting);
+    }
     finishIfDone();
 }
 
@@ -282,6 +318,7 @@ void Companion::complete(const Intake::Start &start, const std::exception_ptr &e
     if (!error) {
         ++converted;
         Log::write("converted \u2192 " + start.to.string());
+        reportFile(jobSource(start.job), Report::Status::converted, {}, start.to, std::string(jobName(start.job)));
         progress("converted " + start.name + " \u2192 " + start.to.filename().string());
         startNext();
         return;
@@ -295,23 +332,66 @@ void Companion::complete(const Intake::Start &start, const std::exception_ptr &e
     }
     if (wrongPassword && start.onWrongPassword && !options.password) {
         // The same loop as the app: ask again until it converts or the user gives up.
+        reporting = jobSource(start.job);
         start.onWrongPassword();
         startNext();
         return;
     }
     const FailureText text = describeFailure(error, start.name);
+    reporting = jobSource(start.job);
     recordFailure(start.name, text.message + " " + text.informative);
     startNext();
 }
 
+void Companion::reportFile(const fs::path &input, Report::Status status, const std::string &reason,
+                           const std::optional<fs::path> &output, const std::string &job)
+{
+    if (!reportWriter)
+        return;
+    Report::Entry entry;
+    entry.input = input;
+    std::error_code error;
+    const auto size = fs::file_size(input, error);
+    entry.size = error ? 0 : size;
+    try {
+        entry.sha256 = Report::sha256Of(input);
+        const InputFile file = InputFile::classify(input);
+        entry.kind = std::string(kindName(file.kind));
+        entry.family = versionFamilyOf(file);
+    } catch (const std::exception &) {
+    }
+    entry.job = job;
+    entry.output = output;
+    if (output) {
+        try {
+            entry.outputSha256 = Report::sha256Of(*output);
+        } catch (const std::exception &) {
+        }
+    }
+    entry.status = status;
+    if (!reason.empty())
+        entry.reason = reason;
+    if (const auto began = started.find(input); began != started.end())
+        entry.milliseconds = std::chrono::duration_cast<std::chrono::milliseconds>(
+                                 std::chrono::steady_clock::now() - began->second)
+                                 .count();
+    try {
+        reportWriter->write(entry);
+    } catch (const std::exception &failure) {
+        out << "quillmorph-convert: the report could not be written: " << failure.what() << "\n";
+    }
+}
+
 void Companion::recordFailure(const std::string &name, const std::string &reason)
 {
+    reportFile(reporting, Report::Status::failed, reason, std::nullopt, {});
     failures.push_back(name + ": " + reason);
     progress("failed " + name + ": " + reason);
 }
 
 void Companion::recordSkip(const std::string &name, const std::string &reason)
 {
+    reportFile(reporting, Report::Status::skipped, reason, std::nullopt, {});
     skips.push_back(name + ": " + reason);
     progress("skipped " + name + ": " + reason);
 }
@@ -319,7 +399,15 @@ void Companion::recordSkip(const std::string &name, const std::string &reason)
 void Companion::progress(const std::string &line)
 {
     ++done;
-    out << "[" << done << "/" << files.size() << "] " << line << "\n";
+    const std::string text = "[" + std::to_string(done) + "/" + std::to_string(files.size()) + "] " + line;
+    if (!progressLine) {
+        out << text << "\n";
+    } else {
+        // On a terminal one line counts up in place; failures still get a line of their own.
+        if (!onTerminal || line.rfind("failed", 0) == 0)
+            progressLine->print(text);
+        progressLine->advance(done);
+    }
     out.flush();
 }
 
@@ -327,6 +415,8 @@ void Companion::finishIfDone()
 {
     if (running > 0 || next < files.size())
         return;
+    if (progressLine)
+        progressLine->finish();
     out << converted << " converted, " << failures.size() << " failed, " << skips.size() << " skipped\n";
     for (const auto &failure : failures)
         out << "  failed: " << failure << "\n";

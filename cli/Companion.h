@@ -1,6 +1,9 @@
 #pragma once
 
 #include "Terminal.h"
+#include "ProgressLine.h"
+#include "Report.h"
+#include "Shard.h"
 #include "TerminalPrompter.h"
 #include "workflow/Intake.h"
 #include "classify/InputFile.h"
@@ -10,7 +13,9 @@
 #include <filesystem>
 #include <optional>
 #include <ostream>
+#include <chrono>
 #include <map>
+#include <memory>
 #include <set>
 #include <string>
 #include <variant>
@@ -31,6 +36,10 @@ struct CompanionOptions {
     std::optional<std::filesystem::path> outputDir;
     // An output newer than its input is left alone, and counted as up to date.
     bool skipExisting = false;
+    // Only this run's share of the files, so N machines split an archive with no coordinator.
+    std::optional<Shard> shard;
+    // One JSON line per input file, written as each finishes.
+    std::optional<std::filesystem::path> report;
 };
 
 struct UsageError {
@@ -74,6 +83,8 @@ private:
     void recordSkip(const std::string &name, const std::string &reason);
     void progress(const std::string &line);
     void finishIfDone();
+    void reportFile(const std::filesystem::path &input, Report::Status status, const std::string &reason,
+                    const std::optional<std::filesystem::path> &output, const std::string &job);
 
     CompanionOptions options;
     Settings &settings;
@@ -89,4 +100,9 @@ private:
     int converted = 0;
     std::vector<std::string> failures;
     std::vector<std::string> skips;
+    std::unique_ptr<Report::Writer> reportWriter;
+    std::optional<ProgressLine> progressLine;
+    bool onTerminal = false;
+    std::filesystem::path reporting; // the file the intake is taking up, whose outcome a prompter reports
+    std::map<std::filesystem::path, std::chrono::steady_clock::time_point> started;
 };

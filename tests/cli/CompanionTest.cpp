@@ -7,6 +7,8 @@
 #include <cerrno>
 
 #include <deque>
+#include <set>
+#include <cstdlib>
 #include <sstream>
 
 namespace fs = std::filesystem;
@@ -198,4 +200,37 @@ TEST_F(CompanionRun, WritesIntoAnOutputTreeAndSkipsWhatIsUpToDate)
     EXPECT_TRUE(std::holds_alternative<UsageError>(parseArguments({"--document-target", "pdf", "a"}, 1)));
     const auto options = std::get<CompanionOptions>(parseArguments({"--document-target", "rtf", "a"}, 1));
     EXPECT_EQ(options.documentTarget, "rtf");
+}
+
+// The report has one whole JSON line per input; shards 1/2 and 2/2 together take every file once.
+TEST_F(CompanionRun, ReportsEachFileAndShardsSplitTheWork)
+{
+    for (int i = 0; i < 12; ++i)
+        writeFile(docs() / ("Letter " + std::to_string(i) + ".wpd"), wordPerfectHeader(false));
+    writeFile(docs() / "notes.dat", "nothing known");
+    const fs::path report = tools.work("run.jsonl");
+    ScriptedPasswords none({});
+    EXPECT_EQ(run({"--report", report.string(), docs().string()}, none), 0);
+    const std::string text = readFile(report);
+    EXPECT_EQ(std::count(text.begin(), text.end(), '\n'), 13) << text;
+    const std::string check = "python3 -c 'import json,sys\n"
+                              "rows=[json.loads(l) for l in open(sys.argv[1]) if l.strip()]\n"
+                              "assert len(rows)==13\n"
+                              "assert sum(r[\"status\"]==\"converted\" for r in rows)==12\n"
+                              "assert sum(r[\"status\"]==\"skipped\" for r in rows)==1\n"
+                              "assert all(len(r[\"sha256\"])==64 for r in rows)' " +
+                              report.string();
+    EXPECT_EQ(std::system(check.c_str()), 0) << text;
+
+    std::multiset<std::string> taken;
+    for (const char *shard : {"1/2", "2/2"}) {
+        out.str("");
+        run({"--dry-run", "--shard", shard, docs().string()}, none);
+        std::istringstream lines(out.str());
+        for (std::string line; std::getline(lines, line);)
+            taken.insert(line.substr(0, line.find('\t')));
+    }
+    EXPECT_EQ(taken.size(), 13u + 12u) << "every file once (the outputs of the first run are files too)";
+    EXPECT_EQ(std::set<std::string>(taken.begin(), taken.end()).size(), taken.size());
+    EXPECT_TRUE(std::holds_alternative<UsageError>(parseArguments({"--shard", "3/2", "a"}, 1)));
 }
