@@ -20,7 +20,8 @@ set(CPACK_DEBIAN_FILE_NAME DEB-DEFAULT)
 # The shared libraries decide most of Depends (dpkg-shlibdeps); the converters
 # we ship as links in lib/quillmorph/Files come from their own packages.
 set(CPACK_DEBIAN_PACKAGE_SHLIBDEPS ON)
-set(CPACK_DEBIAN_PACKAGE_DEPENDS "libwpd-tools, libwpg-tools")
+# libwmf draws metafiles with the URW base-35 fonts it expects to find.
+set(CPACK_DEBIAN_PACKAGE_DEPENDS "libwpd-tools, libwpg-tools, fonts-urw-base35")
 # Office documents are read by LibreOffice, else by pandoc.
 set(CPACK_DEBIAN_PACKAGE_RECOMMENDS "libreoffice-writer | libreoffice-writer-nogui, pandoc")
 

@@ -39,7 +39,7 @@ done
 # Depends: the converters from their packages, and what dpkg-shlibdeps found.
 depends=$(dpkg-deb -f "$deb" Depends)
 recommends=$(dpkg-deb -f "$deb" Recommends)
-for wanted in libwpd-tools libwpg-tools libqt6widgets6 libwpd-0.10-10 libodfgen-0.1-1 libc6; do
+for wanted in libwpd-tools libwpg-tools fonts-urw-base35 libqt6widgets6 libwpd-0.10-10 libodfgen-0.1-1 libc6; do
     [[ ", $depends," == *", $wanted"[\ ,]* ]] || problem "Depends lacks $wanted: $depends"
 done
 for wanted in libreoffice-writer pandoc; do
