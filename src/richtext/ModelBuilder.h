@@ -1,5 +1,7 @@
 #pragma once
 
+#include "richtext/TextOnlyInterface.h"
+
 #include "Document.h"
 #include "ListNumbering.h"
 
@@ -11,7 +13,7 @@ namespace richtext {
 
 // Collects a whole callback stream into a Document. Tolerant of streams that
 // skip steps (text before any page span or paragraph): it opens what is missing.
-class ModelBuilder : public librevenge::RVNGTextInterface {
+class ModelBuilder : public richtext::TextOnlyInterface {
 public:
     ModelBuilder();
 
@@ -72,15 +74,6 @@ public:
     void closeFrame() override { frame.clear(); }
     void insertBinaryObject(const librevenge::RVNGPropertyList &propList) override;
     void insertEquation(const librevenge::RVNGPropertyList &propList) override;
-    void openGroup(const librevenge::RVNGPropertyList &) override {}
-    void closeGroup() override {}
-    void defineGraphicStyle(const librevenge::RVNGPropertyList &) override {}
-    void drawRectangle(const librevenge::RVNGPropertyList &) override {}
-    void drawEllipse(const librevenge::RVNGPropertyList &) override {}
-    void drawPolygon(const librevenge::RVNGPropertyList &) override {}
-    void drawPolyline(const librevenge::RVNGPropertyList &) override {}
-    void drawPath(const librevenge::RVNGPropertyList &) override {}
-    void drawConnector(const librevenge::RVNGPropertyList &) override {}
 
 private:
     // Where content goes now: a page span's body, a header, a cell, a note...

@@ -1,5 +1,7 @@
 #pragma once
 
+#include "richtext/TextOnlyInterface.h"
+
 #include "ListNumbering.h"
 #include "RtfFormat.h"
 #include "RtfLists.h"
@@ -20,7 +22,7 @@ namespace richtext {
 // expects: {\rtf1\ansi\ansicpg1252, font, colour and list tables, 8-bit
 // characters as \'hh of code page 1252, the rest as \uc1\uN\'3f. The tables
 // are only known at the end, so the body is buffered until endDocument.
-class RtfWriter : public librevenge::RVNGTextInterface {
+class RtfWriter : public richtext::TextOnlyInterface {
 public:
     // Without a painter, SVG pictures are left out.
     explicit RtfWriter(RtfPicture::SvgPainter painter = {});
@@ -96,15 +98,6 @@ public:
     void closeFrame() override { frame.clear(); }
     void insertBinaryObject(const librevenge::RVNGPropertyList &propList) override;
     void insertEquation(const librevenge::RVNGPropertyList &) override {}
-    void openGroup(const librevenge::RVNGPropertyList &) override {}
-    void closeGroup() override {}
-    void defineGraphicStyle(const librevenge::RVNGPropertyList &) override {}
-    void drawRectangle(const librevenge::RVNGPropertyList &) override {}
-    void drawEllipse(const librevenge::RVNGPropertyList &) override {}
-    void drawPolygon(const librevenge::RVNGPropertyList &) override {}
-    void drawPolyline(const librevenge::RVNGPropertyList &) override {}
-    void drawPath(const librevenge::RVNGPropertyList &) override {}
-    void drawConnector(const librevenge::RVNGPropertyList &) override {}
 
 private:
     // A stretch of text that holds paragraphs: the body, a header, a note, a cell.

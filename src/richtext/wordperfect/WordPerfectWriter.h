@@ -1,5 +1,7 @@
 #pragma once
 
+#include "richtext/TextOnlyInterface.h"
+
 #include "richtext/ListNumbering.h"
 
 #include <librevenge/librevenge.h>
@@ -68,7 +70,7 @@ struct CellShape {
 
 // librevenge's text callbacks written as a WordPerfect document. Everything is buffered; the file
 // is complete after endDocument(), when the prefix (font lists, note bodies) is known.
-class WordPerfectWriter : public librevenge::RVNGTextInterface {
+class WordPerfectWriter : public richtext::TextOnlyInterface {
 public:
     enum class Version { wp5, wp6 };
     static std::unique_ptr<WordPerfectWriter> create(Version version);
@@ -136,15 +138,6 @@ public:
     void closeFrame() override;
     void insertBinaryObject(const librevenge::RVNGPropertyList &propList) override;
     void insertEquation(const librevenge::RVNGPropertyList &) override {}
-    void openGroup(const librevenge::RVNGPropertyList &) override {}
-    void closeGroup() override {}
-    void defineGraphicStyle(const librevenge::RVNGPropertyList &) override {}
-    void drawRectangle(const librevenge::RVNGPropertyList &) override {}
-    void drawEllipse(const librevenge::RVNGPropertyList &) override {}
-    void drawPolygon(const librevenge::RVNGPropertyList &) override {}
-    void drawPolyline(const librevenge::RVNGPropertyList &) override {}
-    void drawPath(const librevenge::RVNGPropertyList &) override {}
-    void drawConnector(const librevenge::RVNGPropertyList &) override {}
 
 protected:
     WordPerfectWriter();
