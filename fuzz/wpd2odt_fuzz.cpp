@@ -1,4 +1,4 @@
-#include "ConversionError.h"
+#include "ConverterError.h"
 #include "OdtConverter.h"
 #include "WordPerfectDocument.h"
 
@@ -19,7 +19,7 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t *data, std::size_t size
     try {
         const WordPerfectDocument document = WordPerfectDocument::open(path, std::nullopt);
         (void)OdtConverter::toFlatXml(document);
-    } catch (const ConversionError &) {
+    } catch (const ConverterError &) {
     }
     return 0;
 }

@@ -2,6 +2,8 @@
 // WordPerfect 6.1 or 5.1 document.
 
 #include "AtomicFile.h"
+#include "ConverterError.h"
+#include "ConverterMain.h"
 #include "richtext/OdtReader.h"
 #include "richtext/ReadError.h"
 #include "richtext/ZipArchive.h"
@@ -26,29 +28,16 @@ namespace {
 
 using richtext::wordperfect::WordPerfectWriter;
 
-struct Failure : std::runtime_error {
-    using std::runtime_error::runtime_error;
-};
-
 const char usage[] = "usage: odt2wp5 --wp6|--wp5 ODT DEST";
-
-void report(std::string message)
-{
-    for (char &c : message) {
-        if (static_cast<unsigned char>(c) < 0x20)
-            c = '?';
-    }
-    std::fprintf(stderr, "odt2wp5: %s\n", message.c_str());
-}
 
 std::string readWhole(const std::string &path)
 {
     std::ifstream in(path, std::ios::binary);
     if (!in)
-        throw Failure("cannot open " + path + ": " + std::strerror(errno));
+        throw ConverterError::failed("cannot open " + path + ": " + std::strerror(errno));
     std::string bytes((std::istreambuf_iterator<char>(in)), std::istreambuf_iterator<char>());
     if (in.bad())
-        throw Failure("cannot read " + path);
+        throw ConverterError::failed("cannot read " + path);
     return bytes;
 }
 
@@ -75,7 +64,7 @@ void writeAtomically(const std::string &destination, const std::string &bytes)
         file.write(bytes);
         file.commit();
     } catch (const std::system_error &error) {
-        throw Failure("cannot write " + destination + ": " + std::strerror(error.code().value()));
+        throw ConverterError::failed("cannot write " + destination + ": " + std::strerror(error.code().value()));
     }
 }
 
@@ -83,11 +72,11 @@ int run(WordPerfectWriter::Version version, const std::string &source, const std
 {
     const std::string bytes = readWhole(source);
     if (isEncryptedPackage(bytes))
-        throw Failure("the document is encrypted (password-protected); it cannot be converted");
+        throw ConverterError::failed("the document is encrypted (password-protected); it cannot be converted");
     const auto writer = WordPerfectWriter::create(version);
     richtext::OdtReader::read(bytes, *writer);
     if (writer->fileBytes().empty())
-        throw Failure("the document produced no WordPerfect output");
+        throw ConverterError::failed("the document produced no WordPerfect output");
     writeAtomically(destination, writer->fileBytes());
     if (const int count = writer->substitutedCharacters()) {
         std::fprintf(stderr, "odt2wp5: warning: %d character%s with no WordPerfect equivalent written as '?'\n",
@@ -108,28 +97,17 @@ int run(WordPerfectWriter::Version version, const std::string &source, const std
 
 int main(int argc, char **argv)
 {
-    try {
-        if (argc != 4) {
-            report(usage);
-            return 2;
-        }
+    return ConverterMain::run("odt2wp5", [&] {
+        if (argc != 4)
+            throw ConverterMain::UsageProblem(usage);
         const std::string option = argv[1];
-        if (option != "--wp6" && option != "--wp5") {
-            report("unknown option " + option + "; " + usage);
-            return 2;
+        if (option != "--wp6" && option != "--wp5")
+            throw ConverterMain::UsageProblem("unknown option " + option + "; " + usage);
+        try {
+            return run(option == "--wp6" ? WordPerfectWriter::Version::wp6 : WordPerfectWriter::Version::wp5,
+                       argv[2], argv[3]);
+        } catch (const richtext::ReadError &error) {
+            throw ConverterError::failed(error.what());
         }
-        return run(option == "--wp6" ? WordPerfectWriter::Version::wp6 : WordPerfectWriter::Version::wp5, argv[2],
-                   argv[3]);
-    } catch (const Failure &error) {
-        report(error.what());
-    } catch (const richtext::ReadError &error) {
-        report(error.what());
-    } catch (const std::bad_alloc &) {
-        report("out of memory");
-    } catch (const std::exception &error) {
-        report(std::string("conversion failed: ") + error.what());
-    } catch (...) {
-        report("conversion failed for an unknown reason");
-    }
-    return 1;
+    });
 }

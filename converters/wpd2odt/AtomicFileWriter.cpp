@@ -1,6 +1,6 @@
 #include "AtomicFileWriter.h"
 
-#include "ConversionError.h"
+#include "ConverterError.h"
 
 #include <system_error>
 
@@ -12,7 +12,7 @@ auto reported(const std::string &destination, Step step)
     try {
         return step();
     } catch (const std::system_error &error) {
-        throw ConversionError::cannotWriteDestination(destination, error.code().value());
+        throw ConverterError::cannotWriteDestination(destination, error.code().value());
     }
 }
 

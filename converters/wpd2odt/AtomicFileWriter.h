@@ -6,7 +6,7 @@
 #include <string>
 #include <string_view>
 
-// The shared atomic writer, with failures as wpd2odt reports them (ConversionError naming the
+// The shared atomic writer, with failures as wpd2odt reports them (ConverterError naming the
 // destination).
 class AtomicFileWriter {
 public:

@@ -1,6 +1,6 @@
 #include "OdtConverter.h"
 
-#include "ConversionError.h"
+#include "ConverterError.h"
 #include "EmbeddedPictures.h"
 #include "OdfXmlWriter.h"
 #include "OdtPackageWriter.h"
@@ -22,7 +22,7 @@ void requireOutput(const OdfXmlWriter &writer, const WordPerfectDocument &docume
 {
     // Should libwpd report success without ever starting the document, there is nothing to write.
     if (writer.xml().empty())
-        throw ConversionError::damagedDocument(document.path());
+        throw ConverterError::damagedDocument(document.path());
 }
 
 } // namespace

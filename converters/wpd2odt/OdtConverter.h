@@ -5,7 +5,7 @@
 class WordPerfectDocument;
 
 // Runs a WordPerfect document through libodfgen's OdtGenerator and returns the OpenDocument text.
-// Both throw ConversionError when libwpd cannot read the document.
+// Both throw ConverterError when libwpd cannot read the document.
 class OdtConverter {
 public:
     // One office:document, pictures inline.

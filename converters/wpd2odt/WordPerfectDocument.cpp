@@ -1,6 +1,6 @@
 #include "WordPerfectDocument.h"
 
-#include "ConversionError.h"
+#include "ConverterError.h"
 
 #include <librevenge-stream/librevenge-stream.h>
 #include <libwpd/libwpd.h>
@@ -17,12 +17,12 @@ std::vector<unsigned char> readWholeFile(const std::string &path)
 {
     const int fd = ::open(path.c_str(), O_RDONLY | O_CLOEXEC);
     if (fd < 0)
-        throw ConversionError::unreadableSource(path, errno);
+        throw ConverterError::unreadableSource(path, errno);
     struct stat info {};
     if (::fstat(fd, &info) != 0 || S_ISDIR(info.st_mode)) {
         const int error = S_ISDIR(info.st_mode) ? EISDIR : errno;
         ::close(fd);
-        throw ConversionError::unreadableSource(path, error);
+        throw ConverterError::unreadableSource(path, error);
     }
     std::vector<unsigned char> bytes;
     bytes.reserve(static_cast<size_t>(info.st_size));
@@ -36,7 +36,7 @@ std::vector<unsigned char> readWholeFile(const std::string &path)
                 continue;
             const int error = errno;
             ::close(fd);
-            throw ConversionError::unreadableSource(path, error);
+            throw ConverterError::unreadableSource(path, error);
         }
         bytes.insert(bytes.end(), buffer, buffer + count);
     }
@@ -72,20 +72,20 @@ void WordPerfectDocument::checkFormat(const std::optional<std::string> &givenPas
     // librevenge cannot make a stream of nothing, and nothing is no WordPerfect document; its
     // streams are also limited to 4 GiB, far beyond any real WordPerfect file.
     if (bytes.empty() || bytes.size() > std::numeric_limits<unsigned>::max())
-        throw ConversionError::unsupportedFormat(location);
+        throw ConverterError::unsupportedFormat(location);
 
     librevenge::RVNGStringStream stream(bytes.data(), static_cast<unsigned>(bytes.size()));
     switch (libwpd::WPDocument::isFileFormatSupported(&stream)) {
     case libwpd::WPD_CONFIDENCE_EXCELLENT:
         return;
     case libwpd::WPD_CONFIDENCE_UNSUPPORTED_ENCRYPTION:
-        throw ConversionError::unsupportedEncryption(location);
+        throw ConverterError::unsupportedEncryption(location);
     case libwpd::WPD_CONFIDENCE_SUPPORTED_ENCRYPTION:
         if (!givenPassword)
-            throw ConversionError::encryptedWithoutPassword(location);
+            throw ConverterError::encryptedWithoutPassword(location);
         if (libwpd::WPDocument::verifyPassword(&stream, givenPassword->c_str()) ==
             libwpd::WPD_PASSWORD_MATCH_NONE)
-            throw ConversionError::wrongPassword(location);
+            throw ConverterError::wrongPassword(location);
         password = givenPassword;
         return;
     case libwpd::WPD_CONFIDENCE_NONE:
@@ -94,8 +94,8 @@ void WordPerfectDocument::checkFormat(const std::optional<std::string> &givenPas
     // libwpd does not know the WordPerfect 6 cipher, and its format check gives up on such a file
     // without saying why; the prefix tells.
     if (isEncryptedWordPerfect6(bytes))
-        throw ConversionError::unsupportedEncryption(location);
-    throw ConversionError::unsupportedFormat(location);
+        throw ConverterError::unsupportedEncryption(location);
+    throw ConverterError::unsupportedFormat(location);
 }
 
 void WordPerfectDocument::parse(librevenge::RVNGTextInterface &generator) const
@@ -105,12 +105,12 @@ void WordPerfectDocument::parse(librevenge::RVNGTextInterface &generator) const
     case libwpd::WPD_OK:
         return;
     case libwpd::WPD_PASSWORD_MISSMATCH_ERROR:
-        throw ConversionError::wrongPassword(location);
+        throw ConverterError::wrongPassword(location);
     case libwpd::WPD_UNSUPPORTED_ENCRYPTION_ERROR:
-        throw ConversionError::unsupportedEncryption(location);
+        throw ConverterError::unsupportedEncryption(location);
     default:
         // A read past the end (file access error), a broken OLE wrapper and a parse error all
         // mean the same to the user: the file is not whole.
-        throw ConversionError::damagedDocument(location);
+        throw ConverterError::damagedDocument(location);
     }
 }

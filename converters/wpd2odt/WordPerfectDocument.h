@@ -12,11 +12,11 @@ class RVNGTextInterface;
 // during the conversion cannot leave libwpd reading half a file.
 class WordPerfectDocument {
 public:
-    // Throws ConversionError when the file cannot be read, is not a format libwpd reads, or is
+    // Throws ConverterError when the file cannot be read, is not a format libwpd reads, or is
     // encrypted and the password is missing or wrong.
     static WordPerfectDocument open(const std::string &path, const std::optional<std::string> &password);
 
-    // Sends the document to the generator; throws ConversionError when libwpd gives up on it.
+    // Sends the document to the generator; throws ConverterError when libwpd gives up on it.
     void parse(librevenge::RVNGTextInterface &generator) const;
 
     const std::string &path() const { return location; }
