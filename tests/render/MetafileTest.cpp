@@ -217,7 +217,8 @@ TEST(SvgBitmap, IsTheBitmapOfAnSvgThatHoldsNothingElse)
     const std::optional<std::string> png = SvgBitmap::lone(svg(fills + bmp + "/>"));
     ASSERT_TRUE(png);
     EXPECT_EQ(QImage::fromData(QByteArray::fromStdString(*png), "PNG").size(), QSize(2, 2));
-    const std::string jpeg("\xFF\xD8\xFF\xE0 a JPEG as it came", 24);
+    static constexpr char start[] = "\xFF\xD8\xFF\xE0 a JPEG as it came";
+    const std::string jpeg(start, sizeof start - 1);
     EXPECT_EQ(SvgBitmap::lone(svg(fills + "xlink:href=\"data:image/jpeg;base64," + base64(jpeg) + "\"/>")),
               jpeg);
 
