@@ -159,3 +159,22 @@ TEST(Odt2Wp5Output, ADestinationNameAsLongAsAllowedIsWritten)
 }
 
 } // namespace
+
+// Found by fuzzing: base64 that the reader takes (here, padding where none is due) reached
+// librevenge's decoder in the writer, which threw and ended the converter. The picture is left
+// out and counted; the text is written.
+TEST(Odt2Wp5Output, APictureWithDamagedBase64IsLeftOut)
+{
+    for (const char *version : {"--wp6", "--wp5"}) {
+        ScratchFolder scratch;
+        const std::string source = scratch.write(
+            "a.fodt", wptest::flatOdt("", "<text:p>kept<draw:frame><draw:image><office:binary-data>"
+                                          "iVBORw0KGgo=="
+                                          "</office:binary-data></draw:image></draw:frame></text:p>"));
+        const std::string destination = scratch.file("a.wpd");
+        const ProgramRun run = ProgramRun::of({ODT2WP5_PATH, version, source, destination});
+        ASSERT_EQ(run.status, 0) << version << ": " << run.err;
+        EXPECT_NE(run.err.find("1 picture"), std::string::npos) << run.err;
+        EXPECT_NE(ProgramRun::of({WPD2TEXT_PATH, destination}).out.find("kept"), std::string::npos);
+    }
+}

@@ -2,6 +2,7 @@
 // text flow.
 
 #include "WordPerfectWriter.h"
+#include "richtext/Base64.h"
 
 #include "Properties.h"
 #include "WpgImage.h"
@@ -51,7 +52,8 @@ void WordPerfectWriter::insertBinaryObject(const RVNGPropertyList &propList)
     const librevenge::RVNGProperty *data = propList["office:binary-data"];
     std::optional<Raster> raster;
     if (data) {
-        const librevenge::RVNGBinaryData bytes(data->getStr());
+        // Damaged base64 is no picture; librevenge's own decoder would throw.
+        const librevenge::RVNGBinaryData bytes = richtext::decodeBase64(data->getStr().cstr());
         if (bytes.getDataBuffer())
             raster = decodeRaster({reinterpret_cast<const char *>(bytes.getDataBuffer()), bytes.size()});
     }
