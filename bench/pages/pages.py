@@ -379,8 +379,8 @@ def main():
     args = parser.parse_args()
 
     kinds = list(KINDS)
-    for spec in args.kind:
-        name, sources, ext, command = spec.split(":", 3)
+    for extra in args.kind:
+        name, sources, ext, command = extra.split(":", 3)
         kinds.append(Kind(name, sources, ext, command, each=command))
     wanted = args.kinds or [k.name for k in kinds]
     unknown = set(wanted) - {k.name for k in kinds}
