@@ -2,6 +2,7 @@
 
 #include "support/ConversionError.h"
 #include "support/Log.h"
+#include "tools/Pipe.h"
 #include "support/PlatformError.h"
 
 #include <array>
@@ -38,40 +39,6 @@ std::string commandLine(const std::string &label, const std::vector<std::string>
     }
     return line;
 }
-
-struct Pipe {
-    int read = -1;
-    int write = -1;
-    Pipe()
-    {
-        int fds[2];
-        // Close-on-exec, so that a child started by another job at the same
-        // moment never inherits our write ends and keeps our reader waiting.
-        if (::pipe2(fds, O_CLOEXEC) != 0)
-            throw PlatformError::fromErrno(errno);
-        read = fds[0];
-        write = fds[1];
-    }
-    ~Pipe()
-    {
-        closeRead();
-        closeWrite();
-    }
-    void closeRead()
-    {
-        if (read >= 0)
-            ::close(read);
-        read = -1;
-    }
-    void closeWrite()
-    {
-        if (write >= 0)
-            ::close(write);
-        write = -1;
-    }
-    Pipe(const Pipe &) = delete;
-    Pipe &operator=(const Pipe &) = delete;
-};
 
 struct SpawnActions {
     posix_spawn_file_actions_t actions;

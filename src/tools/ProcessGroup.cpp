@@ -1,6 +1,7 @@
 #include "ProcessGroup.h"
 
 #include "support/Log.h"
+#include "tools/Pipe.h"
 #include "support/PlatformError.h"
 
 #include <array>
@@ -22,43 +23,6 @@ namespace {
 // How long the pipes may stay open once the leader is gone and its group
 // has been killed: only a process that left the group can hold them.
 constexpr int lingeringTicks = 50;
-
-class Pipe {
-public:
-    Pipe()
-    {
-        int fds[2];
-        // Close-on-exec, so that a child started by another thread at the
-        // same moment never inherits our write ends and keeps us waiting.
-        if (::pipe2(fds, O_CLOEXEC) != 0)
-            throw PlatformError::fromErrno(errno);
-        read = fds[0];
-        write = fds[1];
-    }
-    ~Pipe()
-    {
-        closeRead();
-        closeWrite();
-    }
-    Pipe(const Pipe &) = delete;
-    Pipe &operator=(const Pipe &) = delete;
-
-    void closeRead()
-    {
-        if (read >= 0)
-            ::close(read);
-        read = -1;
-    }
-    void closeWrite()
-    {
-        if (write >= 0)
-            ::close(write);
-        write = -1;
-    }
-
-    int read = -1;
-    int write = -1;
-};
 
 class SpawnSetup {
 public:
