@@ -18,7 +18,8 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t *data, std::size_t size
                                                                    static_cast<std::streamsize>(size));
     try {
         const WordPerfectDocument document = WordPerfectDocument::open(path, std::nullopt);
-        (void)OdtConverter::toFlatXml(document);
+        richtext::Losses losses;
+        (void)OdtConverter::toFlatXml(document, losses);
     } catch (const ConverterError &) {
     }
     return 0;

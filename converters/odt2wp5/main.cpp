@@ -4,6 +4,7 @@
 #include "AtomicFile.h"
 #include "ConverterError.h"
 #include "ConverterMain.h"
+#include "richtext/Losses.h"
 #include "richtext/OdtReader.h"
 #include "richtext/ReadError.h"
 #include "richtext/ZipArchive.h"
@@ -78,18 +79,14 @@ int run(WordPerfectWriter::Version version, const std::string &source, const std
     if (writer->fileBytes().empty())
         throw ConverterError::failed("the document produced no WordPerfect output");
     writeAtomically(destination, writer->fileBytes());
-    if (const int count = writer->substitutedCharacters()) {
-        std::fprintf(stderr, "odt2wp5: warning: %d character%s with no WordPerfect equivalent written as '?'\n",
-                     count, count == 1 ? "" : "s");
-    }
-    if (const int count = writer->inlinedFirstPageParts()) {
-        std::fprintf(stderr, "odt2wp5: warning: %d first-page header%s or footer%s written as the page's opening text\n",
-                     count, count == 1 ? "" : "s", count == 1 ? "" : "s");
-    }
-    if (const int count = writer->droppedImages()) {
-        std::fprintf(stderr, "odt2wp5: warning: %d picture%s in a format WordPerfect graphics cannot hold left out\n",
-                     count, count == 1 ? "" : "s");
-    }
+    richtext::Losses losses;
+    if (writer->substitutedCharacters() > 0)
+        losses.add(richtext::loss::charactersWordPerfect);
+    if (writer->inlinedFirstPageParts() > 0)
+        losses.add(richtext::loss::firstPageHeaders);
+    if (writer->droppedImages() > 0)
+        losses.add(richtext::loss::pictureFormats);
+    std::fputs(losses.stderrLine("odt2wp5").c_str(), stderr);
     return 0;
 }
 

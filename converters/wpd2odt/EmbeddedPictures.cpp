@@ -36,6 +36,8 @@ PictureKind recognise(std::string_view bytes)
 std::string EmbeddedPictures::add(std::string bytes)
 {
     const PictureKind kind = recognise(bytes);
+    if (kind.extension == "bin")
+        ++unknown;
     std::string path =
         "Pictures/image" + std::to_string(stored.size() + 1) + "." + std::string(kind.extension);
     stored.push_back({path, std::string(kind.mediaType), std::move(bytes)});

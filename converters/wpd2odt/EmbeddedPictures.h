@@ -19,6 +19,10 @@ public:
 
     const std::vector<Picture> &pictures() const { return stored; }
 
+    // Pictures in no format an office suite shows: kept, but the reader sees a blank.
+    int unrecognised() const { return unknown; }
+
 private:
     std::vector<Picture> stored;
+    int unknown = 0;
 };

@@ -27,7 +27,7 @@ void requireOutput(const OdfXmlWriter &writer, const WordPerfectDocument &docume
 
 } // namespace
 
-std::string OdtConverter::toFlatXml(const WordPerfectDocument &document)
+std::string OdtConverter::toFlatXml(const WordPerfectDocument &document, richtext::Losses &losses)
 {
     OdtGenerator generator;
     prepare(generator);
@@ -36,10 +36,11 @@ std::string OdtConverter::toFlatXml(const WordPerfectDocument &document)
     generator.addDocumentHandler(&defaults, ODF_FLAT_XML);
     document.parse(generator);
     requireOutput(writer, document);
+    losses.add(WpgToSvg::takeLosses());
     return writer.xml();
 }
 
-std::string OdtConverter::toPackage(const WordPerfectDocument &document)
+std::string OdtConverter::toPackage(const WordPerfectDocument &document, richtext::Losses &losses)
 {
     EmbeddedPictures pictures;
     // Headers and footers live in styles.xml, so their pictures move out of it as well.
@@ -69,5 +70,8 @@ std::string OdtConverter::toPackage(const WordPerfectDocument &document)
     }
     for (const EmbeddedPictures::Picture &picture : pictures.pictures())
         package.add(picture.path, picture.mediaType, picture.bytes);
+    losses.add(WpgToSvg::takeLosses());
+    if (pictures.unrecognised() > 0)
+        losses.add(richtext::loss::unreadablePictures);
     return package.write();
 }

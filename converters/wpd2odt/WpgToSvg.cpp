@@ -7,8 +7,11 @@
 #include <libwpg/libwpg.h>
 
 #include <string>
+#include <utility>
 
 namespace {
+
+thread_local richtext::Losses losses;
 
 bool convertToSvg(const librevenge::RVNGBinaryData &wpg, librevenge::RVNGBinaryData &svg)
 try {
@@ -26,7 +29,10 @@ try {
 
     std::string document = "<?xml version=\"1.0\" encoding=\"UTF-8\" standalone=\"no\"?>\n";
     // Office suites show an SVG's metafile images as blanks, so they go in drawn.
-    document += SvgImages::compressBitmaps(SvgImages::drawMetafiles(pages[0].cstr()));
+    int undrawn = 0;
+    document += SvgImages::compressBitmaps(SvgImages::drawMetafiles(pages[0].cstr(), &undrawn));
+    if (undrawn > 0)
+        losses.add(richtext::loss::unreadablePictures);
     svg.clear();
     svg.append(reinterpret_cast<const unsigned char *>(document.data()), document.size());
     return true;
@@ -44,7 +50,13 @@ bool WpgToSvg::convert(const librevenge::RVNGBinaryData &wpg, librevenge::RVNGBi
         return false;
     if (convertToSvg(wpg, svg))
         return true;
+    losses.add(richtext::loss::unreadablePictures);
     // Better the original graphic than none: office suites that read WPG still show it.
     svg = wpg;
     return true;
+}
+
+richtext::Losses WpgToSvg::takeLosses()
+{
+    return std::exchange(losses, {});
 }

@@ -1,5 +1,7 @@
 #pragma once
 
+#include "richtext/Losses.h"
+
 namespace librevenge {
 class RVNGBinaryData;
 }
@@ -10,4 +12,8 @@ class RVNGBinaryData;
 class WpgToSvg {
 public:
     static bool convert(const librevenge::RVNGBinaryData &wpg, librevenge::RVNGBinaryData &svg);
+
+    // What the conversions since the last call could not carry. libodfgen
+    // takes a plain function, so the record is kept per thread.
+    static richtext::Losses takeLosses();
 };

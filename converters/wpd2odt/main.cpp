@@ -27,16 +27,18 @@ void writeToStandardOutput(const std::string &bytes)
 int run(const CommandLine &line)
 {
     const WordPerfectDocument document = WordPerfectDocument::open(line.source, line.password);
+    richtext::Losses losses;
     if (line.toStandardOutput) {
         // Nothing reaches standard output until the whole document is ready: a caller takes
         // empty output as failure.
-        writeToStandardOutput(OdtConverter::toFlatXml(document));
-        return 0;
+        writeToStandardOutput(OdtConverter::toFlatXml(document, losses));
+    } else {
+        // Created before the conversion so that an unwritable destination is reported at once.
+        AtomicFileWriter output(line.destination);
+        output.write(OdtConverter::toPackage(document, losses));
+        output.commit();
     }
-    // Created before the conversion so that an unwritable destination is reported at once.
-    AtomicFileWriter output(line.destination);
-    output.write(OdtConverter::toPackage(document));
-    output.commit();
+    std::fputs(losses.stderrLine("wpd2odt").c_str(), stderr);
     return 0;
 }
 

@@ -41,7 +41,7 @@ std::optional<std::string> pngUri(std::string_view base64, const Converter &conv
 
 // Every data URI that starts with one of the prefixes, converted to PNG where the converter can.
 std::string replaced(const std::string &svg, std::initializer_list<std::string_view> prefixes,
-                     const Converter &convert)
+                     const Converter &convert, int *unconverted = nullptr)
 {
     std::string result;
     std::size_t from = 0;
@@ -61,8 +61,11 @@ std::string replaced(const std::string &svg, std::initializer_list<std::string_v
         result.append(svg, from, at - from);
         if (const std::optional<std::string> uri = pngUri(data, convert))
             result += *uri;
-        else
+        else {
             result.append(svg, at, end - at);
+            if (unconverted)
+                ++*unconverted;
+        }
         from = end;
     }
     result.append(svg, from, std::string::npos);
@@ -123,12 +126,13 @@ std::optional<std::string> bitmapAsPng(std::string_view bytes)
 
 } // namespace
 
-std::string drawMetafiles(const std::string &svg)
+std::string drawMetafiles(const std::string &svg, int *undrawn)
 {
     if (svg.find("wmf;base64,") == std::string::npos)
         return svg;
-    return replaced(svg, {"data:image/wmf;base64,", "data:image/x-wmf;base64,"},
-                    [](std::string_view metafile) { return WmfRenderer::renderPNG(metafile, drawingSide); });
+    return replaced(
+        svg, {"data:image/wmf;base64,", "data:image/x-wmf;base64,"},
+        [](std::string_view metafile) { return WmfRenderer::renderPNG(metafile, drawingSide); }, undrawn);
 }
 
 std::string compressBitmaps(const std::string &svg)

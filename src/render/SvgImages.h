@@ -9,8 +9,9 @@ namespace SvgImages {
 
 // A Windows metafile is kept as an <image> of type image/wmf, which no SVG
 // renderer draws: such a graphic would come out blank. Each one is drawn
-// through libwmf into a PNG in its place.
-std::string drawMetafiles(const std::string &svg);
+// through libwmf into a PNG in its place; `undrawn`, when given, counts those
+// libwmf could not draw.
+std::string drawMetafiles(const std::string &svg, int *undrawn = nullptr);
 
 // Bitmaps come as uncompressed BMP, often a megabyte for a small photo that
 // every later step copies and encodes again; each becomes the same pixels as PNG.

@@ -1,0 +1,47 @@
+#pragma once
+
+#include <string>
+#include <string_view>
+#include <vector>
+
+namespace richtext {
+
+// What a conversion could not carry into its output. Each kind is kept once,
+// in the order it was first met: the user learns which kinds of thing went
+// missing, not a tally of every occurrence.
+//
+// A converter program says them on one line of its standard error,
+// "NAME: lost: KIND; KIND", after writing its output; whoever ran it reads
+// them back with fromStderr.
+class Losses {
+public:
+    void add(std::string_view kind);
+    void add(const Losses &other);
+
+    bool empty() const { return kinds_.empty(); }
+    const std::vector<std::string> &kinds() const { return kinds_; }
+
+    // "KIND; KIND" (empty when nothing was lost).
+    std::string joined() const;
+
+    // "NAME: lost: KIND; KIND\n", or nothing when nothing was lost.
+    std::string stderrLine(std::string_view program) const;
+
+    // The kinds of every "…: lost: …" line in a program's standard error.
+    static Losses fromStderr(std::string_view text);
+
+private:
+    std::vector<std::string> kinds_;
+};
+
+// The kinds, in words that follow "converted, with losses: ".
+namespace loss {
+inline constexpr std::string_view unreadablePictures = "pictures that could not be read";
+inline constexpr std::string_view pictureFormats = "pictures in a format the output cannot hold";
+inline constexpr std::string_view charactersWordPerfect = "characters WordPerfect has no code for";
+inline constexpr std::string_view charactersWindowsAnsi = "characters Windows ANSI has no byte for";
+inline constexpr std::string_view charactersMacRoman = "characters Mac Roman has no byte for";
+inline constexpr std::string_view firstPageHeaders = "first-page headers and footers (kept as the page's opening text)";
+} // namespace loss
+
+} // namespace richtext
