@@ -51,6 +51,10 @@ Options:
   -j, --jobs N          convert N files at a time (default: the number of cores)
   -h, --help            show this text
 
+A file converted with something its output could not carry (a picture that
+could not be read, a character the chosen charset lacks) gets the line
+"NAME → OUTPUT: converted, with losses: WHAT".
+
 Exit status: 0 when every file was converted (or skipped), 1 when any failed,
 2 for a usage error.
 )";
@@ -307,19 +311,29 @@ void Companion::launch(const Intake::Start &start)
     std::error_code error;
     fs::create_directories(start.to.parent_path(), error); // a mirrored folder under --output-dir
     Log::write("convert: " + start.name + " \u2192 " + start.to.filename().string());
-    Converter::perform(start.job, start.to,
-                       [this, start](const Converter::Outcome &error) { complete(start, error); });
+    Converter::perform(start.job, start.to, [this, start](Converter::Outcome error, Converter::Losses losses) {
+        complete(start, error, losses);
+    });
 }
 
-void Companion::complete(const Intake::Start &start, const std::exception_ptr &error)
+void Companion::complete(const Intake::Start &start, const std::exception_ptr &error, const Converter::Losses &losses)
 {
     --running;
     intake.release(start.to);
     if (!error) {
         ++converted;
-        Log::write("converted \u2192 " + start.to.string());
-        reportFile(jobSource(start.job), Report::Status::converted, {}, start.to, std::string(jobName(start.job)));
-        progress("converted " + start.name + " \u2192 " + start.to.filename().string());
+        const std::string names = start.name + " \u2192 " + start.to.filename().string();
+        const std::string job(jobName(start.job));
+        if (losses.empty()) {
+            Log::write("converted \u2192 " + start.to.string());
+            reportFile(jobSource(start.job), Report::Status::converted, {}, start.to, job);
+            progress("converted " + names);
+        } else {
+            ++lossy;
+            Log::write("converted, with losses: " + losses.joined() + " \u2192 " + start.to.string());
+            reportFile(jobSource(start.job), Report::Status::convertedWithLosses, {}, start.to, job, losses);
+            progress(names + ": converted, with losses: " + losses.joined(), true);
+        }
         startNext();
         return;
     }
@@ -344,7 +358,8 @@ void Companion::complete(const Intake::Start &start, const std::exception_ptr &e
 }
 
 void Companion::reportFile(const fs::path &input, Report::Status status, const std::string &reason,
-                           const std::optional<fs::path> &output, const std::string &job)
+                           const std::optional<fs::path> &output, const std::string &job,
+                           const Converter::Losses &losses)
 {
     if (!reportWriter)
         return;
@@ -369,6 +384,7 @@ void Companion::reportFile(const fs::path &input, Report::Status status, const s
         }
     }
     entry.status = status;
+    entry.losses = losses.kinds();
     if (!reason.empty())
         entry.reason = reason;
     if (const auto began = started.find(input); began != started.end())
@@ -386,7 +402,7 @@ void Companion::recordFailure(const std::string &name, const std::string &reason
 {
     reportFile(reporting, Report::Status::failed, reason, std::nullopt, {});
     failures.push_back(name + ": " + reason);
-    progress("failed " + name + ": " + reason);
+    progress("failed " + name + ": " + reason, true);
 }
 
 void Companion::recordSkip(const std::string &name, const std::string &reason)
@@ -396,15 +412,15 @@ void Companion::recordSkip(const std::string &name, const std::string &reason)
     progress("skipped " + name + ": " + reason);
 }
 
-void Companion::progress(const std::string &line)
+void Companion::progress(const std::string &line, bool mustShow)
 {
     ++done;
     const std::string text = "[" + std::to_string(done) + "/" + std::to_string(files.size()) + "] " + line;
     if (!progressLine) {
         out << text << "\n";
     } else {
-        // On a terminal one line counts up in place; failures still get a line of their own.
-        if (!onTerminal || line.rfind("failed", 0) == 0)
+        // On a terminal one line counts up in place; failures and losses still get a line of their own.
+        if (!onTerminal || mustShow)
             progressLine->print(text);
         progressLine->advance(done);
     }
@@ -417,7 +433,10 @@ void Companion::finishIfDone()
         return;
     if (progressLine)
         progressLine->finish();
-    out << converted << " converted, " << failures.size() << " failed, " << skips.size() << " skipped\n";
+    out << converted << " converted";
+    if (lossy > 0)
+        out << " (" << lossy << " with losses)";
+    out << ", " << failures.size() << " failed, " << skips.size() << " skipped\n";
     for (const auto &failure : failures)
         out << "  failed: " << failure << "\n";
     out.flush();

@@ -5,6 +5,7 @@
 #include "Report.h"
 #include "Shard.h"
 #include "TerminalPrompter.h"
+#include "engine/Converter.h"
 #include "workflow/Intake.h"
 #include "classify/InputFile.h"
 
@@ -78,13 +79,15 @@ private:
 
     void startNext();
     void launch(const Intake::Start &start);
-    void complete(const Intake::Start &start, const std::exception_ptr &error);
+    void complete(const Intake::Start &start, const std::exception_ptr &error, const Converter::Losses &losses);
     void recordFailure(const std::string &name, const std::string &reason);
     void recordSkip(const std::string &name, const std::string &reason);
-    void progress(const std::string &line);
+    // `mustShow` lines are printed even while a terminal shows the progress line.
+    void progress(const std::string &line, bool mustShow = false);
     void finishIfDone();
     void reportFile(const std::filesystem::path &input, Report::Status status, const std::string &reason,
-                    const std::optional<std::filesystem::path> &output, const std::string &job);
+                    const std::optional<std::filesystem::path> &output, const std::string &job,
+                    const Converter::Losses &losses = {});
 
     CompanionOptions options;
     Settings &settings;
@@ -98,6 +101,7 @@ private:
     int running = 0;
     std::size_t done = 0;
     int converted = 0;
+    int lossy = 0; // of those converted
     std::vector<std::string> failures;
     std::vector<std::string> skips;
     std::unique_ptr<Report::Writer> reportWriter;

@@ -13,29 +13,29 @@ Prompter::Answer TerminalPrompter::run(const Alert &alert)
     switch (alert.topic) {
     case Topic::refusal:
         failed(alert.file, alert.informative.empty() ? alert.message : alert.message + " " + alert.informative);
-        return {first};
+        return {.button = first};
     case Topic::unknownKind:
         if (choices.tryUnknown)
-            return {first};
+            return {.button = first};
         skipped(alert.file, "unknown type");
-        return {second};
+        return {.button = second};
     case Topic::clash:
         // Keep Both, or Replace when asked for on the command line; an output that is
         // older than its input, under --skip-existing, is made again in its place.
-        return {choices.replace || choices.skipExisting ? second : first};
+        return {.button = choices.replace || choices.skipExisting ? second : first};
     case Topic::password: {
         const bool retry = alert.style == Alert::Style::warning;
         auto password = choices.password ? choices.password : passwords.ask(alert.file, retry);
         if (!password) {
             skipped(alert.file, "no password given");
-            return {second};
+            return {.button = second};
         }
-        return {first, false, *password};
+        return {.button = first, .suppressed = false, .text = *password};
     }
     case Topic::notice:
     case Topic::other: break;
     }
-    return {first};
+    return {.button = first};
 }
 
 void TerminalPrompter::chooseFiles(std::function<void(std::vector<std::filesystem::path>)> completion)

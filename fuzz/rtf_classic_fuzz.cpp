@@ -9,7 +9,7 @@
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t *data, std::size_t size)
 {
     const std::string rtf(reinterpret_cast<const char *>(data), size);
-    (void)RTFDowngrade::classic(rtf, RTFCharset::ansi);
-    (void)RTFDowngrade::classic(rtf, RTFCharset::mac);
+    (void)RTFDowngrade::classic(rtf, RTFDowngrade::Charset::ansi);
+    (void)RTFDowngrade::classic(rtf, RTFDowngrade::Charset::mac);
     return 0;
 }

@@ -54,11 +54,11 @@ void benchClassic()
 {
     const std::string rtf = twentyMebibytes();
     const double megabytes = double(rtf.size()) / 1e6;
-    for (const RTFCharset charset : {RTFCharset::ansi, RTFCharset::mac}) {
+    for (const RTFDowngrade::Charset charset : {RTFDowngrade::Charset::ansi, RTFDowngrade::Charset::mac}) {
         std::size_t size = 0;
         const double seconds = bestSeconds(3, [&] { size = RTFDowngrade::classic(rtf, charset).size(); });
         std::printf("classic %-4s: %.1f MB in %.3f s = %.1f MB/s (output %.1f MB)\n",
-                    std::string(rawValue(charset)).c_str(), megabytes, seconds, megabytes / seconds,
+                    charset == RTFDowngrade::Charset::mac ? "mac" : "ansi", megabytes, seconds, megabytes / seconds,
                     double(size) / 1e6);
     }
 }

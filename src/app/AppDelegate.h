@@ -2,6 +2,7 @@
 
 #include "classify/InputFile.h"
 #include "support/ConversionError.h"
+#include "engine/Converter.h"
 #include "engine/Job.h"
 #include "settings/Targets.h"
 #include "workflow/Intake.h"
@@ -69,7 +70,9 @@ public Q_SLOTS:
 Q_SIGNALS:
     // For the main window's list of this session's conversions.
     void conversionStarted(quint64 id, const QString &input, const QString &output, const QString &kind);
-    void conversionFinished(quint64 id, bool succeeded, const QString &reason);
+    // On failure `detail` says why; on success it lists what the output could
+    // not carry, and is empty when nothing was lost.
+    void conversionFinished(quint64 id, bool succeeded, const QString &detail);
     // The conversion met a wrong password; the prompt for another is open.
     void conversionWaiting(quint64 id);
     // A file whose handling the user cancelled (a row of its own, or the one it had).
@@ -79,8 +82,9 @@ Q_SIGNALS:
 
 private:
     void execute(const Intake::Start &start);
-    void complete(quint64 id, const std::exception_ptr &outcome, const std::filesystem::path &to,
-                  const std::string &name, const std::function<void()> &onWrongPassword);
+    void complete(quint64 id, const std::exception_ptr &outcome, const Converter::Losses &losses,
+                  const std::filesystem::path &to, const std::string &name,
+                  const std::function<void()> &onWrongPassword);
     void warn(const std::string &message, const std::string &informative);
     void report(const ConversionError &error, const std::string &name);
     void takeUp(const std::vector<std::filesystem::path> &urls);

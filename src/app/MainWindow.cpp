@@ -221,10 +221,17 @@ void MainWindow::addConversion(quint64 id, const QString &input, const QString &
     setState(item, converting, QStringLiteral("Converting\u2026"));
 }
 
-void MainWindow::finishConversion(quint64 id, bool succeeded, const QString &reason)
+void MainWindow::finishConversion(quint64 id, bool succeeded, const QString &detail)
 {
-    if (QTreeWidgetItem *item = rows.value(id))
-        setState(item, succeeded ? done : failed, succeeded ? tr("Done") : QStringLiteral("Failed \u2014 ") + reason);
+    QTreeWidgetItem *item = rows.value(id);
+    if (!item)
+        return;
+    if (!succeeded)
+        setState(item, failed, QStringLiteral("Failed \u2014 ") + detail);
+    else if (detail.isEmpty())
+        setState(item, done, tr("Done"));
+    else
+        setState(item, done, tr("Done, with losses: %1").arg(detail));
 }
 
 void MainWindow::waitForPassword(quint64 id)

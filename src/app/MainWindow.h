@@ -30,7 +30,7 @@ protected:
 private:
     void buildMenu();
     void addConversion(quint64 id, const QString &input, const QString &output, const QString &kind);
-    void finishConversion(quint64 id, bool succeeded, const QString &reason);
+    void finishConversion(quint64 id, bool succeeded, const QString &detail);
     void waitForPassword(quint64 id);
     void skipFile(quint64 id, const QString &input, const QString &kind);
     QTreeWidgetItem *rowFor(quint64 id, const QString &input, const QString &kind);

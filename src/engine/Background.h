@@ -12,8 +12,6 @@
 // thread pool, and its outcome is handed to `then` on the main thread.
 namespace Converter::detail {
 
-struct Nothing {};
-
 template <typename T>
 using Result = std::variant<T, std::exception_ptr>;
 

@@ -16,20 +16,22 @@ namespace {
 
 // RTF readers take PNG but not SVG: WordPerfect graphics come out of the
 // decoding as SVG and go into the RTF drawn.
-std::string drawnPicture(const std::string &svg, int width, int height)
+std::string drawnPicture(const std::string &svg, int width, int height, richtext::Losses &losses)
 {
     if (std::optional<std::string> bitmap = SvgBitmap::lone(svg))
         return std::move(*bitmap);
     try {
         return RsvgRenderer::renderPNG(svg, width, height);
     } catch (const RsvgRenderer::Failure &) {
+        losses.add(richtext::loss::unreadablePictures);
         return {};
     }
 }
 
-std::string modernRTF(const Decoded &decoded)
+std::string modernRTF(const Decoded &decoded, richtext::Losses &losses)
 {
-    richtext::RtfWriter writer(drawnPicture);
+    richtext::RtfWriter writer(
+        [&losses](const std::string &svg, int width, int height) { return drawnPicture(svg, width, height, losses); });
     try {
         if (decoded.type == Decoded::Type::html)
             richtext::HtmlReader::read(decoded.data, writer);
@@ -45,12 +47,23 @@ std::string modernRTF(const Decoded &decoded)
 
 } // namespace
 
-void writeClassicRTF(const Decoded &decoded, RTFCharset charset, const std::filesystem::path &to)
+RTFDowngrade::Charset downgradeCharset(RTFCharset charset)
 {
+    return charset == RTFCharset::mac ? RTFDowngrade::Charset::mac : RTFDowngrade::Charset::ansi;
+}
+
+richtext::Losses writeClassicRTF(const Decoded &decoded, RTFCharset charset, const std::filesystem::path &to)
+{
+    richtext::Losses losses = decoded.losses;
     // Nothing touches the destination until the RTF exists: a document that
     // cannot be read leaves an older file where it was.
-    const std::string rtf = modernRTF(decoded);
-    writeWhole(to, RTFDowngrade::classic(rtf, charset));
+    const std::string rtf = modernRTF(decoded, losses);
+    int unmapped = 0;
+    writeWhole(to, RTFDowngrade::classic(rtf, downgradeCharset(charset), &unmapped));
+    // Windows ANSI loses nothing: what it has no byte for goes as a Unicode escape.
+    if (unmapped > 0)
+        losses.add(richtext::loss::charactersMacRoman);
+    return losses;
 }
 
 } // namespace Converter::steps

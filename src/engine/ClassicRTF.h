@@ -1,6 +1,7 @@
 #pragma once
 
 #include "Decoded.h"
+#include "render/RTFDowngrade.h"
 #include "settings/Targets.h"
 
 #include <filesystem>
@@ -13,6 +14,10 @@ namespace Converter::steps {
 // cannot be read, or a file that cannot be written, is a PlatformError with
 // the reader's or the system's words; an older file at `to` survives a
 // document that cannot be read.
-void writeClassicRTF(const Decoded &decoded, RTFCharset charset, const std::filesystem::path &to);
+// The rewrite's charset for the user's choice.
+RTFDowngrade::Charset downgradeCharset(RTFCharset charset);
+
+// Returns what the RTF could not carry, the decoding's losses included.
+richtext::Losses writeClassicRTF(const Decoded &decoded, RTFCharset charset, const std::filesystem::path &to);
 
 } // namespace Converter::steps

@@ -6,6 +6,7 @@
 #include "GraphicSteps.h"
 #include "WordPerfectSteps.h"
 #include "render/SVGRasterizer.h"
+#include "support/ConversionError.h"
 #include "support/PlatformError.h"
 
 #include <algorithm>
@@ -32,15 +33,15 @@ void ensureWorkers()
 namespace {
 
 using detail::background;
-using detail::Nothing;
 using detail::Result;
 
 // The main-thread step of the jobs whose background step is all their work.
-std::function<void(Result<Nothing>)> finish(Completion completion)
+std::function<void(Result<Losses>)> finish(Completion completion)
 {
-    return [completion = std::move(completion)](const Result<Nothing> &result) {
-        const auto *error = std::get_if<std::exception_ptr>(&result);
-        completion(error ? *error : nullptr);
+    return [completion = std::move(completion)](const Result<Losses> &result) {
+        if (const auto *error = std::get_if<std::exception_ptr>(&result))
+            return completion(*error, {});
+        completion(nullptr, std::get<Losses>(result));
     };
 }
 
@@ -56,13 +57,22 @@ Outcome writeCatching(const fs::path &to, const std::string &bytes)
 }
 
 // On the main thread: a new rasterizer draws the SVG, then the PNG is written.
-void rasterize(const std::string &svg, const fs::path &to, const Completion &completion)
+void rasterize(const steps::Drawing &drawing, const fs::path &to, const Completion &completion)
 {
-    SVGRasterizer::create()->renderPNG(svg, [to, completion](const SVGRasterizer::Result &png) {
-        if (const auto *error = std::get_if<std::exception_ptr>(&png))
-            return completion(*error);
-        completion(writeCatching(to, std::get<std::string>(png)));
-    });
+    SVGRasterizer::create()->renderPNG(
+        drawing.svg, [to, completion, losses = drawing.losses](const SVGRasterizer::Result &png) {
+            if (const auto *error = std::get_if<std::exception_ptr>(&png)) {
+                try {
+                    std::rethrow_exception(*error);
+                } catch (const SVGRasterizer::Failure &failure) {
+                    return completion(std::make_exception_ptr(ConversionError::conversionFailed(failure.what())), {});
+                } catch (...) {
+                    return completion(*error, {});
+                }
+            }
+            const Outcome written = writeCatching(to, std::get<std::string>(png));
+            completion(written, written ? Losses() : losses);
+        });
 }
 
 struct Dispatch {
@@ -71,12 +81,8 @@ struct Dispatch {
 
     void operator()(const JobCase::wpToODT &job)
     {
-        background<Nothing>(
-            [job, to = to] {
-                steps::writeODTPackage(job.source, job.password, to);
-                return Nothing {};
-            },
-            finish(std::move(completion)));
+        background<Losses>([job, to = to] { return steps::writeODTPackage(job.source, job.password, to); },
+                           finish(std::move(completion)));
     }
 
     void operator()(const JobCase::wpToRTF &job)
@@ -85,55 +91,51 @@ struct Dispatch {
             [source = job.source, password = job.password] { return steps::documentBytes(source, password); },
             [charset = job.charset, to = to, completion = std::move(completion)](const Result<Decoded> &decoded) {
                 if (const auto *error = std::get_if<std::exception_ptr>(&decoded))
-                    return completion(*error);
-                Outcome outcome;
+                    return completion(*error, {});
+                Losses losses;
                 try {
-                    steps::writeClassicRTF(std::get<Decoded>(decoded), charset, to);
+                    losses = steps::writeClassicRTF(std::get<Decoded>(decoded), charset, to);
                 } catch (...) {
-                    outcome = std::current_exception();
+                    return completion(std::current_exception(), {});
                 }
-                completion(outcome);
+                completion(nullptr, losses);
             });
     }
 
     void operator()(const JobCase::wpgToPNG &job)
     {
-        background<std::string>([source = job.source] { return steps::svgBytes(source); },
-                                [to = to, completion = std::move(completion)](const Result<std::string> &svg) {
-                                    if (const auto *error = std::get_if<std::exception_ptr>(&svg))
-                                        return completion(*error);
-                                    rasterize(std::get<std::string>(svg), to, completion);
-                                });
+        background<steps::Drawing>(
+            [source = job.source] { return steps::svgBytes(source); },
+            [to = to, completion = std::move(completion)](const Result<steps::Drawing> &drawing) {
+                if (const auto *error = std::get_if<std::exception_ptr>(&drawing))
+                    return completion(*error, {});
+                rasterize(std::get<steps::Drawing>(drawing), to, completion);
+            });
     }
 
     void operator()(const JobCase::wpgToSVG &job)
     {
-        background<std::string>([source = job.source] { return steps::svgBytes(source); },
-                                [to = to, completion = std::move(completion)](const Result<std::string> &svg) {
-                                    if (const auto *error = std::get_if<std::exception_ptr>(&svg))
-                                        return completion(*error);
-                                    completion(writeCatching(to, std::get<std::string>(svg)));
-                                });
+        background<steps::Drawing>(
+            [source = job.source] { return steps::svgBytes(source); },
+            [to = to, completion = std::move(completion)](const Result<steps::Drawing> &drawing) {
+                if (const auto *error = std::get_if<std::exception_ptr>(&drawing))
+                    return completion(*error, {});
+                const auto &done = std::get<steps::Drawing>(drawing);
+                const Outcome written = writeCatching(to, done.svg);
+                completion(written, written ? Losses() : done.losses);
+            });
     }
 
     void operator()(const JobCase::odtToWP &job)
     {
-        background<Nothing>(
-            [job, to = to] {
-                steps::generateWP(job.source, job.target, to);
-                return Nothing {};
-            },
-            finish(std::move(completion)));
+        background<Losses>([job, to = to] { return steps::generateWP(job.source, job.target, to); },
+                           finish(std::move(completion)));
     }
 
     void operator()(const JobCase::officeToWP &job)
     {
-        background<Nothing>(
-            [job, to = to] {
-                steps::officeToWP(job.source, job.target, to);
-                return Nothing {};
-            },
-            finish(std::move(completion)));
+        background<Losses>([job, to = to] { return steps::officeToWP(job.source, job.target, to); },
+                           finish(std::move(completion)));
     }
 };
 

@@ -1,5 +1,7 @@
 #pragma once
 
+#include "richtext/Losses.h"
+
 #include <string>
 
 // A WordPerfect document decoded in memory, and how its bytes are to be read.
@@ -8,4 +10,5 @@ struct Decoded {
 
     std::string data;
     Type type;
+    richtext::Losses losses {}; // what the decoding could not carry
 };

@@ -27,10 +27,10 @@ std::vector<std::string> passwordArguments(const std::optional<std::string> &pas
     throw ConversionError::conversionFailed("");
 }
 
-std::string runQuietly(const std::string &tool, const std::vector<std::string> &args)
+ConversionTools::Output runQuietly(const std::string &tool, const std::vector<std::string> &args)
 {
     try {
-        return ConversionTools::runBundled(tool, args);
+        return ConversionTools::runBundledCapturing(tool, args);
     } catch (...) {
         return {};
     }
@@ -50,15 +50,16 @@ void removeQuietly(const fs::path &path)
     fs::remove(path, ignored);
 }
 
-void writeODTPackage(const fs::path &source, const std::optional<std::string> &password, const fs::path &destination)
+richtext::Losses writeODTPackage(const fs::path &source, const std::optional<std::string> &password,
+                                 const fs::path &destination)
 {
     removeQuietly(destination);
     std::vector<std::string> args = passwordArguments(password);
     args.push_back(source.string());
     args.push_back(destination.string());
-    ConversionTools::runBundled("wpd2odt", args);
+    const ConversionTools::Output output = ConversionTools::runBundledCapturing("wpd2odt", args);
     if (isNonEmptyFile(destination))
-        return;
+        return richtext::Losses::fromStderr(output.stderr);
     removeQuietly(destination);
     failFor(password);
 }
@@ -70,14 +71,14 @@ Decoded documentBytes(const fs::path &source, const std::optional<std::string> &
     std::vector<std::string> args {"--stdout"};
     args.insert(args.end(), passwordArgs.begin(), passwordArgs.end());
     args.push_back(source.string());
-    if (std::string odt = runQuietly("wpd2odt", args); !odt.empty())
-        return {std::move(odt), Decoded::Type::openDocumentText};
+    if (ConversionTools::Output odt = runQuietly("wpd2odt", args); !odt.stdout.empty())
+        return {std::move(odt.stdout), Decoded::Type::openDocumentText, richtext::Losses::fromStderr(odt.stderr)};
 
     Log::write("wpd2odt produced nothing; falling back to wpd2html");
     args = passwordArgs;
     args.push_back(source.string());
-    if (std::string html = runQuietly("wpd2html", args); !html.empty())
-        return {std::move(html), Decoded::Type::html};
+    if (ConversionTools::Output html = runQuietly("wpd2html", args); !html.stdout.empty())
+        return {std::move(html.stdout), Decoded::Type::html, {}};
     failFor(password);
 }
 

@@ -1,6 +1,7 @@
 #pragma once
 
 #include "Decoded.h"
+#include "richtext/Losses.h"
 
 #include <filesystem>
 #include <optional>
@@ -11,7 +12,8 @@ namespace Converter::steps {
 
 // Has wpd2odt write the package at `destination`. A missing or empty result
 // is removed and becomes conversionFailed("") or, with a password, wrongPassword.
-void writeODTPackage(const std::filesystem::path &source, const std::optional<std::string> &password,
+// Returns what wpd2odt said it could not carry.
+richtext::Losses writeODTPackage(const std::filesystem::path &source, const std::optional<std::string> &password,
                      const std::filesystem::path &destination);
 
 // The whole document in memory: flat OpenDocument from `wpd2odt --stdout`,

@@ -3,6 +3,7 @@
 #include "support/ConversionError.h"
 #include "DocumentSteps.h"
 #include "support/PlatformError.h"
+#include "render/SvgImages.h"
 #include "tools/ConversionTools.h"
 
 #include <cerrno>
@@ -11,12 +12,17 @@
 
 namespace Converter::steps {
 
-std::string svgBytes(const std::filesystem::path &source)
+Drawing svgBytes(const std::filesystem::path &source)
 {
-    std::string svg = ConversionTools::runBundled("wpg2svg", {source.string()});
+    const std::string svg = ConversionTools::runBundled("wpg2svg", {source.string()});
     if (svg.empty())
         throw ConversionError::conversionFailed("");
-    return svg;
+    Drawing drawing;
+    int undrawn = 0;
+    drawing.svg = SvgImages::compressBitmaps(SvgImages::drawMetafiles(svg, &undrawn));
+    if (undrawn > 0)
+        drawing.losses.add(richtext::loss::unreadablePictures);
+    return drawing;
 }
 
 void writeWhole(const std::filesystem::path &destination, const std::string &bytes)

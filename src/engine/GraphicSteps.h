@@ -1,13 +1,22 @@
 #pragma once
 
+#include "richtext/Losses.h"
+
 #include <filesystem>
 #include <string>
 
 // The engine's steps for WordPerfect graphics.
 namespace Converter::steps {
 
-// wpg2svg's whole output (worker thread); conversionFailed("") when it is empty.
-std::string svgBytes(const std::filesystem::path &source);
+struct Drawing {
+    std::string svg;
+    richtext::Losses losses;
+};
+
+// wpg2svg's output with its metafiles drawn and its bitmaps compressed, as
+// every SVG reader shows them (worker thread); conversionFailed("") when
+// wpg2svg gives nothing.
+Drawing svgBytes(const std::filesystem::path &source);
 
 // Replaces whatever stands at `destination` with `bytes` (main thread).
 // Throws PlatformError with the system's reason when the write fails.

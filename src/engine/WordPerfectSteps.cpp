@@ -28,23 +28,23 @@ private:
 
 } // namespace
 
-void generateWP(const fs::path &odt, WPTarget target, const fs::path &destination)
+richtext::Losses generateWP(const fs::path &odt, WPTarget target, const fs::path &destination)
 {
     removeQuietly(destination);
-    ConversionTools::runBundled("odt2wp5", {target == WPTarget::wp6 ? "--wp6" : "--wp5", odt.string(),
-                                            destination.string()});
+    const ConversionTools::Output output = ConversionTools::runBundledCapturing(
+        "odt2wp5", {target == WPTarget::wp6 ? "--wp6" : "--wp5", odt.string(), destination.string()});
     std::error_code error;
     if (fs::is_regular_file(destination, error) && fs::file_size(destination, error) > 0 && !error)
-        return;
+        return richtext::Losses::fromStderr(output.stderr);
     removeQuietly(destination);
     throw ConversionError::conversionFailed("");
 }
 
-void officeToWP(const fs::path &source, WPTarget target, const fs::path &destination)
+richtext::Losses officeToWP(const fs::path &source, WPTarget target, const fs::path &destination)
 {
     const fs::path odt = ConversionTools::officeToODT(source);
     const RemovedAtEnd workFolder(odt.parent_path());
-    generateWP(odt, target, destination);
+    return generateWP(odt, target, destination);
 }
 
 } // namespace Converter::steps

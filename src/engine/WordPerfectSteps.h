@@ -1,5 +1,6 @@
 #pragma once
 
+#include "richtext/Losses.h"
 #include "settings/Targets.h"
 
 #include <filesystem>
@@ -8,11 +9,11 @@
 namespace Converter::steps {
 
 // Has odt2wp5 write `destination`; a missing or empty result is removed and
-// becomes conversionFailed("").
-void generateWP(const std::filesystem::path &odt, WPTarget target, const std::filesystem::path &destination);
+// becomes conversionFailed(""). Returns what odt2wp5 said it could not carry.
+richtext::Losses generateWP(const std::filesystem::path &odt, WPTarget target, const std::filesystem::path &destination);
 
 // Imports an office document to a temporary ODT, then generateWP; the
 // import's work folder is removed however generateWP ends.
-void officeToWP(const std::filesystem::path &source, WPTarget target, const std::filesystem::path &destination);
+richtext::Losses officeToWP(const std::filesystem::path &source, WPTarget target, const std::filesystem::path &destination);
 
 } // namespace Converter::steps

@@ -44,16 +44,19 @@ std::optional<std::string> encode(const QString &text)
     return bytes.toStdString();
 }
 
-QString macEscape(int windowsByte)
+QString macEscape(int windowsByte, int *unmapped)
 {
     const auto character = richtext::CodePages::fromWindows1252(static_cast<std::uint8_t>(windowsByte));
     const auto macByte = character ? richtext::CodePages::toMacRoman(*character) : std::nullopt;
-    if (!macByte)
+    if (!macByte) {
+        if (unmapped)
+            ++*unmapped;
         return QStringLiteral("\\'3f");
+    }
     return QStringLiteral("\\'%1").arg(*macByte, 2, 16, QLatin1Char('0'));
 }
 
-QString remapToMacRoman(const QString &text)
+QString remapToMacRoman(const QString &text, int *unmapped)
 {
     static const QRegularExpression escape = pattern(R"(\\'([0-9a-fA-F]{2}))");
     // All matches are found on the unchanged text. Building the result front
@@ -67,7 +70,7 @@ QString remapToMacRoman(const QString &text)
         if (value < 0x80)
             continue;
         result += QStringView(text).mid(copied, match.capturedStart() - copied);
-        result += macEscape(value);
+        result += macEscape(value, unmapped);
         copied = match.capturedEnd();
     }
     result += QStringView(text).mid(copied);
@@ -80,7 +83,7 @@ QString remapToMacRoman(const QString &text)
 
 } // namespace
 
-std::string classic(const std::string &rtf, RTFCharset charset)
+std::string classic(const std::string &rtf, Charset charset, int *unmapped)
 {
     std::optional<QString> text = decode(rtf);
     if (!text)
@@ -100,8 +103,8 @@ std::string classic(const std::string &rtf, RTFCharset charset)
     for (const QRegularExpression &removal : removals)
         text->remove(removal);
 
-    if (charset == RTFCharset::mac)
-        *text = remapToMacRoman(*text);
+    if (charset == Charset::mac)
+        *text = remapToMacRoman(*text, unmapped);
 
     return encode(*text).value_or(rtf);
 }

@@ -1,7 +1,5 @@
 #pragma once
 
-#include "settings/Targets.h"
-
 #include <string>
 
 // Rewrites the RTF of our rich-text writer into classic RTF: the writer's
@@ -10,6 +8,10 @@
 // A pure transformation: where it cannot work it returns its input unchanged.
 namespace RTFDowngrade {
 
-std::string classic(const std::string &rtf, RTFCharset charset);
+enum class Charset { ansi, mac };
+
+// `unmapped`, when given, counts the characters that became '?' because the
+// charset has no byte for them.
+std::string classic(const std::string &rtf, Charset charset, int *unmapped = nullptr);
 
 } // namespace RTFDowngrade

@@ -1,7 +1,6 @@
 #include "SVGRasterizer.h"
 
 #include "RsvgRenderer.h"
-#include "support/ConversionError.h"
 #include "richtext/Numbers.h"
 
 #include <QCoreApplication>
@@ -130,7 +129,7 @@ SVGRasterizer::Size SVGRasterizer::scaledToPixels(Size natural)
 void SVGRasterizer::renderPNG(const std::string &svg, Completion done)
 {
     const auto reject = [&done](const char *why) {
-        done(std::make_exception_ptr(ConversionError::conversionFailed(why)));
+        done(std::make_exception_ptr(Failure(why)));
     };
     if (!isUTF8(svg))
         return reject("not valid SVG");
@@ -154,7 +153,7 @@ void SVGRasterizer::renderPNG(const std::string &svg, Completion done)
         try {
             result = RsvgRenderer::renderPNG(markup, static_cast<int>(w), static_cast<int>(h));
         } catch (...) {
-            result = std::make_exception_ptr(ConversionError::conversionFailed("snapshot failed"));
+            result = std::make_exception_ptr(Failure("snapshot failed"));
         }
         QMetaObject::invokeMethod(
             QCoreApplication::instance(), [self, result] { self->finish(result); }, Qt::QueuedConnection);

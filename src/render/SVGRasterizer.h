@@ -5,6 +5,7 @@
 #include <memory>
 #include <optional>
 #include <set>
+#include <stdexcept>
 #include <string>
 #include <variant>
 
@@ -18,7 +19,11 @@ public:
         double height = 0;
         bool operator==(const Size &) const = default;
     };
-    // PNG bytes, or the error: a ConversionError::conversionFailed with a fixed text.
+    // Why a drawing failed, in a fixed text ("not valid SVG", "image too large", "snapshot failed").
+    struct Failure : std::runtime_error {
+        using std::runtime_error::runtime_error;
+    };
+    // PNG bytes, or the error: a Failure.
     using Result = std::variant<std::string, std::exception_ptr>;
     using Completion = std::function<void(Result)>;
 

@@ -37,9 +37,8 @@ private:
 // The kinds, in words that follow "converted, with losses: ".
 namespace loss {
 inline constexpr std::string_view unreadablePictures = "pictures that could not be read";
-inline constexpr std::string_view pictureFormats = "pictures in a format the output cannot hold";
+inline constexpr std::string_view pictureFormats = "pictures in a format WordPerfect cannot hold";
 inline constexpr std::string_view charactersWordPerfect = "characters WordPerfect has no code for";
-inline constexpr std::string_view charactersWindowsAnsi = "characters Windows ANSI has no byte for";
 inline constexpr std::string_view charactersMacRoman = "characters Mac Roman has no byte for";
 inline constexpr std::string_view firstPageHeaders = "first-page headers and footers (kept as the page's opening text)";
 } // namespace loss

@@ -185,10 +185,15 @@ std::optional<fs::path> toolURL(const std::string &name)
 
 std::string runBundled(const std::string &name, const std::vector<std::string> &args)
 {
+    return runBundledCapturing(name, args).stdout;
+}
+
+Output runBundledCapturing(const std::string &name, const std::vector<std::string> &args)
+{
     const auto tool = toolURL(name);
     if (!tool)
         throw ConversionError::toolMissing(name);
-    return run(*tool, args, name).stdout;
+    return run(*tool, args, name);
 }
 
 Output run(const fs::path &executable, const std::vector<std::string> &args, const std::string &label)

@@ -43,6 +43,10 @@ void overrideProgramFolder(const std::filesystem::path &folder);
 // Throws ConversionError::toolMissing(name), or PlatformError when it cannot start.
 std::string runBundled(const std::string &name, const std::vector<std::string> &args);
 
+// The same, with both outputs: our converters say on standard error what
+// they could not carry.
+Output runBundledCapturing(const std::string &name, const std::vector<std::string> &args);
+
 // Runs a program with stdin from /dev/null, both pipes drained together, and
 // logs the command line and the byte counts and exit status. A program ended
 // by a signal logs that signal's number as its status.

@@ -28,7 +28,7 @@ public:
     struct Answer {
         int button = -1;         // index into Alert::buttons; -1 when closed another way
         bool suppressed = false; // the check box's state
-        std::string text;        // the password field's text
+        std::string text {};     // the password field's text
     };
 
     virtual ~Prompter() = default;

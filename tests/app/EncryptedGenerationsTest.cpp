@@ -131,8 +131,9 @@ TEST_F(EncryptedGenerations, AreRecognisedAndConvertWithTheRightPasswordInTheApp
         EXPECT_TRUE(prompter.shown[1].alert.passwordField);
         const std::string rtf = read(revealer.revealed[0]);
         EXPECT_EQ(rtf.rfind("{\\rtf1", 0), 0u);
-        if (generation.textComesBack)
+        if (generation.textComesBack) {
             EXPECT_NE(rtf.find("Closed meeting minutes"), std::string::npos);
+        }
         fs::remove(revealer.revealed[0]);
     }
 }
@@ -159,8 +160,9 @@ TEST_F(EncryptedGenerations, ConvertWithTheRightPasswordInTheCompanion)
             EXPECT_EQ(status, 0) << out.str();
             EXPECT_EQ(passwords.retries, onTheCommandLine ? 0 : 1);
             const fs::path output = source.parent_path() / (source.stem().string() + ".rtf");
-            if (generation.textComesBack)
+            if (generation.textComesBack) {
                 EXPECT_NE(read(output).find("Closed meeting minutes"), std::string::npos) << out.str();
+            }
             fs::remove(output);
         }
     }

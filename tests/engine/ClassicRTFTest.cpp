@@ -87,7 +87,7 @@ TEST_P(WriteClassicRTF, WritesTheDocumentInTheCharset)
     const std::string written = readFile(to);
     for (const std::string &part : GetParam().contains)
         EXPECT_NE(written.find(part), std::string::npos) << "no " << part << " in\n" << written;
-    EXPECT_EQ(written, RTFDowngrade::classic(modernRTF(document), GetParam().charset))
+    EXPECT_EQ(written, RTFDowngrade::classic(modernRTF(document), Converter::steps::downgradeCharset(GetParam().charset)))
         << "the file is the classic rewriting, byte for byte";
 }
 
@@ -173,7 +173,7 @@ struct Job {
     Job(const FakeTools &tools, RTFCharset charset, const fs::path &to)
     {
         Converter::perform(JobCase::wpToRTF{tools.work("Letter.wpd"), std::nullopt, charset}, to,
-                           [this](Converter::Outcome result) {
+                           [this](Converter::Outcome result, const Converter::Losses &) {
                                ++calls;
                                onMainThread =
                                    QThread::currentThread() == QCoreApplication::instance()->thread();
@@ -197,7 +197,7 @@ TEST(WordPerfectToRTF, ConvertsThroughWpd2odt)
     EXPECT_TRUE(job.onMainThread);
     EXPECT_EQ(job.outcome, nullptr);
     EXPECT_EQ(readFile(to),
-              RTFDowngrade::classic(modernRTF(decoded(Decoded::Type::openDocumentText)), RTFCharset::mac));
+              RTFDowngrade::classic(modernRTF(decoded(Decoded::Type::openDocumentText)), RTFDowngrade::Charset::mac));
     EXPECT_EQ(tools.argsOf("wpd2odt"), "--stdout " + tools.work("Letter.wpd").string() + "\n");
 }
 

@@ -27,7 +27,7 @@ struct Recorder {
     std::exception_ptr outcome;
     Converter::Completion completion()
     {
-        return [this](Converter::Outcome result) {
+        return [this](Converter::Outcome result, const Converter::Losses &) {
             ++calls;
             onMainThread = QThread::currentThread() == QCoreApplication::instance()->thread();
             outcome = result;

@@ -8,13 +8,17 @@
 #include <exception>
 #include <string>
 
-// Runs one job through the engine and waits for its completion.
-inline std::exception_ptr performAndWait(const Job &job, const std::filesystem::path &to)
+// Runs one job through the engine and waits for its completion; `losses`,
+// when given, receives what the output could not carry.
+inline std::exception_ptr performAndWait(const Job &job, const std::filesystem::path &to,
+                                         Converter::Losses *losses = nullptr)
 {
     std::exception_ptr outcome;
     bool done = false;
-    Converter::perform(job, to, [&](Converter::Outcome result) {
+    Converter::perform(job, to, [&](Converter::Outcome result, const Converter::Losses &lost) {
         outcome = result;
+        if (losses)
+            *losses = lost;
         done = true;
     });
     if (!testing_support::waitUntil([&] { return done; }))

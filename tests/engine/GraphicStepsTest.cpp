@@ -59,6 +59,22 @@ TEST(GraphicJobs, FailuresLeaveAnExistingFileAlone)
     }
 }
 
+TEST(GraphicJobs, AMetafileThatCannotBeDrawnIsALossNotAFailure)
+{
+    FakeTools tools;
+    // "no metafile", as base64: libwmf draws nothing from it.
+    tools.add("wpg2svg", "cat <<'SVG'\n<svg xmlns=\"http://www.w3.org/2000/svg\" xmlns:xlink=\"http://www.w3.org/1999/xlink\""
+                         " viewBox=\"0 0 40 20\"><rect width=\"40\" height=\"10\" fill=\"#f00\"/><image width=\"40\""
+                         " height=\"10\" xlink:href=\"data:image/wmf;base64,bm8gbWV0YWZpbGU=\"/></svg>\nSVG");
+    for (const Job &job : {Job(JobCase::wpgToSVG {tools.work("Pic.wpg")}), Job(JobCase::wpgToPNG {tools.work("Pic.wpg")})}) {
+        SCOPED_TRACE(jobName(job));
+        Converter::Losses losses;
+        EXPECT_EQ(performAndWait(job, tools.work("Pic.out"), &losses), nullptr);
+        EXPECT_EQ(losses.kinds(), std::vector<std::string> {std::string(richtext::loss::unreadablePictures)});
+        EXPECT_FALSE(readFile(tools.work("Pic.out")).empty()) << "the rest of the graphic is written";
+    }
+}
+
 TEST(GraphicJobs, EveryCorpusGraphicBecomesSVGAndAPictureOfItsSize)
 {
     const auto corpus = corpusDir();
@@ -72,8 +88,10 @@ TEST(GraphicJobs, EveryCorpusGraphicBecomesSVGAndAPictureOfItsSize)
         const std::string prefix = readFile(source).substr(0, 4);
         const fs::path svg = out / (source.stem().string() + ".svg");
         const fs::path png = out / (source.stem().string() + ".png");
-        const auto svgOutcome = performAndWait(JobCase::wpgToSVG {source}, svg);
-        const auto pngOutcome = performAndWait(JobCase::wpgToPNG {source}, png);
+        Converter::Losses svgLosses;
+        Converter::Losses pngLosses;
+        const auto svgOutcome = performAndWait(JobCase::wpgToSVG {source}, svg, &svgLosses);
+        const auto pngOutcome = performAndWait(JobCase::wpgToPNG {source}, png, &pngLosses);
         if (prefix != "\xFFWPC") {
             // wpg2svg reads nothing without the WordPerfect prefix.
             EXPECT_EQ(outcomeText(svgOutcome), "conversionFailed(\"\")");
@@ -83,6 +101,11 @@ TEST(GraphicJobs, EveryCorpusGraphicBecomesSVGAndAPictureOfItsSize)
         ASSERT_EQ(svgOutcome, nullptr) << outcomeText(svgOutcome);
         ASSERT_EQ(pngOutcome, nullptr) << outcomeText(pngOutcome);
         const std::string markup = readFile(svg);
+        // Metafiles are drawn, since no SVG reader shows them.
+        EXPECT_EQ(markup.find("image/wmf"), std::string::npos);
+        EXPECT_EQ(markup.find("image/bmp"), std::string::npos);
+        EXPECT_TRUE(svgLosses.empty()) << svgLosses.joined();
+        EXPECT_TRUE(pngLosses.empty()) << pngLosses.joined();
         const auto pixels = SVGRasterizer::scaledToPixels(SVGRasterizer::naturalSize(markup.substr(markup.find("<svg"))));
         const QImage image(QString::fromStdString(png.string()));
         EXPECT_EQ(image.size(), QSize(static_cast<int>(pixels.width), static_cast<int>(pixels.height)));

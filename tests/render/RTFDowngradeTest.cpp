@@ -46,7 +46,7 @@ std::optional<unsigned> icuMacByte(unsigned windowsByte)
 struct Rewrite {
     const char *why;
     std::string in;
-    RTFCharset charset;
+    RTFDowngrade::Charset charset;
     std::string out;
 };
 
@@ -65,42 +65,42 @@ TEST_P(ClassicRewrite, GivesTheExpectedBytes)
 INSTANTIATE_TEST_SUITE_P(
     EdgeCases, ClassicRewrite,
     testing::Values(
-        Rewrite{"empty input", "", RTFCharset::ansi, ""},
-        Rewrite{"empty input under mac", "", RTFCharset::mac, ""},
-        Rewrite{"a negative cocoartf goes whole", R"(\cocoartf-5 x)", RTFCharset::ansi, " x"},
-        Rewrite{"cocoartf needs its number", R"(\cocoartf x)", RTFCharset::ansi, R"(\cocoartf x)"},
-        Rewrite{"the delimiting space stays", R"(\pard\pardirnatural \f0)", RTFCharset::ansi, R"(\pard \f0)"},
+        Rewrite{"empty input", "", RTFDowngrade::Charset::ansi, ""},
+        Rewrite{"empty input under mac", "", RTFDowngrade::Charset::mac, ""},
+        Rewrite{"a negative cocoartf goes whole", R"(\cocoartf-5 x)", RTFDowngrade::Charset::ansi, " x"},
+        Rewrite{"cocoartf needs its number", R"(\cocoartf x)", RTFDowngrade::Charset::ansi, R"(\cocoartf x)"},
+        Rewrite{"the delimiting space stays", R"(\pard\pardirnatural \f0)", RTFDowngrade::Charset::ansi, R"(\pard \f0)"},
         Rewrite{"both tab defaults go, none leaves a 'deftab'", R"(\pardeftab720\deftab560 a)",
-                RTFCharset::ansi, " a"},
+                RTFDowngrade::Charset::ansi, " a"},
         Rewrite{"all writer words", "\\cocoatextscaling0\\cocoaplatform1\\partightenfactor0 x",
-                RTFCharset::ansi, " x"},
-        Rewrite{"a flat ignorable group goes whole", R"(a{\*\generator x;}b)", RTFCharset::ansi, "ab"},
+                RTFDowngrade::Charset::ansi, " x"},
+        Rewrite{"a flat ignorable group goes whole", R"(a{\*\generator x;}b)", RTFDowngrade::Charset::ansi, "ab"},
         Rewrite{"an ignorable group with a nested group stays", R"({\*\listtable{\list\listid1}})",
-                RTFCharset::ansi, R"({\*\listtable{\list\listid1}})"},
-        Rewrite{"one pass: the inner group goes, the outer stays", R"({\*\a{\*\b}})", RTFCharset::ansi,
+                RTFDowngrade::Charset::ansi, R"({\*\listtable{\list\listid1}})"},
+        Rewrite{"one pass: the inner group goes, the outer stays", R"({\*\a{\*\b}})", RTFDowngrade::Charset::ansi,
                 R"({\*\a})"},
-        Rewrite{"an empty {\\*} goes", R"(a{\*}b)", RTFCharset::ansi, "ab"},
-        Rewrite{"a flat group may span lines", "{\\*\\x\nline}y", RTFCharset::ansi, "y"},
-        Rewrite{"ansi keeps escapes and header", R"({\rtf1\ansi\ansicpg1252 Caf\'e9})", RTFCharset::ansi,
+        Rewrite{"an empty {\\*} goes", R"(a{\*}b)", RTFDowngrade::Charset::ansi, "ab"},
+        Rewrite{"a flat group may span lines", "{\\*\\x\nline}y", RTFDowngrade::Charset::ansi, "y"},
+        Rewrite{"ansi keeps escapes and header", R"({\rtf1\ansi\ansicpg1252 Caf\'e9})", RTFDowngrade::Charset::ansi,
                 R"({\rtf1\ansi\ansicpg1252 Caf\'e9})"},
-        Rewrite{"escapes below 0x80 stay under mac, their case too", R"(\'41\'7f\'4A)", RTFCharset::mac,
+        Rewrite{"escapes below 0x80 stay under mac, their case too", R"(\'41\'7f\'4A)", RTFDowngrade::Charset::mac,
                 R"(\'41\'7f\'4A)"},
-        Rewrite{"upper-case digits come out lower-case", R"(\'E9)", RTFCharset::mac, R"(\'8e)"},
-        Rewrite{"adjacent escapes both change", R"(\'93\'94)", RTFCharset::mac, R"(\'d2\'d3)"},
-        Rewrite{"no code-page character", R"(\'81\'8d\'8f\'90\'9d)", RTFCharset::mac,
+        Rewrite{"upper-case digits come out lower-case", R"(\'E9)", RTFDowngrade::Charset::mac, R"(\'8e)"},
+        Rewrite{"adjacent escapes both change", R"(\'93\'94)", RTFDowngrade::Charset::mac, R"(\'d2\'d3)"},
+        Rewrite{"no code-page character", R"(\'81\'8d\'8f\'90\'9d)", RTFDowngrade::Charset::mac,
                 R"(\'3f\'3f\'3f\'3f\'3f)"},
-        Rewrite{"no Mac OS Roman character", R"(\'8a\'bd)", RTFCharset::mac, R"(\'3f\'3f)"},
-        Rewrite{"the header becomes \\mac", R"({\rtf1\ansi\ansicpg1252\deff0 x})", RTFCharset::mac,
+        Rewrite{"no Mac OS Roman character", R"(\'8a\'bd)", RTFDowngrade::Charset::mac, R"(\'3f\'3f)"},
+        Rewrite{"the header becomes \\mac", R"({\rtf1\ansi\ansicpg1252\deff0 x})", RTFDowngrade::Charset::mac,
                 R"({\rtf1\mac\deff0 x})"},
-        Rewrite{"a lone \\ansi", R"({\rtf1\ansi x})", RTFCharset::mac, R"({\rtf1\mac x})"},
-        Rewrite{"a lone \\ansicpg1252 goes", R"({\rtf1\ansicpg1252 x})", RTFCharset::mac, R"({\rtf1 x})"},
+        Rewrite{"a lone \\ansi", R"({\rtf1\ansi x})", RTFDowngrade::Charset::mac, R"({\rtf1\mac x})"},
+        Rewrite{"a lone \\ansicpg1252 goes", R"({\rtf1\ansicpg1252 x})", RTFDowngrade::Charset::mac, R"({\rtf1 x})"},
         Rewrite{"a backslash-escaped backslash does not protect an escape (the pattern says so)", R"(\\'e9)",
-                RTFCharset::mac, R"(\\'8e)"},
-        Rewrite{"not UTF-8: read as Latin-1, written as UTF-8", "caf\xE9", RTFCharset::ansi, "caf\xC3\xA9"},
-        Rewrite{"not UTF-8 under mac: the raw byte is text, not an escape", "\xE9\\'e9", RTFCharset::mac,
+                RTFDowngrade::Charset::mac, R"(\\'8e)"},
+        Rewrite{"not UTF-8: read as Latin-1, written as UTF-8", "caf\xE9", RTFDowngrade::Charset::ansi, "caf\xC3\xA9"},
+        Rewrite{"not UTF-8 under mac: the raw byte is text, not an escape", "\xE9\\'e9", RTFDowngrade::Charset::mac,
                 "\xC3\xA9\\'8e"},
-        Rewrite{"UTF-8 text passes through", "\xE2\x82\xAC \\cocoartf1", RTFCharset::mac, "\xE2\x82\xAC "},
-        Rewrite{"a byte-order mark stays", "\xEF\xBB\xBF{\\rtf1}", RTFCharset::ansi,
+        Rewrite{"UTF-8 text passes through", "\xE2\x82\xAC \\cocoartf1", RTFDowngrade::Charset::mac, "\xE2\x82\xAC "},
+        Rewrite{"a byte-order mark stays", "\xEF\xBB\xBF{\\rtf1}", RTFDowngrade::Charset::ansi,
                 "\xEF\xBB\xBF{\\rtf1}"}));
 
 TEST(ClassicRewrite, AWriterDocumentBecomesClassic)
@@ -117,7 +117,7 @@ TEST(ClassicRewrite, AWriterDocumentBecomesClassic)
         "\n"
         "\\f0\\fs24 \\cf0 Caf\\'e9 \\'93quoted\\'94\\'85}";
 
-    const std::string ansi = RTFDowngrade::classic(modern, RTFCharset::ansi);
+    const std::string ansi = RTFDowngrade::classic(modern, RTFDowngrade::Charset::ansi);
     EXPECT_EQ(ansi.rfind("{\\rtf1\\ansi\\ansicpg1252", 0), 0u);
     for (const char *gone : {"\\cocoa", "\\partightenfactor", "\\pardirnatural", "\\pardeftab", "\\deftab",
                              "\\expandedcolortbl", "\\generator"})
@@ -125,12 +125,12 @@ TEST(ClassicRewrite, AWriterDocumentBecomesClassic)
     EXPECT_NE(ansi.find("Caf\\'e9 \\'93quoted\\'94\\'85}"), std::string::npos);
     EXPECT_NE(ansi.find("{\\fonttbl\\f0\\fswiss\\fcharset0 Helvetica;}"), std::string::npos);
 
-    const std::string mac = RTFDowngrade::classic(modern, RTFCharset::mac);
+    const std::string mac = RTFDowngrade::classic(modern, RTFDowngrade::Charset::mac);
     EXPECT_EQ(mac.rfind("{\\rtf1\\mac", 0), 0u);
     EXPECT_EQ(mac.find("\\ansi"), std::string::npos);
     EXPECT_EQ(mac.find("ansicpg1252"), std::string::npos);
     EXPECT_NE(mac.find("Caf\\'8e \\'d2quoted\\'d3\\'c9}"), std::string::npos);
-    EXPECT_EQ(RTFDowngrade::classic(ansi, RTFCharset::mac), mac) << "the two rewrites compose";
+    EXPECT_EQ(RTFDowngrade::classic(ansi, RTFDowngrade::Charset::mac), mac) << "the two rewrites compose";
 }
 
 TEST(ClassicMapping, MatchesEveryRowListed)
@@ -140,7 +140,7 @@ TEST(ClassicMapping, MatchesEveryRowListed)
         {0x97, 0xd1}, {0xa0, 0xca}, {0xa9, 0xa9}, {0xc7, 0x82}, {0xdf, 0xa7}, {0xe9, 0x8e}, {0xfc, 0x9f},
     };
     for (const auto &[in, out] : rows)
-        EXPECT_EQ(RTFDowngrade::classic(escape(in), RTFCharset::mac), escape(out)) << std::hex << in;
+        EXPECT_EQ(RTFDowngrade::classic(escape(in), RTFDowngrade::Charset::mac), escape(out)) << std::hex << in;
 }
 
 TEST(ClassicMapping, Has103MappedBytes20WithoutMacRomanAnd5WithoutWindows1252)
@@ -151,8 +151,8 @@ TEST(ClassicMapping, Has103MappedBytes20WithoutMacRomanAnd5WithoutWindows1252)
     std::set<std::string> mappedTo;
     int questionMarks = 0;
     for (unsigned byte = 0x80; byte <= 0xff; ++byte) {
-        const std::string out = RTFDowngrade::classic(escape(byte), RTFCharset::mac);
-        EXPECT_EQ(RTFDowngrade::classic(escape(byte), RTFCharset::ansi), escape(byte)) << "ansi keeps it";
+        const std::string out = RTFDowngrade::classic(escape(byte), RTFDowngrade::Charset::mac);
+        EXPECT_EQ(RTFDowngrade::classic(escape(byte), RTFDowngrade::Charset::ansi), escape(byte)) << "ansi keeps it";
         if (out == "\\'3f") {
             ++questionMarks;
             EXPECT_TRUE(noWindows.count(byte) || noMac.count(byte)) << std::hex << byte;
@@ -173,11 +173,11 @@ TEST(ClassicRewrite, LargeUnclosedGroupsAreHandledWithoutHarm)
 {
     // A million characters of an ignorable group that never closes: nothing to remove.
     std::string rtf = "{\\rtf1{\\*\\x" + std::string(1 << 20, 'a');
-    EXPECT_EQ(RTFDowngrade::classic(rtf, RTFCharset::ansi), rtf);
+    EXPECT_EQ(RTFDowngrade::classic(rtf, RTFDowngrade::Charset::ansi), rtf);
     std::string many;
     for (int i = 0; i < 100000; ++i)
         many += "{\\*\\g" + std::to_string(i) + ";}\\'e9";
-    const std::string out = RTFDowngrade::classic(many, RTFCharset::mac);
+    const std::string out = RTFDowngrade::classic(many, RTFDowngrade::Charset::mac);
     EXPECT_EQ(out, [] {
         std::string expected;
         for (int i = 0; i < 100000; ++i)

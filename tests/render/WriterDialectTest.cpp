@@ -19,7 +19,7 @@ std::string everythingAsRTF()
 TEST(WriterDialect, PassesTheAnsiRewritingUnchanged)
 {
     const std::string rtf = everythingAsRTF();
-    EXPECT_EQ(RTFDowngrade::classic(rtf, RTFCharset::ansi), rtf);
+    EXPECT_EQ(RTFDowngrade::classic(rtf, RTFDowngrade::Charset::ansi), rtf);
 }
 
 TEST(WriterDialect, ChangesOnlyHeaderAndEscapesUnderMac)
@@ -28,7 +28,7 @@ TEST(WriterDialect, ChangesOnlyHeaderAndEscapesUnderMac)
     std::string expected = rtf;
     expected.replace(expected.find("\\ansi\\ansicpg1252"), 17, "\\mac");
     expected.replace(expected.find("caf\\'e9"), 7, "caf\\'8e");
-    EXPECT_EQ(RTFDowngrade::classic(rtf, RTFCharset::mac), expected);
+    EXPECT_EQ(RTFDowngrade::classic(rtf, RTFDowngrade::Charset::mac), expected);
 }
 
 } // namespace

@@ -142,7 +142,7 @@ protected:
                 const std::string name = source.key + ext;
                 ++pending;
                 Converter::perform(JobCase::officeToWP {source.path, target}, out / name,
-                                   [&, name](Converter::Outcome outcome) {
+                                   [&, name](Converter::Outcome outcome, const Converter::Losses &) {
                                        outcomes.emplace_back(name, outcome);
                                        --pending;
                                    });
