@@ -25,6 +25,7 @@ namespace {
 
 constexpr int outputPathRole = Qt::UserRole + 1;
 constexpr int stateRole = Qt::UserRole + 3;
+constexpr int lossyRole = Qt::UserRole + 4; // done, but the output could not carry everything
 enum State { converting, done, failed, skipped, waiting };
 const QString columnsKey = QStringLiteral("MainWindow/listColumns");
 
@@ -218,6 +219,7 @@ void MainWindow::addConversion(quint64 id, const QString &input, const QString &
     item->setText(outputColumn, nameOf(output));
     item->setToolTip(outputColumn, output);
     item->setData(outputColumn, outputPathRole, output);
+    item->setData(statusColumn, lossyRole, false);
     setState(item, converting, QStringLiteral("Converting\u2026"));
 }
 
@@ -230,8 +232,10 @@ void MainWindow::finishConversion(quint64 id, bool succeeded, const QString &det
         setState(item, failed, QStringLiteral("Failed \u2014 ") + detail);
     else if (detail.isEmpty())
         setState(item, done, tr("Done"));
-    else
+    else {
+        item->setData(statusColumn, lossyRole, true);
         setState(item, done, tr("Done, with losses: %1").arg(detail));
+    }
 }
 
 void MainWindow::waitForPassword(quint64 id)
@@ -248,9 +252,17 @@ void MainWindow::skipFile(quint64 id, const QString &input, const QString &kind)
 void MainWindow::updateTotals()
 {
     int counts[5] = {};
-    for (int i = 0; i < list->topLevelItemCount(); ++i)
-        ++counts[list->topLevelItem(i)->data(statusColumn, stateRole).toInt()];
-    QStringList parts {tr("%1 converted").arg(counts[done]), tr("%1 failed").arg(counts[failed])};
+    int lossy = 0;
+    for (int i = 0; i < list->topLevelItemCount(); ++i) {
+        const QTreeWidgetItem *item = list->topLevelItem(i);
+        const int state = item->data(statusColumn, stateRole).toInt();
+        ++counts[state];
+        lossy += state == done && item->data(statusColumn, lossyRole).toBool();
+    }
+    QString converted = tr("%1 converted").arg(counts[done]);
+    if (lossy > 0)
+        converted += tr(" (%1 with losses)").arg(lossy);
+    QStringList parts {converted, tr("%1 failed").arg(counts[failed])};
     if (counts[skipped] > 0)
         parts << tr("%1 skipped").arg(counts[skipped]);
     if (counts[converting] + counts[waiting] > 0)

@@ -20,6 +20,12 @@ QRect StatusDelegate::buttonRect(const QStyleOptionViewItem &option)
     return QRect(cell.right() - width + 1, cell.top(), width, cell.height());
 }
 
+void StatusDelegate::initStyleOption(QStyleOptionViewItem *option, const QModelIndex &index) const
+{
+    QStyledItemDelegate::initStyleOption(option, index);
+    option->textElideMode = Qt::ElideRight;
+}
+
 void StatusDelegate::paint(QPainter *painter, const QStyleOptionViewItem &option, const QModelIndex &index) const
 {
     if (!index.data(showableRole).toBool()) {

@@ -18,6 +18,11 @@ public:
     bool editorEvent(QEvent *event, QAbstractItemModel *model, const QStyleOptionViewItem &option,
                      const QModelIndex &index) override;
 
+protected:
+    // A status is a sentence: when it is cut, its start stays.
+    void initStyleOption(QStyleOptionViewItem *option, const QModelIndex &index) const override;
+
+public:
     // Where the Show button sits in a cell.
     static QRect buttonRect(const QStyleOptionViewItem &option);
 

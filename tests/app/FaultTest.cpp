@@ -1,7 +1,7 @@
 // What the user sees, and what is left on disk, when converters or the file system misbehave: the
 // application's engine with the real converters, or stand-ins that crash, hang or babble.
 
-#include "../engine/FakeTools.h"
+#include "FakeTools.h"
 #include "ScriptedPrompter.h"
 #include "app/AppDelegate.h"
 #include "settings/Settings.h"

@@ -1,4 +1,4 @@
-#include "../engine/FakeTools.h"
+#include "FakeTools.h"
 #include "ScriptedPrompter.h"
 #include "app/AppDelegate.h"
 #include "app/MainWindow.h"

@@ -13,6 +13,7 @@
 
 #include <gtest/gtest.h>
 
+#include <QLabel>
 #include <QTreeWidget>
 
 #include <sstream>
@@ -172,6 +173,8 @@ TEST_F(Losses, TheAppsRowSaysWhatWasLost)
         EXPECT_EQ(row->text(MainWindow::outputColumn).toStdString(), item.output);
         EXPECT_EQ(row->text(MainWindow::statusColumn).toStdString(),
                   item.loss.empty() ? "Done" : "Done, with losses: " + item.loss);
+        EXPECT_EQ(delegate.mainWindow()->totals()->text().toStdString(),
+                  item.loss.empty() ? "1 converted, 0 failed" : "1 converted (1 with losses), 0 failed");
         EXPECT_EQ(log.messagesContaining("converted, with losses: " + item.loss).size(), item.loss.empty() ? 0u : 1u);
         EXPECT_TRUE(prompter.shown.empty()) << "a loss is said on the row, not in a dialog";
     }

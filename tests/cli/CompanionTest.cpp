@@ -1,4 +1,4 @@
-#include "../engine/FakeTools.h"
+#include "FakeTools.h"
 #include "Companion.h"
 #include "settings/Settings.h"
 

@@ -4,7 +4,7 @@
 // source. Characters no WordPerfect set holds may stand as '?', and a
 // private-use code (a Symbol-font glyph) as any one character.
 
-#include "../engine/EngineRun.h"
+#include "EngineRun.h"
 #include "PlainText.h"
 #include "richtext/wordperfect/CharacterMap.h"
 #include "tools/ConversionTools.h"
