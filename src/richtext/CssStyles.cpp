@@ -1,4 +1,5 @@
 #include "CssStyles.h"
+#include "XmlTree.h"
 
 #include <algorithm>
 #include <cctype>
@@ -15,12 +16,7 @@ std::string trimmed(std::string_view text)
     return std::string(text);
 }
 
-std::string lower(std::string text)
-{
-    for (char &c : text)
-        c = static_cast<char>(std::tolower(static_cast<unsigned char>(c)));
-    return text;
-}
+std::string lower(std::string text) { return Xml::lowerAscii(std::move(text)); }
 
 std::string withoutComments(std::string_view css)
 {

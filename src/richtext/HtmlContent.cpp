@@ -1,4 +1,5 @@
 #include "HtmlContent.h"
+#include "XmlTree.h"
 #include "Base64.h"
 
 #include "HtmlTable.h"
@@ -17,21 +18,8 @@ using librevenge::RVNGPropertyList;
 // Deeper nesting than this is not followed: the walk recurses once per level.
 constexpr int maximumDepth = 200;
 
-std::string tagOf(const xmlNode *node)
-{
-    std::string tag = reinterpret_cast<const char *>(node->name);
-    for (char &c : tag)
-        c = static_cast<char>(std::tolower(static_cast<unsigned char>(c)));
-    return tag;
-}
-
-std::string attribute(const xmlNode *node, const char *name)
-{
-    xmlChar *value = xmlGetProp(node, reinterpret_cast<const xmlChar *>(name));
-    std::string result = value ? reinterpret_cast<const char *>(value) : "";
-    xmlFree(value);
-    return result;
-}
+using Xml::plainAttribute;
+std::string tagOf(const xmlNode *node) { return Xml::lowerTag(node); }
 
 bool isOneOf(const std::string &tag, std::initializer_list<const char *> tags)
 {
@@ -145,7 +133,7 @@ void HtmlContent::element(const xmlNode *element, const HtmlFormat &outer)
         table(element, format);
     else if (tag == "img")
         image(element, format);
-    else if (tag == "a" && !attribute(element, "href").empty())
+    else if (tag == "a" && !plainAttribute(element, "href").empty())
         link(element, format);
     else if (isBlock(tag))
         block(element, format);
@@ -311,7 +299,7 @@ void HtmlContent::list(const xmlNode *element, const HtmlFormat &format, bool or
     level.insert("text:min-label-width", 0.25);
     listStyle(level, format.listStyle, ordered, listDepth);
     if (ordered)
-        if (const std::string start = attribute(element, "start"); !start.empty())
+        if (const std::string start = plainAttribute(element, "start"); !start.empty())
             level.insert("text:start-value", std::atoi(start.c_str()));
     ordered ? sink.openOrderedListLevel(level) : sink.openUnorderedListLevel(level);
     const OdfProperties saved = state.blockParagraph;
@@ -382,7 +370,7 @@ void HtmlContent::table(const xmlNode *element, const HtmlFormat &format)
 void HtmlContent::image(const xmlNode *element, const HtmlFormat &format)
 {
     // Only pictures carried inside the document: nothing is ever fetched.
-    const std::string source = attribute(element, "src");
+    const std::string source = plainAttribute(element, "src");
     const std::size_t comma = source.find(',');
     if (source.rfind("data:", 0) != 0 || comma == std::string::npos ||
         source.substr(0, comma).find(";base64") == std::string::npos)
@@ -394,7 +382,7 @@ void HtmlContent::image(const xmlNode *element, const HtmlFormat &format)
         return;
     RVNGPropertyList frame;
     for (const char *side : {"width", "height"})
-        if (const auto inches = HtmlFormat::cssInches(attribute(element, side) + "px", 12))
+        if (const auto inches = HtmlFormat::cssInches(plainAttribute(element, side) + "px", 12))
             frame.insert((std::string("svg:") + side).c_str(), *inches);
     RVNGPropertyList object;
     object.insert("librevenge:mime-type", source.substr(5, source.find(';') - 5).c_str());
@@ -413,7 +401,7 @@ void HtmlContent::link(const xmlNode *element, const HtmlFormat &format)
     closeSpan();
     RVNGPropertyList properties;
     properties.insert("xlink:type", "simple");
-    properties.insert("xlink:href", attribute(element, "href").c_str());
+    properties.insert("xlink:href", plainAttribute(element, "href").c_str());
     sink.openLink(properties);
     children(element, format);
     closeSpan();

@@ -1,4 +1,5 @@
 #include "HtmlFormat.h"
+#include "XmlTree.h"
 #include "Numbers.h"
 
 #include "Units.h"
@@ -13,20 +14,8 @@
 namespace richtext {
 namespace {
 
-std::string lower(std::string text)
-{
-    for (char &c : text)
-        c = static_cast<char>(std::tolower(static_cast<unsigned char>(c)));
-    return text;
-}
-
-std::string attribute(const xmlNode *node, const char *name)
-{
-    xmlChar *value = xmlGetProp(node, reinterpret_cast<const xmlChar *>(name));
-    std::string result = value ? reinterpret_cast<const char *>(value) : "";
-    xmlFree(value);
-    return result;
-}
+using Xml::plainAttribute;
+std::string lower(std::string text) { return Xml::lowerAscii(std::move(text)); }
 
 double fontPoints(const OdfProperties &text)
 {
@@ -90,15 +79,15 @@ void tagDefaults(const std::string &tag, const xmlNode *element, HtmlFormat &for
         format.paragraph["fo:margin-left"] = format.paragraph["fo:margin-right"] = "0.5in";
     if (tag == "p")
         format.paragraph["fo:margin-bottom"] = "0.1667in";
-    if (const std::string align = lower(attribute(element, "align")); !align.empty())
+    if (const std::string align = lower(plainAttribute(element, "align")); !align.empty())
         format.paragraph["fo:text-align"] = align == "middle" ? "center" : align;
     if (tag == "font") {
-        if (const std::string face = attribute(element, "face"); !face.empty())
+        if (const std::string face = plainAttribute(element, "face"); !face.empty())
             format.text["style:font-name"] = face.substr(0, face.find(','));
-        if (const std::string colour = HtmlFormat::cssColour(attribute(element, "color")); !colour.empty())
+        if (const std::string colour = HtmlFormat::cssColour(plainAttribute(element, "color")); !colour.empty())
             format.text["fo:color"] = colour;
         // <font size> counts 1 to 7, 3 being the normal size; "+1" and "-1" move from it.
-        if (const std::string size = attribute(element, "size"); !size.empty()) {
+        if (const std::string size = plainAttribute(element, "size"); !size.empty()) {
             static const double sizes[] = {8, 10, 12, 14, 18, 24, 36};
             int step = std::atoi(size.c_str());
             if (size[0] == '+' || size[0] == '-')
@@ -111,18 +100,18 @@ void tagDefaults(const std::string &tag, const xmlNode *element, HtmlFormat &for
         static const std::pair<const char *, const char *> types[] = {
             {"1", "decimal"},     {"a", "lower-alpha"}, {"A", "upper-alpha"}, {"i", "lower-roman"},
             {"I", "upper-roman"}, {"disc", "disc"},     {"circle", "circle"}, {"square", "square"}};
-        const std::string type = attribute(element, "type");
+        const std::string type = plainAttribute(element, "type");
         for (const auto &[given, style] : types)
             if (type == given)
                 format.listStyle = style;
     }
     if (tag == "td" || tag == "th") {
-        if (const std::string colour = HtmlFormat::cssColour(attribute(element, "bgcolor")); !colour.empty())
+        if (const std::string colour = HtmlFormat::cssColour(plainAttribute(element, "bgcolor")); !colour.empty())
             format.cell["fo:background-color"] = colour;
-        if (const std::string valign = lower(attribute(element, "valign")); !valign.empty())
+        if (const std::string valign = lower(plainAttribute(element, "valign")); !valign.empty())
             format.cell["style:vertical-align"] = valign == "center" ? "middle" : valign;
         // width="120" counts pixels; a percentage says nothing about the column itself.
-        if (const std::string width = attribute(element, "width"); !width.empty() && width.back() != '%')
+        if (const std::string width = plainAttribute(element, "width"); !width.empty() && width.back() != '%')
             if (const auto length = HtmlFormat::cssInches(
                     width + (std::isdigit(static_cast<unsigned char>(width.back())) ? "px" : ""), 12))
                 format.cell["style:width"] = inches(*length);
@@ -306,11 +295,11 @@ HtmlFormat HtmlFormat::inside(const xmlNode *element, const HtmlFormat &outer, c
     const std::string tag = lower(reinterpret_cast<const char *>(element->name));
     tagDefaults(tag, element, format);
     std::vector<std::string> classes;
-    std::istringstream names(attribute(element, "class"));
+    std::istringstream names(plainAttribute(element, "class"));
     for (std::string name; names >> name;)
         classes.push_back(lower(name));
     std::vector<CssDeclaration> declarations = sheet.declarationsFor(tag, classes);
-    const std::vector<CssDeclaration> own = CssStyles::parseDeclarations(attribute(element, "style"));
+    const std::vector<CssDeclaration> own = CssStyles::parseDeclarations(plainAttribute(element, "style"));
     declarations.insert(declarations.end(), own.begin(), own.end());
 
     // A raised run's em-sized font follows its position; keep the size it had.

@@ -1,4 +1,5 @@
 #include "HtmlNotes.h"
+#include "XmlTree.h"
 
 #include <cctype>
 #include <cstring>
@@ -6,15 +7,7 @@
 namespace richtext {
 namespace {
 
-std::string idOf(const xmlNode *element)
-{
-    if (!element || element->type != XML_ELEMENT_NODE)
-        return {};
-    xmlChar *value = xmlGetProp(element, reinterpret_cast<const xmlChar *>("id"));
-    std::string id = value ? reinterpret_cast<const char *>(value) : "";
-    xmlFree(value);
-    return id;
-}
+std::string idOf(const xmlNode *element) { return Xml::plainAttribute(element, "id"); }
 
 bool isLabel(const std::string &label)
 {

@@ -1,4 +1,5 @@
 #include "HtmlReader.h"
+#include "XmlTree.h"
 
 #include "CodePages.h"
 #include "CssStyles.h"
@@ -36,21 +37,8 @@ const xmlNode *findElement(const xmlNode *from, const char *name, int depth = 0)
     return nullptr;
 }
 
-std::string contentOf(const xmlNode *node)
-{
-    xmlChar *content = xmlNodeGetContent(node);
-    std::string text = content ? reinterpret_cast<const char *>(content) : "";
-    xmlFree(content);
-    return text;
-}
-
-std::string attribute(const xmlNode *node, const char *name)
-{
-    xmlChar *value = xmlGetProp(node, reinterpret_cast<const xmlChar *>(name));
-    std::string result = value ? reinterpret_cast<const char *>(value) : "";
-    xmlFree(value);
-    return result;
-}
+std::string contentOf(const xmlNode *node) { return Xml::text(node); }
+using Xml::plainAttribute;
 
 // Style elements may stand anywhere, though they belong in the head.
 void collectStyles(const xmlNode *node, CssStyles &sheet, int depth = 0)
@@ -108,14 +96,14 @@ librevenge::RVNGPropertyList metadata(const xmlNode *head)
     for (const xmlNode *node = head ? head->children : nullptr; node; node = node->next) {
         if (!named(node, "meta"))
             continue;
-        const std::string name = attribute(node, "name");
+        const std::string name = plainAttribute(node, "name");
         const char *field = name == "author"        ? "meta:initial-creator"
                             : name == "subject"     ? "dc:subject"
                             : name == "keywords"    ? "meta:keyword"
                             : name == "description" ? "dc:description"
                                                     : nullptr;
         if (field)
-            list.insert(field, attribute(node, "content").c_str());
+            list.insert(field, plainAttribute(node, "content").c_str());
     }
     return list;
 }

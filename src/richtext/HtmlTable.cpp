@@ -1,4 +1,5 @@
 #include "HtmlTable.h"
+#include "XmlTree.h"
 
 #include <algorithm>
 #include <cctype>
@@ -13,21 +14,12 @@ namespace {
 constexpr int maximumColumns = 1000;
 constexpr std::size_t maximumCells = 1'000'000;
 
-bool named(const xmlNode *node, const char *name)
-{
-    if (!node || node->type != XML_ELEMENT_NODE)
-        return false;
-    std::string tag = reinterpret_cast<const char *>(node->name);
-    for (char &c : tag)
-        c = static_cast<char>(std::tolower(static_cast<unsigned char>(c)));
-    return tag == name;
-}
+bool named(const xmlNode *node, const char *name) { return Xml::lowerTag(node) == name; }
 
 int span(const xmlNode *cell, const char *name, int maximum)
 {
-    xmlChar *value = xmlGetProp(cell, reinterpret_cast<const xmlChar *>(name));
-    const int number = value ? std::atoi(reinterpret_cast<const char *>(value)) : 1;
-    xmlFree(value);
+    const std::string value = Xml::plainAttribute(cell, name);
+    const int number = value.empty() ? 1 : std::atoi(value.c_str());
     return std::clamp(number, 1, maximum);
 }
 

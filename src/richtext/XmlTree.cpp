@@ -158,6 +158,31 @@ std::string text(const xmlNode *node)
     return result;
 }
 
+std::string plainAttribute(const xmlNode *node, const char *name)
+{
+    if (!node || node->type != XML_ELEMENT_NODE)
+        return {};
+    xmlChar *value = xmlGetProp(node, reinterpret_cast<const xmlChar *>(name));
+    std::string result = value ? reinterpret_cast<const char *>(value) : "";
+    xmlFree(value);
+    return result;
+}
+
+std::string lowerTag(const xmlNode *node)
+{
+    if (!node || node->type != XML_ELEMENT_NODE || !node->name)
+        return {};
+    return lowerAscii(reinterpret_cast<const char *>(node->name));
+}
+
+std::string lowerAscii(std::string text)
+{
+    for (char &c : text)
+        if (c >= 'A' && c <= 'Z')
+            c = static_cast<char>(c - 'A' + 'a');
+    return text;
+}
+
 } // namespace Xml
 
 const char *OdfNames::prefixOf(const char *nameSpace)

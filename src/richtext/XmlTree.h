@@ -43,5 +43,13 @@ std::string text(const xmlNode *node);
 const char *localName(const xmlNode *node);
 const char *nameSpaceOf(const xmlNode *node);
 
+// HTML knows no namespaces and ignores case in its names.
+// An attribute without namespace, empty when absent.
+std::string plainAttribute(const xmlNode *node, const char *name);
+// An element's name in lower case; empty for anything but an element.
+std::string lowerTag(const xmlNode *node);
+// ASCII letters in lower case, every other byte as it is.
+std::string lowerAscii(std::string text);
+
 } // namespace Xml
 } // namespace richtext
