@@ -1,6 +1,6 @@
 #include "render/RTFDowngrade.h"
 
-#include "../richtext/Fixtures.h"
+#include "Fixtures.h"
 #include "richtext/RtfWriter.h"
 
 #include <gtest/gtest.h>
