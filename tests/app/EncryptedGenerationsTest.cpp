@@ -2,7 +2,7 @@
 // through the application's intake and the companion with the real converters: each is recognised
 // as encrypted, asks for its password, refuses a wrong one and converts with the right one.
 
-#include "Companion.h"
+#include "CompanionRun.h"
 #include "ScriptedPrompter.h"
 #include "TestSupport.h"
 #include "WordPerfectCipher.h"
@@ -148,16 +148,9 @@ TEST_F(EncryptedGenerations, ConvertWithTheRightPasswordInTheCompanion)
             std::vector<std::string> args {source.string()};
             if (onTheCommandLine)
                 args.insert(args.begin(), {"--password", password});
-            const auto parsed = parseArguments(args, 1);
-            ASSERT_TRUE(std::holds_alternative<CompanionOptions>(parsed));
             ScriptedPasswords passwords({"wrong", password});
             std::ostringstream out;
-            Companion companion(std::get<CompanionOptions>(parsed), settings, passwords, out);
-            int status = -1;
-            QObject::connect(&companion, &Companion::finished, [&](int s) { status = s; });
-            companion.start();
-            ASSERT_TRUE(waitUntil([&] { return status != -1; }, 60));
-            EXPECT_EQ(status, 0) << out.str();
+            EXPECT_EQ(runCompanion(args, settings, passwords, out, 1), 0) << out.str();
             EXPECT_EQ(passwords.retries, onTheCommandLine ? 0 : 1);
             const fs::path output = source.parent_path() / (source.stem().string() + ".rtf");
             if (generation.textComesBack) {

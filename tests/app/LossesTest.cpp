@@ -2,7 +2,7 @@
 // says "Done, with losses: …" on the file's row, the companion says it on the file's line and in
 // its report, and a conversion that loses nothing says neither.
 
-#include "Companion.h"
+#include "CompanionRun.h"
 #include "ScriptedPrompter.h"
 #include "TestSupport.h"
 #include "app/AppDelegate.h"
@@ -191,16 +191,9 @@ TEST_F(Losses, TheCompanionSaysWhatWasLostOnTheFilesLineAndInItsReport)
         const fs::path report = source.parent_path() / "report.jsonl";
         std::vector<std::string> args = item.options;
         args.insert(args.end(), {"--report", report.string(), source.string()});
-        const auto parsed = parseArguments(args, 1);
-        ASSERT_TRUE(std::holds_alternative<CompanionOptions>(parsed));
         NoPasswords passwords;
         std::ostringstream out;
-        Companion companion(std::get<CompanionOptions>(parsed), settings, passwords, out);
-        int status = -1;
-        QObject::connect(&companion, &Companion::finished, [&](int s) { status = s; });
-        companion.start();
-        ASSERT_TRUE(waitUntil([&] { return status != -1; }, 60));
-        EXPECT_EQ(status, 0) << "a loss is no failure\n" << out.str();
+        EXPECT_EQ(runCompanion(args, settings, passwords, out, 1), 0) << "a loss is no failure\n" << out.str();
         const std::string line = "[1/1] " + item.file + " \u2192 " + item.output + ": converted, with losses: " + item.loss;
         if (item.loss.empty()) {
             EXPECT_NE(out.str().find("[1/1] converted " + item.file + " \u2192 " + item.output + "\n"), std::string::npos)
