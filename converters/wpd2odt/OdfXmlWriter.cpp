@@ -2,6 +2,7 @@
 
 #include "EmbeddedPictures.h"
 
+#include <algorithm>
 #include <cstring>
 #include <string_view>
 
@@ -123,6 +124,8 @@ void OdfXmlWriter::startDocument()
     startTagOpen = false;
     heldImage.reset();
     inPictureData = false;
+    leadingSpaces.clear();
+    inLeadingSpace = false;
 }
 
 void OdfXmlWriter::endDocument()
@@ -141,10 +144,23 @@ void OdfXmlWriter::startElement(const char *name, const librevenge::RVNGProperty
     }
     flushHeldImage();
     const std::string_view element(name);
-    if (element == "text:p" || element == "text:h")
+    if (element == "text:p" || element == "text:h") {
         atParagraphStart = true;
-    else if (element != "text:span" && element != "text:a")
-        atParagraphStart = false;
+        spaceElementSeen = false;
+        leadingSpaces.clear();
+    } else if (atParagraphStart && element == "text:s") {
+        // libodfgen writes the second and later of a run of spaces this way.
+        closeStartTag();
+        std::size_t count = 1;
+        if (const librevenge::RVNGProperty *c = attributes["text:c"])
+            count = static_cast<std::size_t>(std::max(1, c->getInt()));
+        leadingSpaces.emplace_back(out.size(), count);
+        inLeadingSpace = true;
+        spaceElementSeen = true;
+        return;
+    } else if (element != "text:span" && element != "text:a") {
+        writeLeadingSpaces();
+    }
     if (pictures && name == imageElement) {
         closeStartTag();
         heldImage = serialiseAttributes(attributes);
@@ -167,6 +183,17 @@ void OdfXmlWriter::endElement(const char *name)
         return;
     }
     flushHeldImage();
+    const std::string_view element(name);
+    if (inLeadingSpace && element == "text:s") {
+        inLeadingSpace = false;
+        return;
+    }
+    if (element == "text:p" || element == "text:h") {
+        if (spaceElementSeen)
+            writeLeadingSpaces();
+        atParagraphStart = false;
+        leadingSpaces.clear();
+    }
     if (startTagOpen) {
         out += "/>";
         startTagOpen = false;
@@ -190,14 +217,25 @@ void OdfXmlWriter::characters(const librevenge::RVNGString &text)
         std::size_t spaces = 0;
         while (rest[spaces] == ' ')
             ++spaces;
-        if (spaces == 1)
-            out += "<text:s/>";
-        else if (spaces > 1)
-            out += "<text:s text:c=\"" + std::to_string(spaces) + "\"/>";
+        if (spaces > 0)
+            leadingSpaces.emplace_back(out.size(), spaces);
         rest += spaces;
-        atParagraphStart = false;
+        if (*rest)
+            writeLeadingSpaces();
     }
     appendEscaped(out, rest, false);
+}
+
+void OdfXmlWriter::writeLeadingSpaces()
+{
+    atParagraphStart = false;
+    // From the last, so that the positions before it stay where they are.
+    for (auto i = leadingSpaces.rbegin(); i != leadingSpaces.rend(); ++i) {
+        const std::size_t count = i->second;
+        out.insert(i->first, count == 1 ? std::string("<text:s/>")
+                                        : "<text:s text:c=\"" + std::to_string(count) + "\"/>");
+    }
+    leadingSpaces.clear();
 }
 
 void OdfXmlWriter::writeStartTag(const std::string &name, const std::string &attributes)
