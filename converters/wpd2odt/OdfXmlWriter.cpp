@@ -97,6 +97,11 @@ void appendEscaped(std::string &out, std::string_view text, bool inAttribute)
     }
 }
 
+std::string spaceElement(std::size_t count)
+{
+    return count == 1 ? std::string("<text:s/>") : "<text:s text:c=\"" + std::to_string(count) + "\"/>";
+}
+
 std::string serialiseAttributes(const librevenge::RVNGPropertyList &attributes)
 {
     std::string result;
@@ -154,12 +159,12 @@ void OdfXmlWriter::startElement(const char *name, const librevenge::RVNGProperty
         std::size_t count = 1;
         if (const librevenge::RVNGProperty *c = attributes["text:c"])
             count = static_cast<std::size_t>(std::max(1, c->getInt()));
-        leadingSpaces.emplace_back(out.size(), count);
+        leadingSpaces.push_back({out.size(), count, false});
         inLeadingSpace = true;
         spaceElementSeen = true;
         return;
     } else if (element != "text:span" && element != "text:a") {
-        writeLeadingSpaces();
+        writeLeadingSpaces(false);
     }
     if (pictures && name == imageElement) {
         closeStartTag();
@@ -190,7 +195,7 @@ void OdfXmlWriter::endElement(const char *name)
     }
     if (element == "text:p" || element == "text:h") {
         if (spaceElementSeen)
-            writeLeadingSpaces();
+            writeLeadingSpaces(true);
         atParagraphStart = false;
         leadingSpaces.clear();
     }
@@ -218,22 +223,32 @@ void OdfXmlWriter::characters(const librevenge::RVNGString &text)
         while (rest[spaces] == ' ')
             ++spaces;
         if (spaces > 0)
-            leadingSpaces.emplace_back(out.size(), spaces);
+            leadingSpaces.push_back({out.size(), spaces, true});
         rest += spaces;
         if (*rest)
-            writeLeadingSpaces();
+            writeLeadingSpaces(false);
     }
     appendEscaped(out, rest, false);
 }
 
-void OdfXmlWriter::writeLeadingSpaces()
+void OdfXmlWriter::writeLeadingSpaces(bool whereMet)
 {
     atParagraphStart = false;
+    std::size_t moved = 0;
     // From the last, so that the positions before it stay where they are.
     for (auto i = leadingSpaces.rbegin(); i != leadingSpaces.rend(); ++i) {
-        const std::size_t count = i->second;
-        out.insert(i->first, count == 1 ? std::string("<text:s/>")
-                                        : "<text:s text:c=\"" + std::to_string(count) + "\"/>");
+        // A plain space goes with the text that follows it, in its font: left in a span of its
+        // own (a footnote's opening space in the body's font, say) it would make the first line
+        // as tall as that span's font. Runs stay in their spans, which may be underlined to
+        // draw a line to write on.
+        if (!whereMet && i->plain)
+            moved += i->count;
+        else
+            out.insert(i->position, spaceElement(i->count));
+    }
+    if (moved > 0) {
+        closeStartTag();
+        out += spaceElement(moved);
     }
     leadingSpaces.clear();
 }

@@ -5,7 +5,6 @@
 #include <cstddef>
 #include <optional>
 #include <string>
-#include <utility>
 #include <vector>
 
 class EmbeddedPictures;
@@ -31,7 +30,8 @@ private:
     void writeStartTag(const std::string &name, const std::string &attributes);
     void closeStartTag();
     void flushHeldImage();
-    void writeLeadingSpaces();
+    // Where they were met, or the plain ones together at the end of out.
+    void writeLeadingSpaces(bool whereMet);
 
     EmbeddedPictures *pictures;
     std::string out;
@@ -50,7 +50,12 @@ private:
     // paragraph of plain spaces alone stays empty, as in LibreOffice's own import, which drops
     // them and so makes the line as tall as the paragraph's style and not as its spans' fonts;
     // that import keeps a run of spaces (libodfgen's text:s), and so do we.
-    std::vector<std::pair<std::size_t, std::size_t>> leadingSpaces;
+    struct LeadingSpaces {
+        std::size_t position;
+        std::size_t count;
+        bool plain; // characters, not a text:s of libodfgen's
+    };
+    std::vector<LeadingSpaces> leadingSpaces;
     // Inside a text:s that went into leadingSpaces instead of out.
     bool inLeadingSpace = false;
     // The open paragraph's leading spaces include a text:s from libodfgen.
