@@ -4,6 +4,7 @@
 #include "EmbeddedPictures.h"
 #include "OdfXmlWriter.h"
 #include "OdtPackageWriter.h"
+#include "WordPerfect5Boxes.h"
 #include "WordPerfectDocument.h"
 #include "WriterDefaults.h"
 #include "WpgToSvg.h"
@@ -29,7 +30,7 @@ void requireOutput(const OdfXmlWriter &writer, const WordPerfectDocument &docume
 
 std::string OdtConverter::toFlatXml(const WordPerfectDocument &document, richtext::Losses &losses)
 {
-    OdtGenerator generator;
+    WordPerfect5Boxes generator(WordPerfect5Boxes::find(document.contents()));
     prepare(generator);
     OdfXmlWriter writer;
     WriterDefaults defaults(writer);
@@ -47,7 +48,7 @@ std::string OdtConverter::toPackage(const WordPerfectDocument &document, richtex
     OdfXmlWriter content(&pictures);
     OdfXmlWriter styles(&pictures);
     OdfXmlWriter meta;
-    OdtGenerator generator;
+    WordPerfect5Boxes generator(WordPerfect5Boxes::find(document.contents()));
     prepare(generator);
     generator.addDocumentHandler(&content, ODF_CONTENT_XML);
     WriterDefaults styleDefaults(styles);
