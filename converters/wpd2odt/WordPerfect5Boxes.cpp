@@ -8,7 +8,12 @@ namespace {
 
 constexpr double unitsPerInch = 1200.0;
 constexpr unsigned char boxGroup = 0xDA;
+// Subgroups: figure, table, text and user boxes, equations, then the two kinds of line.
 constexpr unsigned char figureBox = 0x00;
+constexpr unsigned char horizontalLine = 0x05;
+constexpr unsigned char verticalLine = 0x06;
+constexpr unsigned char equationContent = 0x08;
+constexpr unsigned char textContent = 0x10;
 constexpr unsigned char graphicContent = 0x80;
 
 unsigned readU16(const std::vector<unsigned char> &bytes, std::size_t at)
@@ -36,26 +41,39 @@ bool near(double a, double b)
 
 } // namespace
 
-std::vector<WordPerfect5Boxes::Box> WordPerfect5Boxes::find(const std::vector<unsigned char> &bytes)
+WordPerfect5Boxes::Contents WordPerfect5Boxes::read(const std::vector<unsigned char> &bytes)
 {
-    std::vector<Box> found;
+    Contents found;
     if (!isWordPerfect5(bytes))
         return found;
     // A variable-length function is code, subgroup, length, that many bytes ending in the length,
     // subgroup and code again; both ends must agree, so text that happens to hold the code is
     // not taken for a box.
     for (std::size_t at = readU32(bytes, 4); at + 4 <= bytes.size(); ++at) {
-        if (bytes[at] != boxGroup || bytes[at + 1] != figureBox)
+        const unsigned char subgroup = at + 1 < bytes.size() ? bytes[at + 1] : 0xFF;
+        if (bytes[at] != boxGroup || subgroup > verticalLine)
             continue;
         const unsigned length = readU16(bytes, at + 2);
         const std::size_t body = at + 4;
         const std::size_t end = body + length;
-        if (length < 53 || end > bytes.size() || bytes[end - 1] != boxGroup || bytes[end - 2] != figureBox ||
+        if (length < 16 || end > bytes.size() || bytes[end - 1] != boxGroup || bytes[end - 2] != subgroup ||
             readU16(bytes, end - 4) != length)
+            continue;
+        at = end - 1;
+        if (subgroup == horizontalLine || subgroup == verticalLine) {
+            found.losses.add(richtext::loss::graphicLines);
+            continue;
+        }
+        if (length < 53)
             continue;
         // Box number, position and type, alignment, width, height, x, y; the content type
         // follows 36 bytes further on.
-        if (bytes[body + 48] == graphicContent) {
+        const unsigned char content = bytes[body + 48];
+        if (content == textContent) {
+            found.losses.add(richtext::loss::boxedText);
+        } else if (content == equationContent) {
+            found.losses.add(richtext::loss::equations);
+        } else if (content == graphicContent && subgroup == figureBox) {
             Box box;
             box.paragraphAnchored = (bytes[body + 2] & 0x03) == 0;
             box.fullWidth = (bytes[body + 3] & 0x03) == 3;
@@ -63,9 +81,11 @@ std::vector<WordPerfect5Boxes::Box> WordPerfect5Boxes::find(const std::vector<un
             box.height = readU16(bytes, body + 6) / unitsPerInch;
             box.x = readU16(bytes, body + 8) / unitsPerInch;
             box.y = readU16(bytes, body + 10) / unitsPerInch;
-            found.push_back(box);
+            found.pictures.push_back(box);
+        } else if (content == graphicContent) {
+            // libwpd reads pictures from figure boxes only.
+            found.losses.add(richtext::loss::unreadablePictures);
         }
-        at = end - 1;
     }
     return found;
 }

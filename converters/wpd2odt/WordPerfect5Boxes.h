@@ -1,5 +1,7 @@
 #pragma once
 
+#include "richtext/Losses.h"
+
 #include <libodfgen/libodfgen.hxx>
 
 #include <cstddef>
@@ -18,17 +20,25 @@
 class WordPerfect5Boxes : public OdtGenerator {
 public:
     struct Box {
-        double width = 0;  // inches
+        double width = 0; // inches
         double height = 0;
-        double x = 0;      // left edge from the page's left edge
-        double y = 0;      // top edge from the page's top edge
+        double x = 0; // left edge from the page's left edge
+        double y = 0; // top edge from the page's top edge
         bool paragraphAnchored = false;
         bool fullWidth = false;
     };
 
-    // The graphic figure boxes of a WordPerfect 5 document in the order of the text; none for
-    // other versions and for encrypted documents, whose records cannot be read as they stand.
-    static std::vector<Box> find(const std::vector<unsigned char> &document);
+    struct Contents {
+        // The graphic figure boxes, in the order of the text.
+        std::vector<Box> pictures;
+        // What the boxes hold that libwpd passes over: equations, text (text, table and user
+        // boxes, captions) and the graphic lines WordPerfect draws as boxes of their own.
+        richtext::Losses losses;
+    };
+
+    // The boxes of a WordPerfect 5 document; none for other versions and for encrypted
+    // documents, whose records cannot be read as they stand.
+    static Contents read(const std::vector<unsigned char> &document);
 
     explicit WordPerfect5Boxes(std::vector<Box> boxes) : boxes(std::move(boxes)) {}
 

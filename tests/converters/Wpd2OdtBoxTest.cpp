@@ -1,6 +1,7 @@
-// WordPerfect 5 figure boxes anchored to a paragraph: wpd2odt gives each frame the size and the
-// place WordPerfect recorded for its box (read from the box records by hand for these files),
-// where libwpd alone makes them the whole text area high and puts some off the page.
+// WordPerfect 5 boxes. Figure boxes anchored to a paragraph: wpd2odt gives each frame the size and
+// the place WordPerfect recorded for its box (read from the box records by hand for these files),
+// where libwpd alone makes them the whole text area high and puts some off the page. What libwpd
+// passes over in boxes (equations, text, graphic lines) is named on standard error.
 
 #include "OdtFile.h"
 #include "ProgramRun.h"
@@ -34,8 +35,10 @@ struct Frame {
 std::string property(const std::string &xml, const std::string &frame, const std::string &name)
 {
     const std::string style = "//style:style[@style:name=" + frame + "/@draw:style-name]";
-    for (const std::string &path : {style, "//style:style[@style:name=" + style + "/@style:parent-style-name]"}) {
-        const std::vector<std::string> values = OdtFile::select(xml, path + "/style:graphic-properties/@" + name);
+    for (const std::string &path :
+         {style, "//style:style[@style:name=" + style + "/@style:parent-style-name]"}) {
+        const std::vector<std::string> values =
+            OdtFile::select(xml, path + "/style:graphic-properties/@" + name);
         if (!values.empty())
             return values[0];
     }
@@ -82,6 +85,31 @@ TEST(BoxTest, ParagraphBoxesKeepWordPerfectsSizeAndPlace)
                 EXPECT_NEAR(inches(attribute("svg:x")), expected.x, 0.001);
             }
         }
+    }
+}
+
+TEST(BoxTest, NamesWhatBoxesHeldThatIsLost)
+{
+    const struct {
+        const char *file;
+        const char *lost; // the stderr line, empty when nothing is lost
+    } cases[] = {
+        // Equations, two text boxes ("Toto je jeden maly textbox") and two table boxes, one
+        // with a caption; wpd2text shows none of their words either.
+        {"test5.wp", "wpd2odt: lost: equations; text in boxes\n"},
+        // Ruled lines, an equation and numbered user boxes besides the mouse, which is kept.
+        {"prn_test5.wp", "wpd2odt: lost: graphic lines; equations; text in boxes\n"},
+        {"images5.wp", ""},
+        {"opinion_wpd.wpd", ""},
+    };
+    for (const auto &c : cases) {
+        SCOPED_TRACE(c.file);
+        const fs::path source = fs::path(QM_CORPUS_DIR) / "wp" / c.file;
+        if (!fs::exists(source))
+            GTEST_SKIP() << source << " is not in the corpus";
+        const ProgramRun run = ProgramRun::of({WPD2ODT_PATH, "--stdout", source.string()});
+        ASSERT_EQ(run.status, 0) << run.err;
+        EXPECT_EQ(run.err, c.lost);
     }
 }
 

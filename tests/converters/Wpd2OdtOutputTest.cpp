@@ -144,14 +144,16 @@ TEST(OutputTest, SpacesThatOpenAParagraphAreKeptWhenTextFollows)
     for (const auto &c : cases) {
         SCOPED_TRACE(std::string("paragraph \"") + c.paragraph + "\"");
         ScratchFolder folder;
-        const std::string source = folder.write("doc.wp", WordPerfectFixtures::wp51({"before", c.paragraph, "after"}));
+        const std::string source =
+            folder.write("doc.wp", WordPerfectFixtures::wp51({"before", c.paragraph, "after"}));
         const ProgramRun run = ProgramRun::of({WPD2ODT_PATH, "--stdout", source});
         ASSERT_EQ(run.status, 0) << run.err;
 
         const std::string paragraph = "//office:text/text:p[2]";
         const std::string text = OdtFile::select(run.out, "string(" + paragraph + ")")[0];
         const int plain = static_cast<int>(std::count(text.begin(), text.end(), ' '));
-        const int single = std::stoi(OdtFile::select(run.out, "count(" + paragraph + "//text:s[not(@text:c)])")[0]);
+        const int single =
+            std::stoi(OdtFile::select(run.out, "count(" + paragraph + "//text:s[not(@text:c)])")[0]);
         const int counted = std::stoi(OdtFile::select(run.out, "sum(" + paragraph + "//text:s/@text:c)")[0]);
         EXPECT_EQ(plain + single + counted, c.spaces) << run.out;
 
