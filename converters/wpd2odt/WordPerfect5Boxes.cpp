@@ -109,12 +109,16 @@ void WordPerfect5Boxes::openFrame(const librevenge::RVNGPropertyList &propList)
     std::size_t match = next;
     while (match < boxes.size() && !boxes[match].fullWidth && !near(boxes[match].width, width->getDouble()))
         ++match;
-    if (match == boxes.size() || !boxes[match].paragraphAnchored) {
+    if (match == boxes.size()) {
         OdtGenerator::openFrame(propList);
         return;
     }
     next = match + 1;
     const Box &box = boxes[match];
+    if (!box.paragraphAnchored) {
+        OdtGenerator::openFrame(propList);
+        return;
+    }
     librevenge::RVNGPropertyList placed(propList);
     placed.insert("svg:height", box.height, librevenge::RVNG_INCH);
     // WordPerfect keeps where it last laid the box out on the page, and lines fall differently
