@@ -407,7 +407,7 @@ def summarise(kind, results):
     looks = [sum(r.looks) / len(r.looks) if r.looks else 0.0 for r in results]
     bare = n > 0 and all(r.bare_looks is not None for r in results)
     bare_looks = [sum(r.bare_looks) / len(r.bare_looks) if r.bare_looks else 0.0
-                     for r in results] if bare else [None] * n
+                  for r in results] if bare else [None] * n
     print(f"\n## {kind.name}: {kind.what}")
     print(f"{'document':<28} {'pages':>9} {'pictures':>9} {'words %':>8} {'look':>6} {'worst page':>12}"
           + (f" {'no pict.':>8} {'worst page':>12}" if bare else ""))
