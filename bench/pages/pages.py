@@ -8,7 +8,13 @@ lightly blurred). An output kind is a command that turns one source into one out
 batch command for many; see KINDS. Two kinds calibrate the scale: LibreOffice's own conversion
 of the source to ODT (the ceiling) and the plain text of the source (the floor).
 
-    bench/pages/pages.py [--work DIR] [KIND...]
+    bench/pages/pages.py [--work DIR] [--all-wp] [KIND...]
+
+--all-wp takes every WordPerfect document of the corpus that libwpd opens without a password
+instead of the twelve below. For ODT outputs a second look figure ("look without pictures")
+compares the source with the same ODT laid out again without its picture frames: LibreOffice's
+own WordPerfect import drops every WordPerfect graphic, frame and all, so the plain look punishes
+each picture we draw twice, once for its ink and once for the text it pushes down.
 
 Environment: KEEP=DIR keeps the worst pages of each kind side by side (source left, output
 right) as PNG; WORST=N sets how many (default 6). Python standard library only.
@@ -18,6 +24,7 @@ import argparse
 import difflib
 import operator
 import os
+import re
 import shlex
 import shutil
 import struct
@@ -26,6 +33,7 @@ import sys
 import tempfile
 import time
 import xml.etree.ElementTree as ElementTree
+import zipfile
 import zlib
 from dataclasses import dataclass, field
 from pathlib import Path
@@ -40,6 +48,24 @@ WP_SOURCES = [
     "9140-columns.wpd", "M2-R.END.wpd", "1414.wp", "01FINALE1.WPD", "expectation_document.wpd",
     "header_footer.wpd", "test5.wp",
 ]
+
+
+def all_wp_sources(folder):
+    """Every document of the folder that libwpd opens without a password (wpd2text succeeds)."""
+    names = []
+    for path in sorted(folder.iterdir(), key=lambda p: p.name.lower()):
+        if not path.is_file():
+            continue
+        try:
+            done = subprocess.run(["wpd2text", str(path)], stdout=subprocess.DEVNULL, stderr=subprocess.DEVNULL,
+                                  timeout=120, check=False)
+        except subprocess.TimeoutExpired:
+            continue
+        if done.returncode == 0:
+            names.append(path.name)
+    return names
+
+
 # Office documents for the other direction.
 OFFICE_SOURCES = [
     "6953-advanced_formatting.doc", "Sample_OpenXML_DOCX.docx", "testRTFVarious.rtf", "SF-428-B.docx",
@@ -139,6 +165,28 @@ def make_outputs(kind, sources, outdir, office, work):
         env = dict(os.environ, SRCS=" ".join(shlex.quote(str(s)) for s in sources), OUTDIR=str(outdir))
         subprocess.run(["bash", "-c", kind.batch], env=env, timeout=1800, check=False)
     return {src.stem: outdir / f"{src.stem}.{kind.ext}" for src in sources}
+
+
+# A frame with nothing nested in it; its content is group 1.
+INNERMOST_FRAME = re.compile(r"<draw:frame\b[^>]*>((?:(?!<draw:frame\b|</draw:frame>).)*)</draw:frame>", re.S)
+
+
+def remove_pictures(odt, target):
+    """A copy of the ODT without its pictures, as LibreOffice's WordPerfect import has it: every
+    frame that holds a picture (and no text) is taken out of the content and the styles, and the
+    text flows on as if it had never been there."""
+
+    def drop(match):
+        inside = match.group(1)
+        return "" if "<draw:image" in inside and "<draw:text-box" not in inside else match.group(0)
+
+    with zipfile.ZipFile(odt) as source, zipfile.ZipFile(target, "w") as copy:
+        for item in source.infolist():
+            data = source.read(item)
+            if item.filename in ("content.xml", "styles.xml"):
+                data = INNERMOST_FRAME.sub(drop, data.decode("utf-8")).encode("utf-8")
+            copy.writestr(item, data, compress_type=zipfile.ZIP_STORED if item.filename == "mimetype"
+                          else zipfile.ZIP_DEFLATED)
 
 
 # --- reading PDFs ---------------------------------------------------------------------------
@@ -278,21 +326,26 @@ class DocResult:
     source_words: int
     words_kept: int
     looks: list  # per page
+    bare_looks: list = None  # per page, against the output without its pictures
 
 
-def compare(name, src, out):
+def page_looks(src, out):
     if out is None:
-        return DocResult(name, src.pages, 0, src.pictures, 0, sum(map(len, src.words)), 0, [0.0] * src.pages)
+        return [0.0] * src.pages
     count = max(src.pages, out.pages)
-    looks = []
-    kept = 0
-    for i in range(count):
-        a = src.images[i] if i < len(src.images) else None
-        b = out.images[i] if i < len(out.images) else None
-        looks.append(look(a, b))
-        if i < src.pages and i < out.pages:
-            kept += common_words(src.words[i], out.words[i])
-    return DocResult(name, src.pages, out.pages, src.pictures, out.pictures, sum(map(len, src.words)), kept, looks)
+    return [look(src.images[i] if i < len(src.images) else None, out.images[i] if i < len(out.images) else None)
+            for i in range(count)]
+
+
+def compare(name, src, out, bare=None, with_bare=False):
+    """bare is the layout of the output without its pictures, when with_bare."""
+    bare_looks = page_looks(src, bare) if with_bare else None
+    if out is None:
+        return DocResult(name, src.pages, 0, src.pictures, 0, sum(map(len, src.words)), 0, [0.0] * src.pages,
+                         bare_looks)
+    kept = sum(common_words(src.words[i], out.words[i]) for i in range(min(src.pages, out.pages)))
+    return DocResult(name, src.pages, out.pages, src.pictures, out.pictures, sum(map(len, src.words)), kept,
+                     page_looks(src, out), bare_looks)
 
 
 # --- keeping pages for a look ---------------------------------------------------------------
@@ -352,21 +405,41 @@ def summarise(kind, results):
     extra_pics = sum(max(0, r.pictures - r.source_pictures) for r in results)
     words = [100.0 * r.words_kept / r.source_words if r.source_words else 100.0 for r in results]
     looks = [sum(r.looks) / len(r.looks) if r.looks else 0.0 for r in results]
+    bare = n > 0 and all(r.bare_looks is not None for r in results)
+    bare_looks = [sum(r.bare_looks) / len(r.bare_looks) if r.bare_looks else 0.0
+                  for r in results] if bare else [None] * n
     print(f"\n## {kind.name}: {kind.what}")
-    print(f"{'document':<28} {'pages':>9} {'pictures':>9} {'words %':>8} {'look':>6} {'worst page':>12}")
-    for r, w, lk in zip(results, words, looks):
-        worst = min(range(len(r.looks)), key=lambda i: r.looks[i]) if r.looks else None
-        worst_s = f"p{worst + 1} {r.looks[worst]:.0f}" if worst is not None else "-"
+    print(f"{'document':<28} {'pages':>9} {'pictures':>9} {'words %':>8} {'look':>6} {'worst page':>12}"
+          + (f" {'no pict.':>8} {'worst page':>12}" if bare else ""))
+
+    def worst_page(values):
+        if not values:
+            return "-"
+        worst = min(range(len(values)), key=lambda i: values[i])
+        return f"p{worst + 1} {values[worst]:.0f}"
+
+    for r, w, lk, bl in zip(results, words, looks, bare_looks):
         print(f"{r.name:<28} {r.pages:>4}/{r.source_pages:<4} {r.pictures:>4}/{r.source_pictures:<4} "
-              f"{w:>8.1f} {lk:>6.1f} {worst_s:>12}")
+              f"{w:>8.1f} {lk:>6.1f} {worst_page(r.looks):>12}"
+              + (f" {bl:>8.1f} {worst_page(r.bare_looks):>12}" if bare else ""))
     mean_words = sum(words) / n if n else 0
     mean_look = sum(looks) / n if n else 0
     worst_docs = sorted(zip(looks, (r.name for r in results)))[:3]
-    print(f"summary {kind.name}: same page count {same}/{n}, pictures {kept_pics}/{src_pics} kept"
-          f" ({extra_pics} extra), words per page {mean_words:.1f} %, look {mean_look:.1f}"
-          f" (worst: {', '.join(f'{name} {lk:.0f}' for lk, name in worst_docs)})")
-    return dict(kind=kind.name, same=f"{same}/{n}", pictures=f"{kept_pics}/{src_pics}", words=mean_words,
-                look=mean_look, worst=worst_docs)
+    summary = dict(kind=kind.name, same=f"{same}/{n}", pictures=f"{kept_pics}/{src_pics}", words=mean_words,
+                   look=mean_look, worst=worst_docs, bare=None)
+    line = (f"summary {kind.name}: same page count {same}/{n}, pictures {kept_pics}/{src_pics} kept"
+            f" ({extra_pics} extra), words per page {mean_words:.1f} %, look {mean_look:.1f}"
+            f" (worst: {', '.join(f'{name} {lk:.0f}' for lk, name in worst_docs)})")
+    if bare:
+        summary["bare"] = sum(bare_looks) / n
+        summary["bare_worst"] = sorted(zip(bare_looks, (r.name for r in results)))[:3]
+        line += (f", look without pictures {summary['bare']:.1f} (worst: "
+                 f"{', '.join(f'{name} {lk:.0f}' for lk, name in summary['bare_worst'])})")
+    mismatched = [f"{r.name} {r.pages}/{r.source_pages}" for r in results if r.pages != r.source_pages]
+    if mismatched:
+        line += f"; page count differs: {', '.join(mismatched)}"
+    print(line)
+    return summary
 
 
 def main():
@@ -374,6 +447,8 @@ def main():
     parser.add_argument("kinds", nargs="*", help="kinds to measure (default: all): " +
                         ", ".join(k.name for k in KINDS))
     parser.add_argument("--work", help="keep intermediate files here; the layouts of the sources are reused")
+    parser.add_argument("--all-wp", action="store_true",
+                        help="every WordPerfect document of the corpus libwpd opens, not only the twelve")
     parser.add_argument("--kind", action="append", default=[], metavar="NAME:SOURCES:EXT:COMMAND",
                         help="an extra kind: SOURCES is wp or office, COMMAND uses $SRC and $OUT")
     args = parser.parse_args()
@@ -405,7 +480,8 @@ def main():
     started = time.monotonic()
 
     # Sources get short names of their own: a.doc and a.docx would otherwise share a PDF.
-    groups = {"wp": (CORPUS / "wp", WP_SOURCES), "office": (CORPUS / "office", OFFICE_SOURCES)}
+    wp_sources = all_wp_sources(CORPUS / "wp") if args.all_wp else WP_SOURCES
+    groups = {"wp": (CORPUS / "wp", wp_sources), "office": (CORPUS / "office", OFFICE_SOURCES)}
     sources, names, layouts = {}, {}, {}
     for group, (folder, files) in groups.items():
         if not any(k.sources == group for k in kinds):
@@ -413,11 +489,12 @@ def main():
         staged = work / "sources" / group
         staged.mkdir(parents=True, exist_ok=True)
         sources[group] = []
-        for i, name in enumerate(files):
+        for name in files:
             if not (folder / name).exists():
                 continue
             ext = "wpd" if group == "wp" else name.rsplit(".", 1)[-1]
-            target = staged / f"{group}{i:02d}.{ext}"
+            safe = "".join(c if c.isalnum() or c in "-_" else "_" for c in name)
+            target = staged / f"{safe}.{ext}"
             shutil.copy(folder / name, target)
             sources[group].append(target)
             names[target.stem] = name
@@ -444,32 +521,58 @@ def main():
         outputs = make_outputs(kind, sources[kind.sources], outdir, office, work)
         made = [p for p in outputs.values() if p.exists() and p.stat().st_size > 0]
         office.convert(made, "pdf", outdir / "pdf", "WordPerfect" if kind.ext in ("wp6", "wp5") else None)
+        bare_dir = None
+        if kind.ext == "odt" and kind.role == "output":
+            bare_dir = outdir / "without-pictures"
+            bare_dir.mkdir(parents=True, exist_ok=True)
+            for odt in made:
+                try:
+                    remove_pictures(odt, bare_dir / odt.name)
+                except zipfile.BadZipFile:
+                    pass
+            office.convert(sorted(bare_dir.glob("*.odt")), "pdf", bare_dir / "pdf")
         results = []
         for src in sources[kind.sources]:
             out_pdf = outdir / "pdf" / f"{src.stem}.pdf"
             out = read_layout(out_pdf, work / "scratch") if outputs[src.stem] in made else None
-            results.append(compare(names[src.stem], layouts[src.stem], out))
+            bare = None
+            if bare_dir is not None and out is not None:
+                bare = read_layout(bare_dir / "pdf" / f"{src.stem}.pdf", work / "scratch")
+            results.append(compare(names[src.stem], layouts[src.stem], out, bare, bare_dir is not None))
         log(f"{kind.name}: {len(made)}/{len(outputs)} outputs, {time.monotonic() - t0:.0f} s")
         summaries.append(summarise(kind, results))
         pages = sorted((lk, r.name, i + 1) for r in results for i, lk in enumerate(r.looks))[:worst_n]
         print(f"worst pages of {kind.name}: " + ", ".join(f"{name} p{p} {lk:.0f}" for lk, name, p in pages))
+        kept_sets = [(f"{kind.name}-", pages, outdir / "pdf")]
+        if bare_dir is not None:
+            bare_pages = sorted((lk, r.name, i + 1) for r in results
+                                   for i, lk in enumerate(r.bare_looks or []))[:worst_n]
+            print(f"worst pages of {kind.name} without pictures: " +
+                  ", ".join(f"{name} p{p} {lk:.0f}" for lk, name, p in bare_pages))
+            kept_sets.append((f"{kind.name}-nopictures-", bare_pages, bare_dir / "pdf"))
         if keep:
             keep.mkdir(parents=True, exist_ok=True)
             for old in keep.glob(f"{kind.name}-*.png"):
                 old.unlink()
             stems = {names[s.stem]: s.stem for s in sources[kind.sources]}
-            for lk, name, p in pages:
-                stem = stems[name]
-                keep_side_by_side(keep / f"{kind.name}-{name}-p{p}.png",
-                                  work / "sources" / kind.sources / "pdf" / f"{stem}.pdf",
-                                  outdir / "pdf" / f"{stem}.pdf", p, work / "scratch")
+            for prefix, chosen, pdfs in kept_sets:
+                for lk, name, p in chosen:
+                    stem = stems[name]
+                    keep_side_by_side(keep / f"{prefix}{name}-p{p}.png",
+                                      work / "sources" / kind.sources / "pdf" / f"{stem}.pdf",
+                                      pdfs / f"{stem}.pdf", p, work / "scratch")
 
     print("\n## summary (source laid out by LibreOffice against the output laid out by LibreOffice)")
-    print("| kind | same page count | pictures kept | words per page | look | worst documents |")
-    print("|---|---|---|---|---|---|")
+    print("| kind | same page count | pictures kept | words per page | look | worst documents |"
+          " look without pictures | worst documents |")
+    print("|---|---|---|---|---|---|---|---|")
     for s in summaries:
         worst = ", ".join(f"{name} {lk:.0f}" for lk, name in s["worst"])
-        print(f"| {s['kind']} | {s['same']} | {s['pictures']} | {s['words']:.1f} % | {s['look']:.1f} | {worst} |")
+        bare = "— | —"
+        if s["bare"] is not None:
+            bare = f"{s['bare']:.1f} | " + ", ".join(f"{name} {lk:.0f}" for lk, name in s["bare_worst"])
+        print(f"| {s['kind']} | {s['same']} | {s['pictures']} | {s['words']:.1f} % | {s['look']:.1f} | {worst} |"
+              f" {bare} |")
     print(f"\n{time.monotonic() - started:.0f} s in all; work folder {work}")
     if not args.work:
         shutil.rmtree(work, ignore_errors=True)

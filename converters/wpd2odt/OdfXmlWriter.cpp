@@ -2,6 +2,7 @@
 
 #include "EmbeddedPictures.h"
 
+#include <algorithm>
 #include <cstring>
 #include <string_view>
 
@@ -96,6 +97,11 @@ void appendEscaped(std::string &out, std::string_view text, bool inAttribute)
     }
 }
 
+std::string spaceElement(std::size_t count)
+{
+    return count == 1 ? std::string("<text:s/>") : "<text:s text:c=\"" + std::to_string(count) + "\"/>";
+}
+
 std::string serialiseAttributes(const librevenge::RVNGPropertyList &attributes)
 {
     std::string result;
@@ -123,6 +129,8 @@ void OdfXmlWriter::startDocument()
     startTagOpen = false;
     heldImage.reset();
     inPictureData = false;
+    leadingSpaces.clear();
+    inLeadingSpace = false;
 }
 
 void OdfXmlWriter::endDocument()
@@ -141,10 +149,23 @@ void OdfXmlWriter::startElement(const char *name, const librevenge::RVNGProperty
     }
     flushHeldImage();
     const std::string_view element(name);
-    if (element == "text:p" || element == "text:h")
+    if (element == "text:p" || element == "text:h") {
         atParagraphStart = true;
-    else if (element != "text:span" && element != "text:a")
-        atParagraphStart = false;
+        spaceElementSeen = false;
+        leadingSpaces.clear();
+    } else if (atParagraphStart && element == "text:s") {
+        // libodfgen writes the second and later of a run of spaces this way.
+        closeStartTag();
+        std::size_t count = 1;
+        if (const librevenge::RVNGProperty *c = attributes["text:c"])
+            count = static_cast<std::size_t>(std::max(1, c->getInt()));
+        leadingSpaces.push_back({out.size(), count, false});
+        inLeadingSpace = true;
+        spaceElementSeen = true;
+        return;
+    } else if (element != "text:span" && element != "text:a") {
+        writeLeadingSpaces(false);
+    }
     if (pictures && name == imageElement) {
         closeStartTag();
         heldImage = serialiseAttributes(attributes);
@@ -167,6 +188,17 @@ void OdfXmlWriter::endElement(const char *name)
         return;
     }
     flushHeldImage();
+    const std::string_view element(name);
+    if (inLeadingSpace && element == "text:s") {
+        inLeadingSpace = false;
+        return;
+    }
+    if (element == "text:p" || element == "text:h") {
+        if (spaceElementSeen)
+            writeLeadingSpaces(true);
+        atParagraphStart = false;
+        leadingSpaces.clear();
+    }
     if (startTagOpen) {
         out += "/>";
         startTagOpen = false;
@@ -190,14 +222,35 @@ void OdfXmlWriter::characters(const librevenge::RVNGString &text)
         std::size_t spaces = 0;
         while (rest[spaces] == ' ')
             ++spaces;
-        if (spaces == 1)
-            out += "<text:s/>";
-        else if (spaces > 1)
-            out += "<text:s text:c=\"" + std::to_string(spaces) + "\"/>";
+        if (spaces > 0)
+            leadingSpaces.push_back({out.size(), spaces, true});
         rest += spaces;
-        atParagraphStart = false;
+        if (*rest)
+            writeLeadingSpaces(false);
     }
     appendEscaped(out, rest, false);
+}
+
+void OdfXmlWriter::writeLeadingSpaces(bool whereMet)
+{
+    atParagraphStart = false;
+    std::size_t moved = 0;
+    // From the last, so that the positions before it stay where they are.
+    for (auto i = leadingSpaces.rbegin(); i != leadingSpaces.rend(); ++i) {
+        // A plain space goes with the text that follows it, in its font: left in a span of its
+        // own (a footnote's opening space in the body's font, say) it would make the first line
+        // as tall as that span's font. Runs stay in their spans, which may be underlined to
+        // draw a line to write on.
+        if (!whereMet && i->plain)
+            moved += i->count;
+        else
+            out.insert(i->position, spaceElement(i->count));
+    }
+    if (moved > 0) {
+        closeStartTag();
+        out += spaceElement(moved);
+    }
+    leadingSpaces.clear();
 }
 
 void OdfXmlWriter::writeStartTag(const std::string &name, const std::string &attributes)

@@ -2,8 +2,10 @@
 
 #include <libodfgen/libodfgen.hxx>
 
+#include <cstddef>
 #include <optional>
 #include <string>
+#include <vector>
 
 class EmbeddedPictures;
 
@@ -28,6 +30,8 @@ private:
     void writeStartTag(const std::string &name, const std::string &attributes);
     void closeStartTag();
     void flushHeldImage();
+    // Where they were met, or the plain ones together at the end of out.
+    void writeLeadingSpaces(bool whereMet);
 
     EmbeddedPictures *pictures;
     std::string out;
@@ -41,4 +45,19 @@ private:
     // Nothing has been written in the open paragraph yet: ODF readers drop spaces here unless they
     // are text:s, and libodfgen writes a single leading space as plain text.
     bool atParagraphStart = false;
+    // Spaces met while nothing else has been written in the paragraph: where in out they go and
+    // how many. They are written once the paragraph turns out to hold more than spaces. A
+    // paragraph of plain spaces alone stays empty, as in LibreOffice's own import, which drops
+    // them and so makes the line as tall as the paragraph's style and not as its spans' fonts;
+    // that import keeps a run of spaces (libodfgen's text:s), and so do we.
+    struct LeadingSpaces {
+        std::size_t position;
+        std::size_t count;
+        bool plain; // characters, not a text:s of libodfgen's
+    };
+    std::vector<LeadingSpaces> leadingSpaces;
+    // Inside a text:s that went into leadingSpaces instead of out.
+    bool inLeadingSpace = false;
+    // The open paragraph's leading spaces include a text:s from libodfgen.
+    bool spaceElementSeen = false;
 };

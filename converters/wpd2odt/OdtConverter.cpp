@@ -4,11 +4,14 @@
 #include "EmbeddedPictures.h"
 #include "OdfXmlWriter.h"
 #include "OdtPackageWriter.h"
+#include "WordPerfect5Boxes.h"
 #include "WordPerfectDocument.h"
 #include "WriterDefaults.h"
 #include "WpgToSvg.h"
 
 #include <libodfgen/libodfgen.hxx>
+
+#include <utility>
 
 namespace {
 
@@ -29,13 +32,15 @@ void requireOutput(const OdfXmlWriter &writer, const WordPerfectDocument &docume
 
 std::string OdtConverter::toFlatXml(const WordPerfectDocument &document, richtext::Losses &losses)
 {
-    OdtGenerator generator;
+    WordPerfect5Boxes::Contents boxes = WordPerfect5Boxes::read(document.contents());
+    WordPerfect5Boxes generator(std::move(boxes.pictures));
     prepare(generator);
     OdfXmlWriter writer;
     WriterDefaults defaults(writer);
     generator.addDocumentHandler(&defaults, ODF_FLAT_XML);
     document.parse(generator);
     requireOutput(writer, document);
+    losses.add(boxes.losses);
     losses.add(WpgToSvg::takeLosses());
     return writer.xml();
 }
@@ -47,7 +52,8 @@ std::string OdtConverter::toPackage(const WordPerfectDocument &document, richtex
     OdfXmlWriter content(&pictures);
     OdfXmlWriter styles(&pictures);
     OdfXmlWriter meta;
-    OdtGenerator generator;
+    WordPerfect5Boxes::Contents boxes = WordPerfect5Boxes::read(document.contents());
+    WordPerfect5Boxes generator(std::move(boxes.pictures));
     prepare(generator);
     generator.addDocumentHandler(&content, ODF_CONTENT_XML);
     WriterDefaults styleDefaults(styles);
@@ -70,6 +76,7 @@ std::string OdtConverter::toPackage(const WordPerfectDocument &document, richtex
     }
     for (const EmbeddedPictures::Picture &picture : pictures.pictures())
         package.add(picture.path, picture.mediaType, picture.bytes);
+    losses.add(boxes.losses);
     losses.add(WpgToSvg::takeLosses());
     if (pictures.unrecognised() > 0)
         losses.add(richtext::loss::unreadablePictures);

@@ -20,6 +20,7 @@ public:
     void parse(librevenge::RVNGTextInterface &generator) const;
 
     const std::string &path() const { return location; }
+    const std::vector<unsigned char> &contents() const { return bytes; }
 
 private:
     WordPerfectDocument(std::string path, std::vector<unsigned char> bytes);

@@ -40,6 +40,9 @@ inline constexpr std::string_view unreadablePictures = "pictures that could not 
 inline constexpr std::string_view pictureFormats = "pictures in a format WordPerfect cannot hold";
 inline constexpr std::string_view charactersWordPerfect = "characters WordPerfect has no code for";
 inline constexpr std::string_view charactersMacRoman = "characters Mac Roman has no byte for";
+inline constexpr std::string_view equations = "equations";
+inline constexpr std::string_view boxedText = "text in boxes";
+inline constexpr std::string_view graphicLines = "graphic lines";
 inline constexpr std::string_view firstPageHeaders = "first-page headers and footers (kept as the page's opening text)";
 } // namespace loss
 

@@ -99,6 +99,7 @@ std::vector<std::string> OdtFile::select(const std::string &xml, const std::stri
                                    {"manifest", "urn:oasis:names:tc:opendocument:xmlns:manifest:1.0"},
                                    {"style", "urn:oasis:names:tc:opendocument:xmlns:style:1.0"},
                                    {"config", "urn:oasis:names:tc:opendocument:xmlns:config:1.0"},
+                                   {"svg", "urn:oasis:names:tc:opendocument:xmlns:svg-compatible:1.0"},
                                    {"xlink", "http://www.w3.org/1999/xlink"}};
     for (const auto &[prefix, uri] : namespaces)
         xmlXPathRegisterNs(context.get(), BAD_CAST prefix, BAD_CAST uri);

@@ -126,15 +126,44 @@ TEST(OutputTest, ReplacesAnExistingDestination)
     EXPECT_EQ(folder.names(), (std::set<std::string>{"doc.wp", "out.odt"}));
 }
 
-TEST(OutputTest, SpacesThatOpenAParagraphAreKept)
+// Plain leading spaces are dropped by every ODF reader; only text:s keeps them. A paragraph of one
+// space stays empty and one of a run of spaces keeps them, as in LibreOffice's own import: the
+// spaces make the line as tall as its font rather than its paragraph style.
+TEST(OutputTest, SpacesThatOpenAParagraphAreKeptWhenTextFollows)
 {
-    ScratchFolder folder;
-    const std::string source = folder.write("doc.wp", WordPerfectFixtures::wp51({" indented by a space", "plain"}));
-    const ProgramRun run = ProgramRun::of({WPD2ODT_PATH, "--stdout", source});
-    ASSERT_EQ(run.status, 0) << run.err;
-    // Plain leading spaces are dropped by every ODF reader; only text:s keeps them.
-    EXPECT_NE(run.out.find("<text:s/>indented by a space"), std::string::npos) << run.out;
-    EXPECT_NE(run.out.find(">plain<"), std::string::npos);
+    const struct {
+        const char *paragraph;
+        int spaces; // the spaces of the paragraph in the output, plain and text:s
+    } cases[] = {
+        {" indented by a space", 4},
+        {"    indented by four", 6},
+        {"inner  spaces", 2},
+        {" ", 0},
+        {"     ", 5},
+    };
+    for (const auto &c : cases) {
+        SCOPED_TRACE(std::string("paragraph \"") + c.paragraph + "\"");
+        ScratchFolder folder;
+        const std::string source =
+            folder.write("doc.wp", WordPerfectFixtures::wp51({"before", c.paragraph, "after"}));
+        const ProgramRun run = ProgramRun::of({WPD2ODT_PATH, "--stdout", source});
+        ASSERT_EQ(run.status, 0) << run.err;
+
+        const std::string paragraph = "//office:text/text:p[2]";
+        const std::string text = OdtFile::select(run.out, "string(" + paragraph + ")")[0];
+        const int plain = static_cast<int>(std::count(text.begin(), text.end(), ' '));
+        const int single =
+            std::stoi(OdtFile::select(run.out, "count(" + paragraph + "//text:s[not(@text:c)])")[0]);
+        const int counted = std::stoi(OdtFile::select(run.out, "sum(" + paragraph + "//text:s/@text:c)")[0]);
+        EXPECT_EQ(plain + single + counted, c.spaces) << run.out;
+
+        std::string words(c.paragraph);
+        std::erase(words, ' ');
+        std::string kept = text;
+        std::erase(kept, ' ');
+        EXPECT_EQ(kept, words);
+        EXPECT_EQ(OdtFile::select(run.out, "string(//office:text/text:p[3])")[0], "after");
+    }
 }
 
 // LibreOffice lays a loaded file out with what the file says, and its own WordPerfect import with a
