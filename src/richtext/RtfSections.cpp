@@ -82,14 +82,14 @@ std::optional<std::string> RtfSections::start(bool textFollows)
     if (!started) {
         started = true;
         // A section without headers shows those of the section before it;
-        // empty groups keep the page as bare as the span wants it.
+        // groups holding a hairline keep the page as bare as the span wants it.
         for (const bool footer : {false, true}) {
             const std::string family = footer ? "\\footer" : "\\header";
             const auto ofFamily = [&](const std::string &kind) { return kind.starts_with(family); };
             if (std::none_of(kinds.begin(), kinds.end(), ofFamily))
                 for (const std::string &kind : previousKinds)
                     if (ofFamily(kind))
-                        headers += "{" + kind + "}\n";
+                        headers += "{" + kind + RtfFormat::hairline + "}\n";
         }
         previousKinds.clear();
         writtenColumns = columnWords;

@@ -133,8 +133,10 @@ bool RtfTable::addCoveredCell(const librevenge::RVNGPropertyList &cell)
 
 std::string RtfTable::rowDefinition() const
 {
-    std::string words =
-        "\\trowd\\trgaph108\\trleft" + std::to_string(RtfFormat::twips(left)) + alignment + rowWords;
+    // Cells are padded by their own \clpad words only: a gap between cells
+    // (\trgaph) would move the whole table left by as much in LibreOffice.
+    std::string words = "\\trowd\\trleft" + std::to_string(RtfFormat::twips(left)) + alignment +
+                        "\\trpaddfl3\\trpaddl0\\trpaddfr3\\trpaddr0" + rowWords;
     for (const CellDefinition &cell : cells)
         words +=
             cell.words + "\\cellx" + std::to_string(RtfFormat::twips(columnStart(cell.column + cell.span)));

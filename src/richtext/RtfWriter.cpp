@@ -132,6 +132,10 @@ void RtfWriter::openHeaderOrFooter(const RVNGPropertyList &propList, bool footer
 void RtfWriter::closeHeaderOrFooter()
 {
     const bool ignored = container().kind == Container::Kind::ignored;
+    // A header that ends with a table, or holds nothing, would get a
+    // paragraph of the default size from the reader, and push the text down.
+    if (!ignored && (container().afterTable || !container().anyParagraph))
+        output.word(RtfFormat::hairline);
     leave();
     if (!ignored)
         output.raw("}");
@@ -389,7 +393,7 @@ void RtfWriter::openTable(const RVNGPropertyList &propList)
     if (container().afterTable) {
         // Rows that follow rows are one table to every RTF reader; only a
         // paragraph keeps two tables apart. A one-point one keeps the page as it was.
-        output.word("\\pard\\plain\\fs2\\sl-20\\slmult0\\par");
+        output.word(std::string(RtfFormat::hairline) + "\\par");
         output.raw("\n");
     }
     const RtfPicture::PageArea &page = sections.page();

@@ -226,7 +226,8 @@ TEST(RtfWriter, WritesEveryPartOfADocument)
         "\\levelnumbers\\'01;}",
         "{\\*\\listoverridetable{\\listoverride\\listid1\\listoverridecount0\\ls1}}",
         "\\pard\\plain\\ls1\\ilvl0\\ql{\\listtext B.\\tab}item",
-        "\\trowd\\trgaph108\\trleft0\\cellx2880\n\\pard\\plain\\intbl\\ql cell\\cell\n\\row",
+        "\\trowd\\trleft0\\trpaddfl3\\trpaddl0\\trpaddfr3\\trpaddr0\\cellx2880\n\\pard\\plain\\intbl\\ql "
+        "cell\\cell\n\\row",
         "\\sect\n\\sectd",
         "\\sectd\\sbkpage\\pgwsxn12240\\pghsxn15840\\marglsxn1440\\pgnlcrm\\pgnstarts5\\pgnrestart\\cols2\\co"
         "lsx720\n",
@@ -729,8 +730,11 @@ TEST(RtfWriter, KeepsASectionWithoutHeadersFromShowingThoseBeforeIt)
     const std::string rtf = out.rtf();
     const std::size_t second = at(rtf, "\\sect\n\\sectd");
     const std::size_t third = at(rtf, "\\sect\n\\sectd", second + 1);
-    EXPECT_LT(second, at(rtf, "{\\headerr}\n{\\footer}\n", second));
-    EXPECT_LT(at(rtf, "{\\footer}\n", second), third);
+    EXPECT_LT(second, at(rtf,
+                         "{\\headerr\\pard\\plain\\fs2\\sl-20\\slmult0}\n"
+                         "{\\footer\\pard\\plain\\fs2\\sl-20\\slmult0}\n",
+                         second));
+    EXPECT_LT(at(rtf, "{\\footer\\pard", second), third);
     EXPECT_EQ(rtf.find("{\\header", third), std::string::npos) << "the bare section before serves";
 }
 
@@ -757,3 +761,42 @@ TEST(RtfWriter, EndsAnEmptyParagraphBeforeColumnsWithItsOwnPar)
         EXPECT_NE(rtf.find(empty ? "{}\\par\n\\sect\n" : "{text}\\sect\n"), std::string::npos) << rtf;
     }
 }
+
+TEST(RtfWriter, EndsAHeaderThatWouldEndWithoutAParagraphWithAHairline)
+{
+    enum class Holds { text, table, nothing };
+    const struct {
+        Holds holds;
+        const char *group;
+    } cases[] = {
+        {Holds::text, "{\\header\\pard\\plain\\ql head}"},
+        {Holds::table, "\\row\n\\pard\\plain\\fs2\\sl-20\\slmult0}"},
+        {Holds::nothing, "{\\header\\pard\\plain\\fs2\\sl-20\\slmult0}"},
+    };
+    for (const auto &c : cases) {
+        RtfWriter out;
+        out.startDocument({});
+        out.openPageSpan({});
+        out.openHeader({});
+        if (c.holds == Holds::text)
+            paragraph(out, "head");
+        if (c.holds == Holds::table) {
+            out.openTable({});
+            out.openTableRow({});
+            out.openTableCell({});
+            paragraph(out, "cell");
+            out.closeTableCell();
+            out.closeTableRow();
+            out.closeTable();
+        }
+        out.closeHeader();
+        paragraph(out, "body");
+        out.closePageSpan();
+        out.endDocument();
+        const std::string rtf = out.rtf();
+        EXPECT_TRUE(fixtures::balanced(rtf)) << rtf;
+        EXPECT_NE(rtf.find(c.group), std::string::npos) << c.group << " in\n" << rtf;
+        EXPECT_EQ(rtf.find("\\fs2", rtf.find("body")), std::string::npos) << "the body has none";
+    }
+}
+
