@@ -108,6 +108,12 @@ std::optional<std::string> RtfSections::start(bool textFollows)
     return "\\sect\n\\sectd\\sbknone" + spanWords + columnWords + "\n";
 }
 
+bool RtfSections::hasHeader() const
+{
+    return std::any_of(kinds.begin(), kinds.end(),
+                       [](const std::string &kind) { return kind.starts_with("\\header"); });
+}
+
 std::string RtfSections::documentWords() const
 {
     return paper + (facingPages ? "\\facingp" : "");

@@ -38,6 +38,9 @@ public:
     // \paperw, \margl... and \facingp for the document's header.
     std::string documentWords() const;
 
+    // The current span has a header, which moves its text down by as much as it takes.
+    bool hasHeader() const;
+
     // The current span's page and margins.
     const RtfPicture::PageArea &page() const { return area; }
 

@@ -86,6 +86,7 @@ void RtfWriter::setDocumentMetaData(const RVNGPropertyList &propList)
 void RtfWriter::openPageSpan(const RVNGPropertyList &propList)
 {
     startSectionIfNeeded();
+    spanBlank = true;
     if (sections.open(propList) && atTopLevel()) {
         // \sect ends the section's last paragraph itself, and any table.
         container().paragraphEnded = false;
@@ -156,6 +157,9 @@ void RtfWriter::beginParagraph(const RVNGPropertyList &propList, const std::stri
     here.paragraphOpen = true;
     here.paragraphEmpty = true;
     here.anyParagraph = true;
+    ++here.paragraphs;
+    if (atTopLevel())
+        spanBlank = false;
     output.word("\\pard\\plain");
     if (here.kind == Container::Kind::cell)
         output.word("\\intbl");
@@ -364,10 +368,34 @@ void RtfWriter::closeTextBox()
     output.raw("}}}");
 }
 
+RVNGPropertyList RtfWriter::placing(const RVNGPropertyList &given)
+{
+    // LibreOffice makes a table row tall enough for a frame anchored in one
+    // of its cells, which WordPerfect and ODF let float over the rows. Where
+    // the cell's paragraph is known to start, the frame is placed against the
+    // page instead.
+    const std::string anchor = Units::text(given, "text:anchor-type").value_or("as-char");
+    const std::string relation = Units::text(given, "style:vertical-rel").value_or("paragraph");
+    if (anchor == "as-char" || (relation != "paragraph" && relation != "paragraph-content") ||
+        container().kind != Container::Kind::cell || container().paragraphs > 1 || tables.size() != 1 ||
+        flattenedTables > 0 || sections.hasHeader())
+        return given;
+    const std::optional<double> top = tables.back()->cellTextTop();
+    if (!top)
+        return given;
+    RVNGPropertyList moved = given;
+    // Against the page: LibreOffice keeps one placed against the margin in its cell all the same.
+    moved.insert("style:vertical-rel", "page");
+    moved.insert("svg:y", sections.page().top + *top + Units::inches(given, "svg:y").value_or(0),
+                 librevenge::RVNG_INCH);
+    return moved;
+}
+
 void RtfWriter::insertBinaryObject(const RVNGPropertyList &propList)
 {
+    const RVNGPropertyList where = placing(frame);
     const std::string picture =
-        RtfPicture::placed(RtfPicture::group(propList, frame, painter), frame, sections.page());
+        RtfPicture::placed(RtfPicture::group(propList, frame, painter), where, sections.page());
     if (picture.empty())
         return;
     ensureParagraph();
@@ -398,6 +426,11 @@ void RtfWriter::openTable(const RVNGPropertyList &propList)
     }
     const RtfPicture::PageArea &page = sections.page();
     tables.push_back(std::make_unique<RtfTable>(propList, page.width - page.left - page.right));
+    if (atTopLevel()) {
+        if (spanBlank)
+            tables.back()->setAtPageTop();
+        spanBlank = false;
+    }
 }
 
 void RtfWriter::openTableRow(const RVNGPropertyList &propList)

@@ -107,6 +107,7 @@ private:
         bool paragraphOpen = false;
         bool paragraphEnded = false; // its \par is owed when another paragraph follows
         bool paragraphEmpty = false; // nothing was written into the last paragraph
+        int paragraphs = 0;
         bool anyParagraph = false;
         bool noteMark = false; // the note's own number is still to be written
         bool spanOpen = false;
@@ -130,6 +131,7 @@ private:
     void closeHeaderOrFooter();
     void closeContainer();
     void startListLevel(const librevenge::RVNGPropertyList &propList, bool ordered);
+    librevenge::RVNGPropertyList placing(const librevenge::RVNGPropertyList &frame);
     void endListLevel();
 
     std::string document;
@@ -145,6 +147,7 @@ private:
     int flattenedTables = 0; // tables inside cells, written as plain paragraphs
     RtfSections sections;
     std::vector<librevenge::RVNGPropertyList> openSections;
+    bool spanBlank = false; // nothing has been written into the page span's text yet
     bool anyEndnote = false;
     librevenge::RVNGPropertyList frame;
     RtfPicture::SvgPainter painter;

@@ -800,3 +800,57 @@ TEST(RtfWriter, EndsAHeaderThatWouldEndWithoutAParagraphWithAHairline)
     }
 }
 
+// LibreOffice grows a row to hold a frame anchored in its cell; where the
+// cell's top is known (the first row of a table that opens the page), the
+// frame goes against the page instead.
+TEST(RtfWriter, PlacesAFrameInACellAtThePageTopAgainstThePage)
+{
+    enum class Before { nothing, paragraph, header };
+    const struct {
+        Before before;
+        const char *expected;
+    } cases[] = {
+        {Before::nothing, "\\shptop1512\\shpright2880\\shpbottom2952\\shpfhdr0\\shpbxpage\\shpbypage"},
+        {Before::paragraph, "\\shptop0\\shpright2880\\shpbottom1440\\shpfhdr0\\shpbxpage\\shpbypara"},
+        {Before::header, "\\shpbxpage\\shpbypara"},
+    };
+    static const char png[] = "\x89PNG\r\n\x1a\n\0\0\0\rIHDR\0\0\0\x02\0\0\0\x03\x08\x02\0\0\0";
+    RVNGPropertyList object = with("librevenge:mime-type", "image/png");
+    object.insert("office:binary-data",
+                  librevenge::RVNGBinaryData(reinterpret_cast<const unsigned char *>(png), sizeof png - 1));
+    RVNGPropertyList frame = with("svg:width", 2.0);
+    frame.insert("svg:height", 1.0);
+    frame.insert("text:anchor-type", "paragraph");
+    frame.insert("style:horizontal-rel", "page");
+    for (const auto &c : cases) {
+        RtfWriter out;
+        out.startDocument({});
+        out.openPageSpan(with("fo:margin-top", 1.0));
+        if (c.before == Before::header) {
+            out.openHeader({});
+            paragraph(out, "head");
+            out.closeHeader();
+        }
+        if (c.before == Before::paragraph)
+            paragraph(out, "before");
+        out.openTable({});
+        for (int row = 0; row < 2; ++row) {
+            out.openTableRow({});
+            out.openTableCell(with("fo:padding", 0.05));
+            out.openParagraph({});
+            out.openFrame(frame);
+            out.insertBinaryObject(object);
+            out.closeFrame();
+            out.closeParagraph();
+            out.closeTableCell();
+            out.closeTableRow();
+        }
+        out.closeTable();
+        out.closePageSpan();
+        out.endDocument();
+        const std::string rtf = out.rtf();
+        const std::size_t first = at(rtf, c.expected);
+        EXPECT_NE(rtf.find("\\shpbypara", first + 1), std::string::npos)
+            << "the second row's top is not known";
+    }
+}
