@@ -82,19 +82,29 @@ std::optional<std::string> RtfSections::start(bool textFollows)
     if (!started) {
         started = true;
         // A section without headers shows those of the section before it;
-        // groups holding a hairline keep the page as bare as the span wants it.
+        // groups holding a hairline keep the page as bare as the span wants
+        // it. They stand halfway into the margin, where the hairline leaves
+        // the text where it was.
+        std::string blankWords;
         for (const bool footer : {false, true}) {
             const std::string family = footer ? "\\footer" : "\\header";
             const auto ofFamily = [&](const std::string &kind) { return kind.starts_with(family); };
-            if (std::none_of(kinds.begin(), kinds.end(), ofFamily))
-                for (const std::string &kind : previousKinds)
-                    if (ofFamily(kind))
-                        headers += "{" + kind + RtfFormat::hairline + "}\n";
+            if (std::any_of(kinds.begin(), kinds.end(), ofFamily))
+                continue;
+            bool blanked = false;
+            for (const std::string &kind : previousKinds)
+                if (ofFamily(kind)) {
+                    headers += "{" + kind + RtfFormat::hairline + "}\n";
+                    blanked = true;
+                }
+            if (blanked)
+                blankWords += (footer ? "\\footery" : "\\headery") +
+                              std::to_string(RtfFormat::twips((footer ? area.bottom : area.top) / 2));
         }
         previousKinds.clear();
         writtenColumns = columnWords;
         writtenBalanced = balanced;
-        return "\\sectd\\sbkpage" + spanWords + restart + columnWords + "\n" + headers;
+        return "\\sectd\\sbkpage" + spanWords + blankWords + restart + columnWords + "\n" + headers;
     }
     // Readers balance columns only before a section break, so balanced ones get theirs anyway.
     const bool balanceOwed = !writtenColumns.empty() && writtenBalanced;

@@ -735,6 +735,7 @@ TEST(RtfWriter, KeepsASectionWithoutHeadersFromShowingThoseBeforeIt)
                          "{\\footer\\pard\\plain\\fs2\\sl-20\\slmult0}\n",
                          second));
     EXPECT_LT(at(rtf, "{\\footer\\pard", second), third);
+    EXPECT_LT(at(rtf, "\\headery720\\footery720", second), third) << "halfway into the margins";
     EXPECT_EQ(rtf.find("{\\header", third), std::string::npos) << "the bare section before serves";
 }
 
