@@ -49,14 +49,24 @@ std::optional<std::string> RtfSections::headerGroup(const librevenge::RVNGProper
         return std::nullopt;
     }
     kinds.insert(group);
-    // The header sits at the page margin; the text starts below its height and spacing.
+    // The header sits at the page margin; the text starts below its height
+    // and spacing. A header that states no height is half a centimetre high,
+    // as ODF readers make it.
     const double height =
-        Units::inches(properties, "fo:min-height").value_or(0) +
+        Units::inches(properties, "fo:min-height").value_or(0.5 / 2.54) +
         Units::inches(properties, footer ? "fo:margin-top" : "fo:margin-bottom").value_or(0);
     const double margin = footer ? area.bottom : area.top;
     spanWords += (footer ? "\\footery" : "\\headery") + std::to_string(RtfFormat::twips(margin)) +
                  (footer ? "\\margbsxn" : "\\margtsxn") + std::to_string(RtfFormat::twips(margin + height));
     return group;
+}
+
+void RtfSections::emptyHeader(bool footer)
+{
+    // Later words win: these undo the height headerGroup gave it.
+    const std::string margin = std::to_string(RtfFormat::twips(footer ? area.bottom : area.top));
+    spanWords +=
+        footer ? "\\footery" + margin + "\\margbsxn" + margin : "\\headery" + margin + "\\margtsxn" + margin;
 }
 
 bool RtfSections::addHeader(const std::string &group)

@@ -25,6 +25,8 @@ public:
     // The control word that opens a header or footer group ("\headerl"), or
     // none for a kind RTF has no place for. Adjusts the section's margins and flags.
     std::optional<std::string> headerGroup(const librevenge::RVNGPropertyList &properties, bool footer);
+    // The header or footer just opened holds nothing: it takes no room from the text.
+    void emptyHeader(bool footer);
     // A finished header or footer group; false when the section's text has
     // begun and the group must be written where it stands.
     bool addHeader(const std::string &group);

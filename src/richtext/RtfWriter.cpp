@@ -120,6 +120,7 @@ void RtfWriter::closeSection()
 void RtfWriter::openHeaderOrFooter(const RVNGPropertyList &propList, bool footer)
 {
     output.setAside();
+    inFooter = footer;
     const std::optional<std::string> group = sections.headerGroup(propList, footer);
     if (!group) {
         enter(Container::Kind::ignored);
@@ -137,6 +138,8 @@ void RtfWriter::closeHeaderOrFooter()
     // paragraph of the default size from the reader, and push the text down.
     if (!ignored && (container().afterTable || !container().anyParagraph))
         output.word(RtfFormat::hairline);
+    if (!ignored && !container().anyParagraph)
+        sections.emptyHeader(inFooter);
     leave();
     if (!ignored)
         output.raw("}");
@@ -418,6 +421,7 @@ void RtfWriter::openTable(const RVNGPropertyList &propList)
         closeParagraph();
     startSectionIfNeeded();
     endOwedParagraph();
+    container().anyParagraph = true; // the table's rows stand for paragraphs here
     if (container().afterTable) {
         // Rows that follow rows are one table to every RTF reader; only a
         // paragraph keeps two tables apart. A one-point one keeps the page as it was.

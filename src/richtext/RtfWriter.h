@@ -148,6 +148,7 @@ private:
     RtfSections sections;
     std::vector<librevenge::RVNGPropertyList> openSections;
     bool spanBlank = false; // nothing has been written into the page span's text yet
+    bool inFooter = false;  // the header group being written is a footer's
     bool anyEndnote = false;
     librevenge::RVNGPropertyList frame;
     RtfPicture::SvgPainter painter;

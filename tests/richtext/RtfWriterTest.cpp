@@ -229,8 +229,9 @@ TEST(RtfWriter, WritesEveryPartOfADocument)
         "\\trowd\\trleft0\\trpaddfl3\\trpaddl0\\trpaddfr3\\trpaddr0\\cellx2880\n\\pard\\plain\\intbl\\ql "
         "cell\\cell\n\\row",
         "\\sect\n\\sectd",
-        "\\sectd\\sbkpage\\pgwsxn12240\\pghsxn15840\\marglsxn1440\\pgnlcrm\\pgnstarts5\\pgnrestart\\cols2\\co"
-        "lsx720\n",
+        "\\sectd\\sbkpage\\pgwsxn12240\\pghsxn15840\\marglsxn1440\\pgnlcrm\\headery720\\pgnstarts5\\pgnrestar"
+        "t"
+        "\\cols2\\colsx720\n",
         "\\tqr\\tldot\\tx4320",
         "page\\tab{\\field{\\*\\fldinst{ PAGE \\\\* roman }}{\\fldrslt{}}}{\\shp{\\*\\shpinst\\shpleft7920",
         "\\shpbxpage\\shpbypara\\shpwr2\\shpwrk0\\shpz0{\\sp{\\sn shapeType}{\\sv 75}}{\\sp{\\sn pib}{\\sv "
@@ -766,13 +767,17 @@ TEST(RtfWriter, EndsAnEmptyParagraphBeforeColumnsWithItsOwnPar)
 TEST(RtfWriter, EndsAHeaderThatWouldEndWithoutAParagraphWithAHairline)
 {
     enum class Holds { text, table, nothing };
+    // Without a height of its own a header is half a centimetre high (283
+    // twips) below the margin; an empty one takes no room.
     const struct {
         Holds holds;
         const char *group;
+        const char *margins;
     } cases[] = {
-        {Holds::text, "{\\header\\pard\\plain\\ql head}"},
-        {Holds::table, "\\row\n\\pard\\plain\\fs2\\sl-20\\slmult0}"},
-        {Holds::nothing, "{\\header\\pard\\plain\\fs2\\sl-20\\slmult0}"},
+        {Holds::text, "{\\header\\pard\\plain\\ql head}", "\\headery1440\\margtsxn1723\n"},
+        {Holds::table, "\\row\n\\pard\\plain\\fs2\\sl-20\\slmult0}", "\\headery1440\\margtsxn1723\n"},
+        {Holds::nothing, "{\\header\\pard\\plain\\fs2\\sl-20\\slmult0}",
+         "\\margtsxn1723\\headery1440\\margtsxn1440\n"},
     };
     for (const auto &c : cases) {
         RtfWriter out;
@@ -797,6 +802,7 @@ TEST(RtfWriter, EndsAHeaderThatWouldEndWithoutAParagraphWithAHairline)
         const std::string rtf = out.rtf();
         EXPECT_TRUE(fixtures::balanced(rtf)) << rtf;
         EXPECT_NE(rtf.find(c.group), std::string::npos) << c.group << " in\n" << rtf;
+        EXPECT_NE(rtf.find(c.margins), std::string::npos) << c.margins << " in\n" << rtf;
         EXPECT_EQ(rtf.find("\\fs2", rtf.find("body")), std::string::npos) << "the body has none";
     }
 }
