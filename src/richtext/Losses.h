@@ -42,6 +42,9 @@ inline constexpr std::string_view charactersWordPerfect = "characters WordPerfec
 inline constexpr std::string_view charactersWindowsAnsi = "characters Windows ANSI has no byte for";
 inline constexpr std::string_view charactersMacRoman = "characters Mac Roman has no byte for";
 inline constexpr std::string_view firstPageHeaders = "first-page headers and footers (kept as the page's opening text)";
+inline constexpr std::string_view comments = "comments";
+inline constexpr std::string_view equations = "equations";
+inline constexpr std::string_view nestedTables = "tables inside tables (kept as their cell's paragraphs)";
 } // namespace loss
 
 } // namespace richtext

@@ -348,6 +348,7 @@ void RtfWriter::closeNote()
 void RtfWriter::openComment(const RVNGPropertyList &)
 {
     // Annotations have no place in classic RTF; their text is left out.
+    lost.add(loss::comments);
     output.setAside();
     enter(Container::Kind::ignored);
 }
@@ -399,8 +400,10 @@ void RtfWriter::insertBinaryObject(const RVNGPropertyList &propList)
     const RVNGPropertyList where = placing(frame);
     const std::string picture =
         RtfPicture::placed(RtfPicture::group(propList, frame, painter), where, sections.page());
-    if (picture.empty())
+    if (picture.empty()) {
+        lost.add(loss::pictureFormats);
         return;
+    }
     ensureParagraph();
     output.raw(picture);
 }
@@ -410,6 +413,7 @@ void RtfWriter::openTable(const RVNGPropertyList &propList)
     // RTF nests tables only through a flat ignorable group that the classic
     // rewriting removes, so a table inside a cell becomes that cell's paragraphs.
     if (!tables.empty() && container().kind == Container::Kind::cell) {
+        lost.add(loss::nestedTables);
         ++flattenedTables;
         return;
     }

@@ -3,6 +3,7 @@
 #include "richtext/TextOnlyInterface.h"
 
 #include "ListNumbering.h"
+#include "Losses.h"
 #include "RtfFormat.h"
 #include "RtfLists.h"
 #include "RtfOutput.h"
@@ -30,6 +31,9 @@ public:
 
     // The whole document; complete once endDocument has been called.
     const std::string &rtf() const { return document; }
+    // What the document held that RTF could not carry: pictures in no format
+    // it holds, comments, equations, the grid of tables inside tables.
+    const richtext::Losses &losses() const { return lost; }
 
     void setDocumentMetaData(const librevenge::RVNGPropertyList &propList) override;
     void startDocument(const librevenge::RVNGPropertyList &) override {}
@@ -97,7 +101,7 @@ public:
     void openFrame(const librevenge::RVNGPropertyList &propList) override { frame = propList; }
     void closeFrame() override { frame.clear(); }
     void insertBinaryObject(const librevenge::RVNGPropertyList &propList) override;
-    void insertEquation(const librevenge::RVNGPropertyList &) override {}
+    void insertEquation(const librevenge::RVNGPropertyList &) override { lost.add(loss::equations); }
 
 private:
     // A stretch of text that holds paragraphs: the body, a header, a note, a cell.
@@ -152,6 +156,7 @@ private:
     bool anyEndnote = false;
     librevenge::RVNGPropertyList frame;
     RtfPicture::SvgPainter painter;
+    Losses lost;
 };
 
 } // namespace richtext

@@ -861,3 +861,61 @@ TEST(RtfWriter, PlacesAFrameInACellAtThePageTopAgainstThePage)
             << "the second row's top is not known";
     }
 }
+
+TEST(RtfWriter, SaysWhatItCouldNotCarry)
+{
+    using richtext::Losses;
+    namespace loss = richtext::loss;
+    const struct {
+        const char *why;
+        Script script;
+        std::vector<std::string> kinds;
+    } cases[] = {
+        {"plain text", [](RtfWriter &out) { out.insertText("x"); }, {}},
+        {"a comment",
+         [](RtfWriter &out) {
+             out.openComment({});
+             paragraph(out, "note");
+             out.closeComment();
+         },
+         {std::string(loss::comments)}},
+        {"an equation", [](RtfWriter &out) { out.insertEquation({}); }, {std::string(loss::equations)}},
+        {"a picture in no format RTF holds, twice",
+         [](RtfWriter &out) {
+             const RVNGPropertyList object = with("office:binary-data", "R0lGODlhAQABAAAAACw=");
+             out.insertBinaryObject(object);
+             out.insertBinaryObject(object);
+         },
+         {std::string(loss::pictureFormats)}},
+        {"a table inside a table",
+         [](RtfWriter &out) {
+             out.closeParagraph();
+             out.openTable({});
+             out.openTableRow({});
+             out.openTableCell({});
+             out.openTable({});
+             out.openTableRow({});
+             out.openTableCell({});
+             paragraph(out, "inner");
+             out.closeTableCell();
+             out.closeTableRow();
+             out.closeTable();
+             out.closeTableCell();
+             out.closeTableRow();
+             out.closeTable();
+             out.openParagraph({});
+         },
+         {std::string(loss::nestedTables)}},
+    };
+    for (const auto &c : cases) {
+        RtfWriter writer;
+        writer.startDocument({});
+        writer.openPageSpan({});
+        writer.openParagraph({});
+        c.script(writer);
+        writer.closeParagraph();
+        writer.closePageSpan();
+        writer.endDocument();
+        EXPECT_EQ(writer.losses().kinds(), c.kinds) << c.why;
+    }
+}
