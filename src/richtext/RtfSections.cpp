@@ -50,10 +50,12 @@ std::optional<std::string> RtfSections::headerGroup(const librevenge::RVNGProper
     }
     kinds.insert(group);
     // The header sits at the page margin; the text starts below its height
-    // and spacing. A header that states no height is half a centimetre high,
-    // as ODF readers make it.
+    // and spacing. A header of every page that states no height is half a
+    // centimetre high, as ODF readers make it; one of some pages only takes
+    // the room of its lines, as the section's margin is every page's.
+    const bool everyPage = occurrence == "all" || occurrence == "both";
     const double height =
-        Units::inches(properties, "fo:min-height").value_or(0.5 / 2.54) +
+        Units::inches(properties, "fo:min-height").value_or(everyPage ? 0.5 / 2.54 : 0) +
         Units::inches(properties, footer ? "fo:margin-top" : "fo:margin-bottom").value_or(0);
     const double margin = footer ? area.bottom : area.top;
     spanWords += (footer ? "\\footery" : "\\headery") + std::to_string(RtfFormat::twips(margin)) +

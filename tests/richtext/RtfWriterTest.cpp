@@ -919,3 +919,33 @@ TEST(RtfWriter, SaysWhatItCouldNotCarry)
         EXPECT_EQ(writer.losses().kinds(), c.kinds) << c.why;
     }
 }
+
+TEST(RtfWriter, GivesAHeaderTheRoomItsHeightAndPagesAskFor)
+{
+    const struct {
+        const char *occurrence;
+        double minHeight; // 0: none stated
+        const char *words;
+    } cases[] = {
+        {"all", 0, "\\headery1440\\margtsxn1723\n"},    // half a centimetre
+        {"even", 0, "\\headery1440\\margtsxn1440\n"},   // the odd pages keep their margin
+        {"all", 0.5, "\\headery1440\\margtsxn2160\n"},  // as stated
+        {"odd", 0.25, "\\headery1440\\margtsxn1800\n"}, // as stated
+    };
+    for (const auto &c : cases) {
+        RtfWriter out;
+        out.startDocument({});
+        out.openPageSpan({});
+        RVNGPropertyList header = with("librevenge:occurrence", c.occurrence);
+        if (c.minHeight > 0)
+            header.insert("fo:min-height", c.minHeight, librevenge::RVNG_INCH);
+        out.openHeader(header);
+        paragraph(out, "head");
+        out.closeHeader();
+        paragraph(out, "body");
+        out.closePageSpan();
+        out.endDocument();
+        const std::string rtf = out.rtf();
+        EXPECT_NE(rtf.find(c.words), std::string::npos) << c.occurrence << " " << c.minHeight << "\n" << rtf;
+    }
+}
