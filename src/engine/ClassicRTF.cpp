@@ -42,6 +42,12 @@ std::string modernRTF(const Decoded &decoded, richtext::Losses &losses)
     }
     if (writer.rtf().empty())
         throw PlatformError("The document could not be written as RTF.");
+    for (const std::string &kind : writer.losses().kinds()) {
+        // A picture the decoding could not read reaches the writer in its WordPerfect form, which
+        // RTF cannot hold either: the same picture, said once.
+        if (kind != richtext::loss::rtfPictureFormats || !losses.has(richtext::loss::unreadablePictures))
+            losses.add(kind);
+    }
     return writer.rtf();
 }
 

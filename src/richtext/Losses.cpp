@@ -23,6 +23,11 @@ void Losses::add(const Losses &other)
         add(kind);
 }
 
+bool Losses::has(std::string_view kind) const
+{
+    return std::find(kinds_.begin(), kinds_.end(), kind) != kinds_.end();
+}
+
 std::string Losses::joined() const
 {
     std::string text;

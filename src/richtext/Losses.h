@@ -19,6 +19,7 @@ public:
     void add(const Losses &other);
 
     bool empty() const { return kinds_.empty(); }
+    bool has(std::string_view kind) const;
     const std::vector<std::string> &kinds() const { return kinds_; }
 
     // "KIND; KIND" (empty when nothing was lost).
@@ -38,12 +39,15 @@ private:
 namespace loss {
 inline constexpr std::string_view unreadablePictures = "pictures that could not be read";
 inline constexpr std::string_view pictureFormats = "pictures in a format WordPerfect cannot hold";
+inline constexpr std::string_view rtfPictureFormats = "pictures in a format RTF cannot hold";
 inline constexpr std::string_view charactersWordPerfect = "characters WordPerfect has no code for";
 inline constexpr std::string_view charactersMacRoman = "characters Mac Roman has no byte for";
-inline constexpr std::string_view equations = "equations";
 inline constexpr std::string_view boxedText = "text in boxes";
 inline constexpr std::string_view graphicLines = "graphic lines";
 inline constexpr std::string_view firstPageHeaders = "first-page headers and footers (kept as the page's opening text)";
+inline constexpr std::string_view comments = "comments";
+inline constexpr std::string_view equations = "equations";
+inline constexpr std::string_view nestedTables = "tables inside tables (kept as their cell's paragraphs)";
 } // namespace loss
 
 } // namespace richtext

@@ -29,6 +29,10 @@ private:
 
 namespace RtfFormat {
 
+// A paragraph one point high, without its \par: for where readers want a
+// paragraph (after a table, in a header) and the page wants none.
+inline constexpr const char *hairline = "\\pard\\plain\\fs2\\sl-20\\slmult0";
+
 int twips(double inches);
 
 // \f, \fs, \b, \i, \ul..., \strike, \super/\sub, \scaps, \caps, \cf... for a span.

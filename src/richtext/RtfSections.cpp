@@ -49,14 +49,26 @@ std::optional<std::string> RtfSections::headerGroup(const librevenge::RVNGProper
         return std::nullopt;
     }
     kinds.insert(group);
-    // The header sits at the page margin; the text starts below its height and spacing.
+    // The header sits at the page margin; the text starts below its height
+    // and spacing. A header of every page that states no height is half a
+    // centimetre high, as ODF readers make it; one of some pages only takes
+    // the room of its lines, as the section's margin is every page's.
+    const bool everyPage = occurrence == "all" || occurrence == "both";
     const double height =
-        Units::inches(properties, "fo:min-height").value_or(0) +
+        Units::inches(properties, "fo:min-height").value_or(everyPage ? 0.5 / 2.54 : 0) +
         Units::inches(properties, footer ? "fo:margin-top" : "fo:margin-bottom").value_or(0);
     const double margin = footer ? area.bottom : area.top;
     spanWords += (footer ? "\\footery" : "\\headery") + std::to_string(RtfFormat::twips(margin)) +
                  (footer ? "\\margbsxn" : "\\margtsxn") + std::to_string(RtfFormat::twips(margin + height));
     return group;
+}
+
+void RtfSections::emptyHeader(bool footer)
+{
+    // Later words win: these undo the height headerGroup gave it.
+    const std::string margin = std::to_string(RtfFormat::twips(footer ? area.bottom : area.top));
+    spanWords +=
+        footer ? "\\footery" + margin + "\\margbsxn" + margin : "\\headery" + margin + "\\margtsxn" + margin;
 }
 
 bool RtfSections::addHeader(const std::string &group)
@@ -82,19 +94,29 @@ std::optional<std::string> RtfSections::start(bool textFollows)
     if (!started) {
         started = true;
         // A section without headers shows those of the section before it;
-        // empty groups keep the page as bare as the span wants it.
+        // groups holding a hairline keep the page as bare as the span wants
+        // it. They stand halfway into the margin, where the hairline leaves
+        // the text where it was.
+        std::string blankWords;
         for (const bool footer : {false, true}) {
             const std::string family = footer ? "\\footer" : "\\header";
             const auto ofFamily = [&](const std::string &kind) { return kind.starts_with(family); };
-            if (std::none_of(kinds.begin(), kinds.end(), ofFamily))
-                for (const std::string &kind : previousKinds)
-                    if (ofFamily(kind))
-                        headers += "{" + kind + "}\n";
+            if (std::any_of(kinds.begin(), kinds.end(), ofFamily))
+                continue;
+            bool blanked = false;
+            for (const std::string &kind : previousKinds)
+                if (ofFamily(kind)) {
+                    headers += "{" + kind + RtfFormat::hairline + "}\n";
+                    blanked = true;
+                }
+            if (blanked)
+                blankWords += (footer ? "\\footery" : "\\headery") +
+                              std::to_string(RtfFormat::twips((footer ? area.bottom : area.top) / 2));
         }
         previousKinds.clear();
         writtenColumns = columnWords;
         writtenBalanced = balanced;
-        return "\\sectd\\sbkpage" + spanWords + restart + columnWords + "\n" + headers;
+        return "\\sectd\\sbkpage" + spanWords + blankWords + restart + columnWords + "\n" + headers;
     }
     // Readers balance columns only before a section break, so balanced ones get theirs anyway.
     const bool balanceOwed = !writtenColumns.empty() && writtenBalanced;
@@ -106,6 +128,12 @@ std::optional<std::string> RtfSections::start(bool textFollows)
     // \sectd resets every section word: the page's are repeated, and the
     // span's headers carry on without being written again.
     return "\\sect\n\\sectd\\sbknone" + spanWords + columnWords + "\n";
+}
+
+bool RtfSections::hasHeader() const
+{
+    return std::any_of(kinds.begin(), kinds.end(),
+                       [](const std::string &kind) { return kind.starts_with("\\header"); });
 }
 
 std::string RtfSections::documentWords() const

@@ -25,6 +25,8 @@ public:
     // The control word that opens a header or footer group ("\headerl"), or
     // none for a kind RTF has no place for. Adjusts the section's margins and flags.
     std::optional<std::string> headerGroup(const librevenge::RVNGPropertyList &properties, bool footer);
+    // The header or footer just opened holds nothing: it takes no room from the text.
+    void emptyHeader(bool footer);
     // A finished header or footer group; false when the section's text has
     // begun and the group must be written where it stands.
     bool addHeader(const std::string &group);
@@ -37,6 +39,9 @@ public:
 
     // \paperw, \margl... and \facingp for the document's header.
     std::string documentWords() const;
+
+    // The current span has a header, which moves its text down by as much as it takes.
+    bool hasHeader() const;
 
     // The current span's page and margins.
     const RtfPicture::PageArea &page() const { return area; }

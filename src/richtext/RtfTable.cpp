@@ -80,6 +80,7 @@ double RtfTable::columnStart(int column) const
 void RtfTable::beginRow(const librevenge::RVNGPropertyList &row)
 {
     cells.clear();
+    ++rows;
     nextColumn = 0;
     spanEnd = 0;
     sidewaysLeft = 0;
@@ -108,6 +109,15 @@ void RtfTable::addCell(const librevenge::RVNGPropertyList &cell, RtfPalette &pal
     nextColumn = spanEnd = definition.column + definition.span;
     sidewaysLeft = definition.span - 1;
     cells.push_back(definition);
+    cellPaddingTop =
+        Units::inches(cell, "fo:padding-top").value_or(Units::inches(cell, "fo:padding").value_or(0));
+}
+
+std::optional<double> RtfTable::cellTextTop() const
+{
+    if (!atPageTop || rows != 1)
+        return std::nullopt;
+    return cellPaddingTop;
 }
 
 bool RtfTable::addCoveredCell(const librevenge::RVNGPropertyList &cell)
@@ -133,8 +143,10 @@ bool RtfTable::addCoveredCell(const librevenge::RVNGPropertyList &cell)
 
 std::string RtfTable::rowDefinition() const
 {
-    std::string words =
-        "\\trowd\\trgaph108\\trleft" + std::to_string(RtfFormat::twips(left)) + alignment + rowWords;
+    // Cells are padded by their own \clpad words only: a gap between cells
+    // (\trgaph) would move the whole table left by as much in LibreOffice.
+    std::string words = "\\trowd\\trleft" + std::to_string(RtfFormat::twips(left)) + alignment +
+                        "\\trpaddfl3\\trpaddl0\\trpaddfr3\\trpaddr0" + rowWords;
     for (const CellDefinition &cell : cells)
         words +=
             cell.words + "\\cellx" + std::to_string(RtfFormat::twips(columnStart(cell.column + cell.span)));

@@ -2,6 +2,7 @@
 
 #include <librevenge/librevenge.h>
 
+#include <optional>
 #include <string>
 #include <vector>
 
@@ -27,6 +28,11 @@ public:
     // \trowd, the row's properties and every \cellx, for the cells added since beginRow.
     std::string rowDefinition() const;
 
+    // Nothing stands before the table on its page: its first row starts at the top of the text area.
+    void setAtPageTop() { atPageTop = true; }
+    // How far below the top of the text area the last cell's text starts, when that is known.
+    std::optional<double> cellTextTop() const;
+
 private:
     struct CellDefinition {
         int column = 0;
@@ -50,6 +56,9 @@ private:
     int sidewaysLeft = 0; // unlisted slots of that span that covered cells without a column may fill
     std::vector<CellDefinition> cells;
     std::vector<VerticalSpan> vertical;
+    bool atPageTop = false;
+    int rows = 0;
+    double cellPaddingTop = 0;
 };
 
 } // namespace richtext

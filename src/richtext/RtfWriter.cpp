@@ -86,6 +86,7 @@ void RtfWriter::setDocumentMetaData(const RVNGPropertyList &propList)
 void RtfWriter::openPageSpan(const RVNGPropertyList &propList)
 {
     startSectionIfNeeded();
+    spanBlank = true;
     if (sections.open(propList) && atTopLevel()) {
         // \sect ends the section's last paragraph itself, and any table.
         container().paragraphEnded = false;
@@ -119,6 +120,7 @@ void RtfWriter::closeSection()
 void RtfWriter::openHeaderOrFooter(const RVNGPropertyList &propList, bool footer)
 {
     output.setAside();
+    inFooter = footer;
     const std::optional<std::string> group = sections.headerGroup(propList, footer);
     if (!group) {
         enter(Container::Kind::ignored);
@@ -132,6 +134,12 @@ void RtfWriter::openHeaderOrFooter(const RVNGPropertyList &propList, bool footer
 void RtfWriter::closeHeaderOrFooter()
 {
     const bool ignored = container().kind == Container::Kind::ignored;
+    // A header that ends with a table, or holds nothing, would get a
+    // paragraph of the default size from the reader, and push the text down.
+    if (!ignored && (container().afterTable || !container().anyParagraph))
+        output.word(RtfFormat::hairline);
+    if (!ignored && !container().anyParagraph)
+        sections.emptyHeader(inFooter);
     leave();
     if (!ignored)
         output.raw("}");
@@ -152,6 +160,9 @@ void RtfWriter::beginParagraph(const RVNGPropertyList &propList, const std::stri
     here.paragraphOpen = true;
     here.paragraphEmpty = true;
     here.anyParagraph = true;
+    ++here.paragraphs;
+    if (atTopLevel())
+        spanBlank = false;
     output.word("\\pard\\plain");
     if (here.kind == Container::Kind::cell)
         output.word("\\intbl");
@@ -337,6 +348,7 @@ void RtfWriter::closeNote()
 void RtfWriter::openComment(const RVNGPropertyList &)
 {
     // Annotations have no place in classic RTF; their text is left out.
+    lost.add(loss::comments);
     output.setAside();
     enter(Container::Kind::ignored);
 }
@@ -360,12 +372,38 @@ void RtfWriter::closeTextBox()
     output.raw("}}}");
 }
 
+RVNGPropertyList RtfWriter::placing(const RVNGPropertyList &given)
+{
+    // LibreOffice makes a table row tall enough for a frame anchored in one
+    // of its cells, which WordPerfect and ODF let float over the rows. Where
+    // the cell's paragraph is known to start, the frame is placed against the
+    // page instead.
+    const std::string anchor = Units::text(given, "text:anchor-type").value_or("as-char");
+    const std::string relation = Units::text(given, "style:vertical-rel").value_or("paragraph");
+    if (anchor == "as-char" || (relation != "paragraph" && relation != "paragraph-content") ||
+        container().kind != Container::Kind::cell || container().paragraphs > 1 || tables.size() != 1 ||
+        flattenedTables > 0 || sections.hasHeader())
+        return given;
+    const std::optional<double> top = tables.back()->cellTextTop();
+    if (!top)
+        return given;
+    RVNGPropertyList moved = given;
+    // Against the page: LibreOffice keeps one placed against the margin in its cell all the same.
+    moved.insert("style:vertical-rel", "page");
+    moved.insert("svg:y", sections.page().top + *top + Units::inches(given, "svg:y").value_or(0),
+                 librevenge::RVNG_INCH);
+    return moved;
+}
+
 void RtfWriter::insertBinaryObject(const RVNGPropertyList &propList)
 {
+    const RVNGPropertyList where = placing(frame);
     const std::string picture =
-        RtfPicture::placed(RtfPicture::group(propList, frame, painter), frame, sections.page());
-    if (picture.empty())
+        RtfPicture::placed(RtfPicture::group(propList, frame, painter), where, sections.page());
+    if (picture.empty()) {
+        lost.add(loss::rtfPictureFormats);
         return;
+    }
     ensureParagraph();
     output.raw(picture);
 }
@@ -375,6 +413,7 @@ void RtfWriter::openTable(const RVNGPropertyList &propList)
     // RTF nests tables only through a flat ignorable group that the classic
     // rewriting removes, so a table inside a cell becomes that cell's paragraphs.
     if (!tables.empty() && container().kind == Container::Kind::cell) {
+        lost.add(loss::nestedTables);
         ++flattenedTables;
         return;
     }
@@ -386,14 +425,20 @@ void RtfWriter::openTable(const RVNGPropertyList &propList)
         closeParagraph();
     startSectionIfNeeded();
     endOwedParagraph();
+    container().anyParagraph = true; // the table's rows stand for paragraphs here
     if (container().afterTable) {
         // Rows that follow rows are one table to every RTF reader; only a
         // paragraph keeps two tables apart. A one-point one keeps the page as it was.
-        output.word("\\pard\\plain\\fs2\\sl-20\\slmult0\\par");
+        output.word(std::string(RtfFormat::hairline) + "\\par");
         output.raw("\n");
     }
     const RtfPicture::PageArea &page = sections.page();
     tables.push_back(std::make_unique<RtfTable>(propList, page.width - page.left - page.right));
+    if (atTopLevel()) {
+        if (spanBlank)
+            tables.back()->setAtPageTop();
+        spanBlank = false;
+    }
 }
 
 void RtfWriter::openTableRow(const RVNGPropertyList &propList)

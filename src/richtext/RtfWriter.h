@@ -3,6 +3,7 @@
 #include "richtext/TextOnlyInterface.h"
 
 #include "ListNumbering.h"
+#include "Losses.h"
 #include "RtfFormat.h"
 #include "RtfLists.h"
 #include "RtfOutput.h"
@@ -30,6 +31,9 @@ public:
 
     // The whole document; complete once endDocument has been called.
     const std::string &rtf() const { return document; }
+    // What the document held that RTF could not carry: pictures in no format
+    // it holds, comments, equations, the grid of tables inside tables.
+    const richtext::Losses &losses() const { return lost; }
 
     void setDocumentMetaData(const librevenge::RVNGPropertyList &propList) override;
     void startDocument(const librevenge::RVNGPropertyList &) override {}
@@ -97,7 +101,7 @@ public:
     void openFrame(const librevenge::RVNGPropertyList &propList) override { frame = propList; }
     void closeFrame() override { frame.clear(); }
     void insertBinaryObject(const librevenge::RVNGPropertyList &propList) override;
-    void insertEquation(const librevenge::RVNGPropertyList &) override {}
+    void insertEquation(const librevenge::RVNGPropertyList &) override { lost.add(loss::equations); }
 
 private:
     // A stretch of text that holds paragraphs: the body, a header, a note, a cell.
@@ -107,6 +111,7 @@ private:
         bool paragraphOpen = false;
         bool paragraphEnded = false; // its \par is owed when another paragraph follows
         bool paragraphEmpty = false; // nothing was written into the last paragraph
+        int paragraphs = 0;
         bool anyParagraph = false;
         bool noteMark = false; // the note's own number is still to be written
         bool spanOpen = false;
@@ -130,6 +135,7 @@ private:
     void closeHeaderOrFooter();
     void closeContainer();
     void startListLevel(const librevenge::RVNGPropertyList &propList, bool ordered);
+    librevenge::RVNGPropertyList placing(const librevenge::RVNGPropertyList &frame);
     void endListLevel();
 
     std::string document;
@@ -145,9 +151,12 @@ private:
     int flattenedTables = 0; // tables inside cells, written as plain paragraphs
     RtfSections sections;
     std::vector<librevenge::RVNGPropertyList> openSections;
+    bool spanBlank = false; // nothing has been written into the page span's text yet
+    bool inFooter = false;  // the header group being written is a footer's
     bool anyEndnote = false;
     librevenge::RVNGPropertyList frame;
     RtfPicture::SvgPainter painter;
+    Losses lost;
 };
 
 } // namespace richtext

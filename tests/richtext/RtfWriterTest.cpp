@@ -226,10 +226,12 @@ TEST(RtfWriter, WritesEveryPartOfADocument)
         "\\levelnumbers\\'01;}",
         "{\\*\\listoverridetable{\\listoverride\\listid1\\listoverridecount0\\ls1}}",
         "\\pard\\plain\\ls1\\ilvl0\\ql{\\listtext B.\\tab}item",
-        "\\trowd\\trgaph108\\trleft0\\cellx2880\n\\pard\\plain\\intbl\\ql cell\\cell\n\\row",
+        "\\trowd\\trleft0\\trpaddfl3\\trpaddl0\\trpaddfr3\\trpaddr0\\cellx2880\n\\pard\\plain\\intbl\\ql "
+        "cell\\cell\n\\row",
         "\\sect\n\\sectd",
-        "\\sectd\\sbkpage\\pgwsxn12240\\pghsxn15840\\marglsxn1440\\pgnlcrm\\pgnstarts5\\pgnrestart\\cols2\\co"
-        "lsx720\n",
+        "\\sectd\\sbkpage\\pgwsxn12240\\pghsxn15840\\marglsxn1440\\pgnlcrm\\headery720\\pgnstarts5\\pgnrestar"
+        "t"
+        "\\cols2\\colsx720\n",
         "\\tqr\\tldot\\tx4320",
         "page\\tab{\\field{\\*\\fldinst{ PAGE \\\\* roman }}{\\fldrslt{}}}{\\shp{\\*\\shpinst\\shpleft7920",
         "\\shpbxpage\\shpbypara\\shpwr2\\shpwrk0\\shpz0{\\sp{\\sn shapeType}{\\sv 75}}{\\sp{\\sn pib}{\\sv "
@@ -729,8 +731,12 @@ TEST(RtfWriter, KeepsASectionWithoutHeadersFromShowingThoseBeforeIt)
     const std::string rtf = out.rtf();
     const std::size_t second = at(rtf, "\\sect\n\\sectd");
     const std::size_t third = at(rtf, "\\sect\n\\sectd", second + 1);
-    EXPECT_LT(second, at(rtf, "{\\headerr}\n{\\footer}\n", second));
-    EXPECT_LT(at(rtf, "{\\footer}\n", second), third);
+    EXPECT_LT(second, at(rtf,
+                         "{\\headerr\\pard\\plain\\fs2\\sl-20\\slmult0}\n"
+                         "{\\footer\\pard\\plain\\fs2\\sl-20\\slmult0}\n",
+                         second));
+    EXPECT_LT(at(rtf, "{\\footer\\pard", second), third);
+    EXPECT_LT(at(rtf, "\\headery720\\footery720", second), third) << "halfway into the margins";
     EXPECT_EQ(rtf.find("{\\header", third), std::string::npos) << "the bare section before serves";
 }
 
@@ -755,5 +761,191 @@ TEST(RtfWriter, EndsAnEmptyParagraphBeforeColumnsWithItsOwnPar)
         // LibreOffice drops an empty paragraph that \sect alone ends.
         const std::string rtf = out.rtf();
         EXPECT_NE(rtf.find(empty ? "{}\\par\n\\sect\n" : "{text}\\sect\n"), std::string::npos) << rtf;
+    }
+}
+
+TEST(RtfWriter, EndsAHeaderThatWouldEndWithoutAParagraphWithAHairline)
+{
+    enum class Holds { text, table, nothing };
+    // Without a height of its own a header is half a centimetre high (283
+    // twips) below the margin; an empty one takes no room.
+    const struct {
+        Holds holds;
+        const char *group;
+        const char *margins;
+    } cases[] = {
+        {Holds::text, "{\\header\\pard\\plain\\ql head}", "\\headery1440\\margtsxn1723\n"},
+        {Holds::table, "\\row\n\\pard\\plain\\fs2\\sl-20\\slmult0}", "\\headery1440\\margtsxn1723\n"},
+        {Holds::nothing, "{\\header\\pard\\plain\\fs2\\sl-20\\slmult0}",
+         "\\margtsxn1723\\headery1440\\margtsxn1440\n"},
+    };
+    for (const auto &c : cases) {
+        RtfWriter out;
+        out.startDocument({});
+        out.openPageSpan({});
+        out.openHeader({});
+        if (c.holds == Holds::text)
+            paragraph(out, "head");
+        if (c.holds == Holds::table) {
+            out.openTable({});
+            out.openTableRow({});
+            out.openTableCell({});
+            paragraph(out, "cell");
+            out.closeTableCell();
+            out.closeTableRow();
+            out.closeTable();
+        }
+        out.closeHeader();
+        paragraph(out, "body");
+        out.closePageSpan();
+        out.endDocument();
+        const std::string rtf = out.rtf();
+        EXPECT_TRUE(fixtures::balanced(rtf)) << rtf;
+        EXPECT_NE(rtf.find(c.group), std::string::npos) << c.group << " in\n" << rtf;
+        EXPECT_NE(rtf.find(c.margins), std::string::npos) << c.margins << " in\n" << rtf;
+        EXPECT_EQ(rtf.find("\\fs2", rtf.find("body")), std::string::npos) << "the body has none";
+    }
+}
+
+// LibreOffice grows a row to hold a frame anchored in its cell; where the
+// cell's top is known (the first row of a table that opens the page), the
+// frame goes against the page instead.
+TEST(RtfWriter, PlacesAFrameInACellAtThePageTopAgainstThePage)
+{
+    enum class Before { nothing, paragraph, header };
+    const struct {
+        Before before;
+        const char *expected;
+    } cases[] = {
+        {Before::nothing, "\\shptop1512\\shpright2880\\shpbottom2952\\shpfhdr0\\shpbxpage\\shpbypage"},
+        {Before::paragraph, "\\shptop0\\shpright2880\\shpbottom1440\\shpfhdr0\\shpbxpage\\shpbypara"},
+        {Before::header, "\\shpbxpage\\shpbypara"},
+    };
+    static const char png[] = "\x89PNG\r\n\x1a\n\0\0\0\rIHDR\0\0\0\x02\0\0\0\x03\x08\x02\0\0\0";
+    RVNGPropertyList object = with("librevenge:mime-type", "image/png");
+    object.insert("office:binary-data",
+                  librevenge::RVNGBinaryData(reinterpret_cast<const unsigned char *>(png), sizeof png - 1));
+    RVNGPropertyList frame = with("svg:width", 2.0);
+    frame.insert("svg:height", 1.0);
+    frame.insert("text:anchor-type", "paragraph");
+    frame.insert("style:horizontal-rel", "page");
+    for (const auto &c : cases) {
+        RtfWriter out;
+        out.startDocument({});
+        out.openPageSpan(with("fo:margin-top", 1.0));
+        if (c.before == Before::header) {
+            out.openHeader({});
+            paragraph(out, "head");
+            out.closeHeader();
+        }
+        if (c.before == Before::paragraph)
+            paragraph(out, "before");
+        out.openTable({});
+        for (int row = 0; row < 2; ++row) {
+            out.openTableRow({});
+            out.openTableCell(with("fo:padding", 0.05));
+            out.openParagraph({});
+            out.openFrame(frame);
+            out.insertBinaryObject(object);
+            out.closeFrame();
+            out.closeParagraph();
+            out.closeTableCell();
+            out.closeTableRow();
+        }
+        out.closeTable();
+        out.closePageSpan();
+        out.endDocument();
+        const std::string rtf = out.rtf();
+        const std::size_t first = at(rtf, c.expected);
+        EXPECT_NE(rtf.find("\\shpbypara", first + 1), std::string::npos)
+            << "the second row's top is not known";
+    }
+}
+
+TEST(RtfWriter, SaysWhatItCouldNotCarry)
+{
+    using richtext::Losses;
+    namespace loss = richtext::loss;
+    const struct {
+        const char *why;
+        Script script;
+        std::vector<std::string> kinds;
+    } cases[] = {
+        {"plain text", [](RtfWriter &out) { out.insertText("x"); }, {}},
+        {"a comment",
+         [](RtfWriter &out) {
+             out.openComment({});
+             paragraph(out, "note");
+             out.closeComment();
+         },
+         {std::string(loss::comments)}},
+        {"an equation", [](RtfWriter &out) { out.insertEquation({}); }, {std::string(loss::equations)}},
+        {"a picture in no format RTF holds, twice",
+         [](RtfWriter &out) {
+             const RVNGPropertyList object = with("office:binary-data", "R0lGODlhAQABAAAAACw=");
+             out.insertBinaryObject(object);
+             out.insertBinaryObject(object);
+         },
+         {std::string(loss::rtfPictureFormats)}},
+        {"a table inside a table",
+         [](RtfWriter &out) {
+             out.closeParagraph();
+             out.openTable({});
+             out.openTableRow({});
+             out.openTableCell({});
+             out.openTable({});
+             out.openTableRow({});
+             out.openTableCell({});
+             paragraph(out, "inner");
+             out.closeTableCell();
+             out.closeTableRow();
+             out.closeTable();
+             out.closeTableCell();
+             out.closeTableRow();
+             out.closeTable();
+             out.openParagraph({});
+         },
+         {std::string(loss::nestedTables)}},
+    };
+    for (const auto &c : cases) {
+        RtfWriter writer;
+        writer.startDocument({});
+        writer.openPageSpan({});
+        writer.openParagraph({});
+        c.script(writer);
+        writer.closeParagraph();
+        writer.closePageSpan();
+        writer.endDocument();
+        EXPECT_EQ(writer.losses().kinds(), c.kinds) << c.why;
+    }
+}
+
+TEST(RtfWriter, GivesAHeaderTheRoomItsHeightAndPagesAskFor)
+{
+    const struct {
+        const char *occurrence;
+        double minHeight; // 0: none stated
+        const char *words;
+    } cases[] = {
+        {"all", 0, "\\headery1440\\margtsxn1723\n"},    // half a centimetre
+        {"even", 0, "\\headery1440\\margtsxn1440\n"},   // the odd pages keep their margin
+        {"all", 0.5, "\\headery1440\\margtsxn2160\n"},  // as stated
+        {"odd", 0.25, "\\headery1440\\margtsxn1800\n"}, // as stated
+    };
+    for (const auto &c : cases) {
+        RtfWriter out;
+        out.startDocument({});
+        out.openPageSpan({});
+        RVNGPropertyList header = with("librevenge:occurrence", c.occurrence);
+        if (c.minHeight > 0)
+            header.insert("fo:min-height", c.minHeight, librevenge::RVNG_INCH);
+        out.openHeader(header);
+        paragraph(out, "head");
+        out.closeHeader();
+        paragraph(out, "body");
+        out.closePageSpan();
+        out.endDocument();
+        const std::string rtf = out.rtf();
+        EXPECT_NE(rtf.find(c.words), std::string::npos) << c.occurrence << " " << c.minHeight << "\n" << rtf;
     }
 }
