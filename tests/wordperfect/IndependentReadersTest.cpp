@@ -82,10 +82,16 @@ const Fixture fixtures[] = {
      "<text:note-body><text:p>endnote words</text:p></text:note-body></text:note></text:p>",
      "<style:master-page style:name=\"Standard\"><style:header><text:p>header words</text:p></style:header>"
      "<style:footer><text:p>footer words</text:p></style:footer></style:master-page>"},
+    {"SpacedParagraphsAndEmptyHeader",
+     "<style:style style:name=\"SP\" style:family=\"paragraph\"><style:paragraph-properties fo:margin-top=\"0.1in\""
+     " fo:margin-bottom=\"0.2in\"/></style:style>",
+     "<text:p>first plain words</text:p><text:p text:style-name=\"SP\">spaced paragraph words</text:p>"
+     "<text:p text:style-name=\"SP\">second spaced words</text:p><text:p>last plain words</text:p>",
+     "<style:master-page style:name=\"Standard\"><style:header><text:p/></style:header></style:master-page>"},
     {"Characters", "",
      "<text:p>caf\u00e9 na\u00efve \u00bfqu\u00e9? \u00df \u2022 bullet \u2013 dash \u201cquoted\u201d</text:p>"
      "<text:p>\u03b1\u03b2\u03b3 Greek \u0416\u0438\u0437\u043d\u044c Cyrillic \u05e9\u05dc\u05d5\u05dd Hebrew"
-     " \u30ab\u30bf\u30ab\u30ca kana soft\u00adhyphen non\u2011breaking</text:p>"},
+     " \u30ab\u30bf\u30ab\u30ca kana \u3072\u3089\u304c\u306a hiragana soft\u00adhyphen non\u2011breaking</text:p>"},
 };
 
 std::string document(const Fixture &fixture)

@@ -51,14 +51,19 @@ void WordPerfectWriter::insertBinaryObject(const RVNGPropertyList &propList)
         return;
     const librevenge::RVNGProperty *data = propList["office:binary-data"];
     std::optional<Raster> raster;
+    bool readable = false; // in a format of its own, not a damaged one of ours
     if (data) {
         // Damaged base64 is no picture; librevenge's own decoder would throw.
         const librevenge::RVNGBinaryData bytes = richtext::decodeBase64(data->getStr().cstr());
-        if (bytes.getDataBuffer())
-            raster = decodeRaster({reinterpret_cast<const char *>(bytes.getDataBuffer()), bytes.size()});
+        if (bytes.getDataBuffer()) {
+            const std::string_view picture(reinterpret_cast<const char *>(bytes.getDataBuffer()), bytes.size());
+            raster = decodeRaster(picture);
+            readable = !isRasterFormat(picture);
+        }
     }
     if (!raster) {
-        ++imagesDropped; // WMF, GIF and the like: WordPerfect Graphics holds no such data
+        // WMF, BMP and the like: WordPerfect Graphics holds no such data.
+        lose(readable ? loss::pictureFormats : loss::unreadablePictures);
         return;
     }
     // Without a frame size the picture keeps its own size.
@@ -75,7 +80,6 @@ void WordPerfectWriter::insertBinaryObject(const RVNGPropertyList &propList)
     }
     text(U"");
     writeImage(*raster, std::max(1, wpu(width)), std::max(1, wpu(height)));
-    ++imagesWritten;
 }
 
 } // namespace richtext::wordperfect

@@ -64,19 +64,23 @@ void WordPerfectWriter::openTable(const RVNGPropertyList &propList)
     if (!tables.empty()) {
         // WordPerfect tables do not nest: an inner table's cells become paragraphs of the outer cell.
         table.degraded = true;
+        lose(loss::nestedTables);
         tables.push_back(table);
         return;
     }
     table.widths = columnWidths(propList);
     tables.push_back(table);
     Stream &outer = streams.back();
+    settleSpacing(0);
     flushReturns();
     closeAttributes();
     resetParagraphFormat();
     outer.started = true;
     const CharacterFormat written = outer.written;
+    const int spacing = outer.spacingInForce;
     pushStream(false);
     streams.back().written = written;
+    streams.back().spacingInForce = spacing; // the cells carry on what the text before left in force
     streams.back().started = true;
 }
 
@@ -170,7 +174,9 @@ void WordPerfectWriter::closeTable()
         return;
     endCell();
     const CharacterFormat written = streams.back().written;
+    const int spacing = streams.back().spacingInForce;
     const std::string body = popStream(false); // the table's cells are part of the text
+    streams.back().spacingInForce = spacing;
     std::vector<int> widths = table.widths;
     if (widths.empty())
         widths.assign(std::max(1, table.column), 1200);

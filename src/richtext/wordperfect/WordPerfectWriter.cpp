@@ -35,6 +35,7 @@ void WordPerfectWriter::endDocument()
     while (streams.size() > 1)
         streams.pop_back(); // an unbalanced stream: keep what the document itself holds
     closeAttributes();
+    settleSpacing(0);
     // A final HRt adds no paragraph for libwpd, so every empty paragraph at the end survives.
     flushReturns();
     file = assemble(streams.back().bytes);
@@ -78,6 +79,7 @@ void WordPerfectWriter::endContainer()
     Stream &stream = streams.back();
     if (stream.pendingReturns > 0)
         --stream.pendingReturns;
+    settleSpacing(0);
     flushReturns();
     closeAttributes();
 }
@@ -125,7 +127,7 @@ void WordPerfectWriter::closeHeaderFooter(bool footer)
             out() += body;
             writeHardReturn();
             streams.back().started = true;
-            ++firstPagePartsInlined;
+            lose(loss::firstPageHeaders);
         }
         return;
     }
@@ -143,6 +145,7 @@ void WordPerfectWriter::breakPage()
     Stream &stream = streams.back();
     if (stream.pendingReturns > 0)
         --stream.pendingReturns;
+    settleSpacing(0); // space before a page's first paragraph is lost at the top of the page
     flushReturns();
     writePageBreak();
 }
@@ -150,6 +153,7 @@ void WordPerfectWriter::breakPage()
 void WordPerfectWriter::breakColumn()
 {
     // The paragraph before keeps its HRt: wp2latex runs a column break's two lines together without.
+    settleSpacing(0);
     flushReturns();
     writeColumnBreak();
 }
@@ -164,6 +168,8 @@ void WordPerfectWriter::openSection(const RVNGPropertyList &propList)
     sectionColumns.push_back(columns > 1 || outer == 1 ? columns : outer);
     if (columns > 1 && writesColumns())
         setColumns(columns, wpu(inchesOf(propList, "fo:column-gap").value_or(0.5)));
+    else if (columns > 1)
+        lose(loss::textColumns);
 }
 
 void WordPerfectWriter::closeSection()
@@ -185,6 +191,30 @@ void WordPerfectWriter::setColumns(int count, int gap)
     writeColumns(count, gap);
 }
 
+// Word processors put the paragraph's own space below it and the next one's space above it between
+// the two; WordPerfect has only the space after a paragraph, so it takes both, written at the start
+// of the paragraph it follows once the next is known.
+void WordPerfectWriter::settleSpacing(int above, bool listItem)
+{
+    Stream &stream = streams.back();
+    if (!stream.spacingAt)
+        return;
+    const std::size_t at = *stream.spacingAt;
+    stream.spacingAt.reset();
+    // Word's list paragraphs leave the space out between items of one list that share their
+    // spacing; the reader hands no style over, so equal spacing stands for the same style.
+    const bool sameList = listItem && stream.spacingListItem && above == stream.spacingAbove;
+    const int spacing = sameList ? 0 : std::clamp(stream.spacingBelow + above, 0, 0x7FFF);
+    if (spacing == stream.spacingInForce || at > out().size())
+        return;
+    const std::size_t end = out().size();
+    writeParagraphSpacing(spacing);
+    std::string code = out().substr(end);
+    out().resize(end);
+    out().insert(at, code);
+    stream.spacingInForce = spacing;
+}
+
 void WordPerfectWriter::flushReturns()
 {
     Stream &stream = streams.back();
@@ -194,7 +224,7 @@ void WordPerfectWriter::flushReturns()
     }
 }
 
-void WordPerfectWriter::startParagraph(const RVNGPropertyList &propList, const std::string &label)
+void WordPerfectWriter::startParagraph(const RVNGPropertyList &propList, const std::string &label, bool listItem)
 {
     if (hidden)
         return;
@@ -207,7 +237,17 @@ void WordPerfectWriter::startParagraph(const RVNGPropertyList &propList, const s
             breakColumn();
         pageJustBroken = false;
     }
+    const int above = std::max(0, wpu(inchesOf(propList, "fo:margin-top").value_or(0)));
+    const int below = std::max(0, wpu(inchesOf(propList, "fo:margin-bottom").value_or(0)));
+    if (writesParagraphSpacing())
+        settleSpacing(above, listItem && below == stream.spacingBelow);
     flushReturns();
+    if (writesParagraphSpacing()) {
+        stream.spacingAt = out().size();
+        stream.spacingBelow = below;
+        stream.spacingAbove = above;
+        stream.spacingListItem = listItem;
+    }
     ParagraphFormat format = paragraphFormatOf(propList);
     if (format.firstLine < 0) {
         // A hanging line's first tab goes to the paragraph's indent, which word processors treat as
@@ -360,6 +400,12 @@ bool WordPerfectWriter::writeSymbolFontCharacter(char32_t c)
            writeCharacter(std::u32string_view(U"\u2022", 1), used);
 }
 
+// Hiragana, where the version's Japanese set holds katakana only: the same sounds in the other script.
+bool WordPerfectWriter::writeAsKatakana(char32_t c)
+{
+    return c >= 0x3041 && c <= 0x3096 && writeOtherWidth(c + 0x60);
+}
+
 // Kana the version's Japanese set holds only in the other width.
 bool WordPerfectWriter::writeOtherWidth(char32_t c)
 {
@@ -416,8 +462,12 @@ void WordPerfectWriter::text(std::u32string_view text)
         else if (c < 0x20 || c == 0xFEFF || (c >= 0x200B && c <= 0x200D))
             ; // controls and invisible marks carry nothing WordPerfect can show
         else if (!writeCharacter(text.substr(i), used) && !writeSymbolFontCharacter(c) && !writeOtherWidth(c)) {
-            writeAscii('?');
-            ++substituted;
+            if (writeAsKatakana(c)) {
+                lose(loss::hiraganaAsKatakana);
+            } else {
+                writeAscii('?');
+                lose(loss::charactersWordPerfect);
+            }
             used = 1;
         }
         ++stream.lineCharacters;
@@ -578,7 +628,7 @@ void WordPerfectWriter::openListElement(const RVNGPropertyList &propList)
     }
     if (const librevenge::RVNGProperty *restart = propList["text:start-value"]; restart && numbering.depth() > 0)
         numbering.restartAt(restart->getInt());
-    startParagraph(properties, numbering.depth() > 0 ? numbering.nextLabel() : std::string());
+    startParagraph(properties, numbering.depth() > 0 ? numbering.nextLabel() : std::string(), true);
 }
 
 void WordPerfectWriter::openNote(const RVNGPropertyList &propList)
@@ -608,7 +658,12 @@ void WordPerfectWriter::openFootnote(const RVNGPropertyList &propList) { openNot
 void WordPerfectWriter::closeFootnote() { closeNote(false); }
 void WordPerfectWriter::openEndnote(const RVNGPropertyList &propList) { openNote(propList); }
 void WordPerfectWriter::closeEndnote() { closeNote(true); }
-void WordPerfectWriter::openComment(const RVNGPropertyList &) { ++hidden; }
+void WordPerfectWriter::openComment(const RVNGPropertyList &)
+{
+    // libwpd reads no comment back from either version.
+    lose(loss::comments);
+    ++hidden;
+}
 void WordPerfectWriter::closeComment() { --hidden; }
 // A text box (an image's caption, a side note) becomes a WordPerfect text box where the format has
 // one libwpd reads back (6); elsewhere its paragraphs follow the paragraph it is anchored in.
@@ -628,11 +683,15 @@ void WordPerfectWriter::closeTextBox()
     --boxDepth;
     endContainer();
     resetParagraphFormat();
+    const bool content = streams.back().content;
     const std::string body = popStream();
     const auto size = boxSizes.back();
     boxSizes.pop_back();
     if (body.empty())
         return;
+    // A header whose only text stands in a box still has something to show.
+    if (content)
+        streams.back().content = streams.back().paragraphContent = true;
     const int width = size ? std::max(1, wpu(size->first)) : 2400;
     const int height = size ? std::max(1, wpu(size->second)) : 1200;
     // A box inside a box, a header or a note stays text: libwpd reads no box there.
@@ -641,6 +700,7 @@ void WordPerfectWriter::closeTextBox()
         writeTextBox(body, width, height);
         return;
     }
+    lose(loss::textBoxes);
     streams.back().boxes.push_back(body);
 }
 

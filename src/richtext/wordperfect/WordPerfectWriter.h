@@ -3,6 +3,7 @@
 #include "richtext/TextOnlyInterface.h"
 
 #include "richtext/ListNumbering.h"
+#include "richtext/Losses.h"
 
 #include <librevenge/librevenge.h>
 
@@ -78,13 +79,8 @@ public:
 
     // The whole file; empty before endDocument().
     const std::string &fileBytes() const { return file; }
-    // Characters that no WordPerfect set holds, written as the substitute '?'.
-    int substitutedCharacters() const { return substituted; }
-    // Pictures written as graphics boxes, and pictures in a format no box can hold (left out).
-    int writtenImages() const { return imagesWritten; }
-    int droppedImages() const { return imagesDropped; }
-    // First-page headers and footers, written as the first lines of their page.
-    int inlinedFirstPageParts() const { return firstPagePartsInlined; }
+    // What the file could not carry, or carries only in another form.
+    const richtext::Losses &losses() const { return lost; }
 
     void setDocumentMetaData(const librevenge::RVNGPropertyList &propList) override;
     void startDocument(const librevenge::RVNGPropertyList &) override {}
@@ -166,6 +162,7 @@ protected:
     // Word's private-use Symbol and Wingdings glyphs, written as what they mean.
     bool writeSymbolFontCharacter(char32_t c);
     bool writeOtherWidth(char32_t c);
+    bool writeAsKatakana(char32_t c);
     virtual void writeHardReturn() = 0;
     virtual void writeLineBreak() = 0;
     virtual void writePageBreak() = 0;
@@ -175,6 +172,10 @@ protected:
     virtual void writeFont(const CharacterFormat &format) = 0;
     virtual void writeColour(std::uint32_t rgb) = 0;
     virtual void writeParagraphFormat(const ParagraphFormat &from, const ParagraphFormat &to) = 0;
+    // The space after each paragraph from here on, in WPU; only where the version has a code
+    // libwpd reads.
+    virtual bool writesParagraphSpacing() const { return false; }
+    virtual void writeParagraphSpacing(int) {}
     // At the start of every paragraph, after its format: for what a format holds only per paragraph.
     virtual void writeParagraphStart(const ParagraphFormat &) {}
     virtual void writePageSetup() = 0;
@@ -196,6 +197,8 @@ protected:
     virtual bool writesTextBoxes() const { return false; }
     virtual void writeTextBox(const std::string &, int, int) {}
     virtual std::string assemble(const std::string &document) = 0;
+    // The version has no code libwpd reads for something the document holds.
+    void lose(std::string_view kind) { lost.add(kind); }
 
 private:
     struct Stream {
@@ -216,6 +219,13 @@ private:
         // and a line of nothing but a tab is one readers take for damage.
         std::optional<ParagraphFormat> pendingStart;
         std::u32string pendingBlanks;
+        // The space between the last paragraph and the next is known only when the next opens:
+        // the code goes back to where the last one started. What libwpd has in force, WPU.
+        std::optional<std::size_t> spacingAt;
+        int spacingBelow = 0;
+        int spacingAbove = 0;
+        bool spacingListItem = false;
+        int spacingInForce = 0;
         bool content = false; // any text, picture, note or field written
         bool paragraphContent = false; // the same, in the open paragraph
     };
@@ -228,8 +238,9 @@ private:
         bool degraded = false; // nested: written as tab-separated paragraphs
     };
 
-    void startParagraph(const librevenge::RVNGPropertyList &propList, const std::string &label);
+    void startParagraph(const librevenge::RVNGPropertyList &propList, const std::string &label, bool listItem = false);
     void flushReturns();
+    void settleSpacing(int above, bool listItem = false);
     void breakPage();
     void breakColumn();
     void setColumns(int count, int gap);
@@ -269,11 +280,8 @@ private:
     int hidden = 0; // inside a comment: nothing is written
     int boxDepth = 0;
     std::vector<std::optional<std::pair<double, double>>> boxSizes; // of each open text box's frame
-    int substituted = 0;
-    int imagesWritten = 0;
-    int imagesDropped = 0;
+    richtext::Losses lost;
     std::vector<char> noteMarks;
-    int firstPagePartsInlined = 0;
     std::optional<std::pair<double, double>> frameSize; // inches, of the open frame
     bool frameCentred = false;
     DocumentSummary documentSummary;

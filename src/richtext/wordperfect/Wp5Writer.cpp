@@ -361,6 +361,8 @@ void Wp5Writer::writeTableStart(const std::vector<int> &widths)
 
 void Wp5Writer::writeCell(const CellShape &cell, bool firstInRow)
 {
+    if (cell.fill && *cell.fill != 0xFFFFFF)
+        lose(loss::cellShading); // libwpd reads no 5.1 cell shading
     if (firstInRow)
         function(0xDC, 0x01, {});
     std::string data;

@@ -278,6 +278,16 @@ void Wp6Writer::writeParagraphFormat(const ParagraphFormat &from, const Paragrap
     }
 }
 
+// Spacing after paragraph: a share of the line (16.16, one line: none of its own) and, as
+// WordPerfect 6.1 adds it, the space in WPU.
+void Wp6Writer::writeParagraphSpacing(int wpu)
+{
+    std::string data;
+    put32(data, 0x10000);
+    put16(data, static_cast<unsigned>(wpu));
+    function(0xD3, 0x0A, data);
+}
+
 int Wp6Writer::tabOrigin(const ParagraphFormat &format) const { return pageSetup().left + format.leftIndent; }
 
 // Define text columns: newspaper, single row spacing, the count, then each column's share of the
@@ -448,7 +458,8 @@ void Wp6Writer::writeNote(bool endnote, int, const std::string &body, char)
 
 void Wp6Writer::writeHeaderFooter(bool footer, const std::string &occurrence, const std::string &body)
 {
-    const int pid = textPacket(body);
+    // libwpd takes a header without a body for no header at all; an empty one is one empty line.
+    const int pid = textPacket(body.empty() ? std::string(1, '\xCC') : body);
     const bool secondary = occurrence == "even";
     std::string data;
     put8(data, occurrence == "odd" ? 1 : occurrence == "even" ? 2 : 3);
