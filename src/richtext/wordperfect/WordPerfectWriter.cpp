@@ -49,6 +49,7 @@ void WordPerfectWriter::openPageSpan(const RVNGPropertyList &propList)
         breakPage();
         pageJustBroken = true;
     }
+    setPageColumns(propList);
     if (pageSetupKnown)
         return; // WordPerfect keeps one page setup unless the codes change it; the first one rules
     pageSetupKnown = true;
@@ -64,6 +65,27 @@ void WordPerfectWriter::openPageSpan(const RVNGPropertyList &propList)
     set("fo:margin-right", page.right);
     if (streams.size() == 1 && !streams.back().started)
         writePageSetup();
+    if (pageColumns > 1 && writesColumns() && sectionColumns.empty())
+        setColumns(pageColumns, pageColumnGap);
+}
+
+// A page style set in columns: its text runs in them, outside the sections that set their own.
+void WordPerfectWriter::setPageColumns(const RVNGPropertyList &propList)
+{
+    if (streams.size() != 1)
+        return;
+    const librevenge::RVNGProperty *count = propList["fo:column-count"];
+    const int columns = count ? std::clamp(count->getInt(), 1, 24) : 1;
+    const int before = pageColumns;
+    pageColumns = columns;
+    if (columns > 1 && !writesColumns())
+        lose(loss::textColumns);
+    if (columns > 1)
+        pageColumnGap = wpu(inchesOf(propList, "fo:column-gap").value_or(0.5));
+    // A later page style with other columns changes them where it starts; the first one's are set
+    // with the page setup, before any text.
+    if (before != columns && pageSetupKnown && writesColumns() && sectionColumns.empty())
+        setColumns(columns, pageColumnGap);
 }
 
 void WordPerfectWriter::pushStream(bool subDocument)
@@ -164,7 +186,7 @@ void WordPerfectWriter::openSection(const RVNGPropertyList &propList)
 {
     const librevenge::RVNGProperty *count = propList["fo:column-count"];
     const int columns = count && !hidden && streams.size() == 1 ? std::clamp(count->getInt(), 1, 24) : 1;
-    const int outer = sectionColumns.empty() ? 1 : sectionColumns.back();
+    const int outer = columnsInForce();
     sectionColumns.push_back(columns > 1 || outer == 1 ? columns : outer);
     if (columns > 1 && writesColumns())
         setColumns(columns, wpu(inchesOf(propList, "fo:column-gap").value_or(0.5)));
@@ -178,9 +200,9 @@ void WordPerfectWriter::closeSection()
         return;
     const int columns = sectionColumns.back();
     sectionColumns.pop_back();
-    const int outer = sectionColumns.empty() ? 1 : sectionColumns.back();
+    const int outer = columnsInForce();
     if (columns != outer && writesColumns() && streams.size() == 1)
-        setColumns(outer, columnGap);
+        setColumns(outer, sectionColumns.empty() ? pageColumnGap : columnGap);
 }
 
 void WordPerfectWriter::setColumns(int count, int gap)
@@ -233,7 +255,7 @@ void WordPerfectWriter::startParagraph(const RVNGPropertyList &propList, const s
         const std::string breakBefore = textOf(propList, "fo:break-before");
         if (breakBefore == "page" && stream.started && !pageJustBroken)
             breakPage();
-        else if (breakBefore == "column" && stream.started && !sectionColumns.empty() && sectionColumns.back() > 1)
+        else if (breakBefore == "column" && stream.started && columnsInForce() > 1)
             breakColumn();
         pageJustBroken = false;
     }

@@ -244,6 +244,7 @@ private:
     void breakPage();
     void breakColumn();
     void setColumns(int count, int gap);
+    void setPageColumns(const librevenge::RVNGPropertyList &propList);
     void applyCharacterFormat();
     void closeAttributes();
     void resetParagraphFormat();
@@ -274,6 +275,9 @@ private:
     bool pageSetupKnown = false;
     bool pageJustBroken = false; // a new page span wrote the break its first paragraph asks for
     std::vector<int> sectionColumns; // per open section: its column count (1: none)
+    int pageColumns = 1;             // the page style's own columns, outside any section
+    int pageColumnGap = 600;
+    int columnsInForce() const { return sectionColumns.empty() ? pageColumns : sectionColumns.back(); }
     int columnGap = 600;
     int footnotes = 0;
     int endnotes = 0;
