@@ -71,6 +71,11 @@ const Fixture fixtures[] = {
      "<text:p text:style-name=\"TB\">name<text:tab/>middle<text:tab/>page<text:tab/>3.25</text:p>"
      "<text:p>own<text:tab/>stops<text:tab/>gone</text:p>"},
     {"Table", "", "<text:p>before table</text:p>" + table(3, 3) + "<text:p>after table</text:p>"},
+    {"NestedTable", "",
+     "<text:p>before outer</text:p><table:table table:name=\"o\"><table:table-column table:number-columns-repeated=\"2\"/>"
+     "<table:table-row><table:table-cell><text:p>outer words</text:p>" + table(2, 2) +
+         "</table:table-cell><table:table-cell><text:p>right outer</text:p></table:table-cell></table:table-row>"
+         "</table:table><text:p>after outer</text:p>"},
     {"TwoColumnSectionWithColumnBreak", columnStyle,
      "<text:p>above columns</text:p><text:section text:name=\"s\" text:style-name=\"S\">"
      "<text:p>left column words</text:p><text:p text:style-name=\"CB\">right column words</text:p></text:section>"

@@ -552,6 +552,31 @@ TEST_P(OdtToWordPerfect, KeepsTheSpaceBetweenParagraphs)
     }
 }
 
+// WordPerfect tables do not nest: an inner table keeps its rows as lines of the outer cell, its
+// cells apart by tabs.
+TEST_P(OdtToWordPerfect, SetsANestedTablesRowsAsLinesOfTheOuterCell)
+{
+    auto cell = [](const std::string &content) { return "<table:table-cell>" + content + "</table:table-cell>"; };
+    const std::string inner = "<table:table table:name=\"i\"><table:table-column table:number-columns-repeated=\"3\"/>"
+                              "<table:table-row>" + cell("<text:p>Date</text:p>") + cell("<text:p>Invoice</text:p>") +
+                              cell("<text:p>Due</text:p><text:p>soon</text:p>") + "</table:table-row><table:table-row>" +
+                              cell("<text:p>today</text:p>") + cell("<text:p/>") + cell("<text:p>later</text:p>") +
+                              "</table:table-row></table:table>";
+    const auto back = convert(wptest::flatOdt(
+        "", "<table:table table:name=\"o\"><table:table-column table:number-columns-repeated=\"2\"/><table:table-row>" +
+                cell("<text:p>head</text:p>" + inner + "<text:p>tail</text:p>") + cell("<text:p>right</text:p>") +
+                "</table:table-row></table:table>"));
+    const auto tables = back.document.tables();
+    ASSERT_EQ(tables.size(), 1u);
+    ASSERT_EQ(tables[0]->rows.size(), 1u);
+    ASSERT_FALSE(tables[0]->rows[0].cells.empty());
+    std::vector<std::string> lines;
+    for (const richtext::Block &block : tables[0]->rows[0].cells[0].blocks)
+        if (const richtext::Paragraph *paragraph = block.paragraph())
+            lines.push_back(paragraph->text());
+    EXPECT_EQ(lines, (std::vector<std::string> {"head", "Date\tInvoice\tDue", "soon", "today\t\tlater", "tail"}));
+}
+
 INSTANTIATE_TEST_SUITE_P(BothVersions, OdtToWordPerfect, ::testing::ValuesIn(versions),
                          [](const auto &info) { return std::string(info.param.option + 2); });
 

@@ -86,8 +86,14 @@ void WordPerfectWriter::openTable(const RVNGPropertyList &propList)
 
 void WordPerfectWriter::openTableRow(const RVNGPropertyList &)
 {
-    if (hidden || tables.empty() || tables.back().degraded)
+    if (hidden || tables.empty())
         return;
+    if (tables.back().degraded) {
+        tables.back().column = 0;
+        streams.back().joinCell = streams.back().joinedLine = false;
+        streams.back().pendingBlanks.clear();
+        return;
+    }
     OpenTable &table = tables.back();
     if (!table.firstInRow || table.row >= 0)
         endCell();
@@ -114,8 +120,12 @@ void WordPerfectWriter::endCell()
 
 void WordPerfectWriter::openTableCell(const RVNGPropertyList &propList)
 {
-    if (hidden || tables.empty() || tables.back().degraded)
+    if (hidden || tables.empty())
         return;
+    if (tables.back().degraded) {
+        streams.back().joinCell = tables.back().column++ > 0;
+        return;
+    }
     OpenTable &table = tables.back();
     CellShape cell;
     cell.column = table.column;
@@ -170,8 +180,11 @@ void WordPerfectWriter::closeTable()
         return;
     const OpenTable table = tables.back();
     tables.pop_back();
-    if (table.degraded)
+    if (table.degraded) {
+        streams.back().joinCell = streams.back().joinedLine = false;
+        streams.back().pendingBlanks.clear();
         return;
+    }
     endCell();
     const CharacterFormat written = streams.back().written;
     const int spacing = streams.back().spacingInForce;

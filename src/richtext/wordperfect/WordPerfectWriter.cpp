@@ -251,6 +251,23 @@ void WordPerfectWriter::startParagraph(const RVNGPropertyList &propList, const s
     if (hidden)
         return;
     Stream &stream = streams.back();
+    if (stream.joinCell) {
+        // The next cell of a flattened row: its first paragraph goes on the row's line after a tab.
+        stream.joinCell = false;
+        if (stream.pendingReturns > 0) {
+            --stream.pendingReturns;
+            stream.pendingStart.reset();
+            stream.joinedLine = true;
+            text(U"\t");
+            if (!label.empty()) {
+                text(CharacterMap::decodeUtf8(label));
+                tab();
+            }
+            return;
+        }
+    }
+    stream.joinedLine = false;
+    stream.pendingBlanks.clear();
     if (streams.size() == 1) {
         const std::string breakBefore = textOf(propList, "fo:break-before");
         if (breakBefore == "page" && stream.started && !pageJustBroken)
@@ -525,7 +542,7 @@ void WordPerfectWriter::beginContent()
 void WordPerfectWriter::endLine()
 {
     Stream &stream = streams.back();
-    if (stream.pendingBlanks.empty())
+    if (stream.pendingBlanks.empty() || stream.joinedLine)
         return;
     constexpr std::uint32_t drawn = (1u << underline) | (1u << doubleUnderline) | (1u << strikeout);
     const bool leader = std::any_of(stream.paragraph.tabs.begin(), stream.paragraph.tabs.end(),

@@ -226,6 +226,8 @@ private:
         int spacingAbove = 0;
         bool spacingListItem = false;
         int spacingInForce = 0;
+        bool joinCell = false; // the next paragraph opens a flattened table's next cell in the row
+        bool joinedLine = false; // on such a row's line: an empty cell's tab still counts
         bool content = false; // any text, picture, note or field written
         bool paragraphContent = false; // the same, in the open paragraph
     };
@@ -235,7 +237,7 @@ private:
         int column = 0;
         int horizontalCover = 0;
         bool firstInRow = true;
-        bool degraded = false; // nested: written as tab-separated paragraphs
+        bool degraded = false; // nested: a paragraph per row, its cells apart by tabs
     };
 
     void startParagraph(const librevenge::RVNGPropertyList &propList, const std::string &label, bool listItem = false);
