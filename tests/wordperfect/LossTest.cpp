@@ -29,7 +29,9 @@ const std::string columns =
     "<style:columns fo:column-count=\"2\" fo:column-gap=\"0.5in\"/></style:section-properties></style:style>";
 const std::string shading =
     "<style:style style:name=\"Y\" style:family=\"table-cell\"><style:table-cell-properties"
-    " fo:background-color=\"#ffff00\"/></style:style>";
+    " fo:background-color=\"#ffff00\" fo:border=\"0.5pt solid #000000\"/></style:style>";
+const std::string lines = "<style:style style:name=\"B\" style:family=\"table-cell\"><style:table-cell-properties"
+                          " fo:border=\"0.5pt solid #000000\"/></style:style>";
 const std::string box = "<draw:frame text:anchor-type=\"as-char\" svg:width=\"2in\" svg:height=\"1in\"><draw:text-box>"
                         "<text:p>boxed words</text:p></draw:text-box></draw:frame>";
 
@@ -46,10 +48,13 @@ std::string table(const std::string &cells)
 }
 
 const Case cases[] = {
-    {"NothingLost", "", "<text:p>plain words " + box + "</text:p>" + table(cell("<text:p>a</text:p>") + cell("<text:p>b</text:p>")),
+    {"NothingLost", lines, "<text:p>plain words " + box + "</text:p>" +
+                              table(cell("<text:p>a</text:p>", "B") + cell("<text:p>b</text:p>", "B")),
      {}, {loss::textBoxes}},
-    {"NestedTable", "",
-     table(cell(table(cell("<text:p>inner a</text:p>") + cell("<text:p>inner b</text:p>"))) + cell("<text:p>b</text:p>")),
+    {"CellsWithoutLines", "", table(cell("<text:p>a</text:p>") + cell("<text:p>b</text:p>")), {}, {loss::cellBorders}},
+    {"NestedTable", lines,
+     table(cell(table(cell("<text:p>inner a</text:p>", "B") + cell("<text:p>inner b</text:p>", "B")), "B") +
+           cell("<text:p>b</text:p>", "B")),
      {loss::nestedTables}, {loss::nestedTables}},
     {"TextBoxInAHeader", "", "<text:p>body</text:p>", {loss::textBoxes}, {loss::textBoxes},
      "<style:master-page style:name=\"Standard\"><style:header><text:p>head " + box + "</text:p></style:header>"
@@ -57,8 +62,8 @@ const Case cases[] = {
     {"Columns", columns,
      "<text:section text:name=\"s\" text:style-name=\"S\"><text:p>left words</text:p><text:p>more</text:p></text:section>",
      {}, {loss::textColumns}},
-    {"CellShading", shading, table(cell("<text:p>yellow</text:p>", "Y") + cell("<text:p>plain</text:p>")), {},
-     {loss::cellShading}},
+    {"CellShading", shading + lines,
+     table(cell("<text:p>yellow</text:p>", "Y") + cell("<text:p>plain</text:p>", "B")), {}, {loss::cellShading}},
     {"Comment", "",
      "<text:p>noted<office:annotation><dc:creator>Ann</dc:creator><text:p>a remark</text:p></office:annotation>"
      " words</text:p>",

@@ -361,8 +361,11 @@ void Wp5Writer::writeTableStart(const std::vector<int> &widths)
 
 void Wp5Writer::writeCell(const CellShape &cell, bool firstInRow)
 {
+    // libwpd reads no 5.1 cell shading, and draws every line of every cell.
     if (cell.fill && *cell.fill != 0xFFFFFF)
-        lose(loss::cellShading); // libwpd reads no 5.1 cell shading
+        lose(loss::cellShading);
+    if (cell.borders != 0x0F && !cell.coveredFromAbove)
+        lose(loss::cellBorders);
     if (firstInRow)
         function(0xDC, 0x01, {});
     std::string data;
