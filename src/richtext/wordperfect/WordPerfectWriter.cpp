@@ -216,7 +216,7 @@ void WordPerfectWriter::setColumns(int count, int gap)
 // Word processors put the paragraph's own space below it and the next one's space above it between
 // the two; WordPerfect has only the space after a paragraph, so it takes both, written at the start
 // of the paragraph it follows once the next is known.
-void WordPerfectWriter::settleSpacing(int above, bool listItem)
+void WordPerfectWriter::settleSpacing(int above, bool listItem, bool between)
 {
     Stream &stream = streams.back();
     if (!stream.spacingAt)
@@ -227,6 +227,29 @@ void WordPerfectWriter::settleSpacing(int above, bool listItem)
     // spacing; the reader hands no style over, so equal spacing stands for the same style.
     const bool sameList = listItem && stream.spacingListItem && above == stream.spacingAbove;
     const int spacing = sameList ? 0 : std::clamp(stream.spacingBelow + above, 0, 0x7FFF);
+    if (!writesParagraphSpacing()) {
+        // 5.1 has no such code: its users typed an empty line, here one whose font is as high as
+        // the space (a line is about 1.15 times its font's size; WPU times 3 is 1/50 point).
+        if (!between || spacing < 60 || stream.pendingReturns == 0 || streams.size() != 1)
+            return;
+        flushReturns();
+        CharacterFormat restored = stream.written;
+        if (restored.font.empty())
+            restored.font = "Times New Roman";
+        if (!restored.size)
+            restored.size = 600;
+        CharacterFormat blank = restored;
+        blank.size = std::clamp(static_cast<int>(std::lround(spacing * 3 / 1.15)), 100, 7200);
+        // With no font chosen yet, the first one written is the document's own for libwpd.
+        if (stream.written.font.empty() || !stream.written.size)
+            writeFont(restored);
+        writeFont(blank);
+        writeHardReturn();
+        writeFont(restored); // the next paragraph's text has the font it had before
+        stream.written.font = restored.font;
+        stream.written.size = restored.size;
+        return;
+    }
     if (spacing == stream.spacingInForce || at > out().size())
         return;
     const std::size_t end = out().size();
@@ -278,10 +301,9 @@ void WordPerfectWriter::startParagraph(const RVNGPropertyList &propList, const s
     }
     const int above = std::max(0, wpu(inchesOf(propList, "fo:margin-top").value_or(0)));
     const int below = std::max(0, wpu(inchesOf(propList, "fo:margin-bottom").value_or(0)));
-    if (writesParagraphSpacing())
-        settleSpacing(above, listItem && below == stream.spacingBelow);
+    settleSpacing(above, listItem && below == stream.spacingBelow, true);
     flushReturns();
-    if (writesParagraphSpacing()) {
+    if (writesParagraphSpacing() || streams.size() == 1) {
         stream.spacingAt = out().size();
         stream.spacingBelow = below;
         stream.spacingAbove = above;

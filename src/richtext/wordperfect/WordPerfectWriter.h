@@ -242,7 +242,8 @@ private:
 
     void startParagraph(const librevenge::RVNGPropertyList &propList, const std::string &label, bool listItem = false);
     void flushReturns();
-    void settleSpacing(int above, bool listItem = false);
+    // between: the next paragraph follows now (not a table, page break or the end).
+    void settleSpacing(int above, bool listItem = false, bool between = false);
     void breakPage();
     void breakColumn();
     void setColumns(int count, int gap);

@@ -169,10 +169,14 @@ void Wp5Writer::writeAttribute(int attribute, bool on)
 
 int Wp5Writer::fontNumber(const CharacterFormat &format)
 {
-    auto found = fontNumbers.find(format.font);
-    if (found == fontNumbers.end()) {
+    // A record per face and size: libwpd reads a size from the record, not from the font change.
+    const std::pair<std::string, int> key(format.font, format.size);
+    auto found = fontNumbers.find(key);
+    if (found == fontNumbers.end() && fonts.size() < 250) {
         fonts.emplace_back(format.font, format.size);
-        found = fontNumbers.emplace(format.font, static_cast<int>(fonts.size()) - 1).first;
+        found = fontNumbers.emplace(key, static_cast<int>(fonts.size()) - 1).first;
+    } else if (found == fontNumbers.end()) {
+        found = fontNumbers.begin(); // the list is full: an earlier record's size
     }
     return found->second;
 }
