@@ -93,6 +93,14 @@ const Fixture fixtures[] = {
      "<text:p>first plain words</text:p><text:p text:style-name=\"SP\">spaced paragraph words</text:p>"
      "<text:p text:style-name=\"SP\">second spaced words</text:p><text:p>last plain words</text:p>",
      "<style:master-page style:name=\"Standard\"><style:header><text:p/></style:header></style:master-page>"},
+    {"PlacedTextBoxes",
+     "<style:style style:name=\"G\" style:family=\"graphic\"><style:graphic-properties"
+     " style:horizontal-rel=\"page\" style:vertical-rel=\"page\"/></style:style>",
+     "<text:p>paragraph words<draw:frame text:anchor-type=\"paragraph\" svg:x=\"1in\" svg:y=\"0.5in\""
+     " svg:width=\"2in\" svg:height=\"1in\"><draw:text-box><text:p>beside words</text:p></draw:text-box>"
+     "</draw:frame> more words</text:p><text:p>page words<draw:frame draw:style-name=\"G\" text:anchor-type=\"page\""
+     " svg:x=\"4in\" svg:y=\"6in\" svg:width=\"2in\" svg:height=\"1in\"><draw:text-box><text:p>placed words</text:p>"
+     "</draw:text-box></draw:frame></text:p>"},
     {"Characters", "",
      "<text:p>caf\u00e9 na\u00efve \u00bfqu\u00e9? \u00df \u2022 bullet \u2013 dash \u201cquoted\u201d</text:p>"
      "<text:p>\u03b1\u03b2\u03b3 Greek \u0416\u0438\u0437\u043d\u044c Cyrillic \u05e9\u05dc\u05d5\u05dd Hebrew"

@@ -583,6 +583,53 @@ TEST_P(OdtToWordPerfect, SetsANestedTablesRowsAsLinesOfTheOuterCell)
     EXPECT_EQ(lines, (std::vector<std::string> {"head", "Date\tInvoice\tDue", "soon", "today\t\tlater", "tail"}));
 }
 
+// A text box anchored to its paragraph or page keeps its place there in WordPerfect 6: its offset
+// from the paragraph (across from the margin) or from the paper's edges, or centred.
+TEST_P(OdtToWordPerfect, KeepsWhereATextBoxStands)
+{
+    if (std::string(GetParam().option) != "--wp6")
+        GTEST_SKIP() << "5.1 keeps a box's words after its paragraph";
+    struct Case {
+        const char *frame;
+        const char *graphic;
+        const char *anchor, *x, *y, *horizontal;
+    };
+    // libwpd reads a page's box as anchored to a character, its offset down from the top margin.
+    const Case cases[] = {
+        {"text:anchor-type=\"as-char\"", "", "as-char", "", "", ""},
+        {"text:anchor-type=\"paragraph\" svg:x=\"1in\" svg:y=\"0.5in\"", "style:horizontal-rel=\"paragraph\"",
+         "paragraph", "1.0000in", "0.5000in", "from-left"},
+        {"text:anchor-type=\"char\" svg:x=\"0.25in\" svg:y=\"0in\"", "", "paragraph", "0.2500in", "", "from-left"},
+        {"text:anchor-type=\"paragraph\" svg:y=\"0.5in\"", "style:horizontal-pos=\"center\"", "paragraph", "", "0.5000in",
+         "center"},
+        {"text:anchor-type=\"page\" svg:x=\"3in\" svg:y=\"4in\"",
+         "style:horizontal-rel=\"page\" style:vertical-rel=\"page\"", "char", "3.0000in", "3.0000in", "from-left"},
+    };
+    for (const Case &c : cases) {
+        SCOPED_TRACE(c.frame);
+        const auto back = convert(wptest::flatOdt(
+            std::string("<style:style style:name=\"C\" style:family=\"graphic\"><style:graphic-properties ") + c.graphic +
+                "/></style:style>",
+            std::string("<text:p>anchor words<draw:frame draw:style-name=\"C\" ") + c.frame +
+                " svg:width=\"2in\" svg:height=\"1in\"><draw:text-box><text:p>boxed words</text:p></draw:text-box>"
+                "</draw:frame></text:p>"));
+        const richtext::Inline *box = nullptr;
+        for (const richtext::Paragraph *paragraph : back.document.paragraphs())
+            for (const richtext::Inline &piece : paragraph->content)
+                if (piece.kind == richtext::Inline::Kind::textBox)
+                    box = &piece;
+        ASSERT_NE(box, nullptr);
+        EXPECT_EQ(wptest::property(box->object, "text:anchor-type"), c.anchor);
+        EXPECT_EQ(wptest::property(box->object, "svg:x"), c.x);
+        if (*c.y) {
+            EXPECT_EQ(wptest::property(box->object, "svg:y"), c.y);
+        }
+        if (*c.horizontal) {
+            EXPECT_EQ(wptest::property(box->object, "style:horizontal-pos"), c.horizontal);
+        }
+    }
+}
+
 INSTANTIATE_TEST_SUITE_P(BothVersions, OdtToWordPerfect, ::testing::ValuesIn(versions),
                          [](const auto &info) { return std::string(info.param.option + 2); });
 

@@ -35,6 +35,35 @@ void WordPerfectWriter::openFrame(const RVNGPropertyList &propList)
         frameSize = std::make_pair(*width, *height);
     else
         frameSize.reset();
+    // A frame anchored to its paragraph or page keeps its offset; one in the line is a character.
+    framePlacement = BoxPlacement();
+    const std::string anchor = textOf(propList, "text:anchor-type");
+    const std::string horizontal = textOf(propList, "style:horizontal-pos");
+    const std::string horizontalTo = textOf(propList, "style:horizontal-rel");
+    const std::string verticalTo = textOf(propList, "style:vertical-rel");
+    const int textWidth = pageSetup().width - pageSetup().left - pageSetup().right;
+    const int boxWidth = frameSize ? wpu(frameSize->first) : 0;
+    if (anchor == "paragraph" || anchor == "char" || anchor == "page") {
+        BoxPlacement &at = framePlacement;
+        const bool page = anchor == "page";
+        at.anchor = page ? BoxPlacement::Anchor::page : BoxPlacement::Anchor::paragraph;
+        at.x = wpu(inchesOf(propList, "svg:x").value_or(0));
+        at.y = wpu(inchesOf(propList, "svg:y").value_or(0));
+        const bool fromPaper = horizontalTo == "page" || horizontalTo == "page-start-margin";
+        if (horizontal == "center") {
+            at.centred = true;
+        } else if (horizontal == "right" || horizontal == "outside") {
+            at.x = std::max(0, textWidth - boxWidth) + (page ? pageSetup().left : 0);
+        } else if (horizontal == "left" || horizontal == "inside") {
+            at.x = page ? pageSetup().left : 0;
+        } else if (page && !fromPaper) {
+            at.x += pageSetup().left;
+        } else if (!page && fromPaper) {
+            at.x -= pageSetup().left;
+        }
+        if (page && verticalTo != "page")
+            at.y += pageSetup().top;
+    }
     // A picture centred on its own line (anchored to its paragraph, not standing in the text).
     frameCentred = textOf(propList, "style:horizontal-pos") == "center" && textOf(propList, "text:anchor-type") != "as-char";
 }
@@ -43,6 +72,7 @@ void WordPerfectWriter::closeFrame()
 {
     frameSize.reset();
     frameCentred = false;
+    framePlacement = BoxPlacement();
 }
 
 void WordPerfectWriter::insertBinaryObject(const RVNGPropertyList &propList)

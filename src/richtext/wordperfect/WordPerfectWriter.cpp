@@ -734,6 +734,7 @@ void WordPerfectWriter::openTextBox(const RVNGPropertyList &)
         return;
     ++boxDepth;
     boxSizes.push_back(frameSize);
+    boxPlacements.push_back(framePlacement);
     pushStream(false);
 }
 
@@ -748,6 +749,8 @@ void WordPerfectWriter::closeTextBox()
     const std::string body = popStream();
     const auto size = boxSizes.back();
     boxSizes.pop_back();
+    const BoxPlacement where = boxPlacements.back();
+    boxPlacements.pop_back();
     if (body.empty())
         return;
     // A header whose only text stands in a box still has something to show.
@@ -758,7 +761,9 @@ void WordPerfectWriter::closeTextBox()
     // A box inside a box, a header or a note stays text: libwpd reads no box there.
     if (writesTextBoxes() && boxDepth == 0 && !inSubDocument()) {
         text(U"");
+        placement = where;
         writeTextBox(body, width, height);
+        placement = BoxPlacement();
         return;
     }
     lose(loss::textBoxes);

@@ -60,6 +60,14 @@ struct DocumentSummary {
 struct Raster;
 class CharacterMap;
 
+// Where a box stands: in the line like a character, or at an offset from its paragraph or page.
+struct BoxPlacement {
+    enum class Anchor { character, paragraph, page } anchor = Anchor::character;
+    int x = 0; // WPU: from the left margin (paragraph), or from the paper's left edge (page)
+    int y = 0; // WPU: from the paragraph's top, or from the paper's top edge
+    bool centred = false;
+};
+
 struct CellShape {
     int column = 0;
     int columnSpan = 1;
@@ -193,8 +201,10 @@ protected:
     virtual void writePageNumber() = 0;
     // A picture in a character-anchored graphics box of widthWpu x heightWpu.
     virtual void writeImage(const Raster &raster, int widthWpu, int heightWpu) = 0;
-    // A text box holding `body`, where the format has one that libwpd reads.
+    // A text box holding `body`, where the format has one that libwpd reads, placed as
+    // boxPlacement() says.
     virtual bool writesTextBoxes() const { return false; }
+    const BoxPlacement &boxPlacement() const { return placement; }
     virtual void writeTextBox(const std::string &, int, int) {}
     virtual std::string assemble(const std::string &document) = 0;
     // The version has no code libwpd reads for something the document holds.
@@ -287,6 +297,9 @@ private:
     int hidden = 0; // inside a comment: nothing is written
     int boxDepth = 0;
     std::vector<std::optional<std::pair<double, double>>> boxSizes; // of each open text box's frame
+    std::vector<BoxPlacement> boxPlacements;                        // the same, where it stands
+    BoxPlacement framePlacement;                                    // of the open frame
+    BoxPlacement placement;                                         // of the box being written
     richtext::Losses lost;
     std::vector<char> noteMarks;
     std::optional<std::pair<double, double>> frameSize; // inches, of the open frame

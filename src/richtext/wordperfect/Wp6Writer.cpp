@@ -356,20 +356,39 @@ void Wp6Writer::writeTextBox(const std::string &body, int widthWpu, int heightWp
     writeBox(0x01, textPacket(body), widthWpu, heightWpu);
 }
 
-// A character-anchored box of the given content (0x01 text, 0x03 image), whose content is the
-// packet `pid`: a text packet, or the file-name packet that leads to the picture.
+// A box of the given content (0x01 text, 0x03 image), whose content is the packet `pid`: a text
+// packet, or the file-name packet that leads to the picture. It stands where boxPlacement() says:
+// in the line like a character, or at an offset from its paragraph (horizontally from the
+// margin) or from the paper's edges.
 void Wp6Writer::writeBox(int contentType, int pid, int widthWpu, int heightWpu)
 {
+    const BoxPlacement &at = boxPlacement();
+    const auto offset = [](int wpu) { return static_cast<unsigned>(static_cast<std::uint16_t>(std::clamp(wpu, -0x7FFF, 0x7FFF))); };
+    int anchoring = 0x00; // the function's subgroup: character, paragraph or page anchored
     std::string positioning;
     put16(positioning, 0x7C00); // general, horizontal, vertical, width, height follow
-    put8(positioning, 0x03);    // general: mask, then value: on the text baseline
-    put8(positioning, 0x02);
-    put8(positioning, 0);       // horizontal: at the character
-    put16(positioning, 0);
-    put8(positioning, 0);
-    put8(positioning, 0);
-    put8(positioning, 0x01);    // vertical: relative to the anchor
-    put16(positioning, 0);
+    put8(positioning, 0x03);    // general: mask, then value: on the baseline, paragraph or page
+    if (at.anchor == BoxPlacement::Anchor::character) {
+        put8(positioning, 0x02);
+        put8(positioning, 0); // horizontal: at the character
+        put16(positioning, 0);
+        put8(positioning, 0);
+        put8(positioning, 0);
+        put8(positioning, 0x01); // vertical: relative to the anchor
+        put16(positioning, 0);
+    } else {
+        const bool page = at.anchor == BoxPlacement::Anchor::page;
+        anchoring = page ? 0x02 : 0x01;
+        put8(positioning, page ? 0x00 : 0x01);
+        // Horizontal: from the margin (or centred between the margins) for a paragraph's box,
+        // from the paper's edge for a page's.
+        put8(positioning, at.centred ? 0x01 | (0x02 << 2) : page ? 0x00 : 0x01);
+        put16(positioning, at.centred ? 0 : offset(at.x));
+        put8(positioning, 0);
+        put8(positioning, 0);
+        put8(positioning, page ? 0x00 : 0x01); // vertical: from the paper's top, or the paragraph's
+        put16(positioning, offset(at.y));
+    }
     put8(positioning, 0x01);    // width and height as real WordPerfect flags a set-size box
     put16(positioning, static_cast<unsigned>(std::clamp(widthWpu, 1, 0xFFFF)));
     put8(positioning, 0x00);
@@ -390,7 +409,7 @@ void Wp6Writer::writeBox(int contentType, int pid, int widthWpu, int heightWpu)
     put16(data, static_cast<unsigned>(overrides.size() + 4)); // override and wrap data, with both sizes
     put16(data, static_cast<unsigned>(overrides.size()));
     data += overrides;
-    function(0xDF, 0x00, data, pid); // character-anchored box
+    function(0xDF, anchoring, data, pid);
 }
 
 void Wp6Writer::writeTableStart(const std::vector<int> &widths)
