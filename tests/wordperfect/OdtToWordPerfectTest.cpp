@@ -630,6 +630,34 @@ TEST_P(OdtToWordPerfect, KeepsWhereATextBoxStands)
     }
 }
 
+// A row's height, exact or the least it takes, and a header row that repeats on each page: in
+// WordPerfect 6's row information; libwpd reads none from 5.1.
+TEST_P(OdtToWordPerfect, KeepsRowHeightsAndHeaderRows)
+{
+    auto cell = [](const char *text) { return std::string("<table:table-cell><text:p>") + text + "</text:p></table:table-cell>"; };
+    const auto back = convert(wptest::flatOdt(
+        "<style:style style:name=\"R1\" style:family=\"table-row\"><style:table-row-properties"
+        " style:min-row-height=\"1in\"/></style:style><style:style style:name=\"R2\" style:family=\"table-row\">"
+        "<style:table-row-properties style:row-height=\"0.5in\"/></style:style>",
+        "<table:table table:name=\"t\"><table:table-column table:number-columns-repeated=\"2\"/><table:table-header-rows>"
+        "<table:table-row>" + cell("head a") + cell("head b") + "</table:table-row></table:table-header-rows>"
+        "<table:table-row table:style-name=\"R1\">" + cell("tall a") + cell("tall b") + "</table:table-row>"
+        "<table:table-row table:style-name=\"R2\">" + cell("fixed a") + cell("fixed b") + "</table:table-row>"
+        "<table:table-row>" + cell("plain a") + cell("plain b") + "</table:table-row></table:table>"));
+    const auto tables = back.document.tables();
+    ASSERT_EQ(tables.size(), 1u);
+    ASSERT_EQ(tables[0]->rows.size(), 4u);
+    std::vector<std::string> rows;
+    for (const richtext::Row &row : tables[0]->rows)
+        rows.push_back(wptest::property(row.properties, "style:min-row-height") + "/" +
+                       wptest::property(row.properties, "style:row-height") + "/" +
+                       wptest::property(row.properties, "librevenge:is-header-row"));
+    if (std::string(GetParam().option) == "--wp6")
+        EXPECT_EQ(rows, (std::vector<std::string> {"//true", "1.0000in//false", "/0.5000in/false", "//false"}));
+    else
+        EXPECT_EQ(rows, (std::vector<std::string> {"//false", "//false", "//false", "//false"}));
+}
+
 INSTANTIATE_TEST_SUITE_P(BothVersions, OdtToWordPerfect, ::testing::ValuesIn(versions),
                          [](const auto &info) { return std::string(info.param.option + 2); });
 

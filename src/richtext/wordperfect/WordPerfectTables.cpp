@@ -84,7 +84,7 @@ void WordPerfectWriter::openTable(const RVNGPropertyList &propList)
     streams.back().started = true;
 }
 
-void WordPerfectWriter::openTableRow(const RVNGPropertyList &)
+void WordPerfectWriter::openTableRow(const RVNGPropertyList &propList)
 {
     if (hidden || tables.empty())
         return;
@@ -101,11 +101,21 @@ void WordPerfectWriter::openTableRow(const RVNGPropertyList &)
     table.column = 0;
     table.horizontalCover = 0;
     table.firstInRow = true;
+    const auto exact = inchesOf(propList, "style:row-height");
+    const auto least = inchesOf(propList, "style:min-row-height");
+    table.rowHeight = std::clamp(wpu(exact.value_or(least.value_or(0))), 0, 0xFFFF);
+    table.rowAtLeast = !exact;
+    const librevenge::RVNGProperty *header = propList["librevenge:is-header-row"];
+    table.headerRow = header && header->getInt() != 0;
 }
 
-void WordPerfectWriter::beginCell(const CellShape &cell)
+void WordPerfectWriter::beginCell(const CellShape &shape)
 {
     OpenTable &table = tables.back();
+    CellShape cell = shape;
+    cell.rowHeight = table.rowHeight;
+    cell.rowAtLeast = table.rowAtLeast;
+    cell.headerRow = table.headerRow;
     writeCell(cell, table.firstInRow);
     table.firstInRow = false;
     streams.back().paragraph = ParagraphFormat();

@@ -75,6 +75,11 @@ struct CellShape {
     bool coveredFromAbove = false;
     int borders = 0; // bit 0 left, 1 right, 2 top, 3 bottom: lines are drawn
     std::optional<std::uint32_t> fill; // 0xRRGGBB background
+    // Of the row a row's first cell opens: its height in WPU (0: as its text needs), whether that is
+    // the least it takes, and whether it repeats at the top of each page.
+    int rowHeight = 0;
+    bool rowAtLeast = true;
+    bool headerRow = false;
 };
 
 // librevenge's text callbacks written as a WordPerfect document. Everything is buffered; the file
@@ -247,6 +252,9 @@ private:
         int column = 0;
         int horizontalCover = 0;
         bool firstInRow = true;
+        int rowHeight = 0;
+        bool rowAtLeast = true;
+        bool headerRow = false;
         bool degraded = false; // nested: a paragraph per row, its cells apart by tabs
     };
 

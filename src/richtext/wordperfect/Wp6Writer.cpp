@@ -439,6 +439,13 @@ void Wp6Writer::writeCell(const CellShape &cell, bool firstInRow)
 {
     std::string data;
     put16(data, 0); // no deletable sub-functions
+    if (firstInRow && (cell.rowHeight > 0 || cell.headerRow)) {
+        // Row information: a header row, and a height that is exact or the least the row takes.
+        put8(data, 0x80);
+        put8(data, (cell.headerRow ? 0x04 : 0) | (cell.rowHeight > 0 ? 0x02 : 0) | (cell.rowAtLeast ? 0x10 : 0));
+        put16(data, static_cast<unsigned>(cell.rowHeight));
+        put8(data, 0x80);
+    }
     if (cell.coveredFromAbove || cell.columnSpan > 1 || cell.rowSpan > 1) {
         put8(data, 0x85);
         put8(data, cell.coveredFromAbove ? 0x81 : std::min(cell.columnSpan, 127));
