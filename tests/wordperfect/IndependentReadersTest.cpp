@@ -73,11 +73,12 @@ const Fixture fixtures[] = {
     {"Table", "", "<text:p>before table</text:p>" + table(3, 3) + "<text:p>after table</text:p>"},
     {"RowHeights",
      "<style:style style:name=\"R1\" style:family=\"table-row\"><style:table-row-properties"
-     " style:min-row-height=\"1in\"/></style:style>",
+     " style:min-row-height=\"1in\"/></style:style><style:style style:name=\"M\" style:family=\"table-cell\">"
+     "<style:table-cell-properties style:vertical-align=\"middle\"/></style:style>",
      "<table:table table:name=\"t\"><table:table-column table:number-columns-repeated=\"2\"/><table:table-header-rows>"
      "<table:table-row><table:table-cell><text:p>head words</text:p></table:table-cell><table:table-cell><text:p>more"
      " head</text:p></table:table-cell></table:table-row></table:table-header-rows><table:table-row"
-     " table:style-name=\"R1\"><table:table-cell><text:p>tall words</text:p></table:table-cell><table:table-cell>"
+     " table:style-name=\"R1\"><table:table-cell table:style-name=\"M\"><text:p>tall words</text:p></table:table-cell><table:table-cell>"
      "<text:p>tall more</text:p></table:table-cell></table:table-row></table:table><text:p>after rows</text:p>"},
     {"NestedTable", "",
      "<text:p>before outer</text:p><table:table table:name=\"o\"><table:table-column table:number-columns-repeated=\"2\"/>"

@@ -399,13 +399,13 @@ TEST_P(OdtToWordPerfect, KeepsAHeaderThatIsATable)
     EXPECT_NE(words.find("Date"), std::string::npos) << words;
 }
 
-TEST_P(OdtToWordPerfect, KeepsCellShading)
+TEST_P(OdtToWordPerfect, KeepsCellShadingAndVerticalAlignment)
 {
     const auto back = convert(wptest::flatOdt(
         "<style:style style:name=\"Y\" style:family=\"table-cell\"><style:table-cell-properties"
-        " fo:background-color=\"#ffff00\"/></style:style>"
+        " fo:background-color=\"#ffff00\" style:vertical-align=\"middle\"/></style:style>"
         "<style:style style:name=\"K\" style:family=\"table-cell\"><style:table-cell-properties"
-        " fo:background-color=\"#000000\"/></style:style>",
+        " fo:background-color=\"#000000\" style:vertical-align=\"bottom\"/></style:style>",
         "<table:table table:name=\"t\"><table:table-column table:number-columns-repeated=\"3\"/><table:table-row>"
         "<table:table-cell table:style-name=\"Y\"><text:p>yellow</text:p></table:table-cell>"
         "<table:table-cell table:style-name=\"K\"><text:p>black</text:p></table:table-cell>"
@@ -413,13 +413,18 @@ TEST_P(OdtToWordPerfect, KeepsCellShading)
     const auto tables = back.document.tables();
     ASSERT_EQ(tables.size(), 1u);
     ASSERT_EQ(tables[0]->rows.size(), 1u);
-    std::vector<std::string> fills;
-    for (const richtext::Cell &cell : tables[0]->rows[0].cells)
+    std::vector<std::string> fills, aligns;
+    for (const richtext::Cell &cell : tables[0]->rows[0].cells) {
         fills.push_back(wptest::property(cell.properties, "fo:background-color"));
-    if (std::string(GetParam().option) == "--wp6")
+        aligns.push_back(wptest::property(cell.properties, "style:vertical-align"));
+    }
+    if (std::string(GetParam().option) == "--wp6") {
         EXPECT_EQ(fills, (std::vector<std::string> {"#ffff00", "#000000", "#ffffff"}));
-    else // libwpd reads no 5.1 cell shading
+        EXPECT_EQ(aligns, (std::vector<std::string> {"middle", "bottom", "top"}));
+    } else { // libwpd reads no 5.1 cell shading and sets every cell at the top
         EXPECT_EQ(fills.size(), 3u);
+        EXPECT_EQ(aligns, (std::vector<std::string> {"top", "top", "top"}));
+    }
 }
 
 // Columns that give only relative widths share the table's width: its own, its share of the text

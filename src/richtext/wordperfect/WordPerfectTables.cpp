@@ -150,6 +150,8 @@ void WordPerfectWriter::openTableCell(const RVNGPropertyList &propList)
         if (!isNone(border.empty() ? all : border) && (border.empty() ? all : border).find("none") == std::string::npos)
             cell.borders |= 1 << side;
     }
+    const std::string align = textOf(propList, "style:vertical-align");
+    cell.verticalAlign = align == "middle" ? 1 : align == "bottom" ? 2 : 0;
     const std::string background = textOf(propList, "fo:background-color");
     std::uint32_t rgb = 0;
     if (background.size() == 7 && background[0] == '#' &&

@@ -446,6 +446,16 @@ void Wp6Writer::writeCell(const CellShape &cell, bool firstInRow)
         put16(data, static_cast<unsigned>(cell.rowHeight));
         put8(data, 0x80);
     }
+    if (cell.verticalAlign != 0) {
+        // Cell information: no attributes or justification of its own, the vertical alignment.
+        put8(data, 0x84);
+        put8(data, 0);
+        put8(data, 0);
+        put8(data, static_cast<unsigned>(cell.verticalAlign));
+        put16(data, 0);
+        put16(data, 0);
+        put8(data, 0x84);
+    }
     if (cell.coveredFromAbove || cell.columnSpan > 1 || cell.rowSpan > 1) {
         put8(data, 0x85);
         put8(data, cell.coveredFromAbove ? 0x81 : std::min(cell.columnSpan, 127));
