@@ -329,6 +329,31 @@ TEST_P(OdtToWordPerfect, WritesListLabelsWithTheirIndent)
     }
 }
 
+// A list paragraph whose style gives its own indent is laid out by it, not by its level's.
+TEST_P(OdtToWordPerfect, TakesAListParagraphsOwnIndentOverItsLevels)
+{
+    const auto back = convert(wptest::flatOdt(
+        "<text:list-style style:name=\"N\"><text:list-level-style-bullet text:level=\"1\" text:bullet-char=\"-\">"
+        "<style:list-level-properties text:list-level-position-and-space-mode=\"label-alignment\">"
+        "<style:list-level-label-alignment text:label-followed-by=\"listtab\" fo:margin-left=\"1in\""
+        " fo:text-indent=\"-0.25in\"/></style:list-level-properties></text:list-level-style-bullet></text:list-style>"
+        "<style:style style:name=\"OWN\" style:family=\"paragraph\"><style:paragraph-properties"
+        " fo:margin-left=\"0.5in\" fo:text-indent=\"-0.25in\"/></style:style>",
+        "<text:list text:style-name=\"N\"><text:list-item><text:p text:style-name=\"OWN\">own indent</text:p>"
+        "</text:list-item><text:list-item><text:p>level indent</text:p></text:list-item></text:list>"));
+    const double page = std::stod(wptest::property(back.document.pageSpans.front().properties, "fo:margin-left"));
+    struct Expected {
+        const char *text;
+        double left;
+    };
+    for (const Expected &e : {Expected {"own indent", 0.5}, Expected {"level indent", 1.0}}) {
+        const richtext::Paragraph *paragraph = wptest::paragraphWith(back.document, e.text);
+        ASSERT_NE(paragraph, nullptr) << e.text;
+        EXPECT_NEAR(page + std::stod(wptest::property(paragraph->properties, "fo:margin-left")), 1.0 + e.left, 0.01)
+            << e.text;
+    }
+}
+
 TEST_P(OdtToWordPerfect, KeepsATextBoxAsABoxOrAfterItsAnchorParagraph)
 {
     const auto back = convert(wptest::flatOdt(

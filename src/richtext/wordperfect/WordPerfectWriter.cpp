@@ -682,9 +682,11 @@ void WordPerfectWriter::openListElement(const RVNGPropertyList &propList)
     RVNGPropertyList properties(propList);
     // WordPerfect has no list of its own that libwpd reads back: the label is text hanging in the
     // level's indent, as a list paragraph is laid out.
-    if (!listIndents.empty()) {
-        const double paragraphLeft = inchesOf(propList, "fo:margin-left").value_or(0);
-        properties.insert("fo:margin-left", paragraphLeft + listIndents.back().first / 1200.0, librevenge::RVNG_INCH);
+    // A list paragraph's own indent, where its style gives one, takes the place of its level's.
+    if (!listIndents.empty() && !propList["fo:margin-left"]) {
+        properties.insert("fo:margin-left", listIndents.back().first / 1200.0, librevenge::RVNG_INCH);
+        properties.insert("fo:text-indent", -listIndents.back().second / 1200.0, librevenge::RVNG_INCH);
+    } else if (!listIndents.empty() && !propList["fo:text-indent"]) {
         properties.insert("fo:text-indent", -listIndents.back().second / 1200.0, librevenge::RVNG_INCH);
     }
     if (const librevenge::RVNGProperty *restart = propList["text:start-value"]; restart && numbering.depth() > 0)
