@@ -613,6 +613,28 @@ TEST_P(OdtToWordPerfect, SetsANestedTablesRowsAsLinesOfTheOuterCell)
     EXPECT_EQ(lines, (std::vector<std::string> {"head", "Date\tInvoice\tDue", "soon", "today\t\tlater", "tail"}));
 }
 
+// The room between a header and the text: the space after the header's last paragraph (6).
+TEST_P(OdtToWordPerfect, KeepsTheRoomBelowAHeader)
+{
+    const auto back = convert(wptest::flatOdt(
+        "<style:page-layout style:name=\"pm\"><style:page-layout-properties fo:page-width=\"8.5in\""
+        " fo:page-height=\"11in\"/><style:header-style><style:header-footer-properties fo:min-height=\"0in\""
+        " fo:margin-bottom=\"0.2in\"/></style:header-style></style:page-layout>",
+        "<text:p>body words</text:p>",
+        "<style:master-page style:name=\"Standard\" style:page-layout-name=\"pm\"><style:header><text:p>first head"
+        "</text:p><text:p>last head</text:p></style:header></style:master-page>"));
+    std::vector<std::string> below;
+    for (const richtext::PageSpan &span : back.document.pageSpans)
+        for (const richtext::HeaderFooter &part : span.headersAndFooters)
+            for (const richtext::Block &block : part.blocks)
+                if (const richtext::Paragraph *paragraph = block.paragraph())
+                    below.push_back(wptest::property(paragraph->properties, "fo:margin-bottom"));
+    if (std::string(GetParam().option) == "--wp6")
+        EXPECT_EQ(below, (std::vector<std::string> {"0.0000in", "0.2000in"}));
+    else
+        EXPECT_EQ(below, (std::vector<std::string> {"0.0000in", "0.0000in"}));
+}
+
 // A text box anchored to its paragraph or page keeps its place there in WordPerfect 6: its offset
 // from the paragraph (across from the margin) or from the paper's edges, or centred.
 TEST_P(OdtToWordPerfect, KeepsWhereATextBoxStands)

@@ -123,9 +123,11 @@ std::string WordPerfectWriter::popStream(bool separateText)
     return bytes;
 }
 
-void WordPerfectWriter::openHeaderFooter(const RVNGPropertyList &propList, bool)
+void WordPerfectWriter::openHeaderFooter(const RVNGPropertyList &propList, bool footer)
 {
     headerOccurrence.push_back(textOf(propList, "librevenge:occurrence"));
+    // The room between a header and the text below it: the space after the header's last paragraph.
+    headerGaps.push_back(footer ? 0 : std::max(0, wpu(inchesOf(propList, "fo:margin-bottom").value_or(0))));
     pushStream(true);
 }
 
@@ -133,6 +135,10 @@ void WordPerfectWriter::closeHeaderFooter(bool footer)
 {
     if (streams.size() < 2 || headerOccurrence.empty())
         return;
+    if (!headerGaps.empty()) {
+        settleSpacing(headerGaps.back());
+        headerGaps.pop_back();
+    }
     // Formatting codes with nothing to show are no header to libwpd, which keeps the one before
     // on the pages that should have an empty one: such a header is written as empty.
     const bool content = streams.back().content;

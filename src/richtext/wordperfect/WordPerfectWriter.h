@@ -291,6 +291,7 @@ private:
     std::vector<Stream> streams;
     std::vector<OpenTable> tables;
     std::vector<std::string> headerOccurrence;
+    std::vector<int> headerGaps; // per open header or footer, WPU
     ListNumbering numbering;
     std::vector<std::pair<int, int>> listIndents; // per open level: text indent and label width, WPU
     PageSetup page;
