@@ -635,6 +635,30 @@ TEST_P(OdtToWordPerfect, KeepsTheRoomBelowAHeader)
         EXPECT_EQ(below, (std::vector<std::string> {"0.0000in", "0.0000in"}));
 }
 
+// A box nearly as wide as the text (a floating table) stands in its own line, since readers let
+// text run beside a placed box; one that gives no height grows with its text (6).
+TEST_P(OdtToWordPerfect, SetsAWideBoxInItsLineAsHighAsItsText)
+{
+    if (std::string(GetParam().option) != "--wp6")
+        GTEST_SKIP() << "5.1 keeps a box's words after its paragraph";
+    const auto back = convert(wptest::flatOdt(
+        "", "<text:p>anchor words<draw:frame text:anchor-type=\"paragraph\" svg:x=\"0in\" svg:y=\"0in\""
+            " svg:width=\"6in\"><draw:text-box fo:min-height=\"0.1in\"><text:p>one</text:p><text:p>two</text:p>"
+            "<text:p>three</text:p></draw:text-box></draw:frame></text:p><text:p>below</text:p>"));
+    const richtext::Inline *box = nullptr;
+    for (const richtext::Paragraph *paragraph : back.document.paragraphs())
+        for (const richtext::Inline &piece : paragraph->content)
+            if (piece.kind == richtext::Inline::Kind::textBox)
+                box = &piece;
+    ASSERT_NE(box, nullptr);
+    EXPECT_EQ(wptest::property(box->object, "text:anchor-type"), "as-char");
+    EXPECT_EQ(wptest::property(box->object, "svg:width"), "6.0000in");
+    EXPECT_EQ(wptest::property(box->object, "svg:height"), "");
+    EXPECT_EQ(wptest::property(box->object, "style:rel-height"), "scale");
+    ASSERT_TRUE(box->content);
+    EXPECT_EQ(box->content->size(), 3u);
+}
+
 // A text box anchored to its paragraph or page keeps its place there in WordPerfect 6: its offset
 // from the paragraph (across from the margin) or from the paper's edges, or centred.
 TEST_P(OdtToWordPerfect, KeepsWhereATextBoxStands)

@@ -31,8 +31,9 @@ void WordPerfectWriter::openFrame(const RVNGPropertyList &propList)
 {
     const auto width = inchesOf(propList, "svg:width");
     const auto height = inchesOf(propList, "svg:height");
-    if (width && height && *width > 0 && *height > 0)
-        frameSize = std::make_pair(*width, *height);
+    // A frame that gives only its width grows with its text: height 0.
+    if (width && *width > 0)
+        frameSize = std::make_pair(*width, height && *height > 0 ? *height : 0.0);
     else
         frameSize.reset();
     // A frame anchored to its paragraph or page keeps its offset; one in the line is a character.
@@ -43,7 +44,10 @@ void WordPerfectWriter::openFrame(const RVNGPropertyList &propList)
     const std::string verticalTo = textOf(propList, "style:vertical-rel");
     const int textWidth = pageSetup().width - pageSetup().left - pageSetup().right;
     const int boxWidth = frameSize ? wpu(frameSize->first) : 0;
-    if (anchor == "paragraph" || anchor == "char" || anchor == "page") {
+    // No reader takes a box's wrap from the file, and text runs beside a placed box: one nearly as
+    // wide as the text (a floating table, a banner) stands in its own line instead.
+    const bool narrow = boxWidth > 0 && boxWidth * 5 < textWidth * 3;
+    if ((anchor == "paragraph" || anchor == "char" || anchor == "page") && narrow) {
         BoxPlacement &at = framePlacement;
         const bool page = anchor == "page";
         at.anchor = page ? BoxPlacement::Anchor::page : BoxPlacement::Anchor::paragraph;
@@ -97,8 +101,9 @@ void WordPerfectWriter::insertBinaryObject(const RVNGPropertyList &propList)
         return;
     }
     // Without a frame size the picture keeps its own size.
-    const double width = frameSize ? frameSize->first : raster->width / raster->pixelsPerInch;
-    const double height = frameSize ? frameSize->second : raster->height / raster->pixelsPerInch;
+    const bool sized = frameSize && frameSize->second > 0;
+    const double width = sized ? frameSize->first : raster->width / raster->pixelsPerInch;
+    const double height = sized ? frameSize->second : raster->height / raster->pixelsPerInch;
     // WordPerfect's box sits in the line like a character: a centred picture that opens its paragraph
     // centres the paragraph instead.
     Stream &stream = streams.back();

@@ -765,7 +765,7 @@ void WordPerfectWriter::closeTextBox()
     if (content)
         streams.back().content = streams.back().paragraphContent = true;
     const int width = size ? std::max(1, wpu(size->first)) : 2400;
-    const int height = size ? std::max(1, wpu(size->second)) : 1200;
+    const int height = size ? std::max(0, wpu(size->second)) : 0; // 0: as high as its text
     // A box inside a box, a header or a note stays text: libwpd reads no box there.
     if (writesTextBoxes() && boxDepth == 0 && !inSubDocument()) {
         text(U"");

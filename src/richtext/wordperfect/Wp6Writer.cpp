@@ -389,10 +389,12 @@ void Wp6Writer::writeBox(int contentType, int pid, int widthWpu, int heightWpu)
         put8(positioning, page ? 0x00 : 0x01); // vertical: from the paper's top, or the paragraph's
         put16(positioning, offset(at.y));
     }
-    put8(positioning, 0x01);    // width and height as real WordPerfect flags a set-size box
-    put16(positioning, static_cast<unsigned>(std::clamp(widthWpu, 1, 0xFFFF)));
+    // Width: set, so that libwpd hands it on for a text box too.
     put8(positioning, 0x00);
-    put16(positioning, static_cast<unsigned>(std::clamp(heightWpu, 1, 0xFFFF)));
+    put16(positioning, static_cast<unsigned>(std::clamp(widthWpu, 1, 0xFFFF)));
+    // A height of 0 is a box as high as its text: the height flag says it follows the content.
+    put8(positioning, heightWpu > 0 ? 0x00 : 0x01);
+    put16(positioning, static_cast<unsigned>(std::clamp(heightWpu > 0 ? heightWpu : 1200, 1, 0xFFFF)));
     std::string content;
     put16(content, 0x4000); // content type follows
     put8(content, static_cast<unsigned>(contentType));
