@@ -572,7 +572,7 @@ TEST_P(OdtToWordPerfect, KeepsTheSpaceBetweenParagraphs)
     const Expected expected[] = {
         {"plain one", "0.1000in", true},  {"spaced one", "0.3000in", true}, {"spaced two", "0.2000in", true},
         {"plain two", "0.0000in", false}, {"item one", "0.0000in", false},  {"item two", "0.2500in", false},
-        {"in cell", "0.2000in", false},   {"cell plain", "0.0000in", false}, {"after table", "0.0000in", false},
+        {"in cell", "0.2000in", true},    {"cell plain", "0.0000in", false}, {"after table", "0.0000in", false},
     };
     const bool wp6 = std::string(GetParam().option) == "--wp6";
     const auto paragraphs = back.document.paragraphs();

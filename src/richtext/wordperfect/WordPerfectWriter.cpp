@@ -236,7 +236,7 @@ void WordPerfectWriter::settleSpacing(int above, bool listItem, bool between)
     if (!writesParagraphSpacing()) {
         // 5.1 has no such code: its users typed an empty line, here one whose font is as high as
         // the space (a line is about 1.15 times its font's size; WPU times 3 is 1/50 point).
-        if (!between || spacing < 60 || stream.pendingReturns == 0 || streams.size() != 1)
+        if (!between || spacing < 60 || stream.pendingReturns == 0 || stream.subDocument)
             return;
         flushReturns();
         CharacterFormat restored = stream.written;
@@ -309,7 +309,7 @@ void WordPerfectWriter::startParagraph(const RVNGPropertyList &propList, const s
     const int below = std::max(0, wpu(inchesOf(propList, "fo:margin-bottom").value_or(0)));
     settleSpacing(above, listItem && below == stream.spacingBelow, true);
     flushReturns();
-    if (writesParagraphSpacing() || streams.size() == 1) {
+    if (writesParagraphSpacing() || !stream.subDocument) {
         stream.spacingAt = out().size();
         stream.spacingBelow = below;
         stream.spacingAbove = above;
