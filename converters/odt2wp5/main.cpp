@@ -79,14 +79,7 @@ int run(WordPerfectWriter::Version version, const std::string &source, const std
     if (writer->fileBytes().empty())
         throw ConverterError::failed("the document produced no WordPerfect output");
     writeAtomically(destination, writer->fileBytes());
-    richtext::Losses losses;
-    if (writer->substitutedCharacters() > 0)
-        losses.add(richtext::loss::charactersWordPerfect);
-    if (writer->inlinedFirstPageParts() > 0)
-        losses.add(richtext::loss::firstPageHeaders);
-    if (writer->droppedImages() > 0)
-        losses.add(richtext::loss::pictureFormats);
-    std::fputs(losses.stderrLine("odt2wp5").c_str(), stderr);
+    std::fputs(writer->losses().stderrLine("odt2wp5").c_str(), stderr);
     return 0;
 }
 

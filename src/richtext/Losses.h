@@ -45,9 +45,14 @@ inline constexpr std::string_view charactersMacRoman = "characters Mac Roman has
 inline constexpr std::string_view boxedText = "text in boxes";
 inline constexpr std::string_view graphicLines = "graphic lines";
 inline constexpr std::string_view firstPageHeaders = "first-page headers and footers (kept as the page's opening text)";
+inline constexpr std::string_view hiraganaAsKatakana = "hiragana (written as katakana)";
+inline constexpr std::string_view nestedTables = "tables inside tables (kept as paragraphs of the outer cell)";
+inline constexpr std::string_view textBoxes = "text boxes (kept as paragraphs after their anchor)";
+inline constexpr std::string_view textColumns = "text columns (set in one column)";
+inline constexpr std::string_view cellShading = "table cell shading";
+inline constexpr std::string_view cellBorders = "table cell borders (every line drawn)";
 inline constexpr std::string_view comments = "comments";
 inline constexpr std::string_view equations = "equations";
-inline constexpr std::string_view nestedTables = "tables inside tables (kept as their cell's paragraphs)";
 } // namespace loss
 
 } // namespace richtext

@@ -97,7 +97,7 @@ TEST_P(CharacterRoundTrip, EveryCharacterLibwpdKnowsComesBack)
     }
     writer->closePageSpan();
     writer->endDocument();
-    EXPECT_EQ(writer->substitutedCharacters(), 0);
+    EXPECT_TRUE(writer->losses().empty()) << writer->losses().joined();
 
     const wptest::ReadBack back = wptest::readWordPerfect(writer->fileBytes());
     ASSERT_TRUE(back.ok);
@@ -114,7 +114,7 @@ TEST_P(CharacterRoundTrip, EveryCharacterLibwpdKnowsComesBack)
 }
 
 // Characters with WordPerfect codes of their own, and kana that one version's Japanese set holds only
-// in the other width: what libwpd reads back, and how many were written as '?'.
+// in the other width: what libwpd reads back, and what the writer says it could not carry.
 TEST_P(CharacterRoundTrip, WritesHyphensAndKanaInTheirOwnCodes)
 {
     const bool wp6 = GetParam().version == WordPerfectWriter::Version::wp6;
@@ -122,16 +122,19 @@ TEST_P(CharacterRoundTrip, WritesHyphensAndKanaInTheirOwnCodes)
         const char *text;
         const char *wp6Reads;
         const char *wp5Reads;
-        int wp6Substituted;
+        std::string_view wp6Lost; // 5.1 holds them all
     };
     const Case cases[] = {
-        {"soft\u00ADhyphen", "soft\u00ADhyphen", "soft\u00ADhyphen", 0},
-        {"non\u2011breaking", "non-breaking", "non-breaking", 0}, // WordPerfect's hard hyphen
-        {"\u2022 round", "\u2022 round", "\u2022 round", 0},
-        {"\u30AB\u30BF\u30AB\u30CA", "\uFF76\uFF80\uFF76\uFF85", "\u30AB\u30BF\u30AB\u30CA", 0},
-        {"\u30AC\u30D1", "\uFF76\uFF9E\uFF8A\uFF9F", "\u30AC\u30D1", 0},
-        {"\uFF76\uFF9E", "\uFF76\uFF9E", "\u30AB\u309B", 0},
-        {"\u3072\u3089", "??", "\u3072\u3089", 2}, // hiragana: no half-width form
+        {"soft\u00ADhyphen", "soft\u00ADhyphen", "soft\u00ADhyphen", {}},
+        {"non\u2011breaking", "non-breaking", "non-breaking", {}}, // WordPerfect's hard hyphen
+        {"\u2022 round", "\u2022 round", "\u2022 round", {}},
+        {"\u30AB\u30BF\u30AB\u30CA", "\uFF76\uFF80\uFF76\uFF85", "\u30AB\u30BF\u30AB\u30CA", {}},
+        {"\u30AC\u30D1", "\uFF76\uFF9E\uFF8A\uFF9F", "\u30AC\u30D1", {}},
+        {"\uFF76\uFF9E", "\uFF76\uFF9E", "\u30AB\u309B", {}},
+        // Hiragana: 6's set has katakana only, so the same sounds in that script.
+        {"\u3072\u3089\u304C\u306A", "\uFF8B\uFF97\uFF76\uFF9E\uFF85", "\u3072\u3089\u304C\u306A",
+         richtext::loss::hiraganaAsKatakana},
+        {"\u6F22\u5B57", "??", "??", richtext::loss::charactersWordPerfect},
     };
     for (const Case &c : cases) {
         const auto writer = WordPerfectWriter::create(GetParam().version);
@@ -142,7 +145,8 @@ TEST_P(CharacterRoundTrip, WritesHyphensAndKanaInTheirOwnCodes)
         writer->closeParagraph();
         writer->closePageSpan();
         writer->endDocument();
-        EXPECT_EQ(writer->substitutedCharacters(), wp6 ? c.wp6Substituted : 0) << c.text;
+        const std::string_view lost = wp6 || c.wp6Lost == richtext::loss::charactersWordPerfect ? c.wp6Lost : "";
+        EXPECT_EQ(writer->losses().joined(), lost) << c.text;
         const wptest::ReadBack back = wptest::readWordPerfect(writer->fileBytes());
         ASSERT_TRUE(back.ok);
         ASSERT_EQ(back.document.paragraphs().size(), 1u) << c.text;

@@ -71,6 +71,20 @@ const Fixture fixtures[] = {
      "<text:p text:style-name=\"TB\">name<text:tab/>middle<text:tab/>page<text:tab/>3.25</text:p>"
      "<text:p>own<text:tab/>stops<text:tab/>gone</text:p>"},
     {"Table", "", "<text:p>before table</text:p>" + table(3, 3) + "<text:p>after table</text:p>"},
+    {"RowHeights",
+     "<style:style style:name=\"R1\" style:family=\"table-row\"><style:table-row-properties"
+     " style:min-row-height=\"1in\"/></style:style><style:style style:name=\"M\" style:family=\"table-cell\">"
+     "<style:table-cell-properties style:vertical-align=\"middle\"/></style:style>",
+     "<table:table table:name=\"t\"><table:table-column table:number-columns-repeated=\"2\"/><table:table-header-rows>"
+     "<table:table-row><table:table-cell><text:p>head words</text:p></table:table-cell><table:table-cell><text:p>more"
+     " head</text:p></table:table-cell></table:table-row></table:table-header-rows><table:table-row"
+     " table:style-name=\"R1\"><table:table-cell table:style-name=\"M\"><text:p>tall words</text:p></table:table-cell><table:table-cell>"
+     "<text:p>tall more</text:p></table:table-cell></table:table-row></table:table><text:p>after rows</text:p>"},
+    {"NestedTable", "",
+     "<text:p>before outer</text:p><table:table table:name=\"o\"><table:table-column table:number-columns-repeated=\"2\"/>"
+     "<table:table-row><table:table-cell><text:p>outer words</text:p>" + table(2, 2) +
+         "</table:table-cell><table:table-cell><text:p>right outer</text:p></table:table-cell></table:table-row>"
+         "</table:table><text:p>after outer</text:p>"},
     {"TwoColumnSectionWithColumnBreak", columnStyle,
      "<text:p>above columns</text:p><text:section text:name=\"s\" text:style-name=\"S\">"
      "<text:p>left column words</text:p><text:p text:style-name=\"CB\">right column words</text:p></text:section>"
@@ -82,10 +96,24 @@ const Fixture fixtures[] = {
      "<text:note-body><text:p>endnote words</text:p></text:note-body></text:note></text:p>",
      "<style:master-page style:name=\"Standard\"><style:header><text:p>header words</text:p></style:header>"
      "<style:footer><text:p>footer words</text:p></style:footer></style:master-page>"},
+    {"SpacedParagraphsAndEmptyHeader",
+     "<style:style style:name=\"SP\" style:family=\"paragraph\"><style:paragraph-properties fo:margin-top=\"0.1in\""
+     " fo:margin-bottom=\"0.2in\"/></style:style>",
+     "<text:p>first plain words</text:p><text:p text:style-name=\"SP\">spaced paragraph words</text:p>"
+     "<text:p text:style-name=\"SP\">second spaced words</text:p><text:p>last plain words</text:p>",
+     "<style:master-page style:name=\"Standard\"><style:header><text:p/></style:header></style:master-page>"},
+    {"PlacedTextBoxes",
+     "<style:style style:name=\"G\" style:family=\"graphic\"><style:graphic-properties"
+     " style:horizontal-rel=\"page\" style:vertical-rel=\"page\"/></style:style>",
+     "<text:p>paragraph words<draw:frame text:anchor-type=\"paragraph\" svg:x=\"1in\" svg:y=\"0.5in\""
+     " svg:width=\"2in\" svg:height=\"1in\"><draw:text-box><text:p>beside words</text:p></draw:text-box>"
+     "</draw:frame> more words</text:p><text:p>page words<draw:frame draw:style-name=\"G\" text:anchor-type=\"page\""
+     " svg:x=\"4in\" svg:y=\"6in\" svg:width=\"2in\" svg:height=\"1in\"><draw:text-box><text:p>placed words</text:p>"
+     "</draw:text-box></draw:frame></text:p>"},
     {"Characters", "",
      "<text:p>caf\u00e9 na\u00efve \u00bfqu\u00e9? \u00df \u2022 bullet \u2013 dash \u201cquoted\u201d</text:p>"
      "<text:p>\u03b1\u03b2\u03b3 Greek \u0416\u0438\u0437\u043d\u044c Cyrillic \u05e9\u05dc\u05d5\u05dd Hebrew"
-     " \u30ab\u30bf\u30ab\u30ca kana soft\u00adhyphen non\u2011breaking</text:p>"},
+     " \u30ab\u30bf\u30ab\u30ca kana \u3072\u3089\u304c\u306a hiragana soft\u00adhyphen non\u2011breaking</text:p>"},
 };
 
 std::string document(const Fixture &fixture)

@@ -4,6 +4,7 @@
 #include "ProgramRun.h"
 #include "ScratchFolder.h"
 #include "WpTestSupport.h"
+#include "richtext/Losses.h"
 
 #include <gtest/gtest.h>
 
@@ -276,7 +277,8 @@ TEST_P(OdtToWordPerfect, AFirstPageHeaderOpensThePageAndLeavesTheRegularOneAlone
     for (const richtext::Paragraph *paragraph : back.document.paragraphs())
         texts.push_back(paragraph->text());
     EXPECT_EQ(texts, (std::vector<std::string> {"letterhead", "dear reader"}));
-    EXPECT_EQ(run.err, "odt2wp5: lost: first-page headers and footers (kept as the page's opening text)\n");
+    EXPECT_EQ(richtext::Losses::fromStderr(run.err).kinds(),
+              std::vector<std::string> {std::string(richtext::loss::firstPageHeaders)});
 }
 
 TEST_P(OdtToWordPerfect, WritesCharactersAndCountsTheOnesNoSetHolds)
@@ -290,7 +292,9 @@ TEST_P(OdtToWordPerfect, WritesCharactersAndCountsTheOnesNoSetHolds)
     const richtext::Paragraph *second = wptest::paragraphWith(back.document, "done");
     ASSERT_NE(second, nullptr);
     EXPECT_EQ(second->text(), "?? done");
-    EXPECT_EQ(run.err, "odt2wp5: lost: characters WordPerfect has no code for\n");
+    EXPECT_EQ(run.err, richtext::Losses::fromStderr(run.err).stderrLine("odt2wp5")) << "one line";
+    EXPECT_EQ(richtext::Losses::fromStderr(run.err).kinds(),
+              std::vector<std::string> {std::string(richtext::loss::charactersWordPerfect)});
 }
 
 TEST_P(OdtToWordPerfect, WritesWordsSymbolFontGlyphsAsWhatTheyMean)
@@ -322,6 +326,31 @@ TEST_P(OdtToWordPerfect, WritesListLabelsWithTheirIndent)
     EXPECT_NEAR(page + paragraph, 1.5, 0.01);
     if (std::string(GetParam().option) == "--wp6") { // 5.1 has no first-line indent code
         EXPECT_EQ(wptest::property(pear->properties, "fo:text-indent"), "-0.2500in");
+    }
+}
+
+// A list paragraph whose style gives its own indent is laid out by it, not by its level's.
+TEST_P(OdtToWordPerfect, TakesAListParagraphsOwnIndentOverItsLevels)
+{
+    const auto back = convert(wptest::flatOdt(
+        "<text:list-style style:name=\"N\"><text:list-level-style-bullet text:level=\"1\" text:bullet-char=\"-\">"
+        "<style:list-level-properties text:list-level-position-and-space-mode=\"label-alignment\">"
+        "<style:list-level-label-alignment text:label-followed-by=\"listtab\" fo:margin-left=\"1in\""
+        " fo:text-indent=\"-0.25in\"/></style:list-level-properties></text:list-level-style-bullet></text:list-style>"
+        "<style:style style:name=\"OWN\" style:family=\"paragraph\"><style:paragraph-properties"
+        " fo:margin-left=\"0.5in\" fo:text-indent=\"-0.25in\"/></style:style>",
+        "<text:list text:style-name=\"N\"><text:list-item><text:p text:style-name=\"OWN\">own indent</text:p>"
+        "</text:list-item><text:list-item><text:p>level indent</text:p></text:list-item></text:list>"));
+    const double page = std::stod(wptest::property(back.document.pageSpans.front().properties, "fo:margin-left"));
+    struct Expected {
+        const char *text;
+        double left;
+    };
+    for (const Expected &e : {Expected {"own indent", 0.5}, Expected {"level indent", 1.0}}) {
+        const richtext::Paragraph *paragraph = wptest::paragraphWith(back.document, e.text);
+        ASSERT_NE(paragraph, nullptr) << e.text;
+        EXPECT_NEAR(page + std::stod(wptest::property(paragraph->properties, "fo:margin-left")), 1.0 + e.left, 0.01)
+            << e.text;
     }
 }
 
@@ -395,13 +424,13 @@ TEST_P(OdtToWordPerfect, KeepsAHeaderThatIsATable)
     EXPECT_NE(words.find("Date"), std::string::npos) << words;
 }
 
-TEST_P(OdtToWordPerfect, KeepsCellShading)
+TEST_P(OdtToWordPerfect, KeepsCellShadingAndVerticalAlignment)
 {
     const auto back = convert(wptest::flatOdt(
         "<style:style style:name=\"Y\" style:family=\"table-cell\"><style:table-cell-properties"
-        " fo:background-color=\"#ffff00\"/></style:style>"
+        " fo:background-color=\"#ffff00\" style:vertical-align=\"middle\"/></style:style>"
         "<style:style style:name=\"K\" style:family=\"table-cell\"><style:table-cell-properties"
-        " fo:background-color=\"#000000\"/></style:style>",
+        " fo:background-color=\"#000000\" style:vertical-align=\"bottom\"/></style:style>",
         "<table:table table:name=\"t\"><table:table-column table:number-columns-repeated=\"3\"/><table:table-row>"
         "<table:table-cell table:style-name=\"Y\"><text:p>yellow</text:p></table:table-cell>"
         "<table:table-cell table:style-name=\"K\"><text:p>black</text:p></table:table-cell>"
@@ -409,13 +438,18 @@ TEST_P(OdtToWordPerfect, KeepsCellShading)
     const auto tables = back.document.tables();
     ASSERT_EQ(tables.size(), 1u);
     ASSERT_EQ(tables[0]->rows.size(), 1u);
-    std::vector<std::string> fills;
-    for (const richtext::Cell &cell : tables[0]->rows[0].cells)
+    std::vector<std::string> fills, aligns;
+    for (const richtext::Cell &cell : tables[0]->rows[0].cells) {
         fills.push_back(wptest::property(cell.properties, "fo:background-color"));
-    if (std::string(GetParam().option) == "--wp6")
+        aligns.push_back(wptest::property(cell.properties, "style:vertical-align"));
+    }
+    if (std::string(GetParam().option) == "--wp6") {
         EXPECT_EQ(fills, (std::vector<std::string> {"#ffff00", "#000000", "#ffffff"}));
-    else // libwpd reads no 5.1 cell shading
+        EXPECT_EQ(aligns, (std::vector<std::string> {"middle", "bottom", "top"}));
+    } else { // libwpd reads no 5.1 cell shading and sets every cell at the top
         EXPECT_EQ(fills.size(), 3u);
+        EXPECT_EQ(aligns, (std::vector<std::string> {"top", "top", "top"}));
+    }
 }
 
 // Columns that give only relative widths share the table's width: its own, its share of the text
@@ -477,6 +511,227 @@ TEST_P(OdtToWordPerfect, SetsASectionsTextInColumns)
     } else { // libwpd reads no 5.1 columns
         EXPECT_EQ(wptest::property(second->properties, "fo:break-before"), "");
     }
+}
+
+// An empty header or footer still takes its room on the page; one whose only words stand in a
+// text box is not empty.
+TEST_P(OdtToWordPerfect, KeepsEmptyHeadersAndOnesHoldingOnlyABox)
+{
+    const auto back = convert(wptest::flatOdt(
+        "", "<text:p>body</text:p>",
+        "<style:master-page style:name=\"Standard\"><style:header><text:p/></style:header><style:footer><text:p>"
+        "<draw:frame text:anchor-type=\"char\" svg:width=\"3in\" svg:height=\"0.3in\"><draw:text-box><text:p>"
+        "form number</text:p></draw:text-box></draw:frame></text:p></style:footer></style:master-page>"));
+    std::vector<std::string> parts;
+    std::function<void(const richtext::Blocks &, std::string &)> collect = [&](const richtext::Blocks &blocks,
+                                                                               std::string &words) {
+        for (const richtext::Block &block : blocks) {
+            if (const richtext::Paragraph *paragraph = block.paragraph()) {
+                words += paragraph->text();
+                for (const richtext::Inline &piece : paragraph->content)
+                    if (piece.content)
+                        collect(*piece.content, words);
+            }
+        }
+    };
+    for (const richtext::PageSpan &span : back.document.pageSpans) {
+        for (const richtext::HeaderFooter &part : span.headersAndFooters) {
+            std::string words;
+            collect(part.blocks, words);
+            parts.push_back(std::string(part.footer ? "footer:" : "header:") + words);
+        }
+    }
+    EXPECT_EQ(parts, (std::vector<std::string> {"header:", "footer:form number"}));
+}
+
+// The space between paragraphs: WordPerfect 6's space after a paragraph takes the paragraph's own
+// and the next one's space before; items of one list with the same spacing stay together, as
+// Word's list paragraphs do. 5.1 has no such code: an empty line as high as the space stands in.
+TEST_P(OdtToWordPerfect, KeepsTheSpaceBetweenParagraphs)
+{
+    const std::string styles =
+        "<style:style style:name=\"A\" style:family=\"paragraph\"><style:paragraph-properties"
+        " fo:margin-top=\"0.1in\" fo:margin-bottom=\"0.2in\"/></style:style>"
+        "<style:style style:name=\"L\" style:family=\"paragraph\"><style:paragraph-properties"
+        " fo:margin-top=\"0in\" fo:margin-bottom=\"0.25in\"/></style:style>";
+    const auto back = convert(wptest::flatOdt(
+        styles + "<text:list-style style:name=\"N\"><text:list-level-style-bullet text:level=\"1\""
+                 " text:bullet-char=\"-\"/></text:list-style>",
+        "<text:p>plain one</text:p><text:p text:style-name=\"A\">spaced one</text:p>"
+        "<text:p text:style-name=\"A\">spaced two</text:p><text:p>plain two</text:p>"
+        "<text:list text:style-name=\"N\"><text:list-item><text:p text:style-name=\"L\">item one</text:p>"
+        "</text:list-item><text:list-item><text:p text:style-name=\"L\">item two</text:p></text:list-item></text:list>"
+        "<table:table table:name=\"t\"><table:table-column/><table:table-row><table:table-cell>"
+        "<text:p text:style-name=\"A\">in cell</text:p><text:p>cell plain</text:p></table:table-cell>"
+        "</table:table-row></table:table><text:p>after table</text:p>"));
+    struct Expected {
+        const char *text;
+        const char *below;
+        bool blankLine; // 5.1: an empty line follows it
+    };
+    const Expected expected[] = {
+        {"plain one", "0.1000in", true},  {"spaced one", "0.3000in", true}, {"spaced two", "0.2000in", true},
+        {"plain two", "0.0000in", false}, {"item one", "0.0000in", false},  {"item two", "0.2500in", false},
+        {"in cell", "0.2000in", true},    {"cell plain", "0.0000in", false}, {"after table", "0.0000in", false},
+    };
+    const bool wp6 = std::string(GetParam().option) == "--wp6";
+    const auto paragraphs = back.document.paragraphs();
+    for (const Expected &e : expected) {
+        const auto at = std::find_if(paragraphs.begin(), paragraphs.end(), [&](const richtext::Paragraph *p) {
+            return p->text().find(e.text) != std::string::npos;
+        });
+        ASSERT_NE(at, paragraphs.end()) << e.text;
+        const std::string below = wptest::property((*at)->properties, "fo:margin-bottom");
+        EXPECT_EQ(below, wp6 ? e.below : "0.0000in") << e.text;
+        const bool blankAfter = at + 1 != paragraphs.end() && at[1]->text().empty();
+        EXPECT_EQ(blankAfter, !wp6 && e.blankLine) << e.text;
+    }
+}
+
+// WordPerfect tables do not nest: an inner table keeps its rows as lines of the outer cell, its
+// cells apart by tabs.
+TEST_P(OdtToWordPerfect, SetsANestedTablesRowsAsLinesOfTheOuterCell)
+{
+    auto cell = [](const std::string &content) { return "<table:table-cell>" + content + "</table:table-cell>"; };
+    const std::string inner = "<table:table table:name=\"i\"><table:table-column table:number-columns-repeated=\"3\"/>"
+                              "<table:table-row>" + cell("<text:p>Date</text:p>") + cell("<text:p>Invoice</text:p>") +
+                              cell("<text:p>Due</text:p><text:p>soon</text:p>") + "</table:table-row><table:table-row>" +
+                              cell("<text:p>today</text:p>") + cell("<text:p/>") + cell("<text:p>later</text:p>") +
+                              "</table:table-row></table:table>";
+    const auto back = convert(wptest::flatOdt(
+        "", "<table:table table:name=\"o\"><table:table-column table:number-columns-repeated=\"2\"/><table:table-row>" +
+                cell("<text:p>head</text:p>" + inner + "<text:p>tail</text:p>") + cell("<text:p>right</text:p>") +
+                "</table:table-row></table:table>"));
+    const auto tables = back.document.tables();
+    ASSERT_EQ(tables.size(), 1u);
+    ASSERT_EQ(tables[0]->rows.size(), 1u);
+    ASSERT_FALSE(tables[0]->rows[0].cells.empty());
+    std::vector<std::string> lines;
+    for (const richtext::Block &block : tables[0]->rows[0].cells[0].blocks)
+        if (const richtext::Paragraph *paragraph = block.paragraph())
+            lines.push_back(paragraph->text());
+    EXPECT_EQ(lines, (std::vector<std::string> {"head", "Date\tInvoice\tDue", "soon", "today\t\tlater", "tail"}));
+}
+
+// The room between a header and the text: the space after the header's last paragraph (6).
+TEST_P(OdtToWordPerfect, KeepsTheRoomBelowAHeader)
+{
+    const auto back = convert(wptest::flatOdt(
+        "<style:page-layout style:name=\"pm\"><style:page-layout-properties fo:page-width=\"8.5in\""
+        " fo:page-height=\"11in\"/><style:header-style><style:header-footer-properties fo:min-height=\"0in\""
+        " fo:margin-bottom=\"0.2in\"/></style:header-style></style:page-layout>",
+        "<text:p>body words</text:p>",
+        "<style:master-page style:name=\"Standard\" style:page-layout-name=\"pm\"><style:header><text:p>first head"
+        "</text:p><text:p>last head</text:p></style:header></style:master-page>"));
+    std::vector<std::string> below;
+    for (const richtext::PageSpan &span : back.document.pageSpans)
+        for (const richtext::HeaderFooter &part : span.headersAndFooters)
+            for (const richtext::Block &block : part.blocks)
+                if (const richtext::Paragraph *paragraph = block.paragraph())
+                    below.push_back(wptest::property(paragraph->properties, "fo:margin-bottom"));
+    if (std::string(GetParam().option) == "--wp6")
+        EXPECT_EQ(below, (std::vector<std::string> {"0.0000in", "0.2000in"}));
+    else
+        EXPECT_EQ(below, (std::vector<std::string> {"0.0000in", "0.0000in"}));
+}
+
+// A box nearly as wide as the text (a floating table) stands in its own line, since readers let
+// text run beside a placed box; one that gives no height grows with its text (6).
+TEST_P(OdtToWordPerfect, SetsAWideBoxInItsLineAsHighAsItsText)
+{
+    if (std::string(GetParam().option) != "--wp6")
+        GTEST_SKIP() << "5.1 keeps a box's words after its paragraph";
+    const auto back = convert(wptest::flatOdt(
+        "", "<text:p>anchor words<draw:frame text:anchor-type=\"paragraph\" svg:x=\"0in\" svg:y=\"0in\""
+            " svg:width=\"6in\"><draw:text-box fo:min-height=\"0.1in\"><text:p>one</text:p><text:p>two</text:p>"
+            "<text:p>three</text:p></draw:text-box></draw:frame></text:p><text:p>below</text:p>"));
+    const richtext::Inline *box = nullptr;
+    for (const richtext::Paragraph *paragraph : back.document.paragraphs())
+        for (const richtext::Inline &piece : paragraph->content)
+            if (piece.kind == richtext::Inline::Kind::textBox)
+                box = &piece;
+    ASSERT_NE(box, nullptr);
+    EXPECT_EQ(wptest::property(box->object, "text:anchor-type"), "as-char");
+    EXPECT_EQ(wptest::property(box->object, "svg:width"), "6.0000in");
+    EXPECT_EQ(wptest::property(box->object, "svg:height"), "");
+    EXPECT_EQ(wptest::property(box->object, "style:rel-height"), "scale");
+    ASSERT_TRUE(box->content);
+    EXPECT_EQ(box->content->size(), 3u);
+}
+
+// A text box anchored to its paragraph or page keeps its place there in WordPerfect 6: its offset
+// from the paragraph (across from the margin) or from the paper's edges, or centred.
+TEST_P(OdtToWordPerfect, KeepsWhereATextBoxStands)
+{
+    if (std::string(GetParam().option) != "--wp6")
+        GTEST_SKIP() << "5.1 keeps a box's words after its paragraph";
+    struct Case {
+        const char *frame;
+        const char *graphic;
+        const char *anchor, *x, *y, *horizontal;
+    };
+    // libwpd reads a page's box as anchored to a character, its offset down from the top margin.
+    const Case cases[] = {
+        {"text:anchor-type=\"as-char\"", "", "as-char", "", "", ""},
+        {"text:anchor-type=\"paragraph\" svg:x=\"1in\" svg:y=\"0.5in\"", "style:horizontal-rel=\"paragraph\"",
+         "paragraph", "1.0000in", "0.5000in", "from-left"},
+        {"text:anchor-type=\"char\" svg:x=\"0.25in\" svg:y=\"0in\"", "", "paragraph", "0.2500in", "", "from-left"},
+        {"text:anchor-type=\"paragraph\" svg:y=\"0.5in\"", "style:horizontal-pos=\"center\"", "paragraph", "", "0.5000in",
+         "center"},
+        {"text:anchor-type=\"page\" svg:x=\"3in\" svg:y=\"4in\"",
+         "style:horizontal-rel=\"page\" style:vertical-rel=\"page\"", "char", "3.0000in", "3.0000in", "from-left"},
+    };
+    for (const Case &c : cases) {
+        SCOPED_TRACE(c.frame);
+        const auto back = convert(wptest::flatOdt(
+            std::string("<style:style style:name=\"C\" style:family=\"graphic\"><style:graphic-properties ") + c.graphic +
+                "/></style:style>",
+            std::string("<text:p>anchor words<draw:frame draw:style-name=\"C\" ") + c.frame +
+                " svg:width=\"2in\" svg:height=\"1in\"><draw:text-box><text:p>boxed words</text:p></draw:text-box>"
+                "</draw:frame></text:p>"));
+        const richtext::Inline *box = nullptr;
+        for (const richtext::Paragraph *paragraph : back.document.paragraphs())
+            for (const richtext::Inline &piece : paragraph->content)
+                if (piece.kind == richtext::Inline::Kind::textBox)
+                    box = &piece;
+        ASSERT_NE(box, nullptr);
+        EXPECT_EQ(wptest::property(box->object, "text:anchor-type"), c.anchor);
+        EXPECT_EQ(wptest::property(box->object, "svg:x"), c.x);
+        if (*c.y) {
+            EXPECT_EQ(wptest::property(box->object, "svg:y"), c.y);
+        }
+        if (*c.horizontal) {
+            EXPECT_EQ(wptest::property(box->object, "style:horizontal-pos"), c.horizontal);
+        }
+    }
+}
+
+// A row's height, exact or the least it takes, and a header row that repeats on each page: in
+// WordPerfect 6's row information; libwpd reads none from 5.1.
+TEST_P(OdtToWordPerfect, KeepsRowHeightsAndHeaderRows)
+{
+    auto cell = [](const char *text) { return std::string("<table:table-cell><text:p>") + text + "</text:p></table:table-cell>"; };
+    const auto back = convert(wptest::flatOdt(
+        "<style:style style:name=\"R1\" style:family=\"table-row\"><style:table-row-properties"
+        " style:min-row-height=\"1in\"/></style:style><style:style style:name=\"R2\" style:family=\"table-row\">"
+        "<style:table-row-properties style:row-height=\"0.5in\"/></style:style>",
+        "<table:table table:name=\"t\"><table:table-column table:number-columns-repeated=\"2\"/><table:table-header-rows>"
+        "<table:table-row>" + cell("head a") + cell("head b") + "</table:table-row></table:table-header-rows>"
+        "<table:table-row table:style-name=\"R1\">" + cell("tall a") + cell("tall b") + "</table:table-row>"
+        "<table:table-row table:style-name=\"R2\">" + cell("fixed a") + cell("fixed b") + "</table:table-row>"
+        "<table:table-row>" + cell("plain a") + cell("plain b") + "</table:table-row></table:table>"));
+    const auto tables = back.document.tables();
+    ASSERT_EQ(tables.size(), 1u);
+    ASSERT_EQ(tables[0]->rows.size(), 4u);
+    std::vector<std::string> rows;
+    for (const richtext::Row &row : tables[0]->rows)
+        rows.push_back(wptest::property(row.properties, "style:min-row-height") + "/" +
+                       wptest::property(row.properties, "style:row-height") + "/" +
+                       wptest::property(row.properties, "librevenge:is-header-row"));
+    if (std::string(GetParam().option) == "--wp6")
+        EXPECT_EQ(rows, (std::vector<std::string> {"//true", "1.0000in//false", "/0.5000in/false", "//false"}));
+    else
+        EXPECT_EQ(rows, (std::vector<std::string> {"//false", "//false", "//false", "//false"}));
 }
 
 INSTANTIATE_TEST_SUITE_P(BothVersions, OdtToWordPerfect, ::testing::ValuesIn(versions),

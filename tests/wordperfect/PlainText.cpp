@@ -58,8 +58,11 @@ std::string normalised(const std::string &text, const richtext::wordperfect::Cha
         } else if (map && c == 0x2011) {
             out += '-'; // WordPerfect's hard hyphen, which libwpd reads as a plain one
         } else if (map && c >= 0x7F && c != 0xAD && !map->find(std::u32string_view(chars).substr(i))) {
-            // Kana the version holds in the other width are written in that width.
-            const std::u32string variant = CharacterMap::otherWidth(c);
+            // Kana the version holds in the other width are written in that width, hiragana where it
+            // holds katakana only as the katakana of the same sound.
+            std::u32string variant = CharacterMap::otherWidth(c);
+            if ((variant.empty() || !map->holds(variant)) && c >= 0x3041 && c <= 0x3096)
+                variant = CharacterMap::otherWidth(c + 0x60);
             if (!variant.empty() && map->holds(variant)) {
                 for (char32_t v : variant)
                     richtext::Utf8::append(out, v);

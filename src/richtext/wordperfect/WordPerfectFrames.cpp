@@ -31,10 +31,43 @@ void WordPerfectWriter::openFrame(const RVNGPropertyList &propList)
 {
     const auto width = inchesOf(propList, "svg:width");
     const auto height = inchesOf(propList, "svg:height");
-    if (width && height && *width > 0 && *height > 0)
-        frameSize = std::make_pair(*width, *height);
+    // A frame that gives only its width grows with its text: height 0.
+    if (width && *width > 0)
+        frameSize = std::make_pair(*width, height && *height > 0 ? *height : 0.0);
     else
         frameSize.reset();
+    // A frame anchored to its paragraph or page keeps its offset; one in the line is a character.
+    framePlacement = BoxPlacement();
+    const std::string anchor = textOf(propList, "text:anchor-type");
+    const std::string horizontal = textOf(propList, "style:horizontal-pos");
+    const std::string horizontalTo = textOf(propList, "style:horizontal-rel");
+    const std::string verticalTo = textOf(propList, "style:vertical-rel");
+    const int textWidth = pageSetup().width - pageSetup().left - pageSetup().right;
+    const int boxWidth = frameSize ? wpu(frameSize->first) : 0;
+    // No reader takes a box's wrap from the file, and text runs beside a placed box: one nearly as
+    // wide as the text (a floating table, a banner) stands in its own line instead.
+    const bool narrow = boxWidth > 0 && boxWidth * 5 < textWidth * 3;
+    if ((anchor == "paragraph" || anchor == "char" || anchor == "page") && narrow) {
+        BoxPlacement &at = framePlacement;
+        const bool page = anchor == "page";
+        at.anchor = page ? BoxPlacement::Anchor::page : BoxPlacement::Anchor::paragraph;
+        at.x = wpu(inchesOf(propList, "svg:x").value_or(0));
+        at.y = wpu(inchesOf(propList, "svg:y").value_or(0));
+        const bool fromPaper = horizontalTo == "page" || horizontalTo == "page-start-margin";
+        if (horizontal == "center") {
+            at.centred = true;
+        } else if (horizontal == "right" || horizontal == "outside") {
+            at.x = std::max(0, textWidth - boxWidth) + (page ? pageSetup().left : 0);
+        } else if (horizontal == "left" || horizontal == "inside") {
+            at.x = page ? pageSetup().left : 0;
+        } else if (page && !fromPaper) {
+            at.x += pageSetup().left;
+        } else if (!page && fromPaper) {
+            at.x -= pageSetup().left;
+        }
+        if (page && verticalTo != "page")
+            at.y += pageSetup().top;
+    }
     // A picture centred on its own line (anchored to its paragraph, not standing in the text).
     frameCentred = textOf(propList, "style:horizontal-pos") == "center" && textOf(propList, "text:anchor-type") != "as-char";
 }
@@ -43,6 +76,7 @@ void WordPerfectWriter::closeFrame()
 {
     frameSize.reset();
     frameCentred = false;
+    framePlacement = BoxPlacement();
 }
 
 void WordPerfectWriter::insertBinaryObject(const RVNGPropertyList &propList)
@@ -51,19 +85,25 @@ void WordPerfectWriter::insertBinaryObject(const RVNGPropertyList &propList)
         return;
     const librevenge::RVNGProperty *data = propList["office:binary-data"];
     std::optional<Raster> raster;
+    bool readable = false; // in a format of its own, not a damaged one of ours
     if (data) {
         // Damaged base64 is no picture; librevenge's own decoder would throw.
         const librevenge::RVNGBinaryData bytes = richtext::decodeBase64(data->getStr().cstr());
-        if (bytes.getDataBuffer())
-            raster = decodeRaster({reinterpret_cast<const char *>(bytes.getDataBuffer()), bytes.size()});
+        if (bytes.getDataBuffer()) {
+            const std::string_view picture(reinterpret_cast<const char *>(bytes.getDataBuffer()), bytes.size());
+            raster = decodeRaster(picture);
+            readable = !isRasterFormat(picture);
+        }
     }
     if (!raster) {
-        ++imagesDropped; // WMF, GIF and the like: WordPerfect Graphics holds no such data
+        // WMF, BMP and the like: WordPerfect Graphics holds no such data.
+        lose(readable ? loss::pictureFormats : loss::unreadablePictures);
         return;
     }
     // Without a frame size the picture keeps its own size.
-    const double width = frameSize ? frameSize->first : raster->width / raster->pixelsPerInch;
-    const double height = frameSize ? frameSize->second : raster->height / raster->pixelsPerInch;
+    const bool sized = frameSize && frameSize->second > 0;
+    const double width = sized ? frameSize->first : raster->width / raster->pixelsPerInch;
+    const double height = sized ? frameSize->second : raster->height / raster->pixelsPerInch;
     // WordPerfect's box sits in the line like a character: a centred picture that opens its paragraph
     // centres the paragraph instead.
     Stream &stream = streams.back();
@@ -75,7 +115,6 @@ void WordPerfectWriter::insertBinaryObject(const RVNGPropertyList &propList)
     }
     text(U"");
     writeImage(*raster, std::max(1, wpu(width)), std::max(1, wpu(height)));
-    ++imagesWritten;
 }
 
 } // namespace richtext::wordperfect

@@ -64,26 +64,36 @@ void WordPerfectWriter::openTable(const RVNGPropertyList &propList)
     if (!tables.empty()) {
         // WordPerfect tables do not nest: an inner table's cells become paragraphs of the outer cell.
         table.degraded = true;
+        lose(loss::nestedTables);
         tables.push_back(table);
         return;
     }
     table.widths = columnWidths(propList);
     tables.push_back(table);
     Stream &outer = streams.back();
+    settleSpacing(0);
     flushReturns();
     closeAttributes();
     resetParagraphFormat();
     outer.started = true;
     const CharacterFormat written = outer.written;
+    const int spacing = outer.spacingInForce;
     pushStream(false);
     streams.back().written = written;
+    streams.back().spacingInForce = spacing; // the cells carry on what the text before left in force
     streams.back().started = true;
 }
 
-void WordPerfectWriter::openTableRow(const RVNGPropertyList &)
+void WordPerfectWriter::openTableRow(const RVNGPropertyList &propList)
 {
-    if (hidden || tables.empty() || tables.back().degraded)
+    if (hidden || tables.empty())
         return;
+    if (tables.back().degraded) {
+        tables.back().column = 0;
+        streams.back().joinCell = streams.back().joinedLine = false;
+        streams.back().pendingBlanks.clear();
+        return;
+    }
     OpenTable &table = tables.back();
     if (!table.firstInRow || table.row >= 0)
         endCell();
@@ -91,11 +101,21 @@ void WordPerfectWriter::openTableRow(const RVNGPropertyList &)
     table.column = 0;
     table.horizontalCover = 0;
     table.firstInRow = true;
+    const auto exact = inchesOf(propList, "style:row-height");
+    const auto least = inchesOf(propList, "style:min-row-height");
+    table.rowHeight = std::clamp(wpu(exact.value_or(least.value_or(0))), 0, 0xFFFF);
+    table.rowAtLeast = !exact;
+    const librevenge::RVNGProperty *header = propList["librevenge:is-header-row"];
+    table.headerRow = header && header->getInt() != 0;
 }
 
-void WordPerfectWriter::beginCell(const CellShape &cell)
+void WordPerfectWriter::beginCell(const CellShape &shape)
 {
     OpenTable &table = tables.back();
+    CellShape cell = shape;
+    cell.rowHeight = table.rowHeight;
+    cell.rowAtLeast = table.rowAtLeast;
+    cell.headerRow = table.headerRow;
     writeCell(cell, table.firstInRow);
     table.firstInRow = false;
     streams.back().paragraph = ParagraphFormat();
@@ -110,8 +130,12 @@ void WordPerfectWriter::endCell()
 
 void WordPerfectWriter::openTableCell(const RVNGPropertyList &propList)
 {
-    if (hidden || tables.empty() || tables.back().degraded)
+    if (hidden || tables.empty())
         return;
+    if (tables.back().degraded) {
+        streams.back().joinCell = tables.back().column++ > 0;
+        return;
+    }
     OpenTable &table = tables.back();
     CellShape cell;
     cell.column = table.column;
@@ -126,6 +150,8 @@ void WordPerfectWriter::openTableCell(const RVNGPropertyList &propList)
         if (!isNone(border.empty() ? all : border) && (border.empty() ? all : border).find("none") == std::string::npos)
             cell.borders |= 1 << side;
     }
+    const std::string align = textOf(propList, "style:vertical-align");
+    cell.verticalAlign = align == "middle" ? 1 : align == "bottom" ? 2 : 0;
     const std::string background = textOf(propList, "fo:background-color");
     std::uint32_t rgb = 0;
     if (background.size() == 7 && background[0] == '#' &&
@@ -166,11 +192,16 @@ void WordPerfectWriter::closeTable()
         return;
     const OpenTable table = tables.back();
     tables.pop_back();
-    if (table.degraded)
+    if (table.degraded) {
+        streams.back().joinCell = streams.back().joinedLine = false;
+        streams.back().pendingBlanks.clear();
         return;
+    }
     endCell();
     const CharacterFormat written = streams.back().written;
+    const int spacing = streams.back().spacingInForce;
     const std::string body = popStream(false); // the table's cells are part of the text
+    streams.back().spacingInForce = spacing;
     std::vector<int> widths = table.widths;
     if (widths.empty())
         widths.assign(std::max(1, table.column), 1200);

@@ -35,6 +35,7 @@ void WordPerfectWriter::endDocument()
     while (streams.size() > 1)
         streams.pop_back(); // an unbalanced stream: keep what the document itself holds
     closeAttributes();
+    settleSpacing(0);
     // A final HRt adds no paragraph for libwpd, so every empty paragraph at the end survives.
     flushReturns();
     file = assemble(streams.back().bytes);
@@ -48,6 +49,7 @@ void WordPerfectWriter::openPageSpan(const RVNGPropertyList &propList)
         breakPage();
         pageJustBroken = true;
     }
+    setPageColumns(propList);
     if (pageSetupKnown)
         return; // WordPerfect keeps one page setup unless the codes change it; the first one rules
     pageSetupKnown = true;
@@ -63,6 +65,27 @@ void WordPerfectWriter::openPageSpan(const RVNGPropertyList &propList)
     set("fo:margin-right", page.right);
     if (streams.size() == 1 && !streams.back().started)
         writePageSetup();
+    if (pageColumns > 1 && writesColumns() && sectionColumns.empty())
+        setColumns(pageColumns, pageColumnGap);
+}
+
+// A page style set in columns: its text runs in them, outside the sections that set their own.
+void WordPerfectWriter::setPageColumns(const RVNGPropertyList &propList)
+{
+    if (streams.size() != 1)
+        return;
+    const librevenge::RVNGProperty *count = propList["fo:column-count"];
+    const int columns = count ? std::clamp(count->getInt(), 1, 24) : 1;
+    const int before = pageColumns;
+    pageColumns = columns;
+    if (columns > 1 && !writesColumns())
+        lose(loss::textColumns);
+    if (columns > 1)
+        pageColumnGap = wpu(inchesOf(propList, "fo:column-gap").value_or(0.5));
+    // A later page style with other columns changes them where it starts; the first one's are set
+    // with the page setup, before any text.
+    if (before != columns && pageSetupKnown && writesColumns() && sectionColumns.empty())
+        setColumns(columns, pageColumnGap);
 }
 
 void WordPerfectWriter::pushStream(bool subDocument)
@@ -78,6 +101,7 @@ void WordPerfectWriter::endContainer()
     Stream &stream = streams.back();
     if (stream.pendingReturns > 0)
         --stream.pendingReturns;
+    settleSpacing(0);
     flushReturns();
     closeAttributes();
 }
@@ -99,9 +123,11 @@ std::string WordPerfectWriter::popStream(bool separateText)
     return bytes;
 }
 
-void WordPerfectWriter::openHeaderFooter(const RVNGPropertyList &propList, bool)
+void WordPerfectWriter::openHeaderFooter(const RVNGPropertyList &propList, bool footer)
 {
     headerOccurrence.push_back(textOf(propList, "librevenge:occurrence"));
+    // The room between a header and the text below it: the space after the header's last paragraph.
+    headerGaps.push_back(footer ? 0 : std::max(0, wpu(inchesOf(propList, "fo:margin-bottom").value_or(0))));
     pushStream(true);
 }
 
@@ -109,6 +135,10 @@ void WordPerfectWriter::closeHeaderFooter(bool footer)
 {
     if (streams.size() < 2 || headerOccurrence.empty())
         return;
+    if (!headerGaps.empty()) {
+        settleSpacing(headerGaps.back());
+        headerGaps.pop_back();
+    }
     // Formatting codes with nothing to show are no header to libwpd, which keeps the one before
     // on the pages that should have an empty one: such a header is written as empty.
     const bool content = streams.back().content;
@@ -125,7 +155,7 @@ void WordPerfectWriter::closeHeaderFooter(bool footer)
             out() += body;
             writeHardReturn();
             streams.back().started = true;
-            ++firstPagePartsInlined;
+            lose(loss::firstPageHeaders);
         }
         return;
     }
@@ -143,6 +173,7 @@ void WordPerfectWriter::breakPage()
     Stream &stream = streams.back();
     if (stream.pendingReturns > 0)
         --stream.pendingReturns;
+    settleSpacing(0); // space before a page's first paragraph is lost at the top of the page
     flushReturns();
     writePageBreak();
 }
@@ -150,6 +181,7 @@ void WordPerfectWriter::breakPage()
 void WordPerfectWriter::breakColumn()
 {
     // The paragraph before keeps its HRt: wp2latex runs a column break's two lines together without.
+    settleSpacing(0);
     flushReturns();
     writeColumnBreak();
 }
@@ -160,10 +192,12 @@ void WordPerfectWriter::openSection(const RVNGPropertyList &propList)
 {
     const librevenge::RVNGProperty *count = propList["fo:column-count"];
     const int columns = count && !hidden && streams.size() == 1 ? std::clamp(count->getInt(), 1, 24) : 1;
-    const int outer = sectionColumns.empty() ? 1 : sectionColumns.back();
+    const int outer = columnsInForce();
     sectionColumns.push_back(columns > 1 || outer == 1 ? columns : outer);
     if (columns > 1 && writesColumns())
         setColumns(columns, wpu(inchesOf(propList, "fo:column-gap").value_or(0.5)));
+    else if (columns > 1)
+        lose(loss::textColumns);
 }
 
 void WordPerfectWriter::closeSection()
@@ -172,9 +206,9 @@ void WordPerfectWriter::closeSection()
         return;
     const int columns = sectionColumns.back();
     sectionColumns.pop_back();
-    const int outer = sectionColumns.empty() ? 1 : sectionColumns.back();
+    const int outer = columnsInForce();
     if (columns != outer && writesColumns() && streams.size() == 1)
-        setColumns(outer, columnGap);
+        setColumns(outer, sectionColumns.empty() ? pageColumnGap : columnGap);
 }
 
 void WordPerfectWriter::setColumns(int count, int gap)
@@ -183,6 +217,53 @@ void WordPerfectWriter::setColumns(int count, int gap)
     flushReturns();
     columnGap = gap;
     writeColumns(count, gap);
+}
+
+// Word processors put the paragraph's own space below it and the next one's space above it between
+// the two; WordPerfect has only the space after a paragraph, so it takes both, written at the start
+// of the paragraph it follows once the next is known.
+void WordPerfectWriter::settleSpacing(int above, bool listItem, bool between)
+{
+    Stream &stream = streams.back();
+    if (!stream.spacingAt)
+        return;
+    const std::size_t at = *stream.spacingAt;
+    stream.spacingAt.reset();
+    // Word's list paragraphs leave the space out between items of one list that share their
+    // spacing; the reader hands no style over, so equal spacing stands for the same style.
+    const bool sameList = listItem && stream.spacingListItem && above == stream.spacingAbove;
+    const int spacing = sameList ? 0 : std::clamp(stream.spacingBelow + above, 0, 0x7FFF);
+    if (!writesParagraphSpacing()) {
+        // 5.1 has no such code: its users typed an empty line, here one whose font is as high as
+        // the space (a line is about 1.15 times its font's size; WPU times 3 is 1/50 point).
+        if (!between || spacing < 60 || stream.pendingReturns == 0 || stream.subDocument)
+            return;
+        flushReturns();
+        CharacterFormat restored = stream.written;
+        if (restored.font.empty())
+            restored.font = "Times New Roman";
+        if (!restored.size)
+            restored.size = 600;
+        CharacterFormat blank = restored;
+        blank.size = std::clamp(static_cast<int>(std::lround(spacing * 3 / 1.15)), 100, 7200);
+        // With no font chosen yet, the first one written is the document's own for libwpd.
+        if (stream.written.font.empty() || !stream.written.size)
+            writeFont(restored);
+        writeFont(blank);
+        writeHardReturn();
+        writeFont(restored); // the next paragraph's text has the font it had before
+        stream.written.font = restored.font;
+        stream.written.size = restored.size;
+        return;
+    }
+    if (spacing == stream.spacingInForce || at > out().size())
+        return;
+    const std::size_t end = out().size();
+    writeParagraphSpacing(spacing);
+    std::string code = out().substr(end);
+    out().resize(end);
+    out().insert(at, code);
+    stream.spacingInForce = spacing;
 }
 
 void WordPerfectWriter::flushReturns()
@@ -194,20 +275,46 @@ void WordPerfectWriter::flushReturns()
     }
 }
 
-void WordPerfectWriter::startParagraph(const RVNGPropertyList &propList, const std::string &label)
+void WordPerfectWriter::startParagraph(const RVNGPropertyList &propList, const std::string &label, bool listItem)
 {
     if (hidden)
         return;
     Stream &stream = streams.back();
+    if (stream.joinCell) {
+        // The next cell of a flattened row: its first paragraph goes on the row's line after a tab.
+        stream.joinCell = false;
+        if (stream.pendingReturns > 0) {
+            --stream.pendingReturns;
+            stream.pendingStart.reset();
+            stream.joinedLine = true;
+            text(U"\t");
+            if (!label.empty()) {
+                text(CharacterMap::decodeUtf8(label));
+                tab();
+            }
+            return;
+        }
+    }
+    stream.joinedLine = false;
+    stream.pendingBlanks.clear();
     if (streams.size() == 1) {
         const std::string breakBefore = textOf(propList, "fo:break-before");
         if (breakBefore == "page" && stream.started && !pageJustBroken)
             breakPage();
-        else if (breakBefore == "column" && stream.started && !sectionColumns.empty() && sectionColumns.back() > 1)
+        else if (breakBefore == "column" && stream.started && columnsInForce() > 1)
             breakColumn();
         pageJustBroken = false;
     }
+    const int above = std::max(0, wpu(inchesOf(propList, "fo:margin-top").value_or(0)));
+    const int below = std::max(0, wpu(inchesOf(propList, "fo:margin-bottom").value_or(0)));
+    settleSpacing(above, listItem && below == stream.spacingBelow, true);
     flushReturns();
+    if (writesParagraphSpacing() || !stream.subDocument) {
+        stream.spacingAt = out().size();
+        stream.spacingBelow = below;
+        stream.spacingAbove = above;
+        stream.spacingListItem = listItem;
+    }
     ParagraphFormat format = paragraphFormatOf(propList);
     if (format.firstLine < 0) {
         // A hanging line's first tab goes to the paragraph's indent, which word processors treat as
@@ -360,6 +467,12 @@ bool WordPerfectWriter::writeSymbolFontCharacter(char32_t c)
            writeCharacter(std::u32string_view(U"\u2022", 1), used);
 }
 
+// Hiragana, where the version's Japanese set holds katakana only: the same sounds in the other script.
+bool WordPerfectWriter::writeAsKatakana(char32_t c)
+{
+    return c >= 0x3041 && c <= 0x3096 && writeOtherWidth(c + 0x60);
+}
+
 // Kana the version's Japanese set holds only in the other width.
 bool WordPerfectWriter::writeOtherWidth(char32_t c)
 {
@@ -416,8 +529,12 @@ void WordPerfectWriter::text(std::u32string_view text)
         else if (c < 0x20 || c == 0xFEFF || (c >= 0x200B && c <= 0x200D))
             ; // controls and invisible marks carry nothing WordPerfect can show
         else if (!writeCharacter(text.substr(i), used) && !writeSymbolFontCharacter(c) && !writeOtherWidth(c)) {
-            writeAscii('?');
-            ++substituted;
+            if (writeAsKatakana(c)) {
+                lose(loss::hiraganaAsKatakana);
+            } else {
+                writeAscii('?');
+                lose(loss::charactersWordPerfect);
+            }
             used = 1;
         }
         ++stream.lineCharacters;
@@ -453,7 +570,7 @@ void WordPerfectWriter::beginContent()
 void WordPerfectWriter::endLine()
 {
     Stream &stream = streams.back();
-    if (stream.pendingBlanks.empty())
+    if (stream.pendingBlanks.empty() || stream.joinedLine)
         return;
     constexpr std::uint32_t drawn = (1u << underline) | (1u << doubleUnderline) | (1u << strikeout);
     const bool leader = std::any_of(stream.paragraph.tabs.begin(), stream.paragraph.tabs.end(),
@@ -571,14 +688,16 @@ void WordPerfectWriter::openListElement(const RVNGPropertyList &propList)
     RVNGPropertyList properties(propList);
     // WordPerfect has no list of its own that libwpd reads back: the label is text hanging in the
     // level's indent, as a list paragraph is laid out.
-    if (!listIndents.empty()) {
-        const double paragraphLeft = inchesOf(propList, "fo:margin-left").value_or(0);
-        properties.insert("fo:margin-left", paragraphLeft + listIndents.back().first / 1200.0, librevenge::RVNG_INCH);
+    // A list paragraph's own indent, where its style gives one, takes the place of its level's.
+    if (!listIndents.empty() && !propList["fo:margin-left"]) {
+        properties.insert("fo:margin-left", listIndents.back().first / 1200.0, librevenge::RVNG_INCH);
+        properties.insert("fo:text-indent", -listIndents.back().second / 1200.0, librevenge::RVNG_INCH);
+    } else if (!listIndents.empty() && !propList["fo:text-indent"]) {
         properties.insert("fo:text-indent", -listIndents.back().second / 1200.0, librevenge::RVNG_INCH);
     }
     if (const librevenge::RVNGProperty *restart = propList["text:start-value"]; restart && numbering.depth() > 0)
         numbering.restartAt(restart->getInt());
-    startParagraph(properties, numbering.depth() > 0 ? numbering.nextLabel() : std::string());
+    startParagraph(properties, numbering.depth() > 0 ? numbering.nextLabel() : std::string(), true);
 }
 
 void WordPerfectWriter::openNote(const RVNGPropertyList &propList)
@@ -608,7 +727,12 @@ void WordPerfectWriter::openFootnote(const RVNGPropertyList &propList) { openNot
 void WordPerfectWriter::closeFootnote() { closeNote(false); }
 void WordPerfectWriter::openEndnote(const RVNGPropertyList &propList) { openNote(propList); }
 void WordPerfectWriter::closeEndnote() { closeNote(true); }
-void WordPerfectWriter::openComment(const RVNGPropertyList &) { ++hidden; }
+void WordPerfectWriter::openComment(const RVNGPropertyList &)
+{
+    // libwpd reads no comment back from either version.
+    lose(loss::comments);
+    ++hidden;
+}
 void WordPerfectWriter::closeComment() { --hidden; }
 // A text box (an image's caption, a side note) becomes a WordPerfect text box where the format has
 // one libwpd reads back (6); elsewhere its paragraphs follow the paragraph it is anchored in.
@@ -618,6 +742,7 @@ void WordPerfectWriter::openTextBox(const RVNGPropertyList &)
         return;
     ++boxDepth;
     boxSizes.push_back(frameSize);
+    boxPlacements.push_back(framePlacement);
     pushStream(false);
 }
 
@@ -628,19 +753,28 @@ void WordPerfectWriter::closeTextBox()
     --boxDepth;
     endContainer();
     resetParagraphFormat();
+    const bool content = streams.back().content;
     const std::string body = popStream();
     const auto size = boxSizes.back();
     boxSizes.pop_back();
+    const BoxPlacement where = boxPlacements.back();
+    boxPlacements.pop_back();
     if (body.empty())
         return;
+    // A header whose only text stands in a box still has something to show.
+    if (content)
+        streams.back().content = streams.back().paragraphContent = true;
     const int width = size ? std::max(1, wpu(size->first)) : 2400;
-    const int height = size ? std::max(1, wpu(size->second)) : 1200;
+    const int height = size ? std::max(0, wpu(size->second)) : 0; // 0: as high as its text
     // A box inside a box, a header or a note stays text: libwpd reads no box there.
     if (writesTextBoxes() && boxDepth == 0 && !inSubDocument()) {
         text(U"");
+        placement = where;
         writeTextBox(body, width, height);
+        placement = BoxPlacement();
         return;
     }
+    lose(loss::textBoxes);
     streams.back().boxes.push_back(body);
 }
 

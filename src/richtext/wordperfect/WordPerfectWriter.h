@@ -3,6 +3,7 @@
 #include "richtext/TextOnlyInterface.h"
 
 #include "richtext/ListNumbering.h"
+#include "richtext/Losses.h"
 
 #include <librevenge/librevenge.h>
 
@@ -59,6 +60,14 @@ struct DocumentSummary {
 struct Raster;
 class CharacterMap;
 
+// Where a box stands: in the line like a character, or at an offset from its paragraph or page.
+struct BoxPlacement {
+    enum class Anchor { character, paragraph, page } anchor = Anchor::character;
+    int x = 0; // WPU: from the left margin (paragraph), or from the paper's left edge (page)
+    int y = 0; // WPU: from the paragraph's top, or from the paper's top edge
+    bool centred = false;
+};
+
 struct CellShape {
     int column = 0;
     int columnSpan = 1;
@@ -66,6 +75,12 @@ struct CellShape {
     bool coveredFromAbove = false;
     int borders = 0; // bit 0 left, 1 right, 2 top, 3 bottom: lines are drawn
     std::optional<std::uint32_t> fill; // 0xRRGGBB background
+    int verticalAlign = 0;             // 0 top, 1 middle, 2 bottom
+    // Of the row a row's first cell opens: its height in WPU (0: as its text needs), whether that is
+    // the least it takes, and whether it repeats at the top of each page.
+    int rowHeight = 0;
+    bool rowAtLeast = true;
+    bool headerRow = false;
 };
 
 // librevenge's text callbacks written as a WordPerfect document. Everything is buffered; the file
@@ -78,13 +93,8 @@ public:
 
     // The whole file; empty before endDocument().
     const std::string &fileBytes() const { return file; }
-    // Characters that no WordPerfect set holds, written as the substitute '?'.
-    int substitutedCharacters() const { return substituted; }
-    // Pictures written as graphics boxes, and pictures in a format no box can hold (left out).
-    int writtenImages() const { return imagesWritten; }
-    int droppedImages() const { return imagesDropped; }
-    // First-page headers and footers, written as the first lines of their page.
-    int inlinedFirstPageParts() const { return firstPagePartsInlined; }
+    // What the file could not carry, or carries only in another form.
+    const richtext::Losses &losses() const { return lost; }
 
     void setDocumentMetaData(const librevenge::RVNGPropertyList &propList) override;
     void startDocument(const librevenge::RVNGPropertyList &) override {}
@@ -166,6 +176,7 @@ protected:
     // Word's private-use Symbol and Wingdings glyphs, written as what they mean.
     bool writeSymbolFontCharacter(char32_t c);
     bool writeOtherWidth(char32_t c);
+    bool writeAsKatakana(char32_t c);
     virtual void writeHardReturn() = 0;
     virtual void writeLineBreak() = 0;
     virtual void writePageBreak() = 0;
@@ -175,6 +186,10 @@ protected:
     virtual void writeFont(const CharacterFormat &format) = 0;
     virtual void writeColour(std::uint32_t rgb) = 0;
     virtual void writeParagraphFormat(const ParagraphFormat &from, const ParagraphFormat &to) = 0;
+    // The space after each paragraph from here on, in WPU; only where the version has a code
+    // libwpd reads.
+    virtual bool writesParagraphSpacing() const { return false; }
+    virtual void writeParagraphSpacing(int) {}
     // At the start of every paragraph, after its format: for what a format holds only per paragraph.
     virtual void writeParagraphStart(const ParagraphFormat &) {}
     virtual void writePageSetup() = 0;
@@ -192,10 +207,14 @@ protected:
     virtual void writePageNumber() = 0;
     // A picture in a character-anchored graphics box of widthWpu x heightWpu.
     virtual void writeImage(const Raster &raster, int widthWpu, int heightWpu) = 0;
-    // A text box holding `body`, where the format has one that libwpd reads.
+    // A text box holding `body`, where the format has one that libwpd reads, placed as
+    // boxPlacement() says.
     virtual bool writesTextBoxes() const { return false; }
+    const BoxPlacement &boxPlacement() const { return placement; }
     virtual void writeTextBox(const std::string &, int, int) {}
     virtual std::string assemble(const std::string &document) = 0;
+    // The version has no code libwpd reads for something the document holds.
+    void lose(std::string_view kind) { lost.add(kind); }
 
 private:
     struct Stream {
@@ -216,6 +235,15 @@ private:
         // and a line of nothing but a tab is one readers take for damage.
         std::optional<ParagraphFormat> pendingStart;
         std::u32string pendingBlanks;
+        // The space between the last paragraph and the next is known only when the next opens:
+        // the code goes back to where the last one started. What libwpd has in force, WPU.
+        std::optional<std::size_t> spacingAt;
+        int spacingBelow = 0;
+        int spacingAbove = 0;
+        bool spacingListItem = false;
+        int spacingInForce = 0;
+        bool joinCell = false; // the next paragraph opens a flattened table's next cell in the row
+        bool joinedLine = false; // on such a row's line: an empty cell's tab still counts
         bool content = false; // any text, picture, note or field written
         bool paragraphContent = false; // the same, in the open paragraph
     };
@@ -225,14 +253,20 @@ private:
         int column = 0;
         int horizontalCover = 0;
         bool firstInRow = true;
-        bool degraded = false; // nested: written as tab-separated paragraphs
+        int rowHeight = 0;
+        bool rowAtLeast = true;
+        bool headerRow = false;
+        bool degraded = false; // nested: a paragraph per row, its cells apart by tabs
     };
 
-    void startParagraph(const librevenge::RVNGPropertyList &propList, const std::string &label);
+    void startParagraph(const librevenge::RVNGPropertyList &propList, const std::string &label, bool listItem = false);
     void flushReturns();
+    // between: the next paragraph follows now (not a table, page break or the end).
+    void settleSpacing(int above, bool listItem = false, bool between = false);
     void breakPage();
     void breakColumn();
     void setColumns(int count, int gap);
+    void setPageColumns(const librevenge::RVNGPropertyList &propList);
     void applyCharacterFormat();
     void closeAttributes();
     void resetParagraphFormat();
@@ -257,23 +291,27 @@ private:
     std::vector<Stream> streams;
     std::vector<OpenTable> tables;
     std::vector<std::string> headerOccurrence;
+    std::vector<int> headerGaps; // per open header or footer, WPU
     ListNumbering numbering;
     std::vector<std::pair<int, int>> listIndents; // per open level: text indent and label width, WPU
     PageSetup page;
     bool pageSetupKnown = false;
     bool pageJustBroken = false; // a new page span wrote the break its first paragraph asks for
     std::vector<int> sectionColumns; // per open section: its column count (1: none)
+    int pageColumns = 1;             // the page style's own columns, outside any section
+    int pageColumnGap = 600;
+    int columnsInForce() const { return sectionColumns.empty() ? pageColumns : sectionColumns.back(); }
     int columnGap = 600;
     int footnotes = 0;
     int endnotes = 0;
     int hidden = 0; // inside a comment: nothing is written
     int boxDepth = 0;
     std::vector<std::optional<std::pair<double, double>>> boxSizes; // of each open text box's frame
-    int substituted = 0;
-    int imagesWritten = 0;
-    int imagesDropped = 0;
+    std::vector<BoxPlacement> boxPlacements;                        // the same, where it stands
+    BoxPlacement framePlacement;                                    // of the open frame
+    BoxPlacement placement;                                         // of the box being written
+    richtext::Losses lost;
     std::vector<char> noteMarks;
-    int firstPagePartsInlined = 0;
     std::optional<std::pair<double, double>> frameSize; // inches, of the open frame
     bool frameCentred = false;
     DocumentSummary documentSummary;

@@ -169,10 +169,14 @@ void Wp5Writer::writeAttribute(int attribute, bool on)
 
 int Wp5Writer::fontNumber(const CharacterFormat &format)
 {
-    auto found = fontNumbers.find(format.font);
-    if (found == fontNumbers.end()) {
+    // A record per face and size: libwpd reads a size from the record, not from the font change.
+    const std::pair<std::string, int> key(format.font, format.size);
+    auto found = fontNumbers.find(key);
+    if (found == fontNumbers.end() && fonts.size() < 250) {
         fonts.emplace_back(format.font, format.size);
-        found = fontNumbers.emplace(format.font, static_cast<int>(fonts.size()) - 1).first;
+        found = fontNumbers.emplace(key, static_cast<int>(fonts.size()) - 1).first;
+    } else if (found == fontNumbers.end()) {
+        found = fontNumbers.begin(); // the list is full: an earlier record's size
     }
     return found->second;
 }
@@ -361,6 +365,11 @@ void Wp5Writer::writeTableStart(const std::vector<int> &widths)
 
 void Wp5Writer::writeCell(const CellShape &cell, bool firstInRow)
 {
+    // libwpd reads no 5.1 cell shading, and draws every line of every cell.
+    if (cell.fill && *cell.fill != 0xFFFFFF)
+        lose(loss::cellShading);
+    if (cell.borders != 0x0F && !cell.coveredFromAbove)
+        lose(loss::cellBorders);
     if (firstInRow)
         function(0xDC, 0x01, {});
     std::string data;

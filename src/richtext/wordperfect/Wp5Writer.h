@@ -46,7 +46,7 @@ private:
     void writePaperSize(int width, int height);
 
     std::vector<std::pair<std::string, int>> fonts; // name and size of each font-list record
-    std::map<std::string, int> fontNumbers;
+    std::map<std::pair<std::string, int>, int> fontNumbers;
     std::vector<std::string> pictures; // WordPerfect Graphics records of each figure box
 };
 

@@ -278,6 +278,16 @@ void Wp6Writer::writeParagraphFormat(const ParagraphFormat &from, const Paragrap
     }
 }
 
+// Spacing after paragraph: a share of the line (16.16, one line: none of its own) and, as
+// WordPerfect 6.1 adds it, the space in WPU.
+void Wp6Writer::writeParagraphSpacing(int wpu)
+{
+    std::string data;
+    put32(data, 0x10000);
+    put16(data, static_cast<unsigned>(wpu));
+    function(0xD3, 0x0A, data);
+}
+
 int Wp6Writer::tabOrigin(const ParagraphFormat &format) const { return pageSetup().left + format.leftIndent; }
 
 // Define text columns: newspaper, single row spacing, the count, then each column's share of the
@@ -346,24 +356,45 @@ void Wp6Writer::writeTextBox(const std::string &body, int widthWpu, int heightWp
     writeBox(0x01, textPacket(body), widthWpu, heightWpu);
 }
 
-// A character-anchored box of the given content (0x01 text, 0x03 image), whose content is the
-// packet `pid`: a text packet, or the file-name packet that leads to the picture.
+// A box of the given content (0x01 text, 0x03 image), whose content is the packet `pid`: a text
+// packet, or the file-name packet that leads to the picture. It stands where boxPlacement() says:
+// in the line like a character, or at an offset from its paragraph (horizontally from the
+// margin) or from the paper's edges.
 void Wp6Writer::writeBox(int contentType, int pid, int widthWpu, int heightWpu)
 {
+    const BoxPlacement &at = boxPlacement();
+    const auto offset = [](int wpu) { return static_cast<unsigned>(static_cast<std::uint16_t>(std::clamp(wpu, -0x7FFF, 0x7FFF))); };
+    int anchoring = 0x00; // the function's subgroup: character, paragraph or page anchored
     std::string positioning;
     put16(positioning, 0x7C00); // general, horizontal, vertical, width, height follow
-    put8(positioning, 0x03);    // general: mask, then value: on the text baseline
-    put8(positioning, 0x02);
-    put8(positioning, 0);       // horizontal: at the character
-    put16(positioning, 0);
-    put8(positioning, 0);
-    put8(positioning, 0);
-    put8(positioning, 0x01);    // vertical: relative to the anchor
-    put16(positioning, 0);
-    put8(positioning, 0x01);    // width and height as real WordPerfect flags a set-size box
-    put16(positioning, static_cast<unsigned>(std::clamp(widthWpu, 1, 0xFFFF)));
+    put8(positioning, 0x03);    // general: mask, then value: on the baseline, paragraph or page
+    if (at.anchor == BoxPlacement::Anchor::character) {
+        put8(positioning, 0x02);
+        put8(positioning, 0); // horizontal: at the character
+        put16(positioning, 0);
+        put8(positioning, 0);
+        put8(positioning, 0);
+        put8(positioning, 0x01); // vertical: relative to the anchor
+        put16(positioning, 0);
+    } else {
+        const bool page = at.anchor == BoxPlacement::Anchor::page;
+        anchoring = page ? 0x02 : 0x01;
+        put8(positioning, page ? 0x00 : 0x01);
+        // Horizontal: from the margin (or centred between the margins) for a paragraph's box,
+        // from the paper's edge for a page's.
+        put8(positioning, at.centred ? 0x01 | (0x02 << 2) : page ? 0x00 : 0x01);
+        put16(positioning, at.centred ? 0 : offset(at.x));
+        put8(positioning, 0);
+        put8(positioning, 0);
+        put8(positioning, page ? 0x00 : 0x01); // vertical: from the paper's top, or the paragraph's
+        put16(positioning, offset(at.y));
+    }
+    // Width: set, so that libwpd hands it on for a text box too.
     put8(positioning, 0x00);
-    put16(positioning, static_cast<unsigned>(std::clamp(heightWpu, 1, 0xFFFF)));
+    put16(positioning, static_cast<unsigned>(std::clamp(widthWpu, 1, 0xFFFF)));
+    // A height of 0 is a box as high as its text: the height flag says it follows the content.
+    put8(positioning, heightWpu > 0 ? 0x00 : 0x01);
+    put16(positioning, static_cast<unsigned>(std::clamp(heightWpu > 0 ? heightWpu : 1200, 1, 0xFFFF)));
     std::string content;
     put16(content, 0x4000); // content type follows
     put8(content, static_cast<unsigned>(contentType));
@@ -380,7 +411,7 @@ void Wp6Writer::writeBox(int contentType, int pid, int widthWpu, int heightWpu)
     put16(data, static_cast<unsigned>(overrides.size() + 4)); // override and wrap data, with both sizes
     put16(data, static_cast<unsigned>(overrides.size()));
     data += overrides;
-    function(0xDF, 0x00, data, pid); // character-anchored box
+    function(0xDF, anchoring, data, pid);
 }
 
 void Wp6Writer::writeTableStart(const std::vector<int> &widths)
@@ -410,6 +441,23 @@ void Wp6Writer::writeCell(const CellShape &cell, bool firstInRow)
 {
     std::string data;
     put16(data, 0); // no deletable sub-functions
+    if (firstInRow && (cell.rowHeight > 0 || cell.headerRow)) {
+        // Row information: a header row, and a height that is exact or the least the row takes.
+        put8(data, 0x80);
+        put8(data, (cell.headerRow ? 0x04 : 0) | (cell.rowHeight > 0 ? 0x02 : 0) | (cell.rowAtLeast ? 0x10 : 0));
+        put16(data, static_cast<unsigned>(cell.rowHeight));
+        put8(data, 0x80);
+    }
+    if (cell.verticalAlign != 0) {
+        // Cell information: no attributes or justification of its own, the vertical alignment.
+        put8(data, 0x84);
+        put8(data, 0);
+        put8(data, 0);
+        put8(data, static_cast<unsigned>(cell.verticalAlign));
+        put16(data, 0);
+        put16(data, 0);
+        put8(data, 0x84);
+    }
     if (cell.coveredFromAbove || cell.columnSpan > 1 || cell.rowSpan > 1) {
         put8(data, 0x85);
         put8(data, cell.coveredFromAbove ? 0x81 : std::min(cell.columnSpan, 127));
@@ -448,7 +496,8 @@ void Wp6Writer::writeNote(bool endnote, int, const std::string &body, char)
 
 void Wp6Writer::writeHeaderFooter(bool footer, const std::string &occurrence, const std::string &body)
 {
-    const int pid = textPacket(body);
+    // libwpd takes a header without a body for no header at all; an empty one is one empty line.
+    const int pid = textPacket(body.empty() ? std::string(1, '\xCC') : body);
     const bool secondary = occurrence == "even";
     std::string data;
     put8(data, occurrence == "odd" ? 1 : occurrence == "even" ? 2 : 3);

@@ -27,6 +27,8 @@ protected:
     void writeColour(std::uint32_t rgb) override;
     void writeParagraphFormat(const ParagraphFormat &from, const ParagraphFormat &to) override;
     int tabOrigin(const ParagraphFormat &format) const override;
+    bool writesParagraphSpacing() const override { return true; }
+    void writeParagraphSpacing(int wpu) override;
     void writePageSetup() override;
     bool writesColumns() const override { return true; }
     void writeColumns(int count, int gap) override;

@@ -248,6 +248,12 @@ void encodeRow(std::string &out, const unsigned char *row, int width)
 
 } // namespace
 
+bool isRasterFormat(std::string_view bytes)
+{
+    return isSvm(bytes) || looksLikeSvg(bytes) || bytes.substr(0, 8) == "\x89PNG\r\n\x1A\n" ||
+           bytes.substr(0, 4) == "GIF8" || bytes.substr(0, 3) == "\xFF\xD8\xFF";
+}
+
 std::optional<Raster> decodeRaster(std::string_view bytes, int maxSide)
 {
     // Drawings are rendered to fit maxSide from the start.

@@ -21,6 +21,9 @@ struct Raster {
 // for any other format or for data the decoder refuses. Very large images are scaled down to fit
 // maxSide pixels.
 std::optional<Raster> decodeRaster(std::string_view bytes, int maxSide = 1600);
+// Whether the bytes start as one of the formats decodeRaster takes: when it still gives nothing,
+// the picture is damaged rather than in a format it does not know.
+bool isRasterFormat(std::string_view bytes);
 
 // The image as WordPerfect Graphics 1 records (start, colour map, 8-bit bitmap, end), the only
 // graphics format WordPerfect 5.1 reads and one every later WordPerfect reads too. widthWpu and

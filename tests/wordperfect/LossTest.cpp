@@ -1,0 +1,119 @@
+// What odt2wp5 says it could not carry: one stderr line naming each kind of thing once, for each
+// thing a version has no code libwpd reads back, and nothing when the file holds it all.
+
+#include "ProgramRun.h"
+#include "ScratchFolder.h"
+#include "WpTestSupport.h"
+#include "richtext/Losses.h"
+
+#include <gtest/gtest.h>
+
+#include <string>
+#include <vector>
+
+namespace {
+
+namespace loss = richtext::loss;
+
+struct Case {
+    const char *name;
+    std::string styles;
+    std::string body;
+    std::vector<std::string_view> wp6; // the kinds each version reports, in order
+    std::vector<std::string_view> wp5;
+    std::string masterStyles = {};
+};
+
+const std::string columns =
+    "<style:style style:name=\"S\" style:family=\"section\"><style:section-properties>"
+    "<style:columns fo:column-count=\"2\" fo:column-gap=\"0.5in\"/></style:section-properties></style:style>";
+const std::string shading =
+    "<style:style style:name=\"Y\" style:family=\"table-cell\"><style:table-cell-properties"
+    " fo:background-color=\"#ffff00\" fo:border=\"0.5pt solid #000000\"/></style:style>";
+const std::string lines = "<style:style style:name=\"B\" style:family=\"table-cell\"><style:table-cell-properties"
+                          " fo:border=\"0.5pt solid #000000\"/></style:style>";
+const std::string box = "<draw:frame text:anchor-type=\"as-char\" svg:width=\"2in\" svg:height=\"1in\"><draw:text-box>"
+                        "<text:p>boxed words</text:p></draw:text-box></draw:frame>";
+
+std::string cell(const std::string &content, const std::string &style = {})
+{
+    return "<table:table-cell" + (style.empty() ? "" : " table:style-name=\"" + style + "\"") + ">" + content +
+           "</table:table-cell>";
+}
+
+std::string table(const std::string &cells)
+{
+    return "<table:table table:name=\"t\"><table:table-column table:number-columns-repeated=\"2\"/>"
+           "<table:table-row>" + cells + "</table:table-row></table:table>";
+}
+
+const Case cases[] = {
+    {"NothingLost", lines, "<text:p>plain words " + box + "</text:p>" +
+                              table(cell("<text:p>a</text:p>", "B") + cell("<text:p>b</text:p>", "B")),
+     {}, {loss::textBoxes}},
+    {"CellsWithoutLines", "", table(cell("<text:p>a</text:p>") + cell("<text:p>b</text:p>")), {}, {loss::cellBorders}},
+    {"NestedTable", lines,
+     table(cell(table(cell("<text:p>inner a</text:p>", "B") + cell("<text:p>inner b</text:p>", "B")), "B") +
+           cell("<text:p>b</text:p>", "B")),
+     {loss::nestedTables}, {loss::nestedTables}},
+    {"TextBoxInAHeader", "", "<text:p>body</text:p>", {loss::textBoxes}, {loss::textBoxes},
+     "<style:master-page style:name=\"Standard\"><style:header><text:p>head " + box + "</text:p></style:header>"
+     "</style:master-page>"},
+    {"Columns", columns,
+     "<text:section text:name=\"s\" text:style-name=\"S\"><text:p>left words</text:p><text:p>more</text:p></text:section>",
+     {}, {loss::textColumns}},
+    {"CellShading", shading + lines,
+     table(cell("<text:p>yellow</text:p>", "Y") + cell("<text:p>plain</text:p>", "B")), {}, {loss::cellShading}},
+    {"Comment", "",
+     "<text:p>noted<office:annotation><dc:creator>Ann</dc:creator><text:p>a remark</text:p></office:annotation>"
+     " words</text:p>",
+     {loss::comments}, {loss::comments}},
+    {"HiraganaAndKanji", "", "<text:p>\u3072\u3089\u304C\u306A \u6F22\u5B57</text:p>",
+     {loss::hiraganaAsKatakana, loss::charactersWordPerfect}, {loss::charactersWordPerfect}},
+    {"EachKindOnce", "", "<text:p>\u6F22 one</text:p><text:p>\u5B57 two</text:p>", {loss::charactersWordPerfect},
+     {loss::charactersWordPerfect}},
+};
+
+struct Conversion {
+    const Case *c;
+    const char *option;
+};
+
+void PrintTo(const Conversion &conversion, std::ostream *os) { *os << conversion.c->name << " " << conversion.option; }
+
+class Losses : public ::testing::TestWithParam<Conversion> {};
+
+TEST_P(Losses, NamesEachKindTheVersionCannotCarryOnOneLine)
+{
+    const Conversion &param = GetParam();
+    ScratchFolder scratch;
+    const std::string source =
+        scratch.write("source.fodt", wptest::flatOdt(param.c->styles, param.c->body, param.c->masterStyles));
+    const std::string output = scratch.file("out.wp");
+    const ProgramRun run = ProgramRun::of({ODT2WP5_PATH, param.option, source, output});
+    ASSERT_EQ(run.status, 0) << run.err;
+    const bool wp6 = std::string(param.option) == "--wp6";
+    std::vector<std::string> expected;
+    for (std::string_view kind : wp6 ? param.c->wp6 : param.c->wp5)
+        expected.emplace_back(kind);
+    const richtext::Losses said = richtext::Losses::fromStderr(run.err);
+    EXPECT_EQ(said.kinds(), expected) << run.err;
+    EXPECT_EQ(run.err, said.stderrLine("odt2wp5")) << "nothing else on stderr";
+    EXPECT_TRUE(wptest::readWordPerfect(ScratchFolder::readFile(output)).ok);
+}
+
+std::vector<Conversion> conversions()
+{
+    std::vector<Conversion> all;
+    for (const Case &c : cases) {
+        all.push_back({&c, "--wp6"});
+        all.push_back({&c, "--wp5"});
+    }
+    return all;
+}
+
+INSTANTIATE_TEST_SUITE_P(Kinds, Losses, ::testing::ValuesIn(conversions()), [](const auto &info) {
+    return std::string(info.param.c->name) + "_" + (info.param.option + 2);
+});
+
+} // namespace

@@ -1,0 +1,79 @@
+// A page style set in columns, as librevenge hands it to the writer: WordPerfect 6 sets its text in
+// newspaper columns, a column break moves on to the next, and sections with columns of their own
+// return to the page's; 5.1, whose columns libwpd does not read, says it set them in one.
+
+#include "WpTestSupport.h"
+
+#include "richtext/Losses.h"
+#include "richtext/wordperfect/WordPerfectWriter.h"
+
+#include <gtest/gtest.h>
+
+#include <string>
+#include <vector>
+
+namespace {
+
+using richtext::wordperfect::WordPerfectWriter;
+
+struct Written {
+    wptest::ReadBack back;
+    richtext::Losses losses;
+};
+
+Written write(WordPerfectWriter::Version version)
+{
+    const auto writer = WordPerfectWriter::create(version);
+    writer->startDocument({});
+    librevenge::RVNGPropertyList page;
+    page.insert("fo:column-count", 2);
+    page.insert("fo:column-gap", 0.5, librevenge::RVNG_INCH);
+    writer->openPageSpan(page);
+    auto paragraph = [&](const char *text, bool columnBreak = false) {
+        librevenge::RVNGPropertyList properties;
+        if (columnBreak)
+            properties.insert("fo:break-before", "column");
+        writer->openParagraph(properties);
+        writer->insertText(text);
+        writer->closeParagraph();
+    };
+    paragraph("left column");
+    paragraph("right column", true);
+    librevenge::RVNGPropertyList three;
+    three.insert("fo:column-count", 3);
+    writer->openSection(three);
+    paragraph("in three");
+    writer->closeSection();
+    paragraph("back in two");
+    writer->closePageSpan();
+    writer->endDocument();
+    return {wptest::readWordPerfect(writer->fileBytes()), writer->losses()};
+}
+
+TEST(PageColumns, SetsThePageStylesColumnsInWordPerfect6)
+{
+    const Written written = write(WordPerfectWriter::Version::wp6);
+    ASSERT_TRUE(written.back.ok);
+    EXPECT_TRUE(written.losses.empty()) << written.losses.joined();
+    std::vector<std::string> columns;
+    for (const richtext::PageSpan &span : written.back.document.pageSpans)
+        for (const richtext::Properties &section : span.sections)
+            columns.push_back(wptest::property(section, "style:columns"));
+    EXPECT_EQ(columns, (std::vector<std::string> {"2", "3", "2"}));
+    const richtext::Paragraph *right = wptest::paragraphWith(written.back.document, "right column");
+    ASSERT_NE(right, nullptr);
+    EXPECT_EQ(wptest::property(right->properties, "fo:break-before"), "column");
+}
+
+TEST(PageColumns, SaysWordPerfect51SetsThemInOne)
+{
+    const Written written = write(WordPerfectWriter::Version::wp5);
+    ASSERT_TRUE(written.back.ok);
+    EXPECT_EQ(written.losses.kinds(), std::vector<std::string> {std::string(richtext::loss::textColumns)});
+    std::vector<std::string> texts;
+    for (const richtext::Paragraph *paragraph : written.back.document.paragraphs())
+        texts.push_back(paragraph->text());
+    EXPECT_EQ(texts, (std::vector<std::string> {"left column", "right column", "in three", "back in two"}));
+}
+
+} // namespace
