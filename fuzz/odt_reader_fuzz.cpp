@@ -28,7 +28,8 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t *data, std::size_t size
     limits.entryBytes = 8u << 20;
     limits.totalBytes = 16u << 20;
     try {
-        richtext::OdtReader::read(std::string_view(reinterpret_cast<const char *>(data), size), *writer, limits);
+        richtext::OdtReader::read(std::string_view(reinterpret_cast<const char *>(data), size), *writer,
+                                  limits);
     } catch (const richtext::ReadError &) {
     }
     return 0;

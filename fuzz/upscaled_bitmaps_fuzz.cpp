@@ -61,7 +61,7 @@ std::string number(double value)
 // never a crash, and always markup back.
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t *data, std::size_t size)
 {
-    Bytes in {data, size};
+    Bytes in{data, size};
     const int canvasWidth = in.next() + 1;
     const int canvasHeight = in.next() + 1;
     std::string markup;
@@ -69,16 +69,18 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t *data, std::size_t size
         markup.assign(reinterpret_cast<const char *>(in.data), in.size);
     } else {
         static const char *const fits[] = {"", "none", "xMidYMid", "xMinYMin slice"};
-        const std::string viewBox = number(in.length()) + " " + number(in.length()) + " " + number(in.length()) +
-                                    " " + number(in.length());
-        const std::string transform = "translate(" + number(in.length()) + " " + number(in.length()) + ") scale(" +
-                                      number(in.length()) + " " + number(in.length()) + ")";
+        const std::string viewBox = number(in.length()) + " " + number(in.length()) + " " +
+                                    number(in.length()) + " " + number(in.length());
+        const std::string transform = "translate(" + number(in.length()) + " " + number(in.length()) +
+                                      ") scale(" + number(in.length()) + " " + number(in.length()) + ")";
         const std::string fit = fits[in.next() % 4];
-        const std::string box = "x=\"" + number(in.length()) + "\" y=\"" + number(in.length()) + "\" width=\"" +
-                                number(in.length()) + "\" height=\"" + number(in.length()) + "\"";
-        markup = "<svg xmlns=\"http://www.w3.org/2000/svg\" viewBox=\"" + viewBox + "\" preserveAspectRatio=\"" +
-                 fit + "\"><g transform=\"" + transform + "\"><image " + box + " preserveAspectRatio=\"" +
-                 fits[in.next() % 4] + "\" href=\"" + bitmapURI(in) + "\"/></g></svg>";
+        const std::string box = "x=\"" + number(in.length()) + "\" y=\"" + number(in.length()) +
+                                "\" width=\"" + number(in.length()) + "\" height=\"" + number(in.length()) +
+                                "\"";
+        markup = "<svg xmlns=\"http://www.w3.org/2000/svg\" viewBox=\"" + viewBox +
+                 "\" preserveAspectRatio=\"" + fit + "\"><g transform=\"" + transform + "\"><image " + box +
+                 " preserveAspectRatio=\"" + fits[in.next() % 4] + "\" href=\"" + bitmapURI(in) +
+                 "\"/></g></svg>";
     }
     const std::string result = UpscaledBitmaps::resample(markup, canvasWidth, canvasHeight);
     if (result.empty() && !markup.empty())

@@ -36,7 +36,10 @@ std::string slurp(const std::string &path)
     return bytes.str();
 }
 
-std::string quoted(const std::string &s) { return "'" + s + "'"; }
+std::string quoted(const std::string &s)
+{
+    return "'" + s + "'";
+}
 
 std::optional<std::string> captured(const std::string &command)
 {
@@ -130,7 +133,8 @@ std::vector<std::pair<std::size_t, std::size_t>> lcs(const std::vector<T> &a, co
     std::vector<std::vector<int>> table(a.size() + 1, std::vector<int>(b.size() + 1, 0));
     for (std::size_t i = a.size(); i-- > 0;)
         for (std::size_t j = b.size(); j-- > 0;)
-            table[i][j] = eq(a[i], b[j]) ? table[i + 1][j + 1] + 1 : std::max(table[i + 1][j], table[i][j + 1]);
+            table[i][j] =
+                eq(a[i], b[j]) ? table[i + 1][j + 1] + 1 : std::max(table[i + 1][j], table[i][j + 1]);
     std::vector<std::pair<std::size_t, std::size_t>> pairs;
     for (std::size_t i = 0, j = 0; i < a.size() && j < b.size();) {
         if (eq(a[i], b[j]))
@@ -150,7 +154,8 @@ std::vector<std::string> characterAttributes(const Paragraph &p, bool colour)
     if (!p.label.empty())
         out.resize(CharacterMap::decodeUtf8(p.label).size() + 1, "label");
     for (const Inline &piece : p.content) {
-        if (piece.kind != Inline::Kind::text && piece.kind != Inline::Kind::tab && piece.kind != Inline::Kind::lineBreak)
+        if (piece.kind != Inline::Kind::text && piece.kind != Inline::Kind::tab &&
+            piece.kind != Inline::Kind::lineBreak)
             continue;
         const Properties &s = piece.style;
         std::string key;
@@ -163,14 +168,16 @@ std::vector<std::string> characterAttributes(const Paragraph &p, bool colour)
         const std::string position = get(s, "style:text-position");
         key += position.rfind("super", 0) == 0 ? "^" : position.rfind("sub", 0) == 0 ? "_" : "";
         key += get(s, "fo:font-variant") == "small-caps" ? "K" : "";
-        key += "/" + get(s, "fo:font-size").substr(0, get(s, "fo:font-size").find_first_not_of("0123456789."));
+        key +=
+            "/" + get(s, "fo:font-size").substr(0, get(s, "fo:font-size").find_first_not_of("0123456789."));
         key += "/" + get(s, "style:font-name");
         if (colour) {
             const std::string c = get(s, "fo:color");
             key += "/" + (c.empty() ? std::string("#000000") : c);
         }
         key += "/.";
-        const std::size_t length = piece.kind == Inline::Kind::text ? CharacterMap::decodeUtf8(piece.text).size() : 1;
+        const std::size_t length =
+            piece.kind == Inline::Kind::text ? CharacterMap::decodeUtf8(piece.text).size() : 1;
         out.insert(out.end(), length, key);
     }
     return out;
@@ -280,19 +287,21 @@ std::vector<Score> compare(const Document &source, const Document &back, const C
         const Properties &pb = b[j].paragraph->properties;
         // A list paragraph's indent lives in its list level, which the model does not keep.
         const bool listed = a[i].paragraph->listLevel > 0;
-        const bool same = alignmentOf(pa) == alignmentOf(pb) && (listed ||
-                          (
-                          std::fabs(pageA.at(a[i].paragraph).first + inches(get(pa, "fo:margin-left")) -
-                                    pageB.at(b[j].paragraph).first - inches(get(pb, "fo:margin-left"))) < 0.02 &&
-                          std::fabs(pageA.at(a[i].paragraph).second + inches(get(pa, "fo:margin-right")) -
-                                    pageB.at(b[j].paragraph).second - inches(get(pb, "fo:margin-right"))) < 0.02 &&
-                          std::fabs(inches(get(pa, "fo:text-indent")) - inches(get(pb, "fo:text-indent"))) < 0.02));
+        const bool same =
+            alignmentOf(pa) == alignmentOf(pb) &&
+            (listed ||
+             (std::fabs(pageA.at(a[i].paragraph).first + inches(get(pa, "fo:margin-left")) -
+                        pageB.at(b[j].paragraph).first - inches(get(pb, "fo:margin-left"))) < 0.02 &&
+              std::fabs(pageA.at(a[i].paragraph).second + inches(get(pa, "fo:margin-right")) -
+                        pageB.at(b[j].paragraph).second - inches(get(pb, "fo:margin-right"))) < 0.02 &&
+              std::fabs(inches(get(pa, "fo:text-indent")) - inches(get(pb, "fo:text-indent"))) < 0.02));
         if (same)
             ++sameParas;
         else if (scores[2].why.empty())
-            scores[2].why = "\"" + narrow(a[i].text).substr(0, 40) + "\": align " + alignmentOf(pa) + "/" + alignmentOf(pb) +
-                            " left " + get(pa, "fo:margin-left") + "/" + get(pb, "fo:margin-left") + " indent " +
-                            get(pa, "fo:text-indent") + "/" + get(pb, "fo:text-indent");
+            scores[2].why = "\"" + narrow(a[i].text).substr(0, 40) + "\": align " + alignmentOf(pa) + "/" +
+                            alignmentOf(pb) + " left " + get(pa, "fo:margin-left") + "/" +
+                            get(pb, "fo:margin-left") + " indent " + get(pa, "fo:text-indent") + "/" +
+                            get(pb, "fo:text-indent");
     }
     scores[1].set(sameRuns, runChars, "attributes differ");
     scores[2].set(sameParas, static_cast<double>(a.size()), "paragraphs not found back");
@@ -418,11 +427,13 @@ int main(int argc, char **argv)
             const bool wp6 = v == 0;
             const std::string name = fs::path(file).filename().string();
             std::printf("%-44s %-4s", name.c_str(), wp6 ? "wp6" : "wp5");
-            const bool converted = source &&
-                std::system((quoted(ODT2WP5_PATH) + (wp6 ? " --wp6 " : " --wp5 ") + quoted(file) + " " + quoted(scratch) +
-                             " 2>/dev/null").c_str()) == 0;
-            const auto flat = converted ? captured(quoted(WPD2ODT_PATH) + " --stdout " + quoted(scratch) + " 2>/dev/null")
-                                        : std::nullopt;
+            const bool converted =
+                source && std::system((quoted(ODT2WP5_PATH) + (wp6 ? " --wp6 " : " --wp5 ") + quoted(file) +
+                                       " " + quoted(scratch) + " 2>/dev/null")
+                                          .c_str()) == 0;
+            const auto flat =
+                converted ? captured(quoted(WPD2ODT_PATH) + " --stdout " + quoted(scratch) + " 2>/dev/null")
+                          : std::nullopt;
             const auto back = flat ? model(*flat) : std::nullopt;
             if (!back) {
                 std::printf("  could not be converted and read back\n");
@@ -438,7 +449,8 @@ int main(int argc, char **argv)
                 sums[v * featureCount + f] += scores[f].value;
                 counts[v * featureCount + f] += 1;
                 if (scores[f].value < 1)
-                    reasons.push_back(name + " " + (wp6 ? "wp6 " : "wp5 ") + featureNames[f] + ": " + scores[f].why);
+                    reasons.push_back(name + " " + (wp6 ? "wp6 " : "wp5 ") + featureNames[f] + ": " +
+                                      scores[f].why);
             }
             std::printf("\n");
         }

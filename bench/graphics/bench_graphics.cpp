@@ -29,9 +29,13 @@ void writeFile(const fs::path &path, const std::string &bytes)
 
 std::string page(const std::string &markup, int w, int h)
 {
-    return "<!DOCTYPE html><html><head><meta charset=\"utf-8\"><style>\nhtml,body{margin:0;padding:0;background:#fff}\n"
-           "svg{width:" + std::to_string(w) + "px;height:" + std::to_string(h) + "px;display:block}\n"
-           "</style></head><body>" + markup + "</body></html>";
+    return "<!DOCTYPE html><html><head><meta "
+           "charset=\"utf-8\"><style>\nhtml,body{margin:0;padding:0;background:#fff}\n"
+           "svg{width:" +
+           std::to_string(w) + "px;height:" + std::to_string(h) +
+           "px;display:block}\n"
+           "</style></head><body>" +
+           markup + "</body></html>";
 }
 
 int render(const fs::path &out, int argc, char **argv)
@@ -73,7 +77,8 @@ int compare(const char *a, const char *b)
     const QImage first = QImage(a).convertToFormat(QImage::Format_RGB32);
     const QImage second = QImage(b).convertToFormat(QImage::Format_RGB32);
     if (first.isNull() || second.isNull() || first.size() != second.size()) {
-        std::printf("size-mismatch %dx%d %dx%d\n", first.width(), first.height(), second.width(), second.height());
+        std::printf("size-mismatch %dx%d %dx%d\n", first.width(), first.height(), second.width(),
+                    second.height());
         return 1;
     }
     double sum = 0;

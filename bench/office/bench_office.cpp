@@ -58,7 +58,7 @@ int main(int argc, char **argv)
         const fs::path file = argv[i];
         ConversionTools::overrideLibreOfficePlaces(std::nullopt);
         const auto lo = ConversionTools::libreOfficeURL() ? importMilliseconds(file) : std::nullopt;
-        ConversionTools::overrideLibreOfficePlaces(std::vector<fs::path> {});
+        ConversionTools::overrideLibreOfficePlaces(std::vector<fs::path>{});
         const auto pd = importMilliseconds(file);
         const auto cell = [](const std::optional<double> &ms) {
             char text[32];

@@ -58,8 +58,8 @@ void benchClassic()
         std::size_t size = 0;
         const double seconds = bestSeconds(3, [&] { size = RTFDowngrade::classic(rtf, charset).size(); });
         std::printf("classic %-4s: %.1f MB in %.3f s = %.1f MB/s (output %.1f MB)\n",
-                    charset == RTFDowngrade::Charset::mac ? "mac" : "ansi", megabytes, seconds, megabytes / seconds,
-                    double(size) / 1e6);
+                    charset == RTFDowngrade::Charset::mac ? "mac" : "ansi", megabytes, seconds,
+                    megabytes / seconds, double(size) / 1e6);
     }
 }
 
@@ -70,7 +70,8 @@ fs::path largestCorpusDocument()
     const fs::path corpus = fs::path(QM_SOURCE_DIR) / ".." / "shared" / "corpus" / "wp";
     std::error_code error;
     for (const auto &entry : fs::directory_iterator(corpus, error))
-        if (entry.is_regular_file() && entry.file_size() > size && entry.path().filename().string().find("crypt") != 0) {
+        if (entry.is_regular_file() && entry.file_size() > size &&
+            entry.path().filename().string().find("crypt") != 0) {
             size = entry.file_size();
             largest = entry.path();
         }
@@ -96,8 +97,8 @@ void benchJob()
     const QString profile = "-env:UserInstallation=file://" + work.path() + "/profile";
     const auto runOffice = [&] {
         QProcess office;
-        office.start("soffice", {profile, "--headless", "--convert-to", "rtf", "--outdir", work.path() + "/office",
-                                 QString::fromStdString(source.string())});
+        office.start("soffice", {profile, "--headless", "--convert-to", "rtf", "--outdir",
+                                 work.path() + "/office", QString::fromStdString(source.string())});
         office.waitForFinished(600'000);
     };
     runOffice(); // the first run builds the profile; it is not what a user waits for each time

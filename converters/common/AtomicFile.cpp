@@ -71,7 +71,7 @@ void AtomicFile::write(std::string_view bytes)
 
 std::string AtomicFile::freshName() const
 {
-    static std::mt19937 random(std::random_device {}());
+    static std::mt19937 random(std::random_device{}());
     static const char letters[] = "abcdefghijklmnopqrstuvwxyzABCDEFGHIJKLMNOPQRSTUVWXYZ0123456789";
     std::string name = (folder == "/" ? folder : folder + "/") + hiddenPrefix;
     for (int i = 0; i < 10; ++i)

@@ -65,7 +65,8 @@ void writeAtomically(const std::string &destination, const std::string &bytes)
         file.write(bytes);
         file.commit();
     } catch (const std::system_error &error) {
-        throw ConverterError::failed("cannot write " + destination + ": " + std::strerror(error.code().value()));
+        throw ConverterError::failed("cannot write " + destination + ": " +
+                                     std::strerror(error.code().value()));
     }
 }
 
@@ -73,7 +74,8 @@ int run(WordPerfectWriter::Version version, const std::string &source, const std
 {
     const std::string bytes = readWhole(source);
     if (isEncryptedPackage(bytes))
-        throw ConverterError::failed("the document is encrypted (password-protected); it cannot be converted");
+        throw ConverterError::failed(
+            "the document is encrypted (password-protected); it cannot be converted");
     const auto writer = WordPerfectWriter::create(version);
     richtext::OdtReader::read(bytes, *writer);
     if (writer->fileBytes().empty())

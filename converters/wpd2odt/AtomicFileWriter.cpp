@@ -6,8 +6,7 @@
 
 namespace {
 
-template <typename Step>
-auto reported(const std::string &destination, Step step)
+template <typename Step> auto reported(const std::string &destination, Step step)
 {
     try {
         return step();

@@ -48,7 +48,8 @@ const char *WriterDefaults::settingsXml()
     // The values LibreOffice gives a document it creates; each one named here is one it would
     // otherwise set to its legacy value on loading (AddParaSpacingToTableCells, for one, drops the
     // space below paragraphs in table cells; DoNotJustifyLinesWithManualBreak leaves justified
-    // lines that end in a line break ragged).
+    // lines that end in a line break ragged). One setting a line:
+    // clang-format off
     return "<?xml version=\"1.0\" encoding=\"UTF-8\"?>\n"
            "<office:document-settings xmlns:office=\"urn:oasis:names:tc:opendocument:xmlns:office:1.0\""
            " xmlns:config=\"urn:oasis:names:tc:opendocument:xmlns:config:1.0\" office:version=\"1.1\">"
@@ -83,4 +84,5 @@ const char *WriterDefaults::settingsXml()
            QM_SETTING("DropCapPunctuation", "true")
 #undef QM_SETTING
            "</config:config-item-set></office:settings></office:document-settings>\n";
+    // clang-format on
 }

@@ -163,15 +163,16 @@ void AppDelegate::execute(const Intake::Start &start)
     ++events[event].pending;
     Q_EMIT conversionStarted(id, qt(jobSource(job).string()), qt(to.string()), kindOf(jobSource(job)));
     QPointer<AppDelegate> self(this);
-    Converter::perform(job, to,
-                       [self, id, to, name, onWrongPassword](Converter::Outcome outcome, Converter::Losses losses) {
-                           if (self)
-                               self->complete(id, outcome, losses, to, name, onWrongPassword);
-                       });
+    Converter::perform(
+        job, to, [self, id, to, name, onWrongPassword](Converter::Outcome outcome, Converter::Losses losses) {
+            if (self)
+                self->complete(id, outcome, losses, to, name, onWrongPassword);
+        });
 }
 
 void AppDelegate::complete(quint64 id, const std::exception_ptr &outcome, const Converter::Losses &losses,
-                           const fs::path &to, const std::string &name, const std::function<void()> &onWrongPassword)
+                           const fs::path &to, const std::string &name,
+                           const std::function<void()> &onWrongPassword)
 {
     --pendingConversions;
     intake.release(to);
@@ -180,8 +181,8 @@ void AppDelegate::complete(quint64 id, const std::exception_ptr &outcome, const 
     --record.pending;
     if (!outcome) {
         Q_EMIT conversionFinished(id, true, qt(losses.joined()));
-        Log::write((losses.empty() ? "converted" : "converted, with losses: " + losses.joined()) + " \u2192 " +
-                   to.string());
+        Log::write((losses.empty() ? "converted" : "converted, with losses: " + losses.joined()) +
+                   " \u2192 " + to.string());
         record.converted.push_back(to);
         revealSoon(event);
     } else {

@@ -50,8 +50,9 @@ MainWindow::MainWindow(AppDelegate &delegate) : delegate(delegate)
     dropArea->setObjectName(QStringLiteral("dropArea"));
     dropArea->setAlignment(Qt::AlignCenter);
     dropArea->setMinimumHeight(110);
-    dropArea->setStyleSheet(QStringLiteral("QLabel#dropArea { border: 2px dashed palette(mid); border-radius: 8px; "
-                                           "color: palette(dark); padding: 12px; }"));
+    dropArea->setStyleSheet(
+        QStringLiteral("QLabel#dropArea { border: 2px dashed palette(mid); border-radius: 8px; "
+                       "color: palette(dark); padding: 12px; }"));
     layout->addWidget(dropArea);
 
     list = new QTreeWidget(central);
@@ -104,14 +105,16 @@ void MainWindow::buildMenu()
     QMenu *appMenu = menuBar()->addMenu(name);
     appMenu->addAction(tr("About %1").arg(name), this, &MainWindow::showAbout);
     appMenu->addSeparator();
-    QAction *settingsAction = appMenu->addAction(QStringLiteral("Settings\u2026"), &delegate, &AppDelegate::showSettings);
+    QAction *settingsAction =
+        appMenu->addAction(QStringLiteral("Settings\u2026"), &delegate, &AppDelegate::showSettings);
     settingsAction->setShortcut(QKeySequence(Qt::CTRL | Qt::Key_Comma));
     appMenu->addSeparator();
     QAction *quitAction = appMenu->addAction(tr("Quit %1").arg(name), &delegate, &AppDelegate::quit);
     quitAction->setShortcut(QKeySequence(Qt::CTRL | Qt::Key_Q));
 
     QMenu *fileMenu = menuBar()->addMenu(tr("File"));
-    QAction *openAction = fileMenu->addAction(QStringLiteral("Open\u2026"), &delegate, &AppDelegate::chooseAndConvert);
+    QAction *openAction =
+        fileMenu->addAction(QStringLiteral("Open\u2026"), &delegate, &AppDelegate::chooseAndConvert);
     openAction->setShortcut(QKeySequence(Qt::CTRL | Qt::Key_O));
     fileMenu->addSeparator();
     // Closing the main window is quitting; the other windows close themselves.
@@ -262,7 +265,7 @@ void MainWindow::updateTotals()
     QString converted = tr("%1 converted").arg(counts[done]);
     if (lossy > 0)
         converted += tr(" (%1 with losses)").arg(lossy);
-    QStringList parts {converted, tr("%1 failed").arg(counts[failed])};
+    QStringList parts{converted, tr("%1 failed").arg(counts[failed])};
     if (counts[skipped] > 0)
         parts << tr("%1 skipped").arg(counts[skipped]);
     if (counts[converting] + counts[waiting] > 0)

@@ -24,10 +24,12 @@ void FileManagerRevealer::reveal(const std::vector<fs::path> &files, quint64 eve
     std::vector<std::pair<fs::path, QStringList>> folders;
     for (const auto &file : files) {
         const fs::path parent = file.parent_path();
-        auto found = std::find_if(folders.begin(), folders.end(), [&](const auto &f) { return f.first == parent; });
+        auto found =
+            std::find_if(folders.begin(), folders.end(), [&](const auto &f) { return f.first == parent; });
         if (found == folders.end())
             found = folders.insert(folders.end(), {parent, {}});
-        found->second << QUrl::fromLocalFile(QString::fromStdString(file.string())).toString(QUrl::FullyEncoded);
+        found->second
+            << QUrl::fromLocalFile(QString::fromStdString(file.string())).toString(QUrl::FullyEncoded);
     }
     for (const auto &[parent, uris] : folders) {
         const QUrl folder = QUrl::fromLocalFile(QString::fromStdString(parent.string()));
@@ -50,9 +52,10 @@ void FileManagerRevealer::showItems(const QUrl &folder, const QStringList &uris,
     call << uris << QString();
     // Asynchronous, so a slow or absent file manager never blocks the window.
     auto *watcher = new QDBusPendingCallWatcher(bus.asyncCall(call, 5000), this);
-    connect(watcher, &QDBusPendingCallWatcher::finished, this, [this, folder, mayOpen](QDBusPendingCallWatcher *done) {
-        if (QDBusPendingReply<> reply = *done; reply.isError() && mayOpen)
-            openFolder(folder);
-        done->deleteLater();
-    });
+    connect(watcher, &QDBusPendingCallWatcher::finished, this,
+            [this, folder, mayOpen](QDBusPendingCallWatcher *done) {
+                if (QDBusPendingReply<> reply = *done; reply.isError() && mayOpen)
+                    openFolder(folder);
+                done->deleteLater();
+            });
 }

@@ -13,8 +13,7 @@
 
 namespace {
 
-template <typename Choice>
-void select(QComboBox *popUp, Choice current)
+template <typename Choice> void select(QComboBox *popUp, Choice current)
 {
     const auto cases = allCases<Choice>();
     for (std::size_t i = 0; i < cases.size(); ++i) {
@@ -23,8 +22,7 @@ void select(QComboBox *popUp, Choice current)
     }
 }
 
-template <typename Choice>
-void store(Settings &settings, const QString &key, const QComboBox *popUp)
+template <typename Choice> void store(Settings &settings, const QString &key, const QComboBox *popUp)
 {
     const auto cases = allCases<Choice>();
     const int index = popUp->currentIndex();
@@ -64,14 +62,16 @@ SettingsWindowController::~SettingsWindowController() = default;
 void SettingsWindowController::buildContent()
 {
     QWidget *content = windowWidget.get();
-    auto *heading = new QLabel(QStringLiteral("Choose what each kind of dropped file is converted to:"), content);
+    auto *heading =
+        new QLabel(QStringLiteral("Choose what each kind of dropped file is converted to:"), content);
     heading->setWordWrap(true);
     QFont font = heading->font();
     font.setPointSize(12);
     heading->setFont(font);
     heading->setForegroundRole(QPalette::PlaceholderText);
 
-    docPopUp->addItems({QStringLiteral("OpenDocument (.odt)"), QStringLiteral("Rich Text \u2014 classic (.rtf)")});
+    docPopUp->addItems(
+        {QStringLiteral("OpenDocument (.odt)"), QStringLiteral("Rich Text \u2014 classic (.rtf)")});
     graphicPopUp->addItems({QStringLiteral("PNG image (.png)"), QStringLiteral("SVG image (.svg)")});
     wpPopUp->addItems({QStringLiteral("WordPerfect 6+ (.wp6)"), QStringLiteral("WordPerfect 5.1 (.wp5)")});
     charsetPopUp->addItems({QStringLiteral("Windows, DOS & modern apps (ANSI)"),

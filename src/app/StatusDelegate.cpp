@@ -26,7 +26,8 @@ void StatusDelegate::initStyleOption(QStyleOptionViewItem *option, const QModelI
     option->textElideMode = Qt::ElideRight;
 }
 
-void StatusDelegate::paint(QPainter *painter, const QStyleOptionViewItem &option, const QModelIndex &index) const
+void StatusDelegate::paint(QPainter *painter, const QStyleOptionViewItem &option,
+                           const QModelIndex &index) const
 {
     if (!index.data(showableRole).toBool()) {
         QStyledItemDelegate::paint(painter, option, index);

@@ -25,11 +25,13 @@ int main(int argc, char **argv)
 
     SingleInstance instance;
     switch (instance.handOff(files)) {
-    case SingleInstance::HandOff::handed: return 0;
+    case SingleInstance::HandOff::handed:
+        return 0;
     case SingleInstance::HandOff::failed:
         std::fprintf(stderr, "quillmorph: Quillmorph is running but did not take the files; try again.\n");
         return 1;
-    case SingleInstance::HandOff::noInstance: break;
+    case SingleInstance::HandOff::noInstance:
+        break;
     }
     instance.listen();
 
@@ -37,15 +39,16 @@ int main(int argc, char **argv)
     FileManagerRevealer revealer;
     AppDelegate delegate(prompter, revealer, Settings::shared());
     QObject::connect(&delegate, &AppDelegate::readyToQuit, &app, &QApplication::quit, Qt::QueuedConnection);
-    QObject::connect(&instance, &SingleInstance::received, &delegate, [&delegate](const std::vector<fs::path> &paths) {
-        if (MainWindow *window = delegate.mainWindow()) {
-            window->show();
-            window->raise();
-            window->activateWindow();
-        }
-        if (!paths.empty())
-            delegate.applicationOpen(paths);
-    });
+    QObject::connect(&instance, &SingleInstance::received, &delegate,
+                     [&delegate](const std::vector<fs::path> &paths) {
+                         if (MainWindow *window = delegate.mainWindow()) {
+                             window->show();
+                             window->raise();
+                             window->activateWindow();
+                         }
+                         if (!paths.empty())
+                             delegate.applicationOpen(paths);
+                     });
 
     // The launch's files form the first open event, ahead of the open panel.
     if (!files.empty())

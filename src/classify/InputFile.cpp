@@ -19,9 +19,9 @@ constexpr std::size_t headerSize = 512;
 constexpr std::size_t sniffCharacters = 400;
 
 using Signature = std::array<std::uint8_t, 4>;
-constexpr Signature wordPerfectPrefix {0xFF, 0x57, 0x50, 0x43};
-constexpr Signature zipSignature {0x50, 0x4B, 0x03, 0x04};
-constexpr Signature ole2Signature {0xD0, 0xCF, 0x11, 0xE0};
+constexpr Signature wordPerfectPrefix{0xFF, 0x57, 0x50, 0x43};
+constexpr Signature zipSignature{0x50, 0x4B, 0x03, 0x04};
+constexpr Signature ole2Signature{0xD0, 0xCF, 0x11, 0xE0};
 
 } // namespace
 
@@ -60,7 +60,8 @@ bool containsASCII(const std::uint8_t *bytes, std::size_t size, std::string_view
 
 bool startsWith(const std::vector<std::uint8_t> &header, const Signature &signature)
 {
-    return header.size() >= signature.size() && std::equal(signature.begin(), signature.end(), header.begin());
+    return header.size() >= signature.size() &&
+           std::equal(signature.begin(), signature.end(), header.begin());
 }
 
 // The first 400 characters of the header as text, lower-cased; only ASCII
@@ -70,7 +71,7 @@ std::string sniffText(const std::vector<std::uint8_t> &header)
     const std::string_view bytes(reinterpret_cast<const char *>(header.data()), header.size());
     // Strict UTF-8, as a platform decoder reads it; else ISO Latin 1, which decodes every byte.
     const std::u32string text = richtext::Utf8::isValid(bytes) ? richtext::Utf8::decode(bytes)
-                                                              : std::u32string(header.begin(), header.end());
+                                                               : std::u32string(header.begin(), header.end());
     std::string lowered;
     const std::size_t count = std::min(text.size(), sniffCharacters);
     lowered.reserve(count);
@@ -109,19 +110,19 @@ InputFile::Kind kindFromExtension(const std::string &ext)
 
 const std::unordered_set<std::string> &InputFile::wpDocumentExtensions()
 {
-    static const std::unordered_set<std::string> set {"wp", "wp4", "wp5", "wp6", "wpd", "wpt"};
+    static const std::unordered_set<std::string> set{"wp", "wp4", "wp5", "wp6", "wpd", "wpt"};
     return set;
 }
 
 const std::unordered_set<std::string> &InputFile::wpGraphicExtensions()
 {
-    static const std::unordered_set<std::string> set {"wpg"};
+    static const std::unordered_set<std::string> set{"wpg"};
     return set;
 }
 
 const std::unordered_set<std::string> &InputFile::officeExtensions()
 {
-    static const std::unordered_set<std::string> set {"docx", "doc", "rtf", "html", "htm", "txt", "text"};
+    static const std::unordered_set<std::string> set{"docx", "doc", "rtf", "html", "htm", "txt", "text"};
     return set;
 }
 
@@ -148,7 +149,8 @@ bool libwpdMayKnowBetter(const InputFile &file, const std::vector<std::uint8_t> 
         return file.kind == InputFile::Kind::wpDocument && !file.isEncrypted;
     if (startsWith(header, ole2Signature))
         return true;
-    if (startsWith(header, zipSignature) || containsASCII(header.data(), std::min<std::size_t>(header.size(), 8), "{\\rtf"))
+    if (startsWith(header, zipSignature) ||
+        containsASCII(header.data(), std::min<std::size_t>(header.size(), 8), "{\\rtf"))
         return false;
     // A name that says WordPerfect still leaves the password to be found.
     return kindFromText(header) == InputFile::Kind::unknown && file.kind != InputFile::Kind::wpGraphic;
@@ -169,8 +171,11 @@ InputFile InputFile::classify(const fs::path &url)
         return file;
     }
     switch (verdict) {
-    case WordPerfectProbe::Verdict::notWordPerfect: break;
-    case WordPerfectProbe::Verdict::document: file.kind = Kind::wpDocument; break;
+    case WordPerfectProbe::Verdict::notWordPerfect:
+        break;
+    case WordPerfectProbe::Verdict::document:
+        file.kind = Kind::wpDocument;
+        break;
     case WordPerfectProbe::Verdict::encrypted:
         file.kind = Kind::wpDocument;
         file.isEncrypted = true;
@@ -186,7 +191,7 @@ InputFile InputFile::classify(const fs::path &url)
 
 InputFile InputFile::classifyHeader(const fs::path &url, const std::vector<std::uint8_t> &header)
 {
-    InputFile file {url};
+    InputFile file{url};
     const std::size_t n = header.size();
     if (startsWith(header, wordPerfectPrefix)) {
         file.kind = n >= 10 && header[9] == 0x16 ? Kind::wpGraphic : Kind::wpDocument;
@@ -195,8 +200,9 @@ InputFile InputFile::classifyHeader(const fs::path &url, const std::vector<std::
         return file;
     }
     if (startsWith(header, zipSignature)) {
-        file.kind = containsASCII(header.data(), n, "application/vnd.oasis.opendocument.text") ? Kind::openDocument
-                                                                                               : Kind::office;
+        file.kind = containsASCII(header.data(), n, "application/vnd.oasis.opendocument.text")
+                        ? Kind::openDocument
+                        : Kind::office;
         return file;
     }
     if (startsWith(header, ole2Signature)) {
@@ -216,11 +222,16 @@ InputFile InputFile::classifyHeader(const fs::path &url, const std::vector<std::
 std::string_view kindName(InputFile::Kind kind)
 {
     switch (kind) {
-    case InputFile::Kind::wpDocument: return "wpDocument";
-    case InputFile::Kind::wpGraphic: return "wpGraphic";
-    case InputFile::Kind::openDocument: return "openDocument";
-    case InputFile::Kind::office: return "office";
-    case InputFile::Kind::unknown: break;
+    case InputFile::Kind::wpDocument:
+        return "wpDocument";
+    case InputFile::Kind::wpGraphic:
+        return "wpGraphic";
+    case InputFile::Kind::openDocument:
+        return "openDocument";
+    case InputFile::Kind::office:
+        return "office";
+    case InputFile::Kind::unknown:
+        break;
     }
     return "unknown";
 }
@@ -276,9 +287,12 @@ std::string versionFamilyOf(const InputFile &file)
         return family;
     }
     switch (WordPerfectProbe::examine(file.url)) {
-    case WordPerfectProbe::Verdict::document: return "WordPerfect 4.2";
-    case WordPerfectProbe::Verdict::encrypted: return "WordPerfect 4.2, encrypted";
-    default: return versionFamily(header);
+    case WordPerfectProbe::Verdict::document:
+        return "WordPerfect 4.2";
+    case WordPerfectProbe::Verdict::encrypted:
+        return "WordPerfect 4.2, encrypted";
+    default:
+        return versionFamily(header);
     }
 }
 

@@ -23,7 +23,8 @@ struct InputFile {
     static InputFile classify(const std::filesystem::path &url);
 
     // The byte rules alone, for a header already in memory (at most 512 bytes).
-    static InputFile classifyHeader(const std::filesystem::path &url, const std::vector<std::uint8_t> &header);
+    static InputFile classifyHeader(const std::filesystem::path &url,
+                                    const std::vector<std::uint8_t> &header);
 
     static const std::unordered_set<std::string> &wpDocumentExtensions();
     static const std::unordered_set<std::string> &wpGraphicExtensions();

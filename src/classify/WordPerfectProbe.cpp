@@ -35,7 +35,7 @@ bool isRegularFile(const fs::path &url, std::uintmax_t &size)
 bool isPlainText(const fs::path &url)
 {
     std::ifstream in(url, std::ios::binary);
-    const std::string bytes {std::istreambuf_iterator<char>(in), std::istreambuf_iterator<char>()};
+    const std::string bytes{std::istreambuf_iterator<char>(in), std::istreambuf_iterator<char>()};
     const bool controlsOnlyForLayout = std::none_of(bytes.begin(), bytes.end(), [](char c) {
         const auto b = static_cast<unsigned char>(c);
         return b < 0x20 && b != '\t' && b != '\n' && b != '\r' && b != '\f';
@@ -55,10 +55,14 @@ WordPerfectProbe::Verdict WordPerfectProbe::examine(const fs::path &url)
         if (!stream.isStructured() && (size > largestUnprefixedDocument || isPlainText(url)))
             return Verdict::notWordPerfect;
         switch (libwpd::WPDocument::isFileFormatSupported(&stream)) {
-        case libwpd::WPD_CONFIDENCE_EXCELLENT: return Verdict::document;
-        case libwpd::WPD_CONFIDENCE_SUPPORTED_ENCRYPTION: return Verdict::encrypted;
-        case libwpd::WPD_CONFIDENCE_UNSUPPORTED_ENCRYPTION: return Verdict::unsupportedEncryption;
-        default: return Verdict::notWordPerfect;
+        case libwpd::WPD_CONFIDENCE_EXCELLENT:
+            return Verdict::document;
+        case libwpd::WPD_CONFIDENCE_SUPPORTED_ENCRYPTION:
+            return Verdict::encrypted;
+        case libwpd::WPD_CONFIDENCE_UNSUPPORTED_ENCRYPTION:
+            return Verdict::unsupportedEncryption;
+        default:
+            return Verdict::notWordPerfect;
         }
     } catch (...) {
         return Verdict::notWordPerfect;
@@ -74,12 +78,13 @@ std::vector<std::uint8_t> WordPerfectProbe::containedHeader(const fs::path &url,
         librevenge::RVNGFileStream stream(url.c_str());
         if (!stream.isStructured())
             return {};
-        const std::unique_ptr<librevenge::RVNGInputStream> main(stream.getSubStreamByName("PerfectOffice_MAIN"));
+        const std::unique_ptr<librevenge::RVNGInputStream> main(
+            stream.getSubStreamByName("PerfectOffice_MAIN"));
         if (!main)
             return {};
         unsigned long got = 0;
         const unsigned char *bytes = main->read(count, got);
-        return bytes ? std::vector<std::uint8_t>(bytes, bytes + got) : std::vector<std::uint8_t> {};
+        return bytes ? std::vector<std::uint8_t>(bytes, bytes + got) : std::vector<std::uint8_t>{};
     } catch (...) {
         return {};
     }

@@ -12,8 +12,9 @@ namespace {
 
 bool isKnownInputExtension(const std::string &ext)
 {
-    return InputFile::wpDocumentExtensions().contains(ext) || InputFile::wpGraphicExtensions().contains(ext) ||
-           InputFile::officeExtensions().contains(ext) || ext == "odt" || ext == "fodt";
+    return InputFile::wpDocumentExtensions().contains(ext) ||
+           InputFile::wpGraphicExtensions().contains(ext) || InputFile::officeExtensions().contains(ext) ||
+           ext == "odt" || ext == "fodt";
 }
 
 bool occupied(const fs::path &path)
@@ -70,7 +71,8 @@ std::optional<std::string> whyNotReplaceable(const fs::path &output)
 {
     std::error_code error;
     if (fs::is_directory(fs::symlink_status(output, error)) || fs::is_directory(output, error))
-        return "\u201C" + output.filename().string() + "\u201D is a folder, so a converted file cannot replace it.";
+        return "\u201C" + output.filename().string() +
+               "\u201D is a folder, so a converted file cannot replace it.";
     return std::nullopt;
 }
 

@@ -17,8 +17,9 @@ std::filesystem::path proposedURL(const std::filesystem::path &url, const std::s
 
 // The first "<baseName> (n).<ext>" for n = 1, 2, ... that no file occupies
 // and, when given, `alsoTaken` does not claim.
-std::filesystem::path firstFreeNumberedURL(const std::filesystem::path &url, const std::string &ext,
-                                           const std::function<bool(const std::filesystem::path &)> &alsoTaken = {});
+std::filesystem::path
+firstFreeNumberedURL(const std::filesystem::path &url, const std::string &ext,
+                     const std::function<bool(const std::filesystem::path &)> &alsoTaken = {});
 
 // Why an output cannot take the place of what stands at its name (a folder
 // is never replaced by a file); none when it can.

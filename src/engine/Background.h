@@ -12,13 +12,11 @@
 // thread pool, and its outcome is handed to `then` on the main thread.
 namespace Converter::detail {
 
-template <typename T>
-using Result = std::variant<T, std::exception_ptr>;
+template <typename T> using Result = std::variant<T, std::exception_ptr>;
 
 void ensureWorkers();
 
-template <typename T>
-void background(std::function<T()> work, std::function<void(Result<T>)> then)
+template <typename T> void background(std::function<T()> work, std::function<void(Result<T>)> then)
 {
     ensureWorkers();
     QThreadPool::globalInstance()->start([work = std::move(work), then = std::move(then)]() {

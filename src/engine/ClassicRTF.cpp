@@ -30,8 +30,9 @@ std::string drawnPicture(const std::string &svg, int width, int height, richtext
 
 std::string modernRTF(const Decoded &decoded, richtext::Losses &losses)
 {
-    richtext::RtfWriter writer(
-        [&losses](const std::string &svg, int width, int height) { return drawnPicture(svg, width, height, losses); });
+    richtext::RtfWriter writer([&losses](const std::string &svg, int width, int height) {
+        return drawnPicture(svg, width, height, losses);
+    });
     try {
         if (decoded.type == Decoded::Type::html)
             richtext::HtmlReader::read(decoded.data, writer);

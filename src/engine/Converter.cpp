@@ -65,7 +65,8 @@ void rasterize(const steps::Drawing &drawing, const fs::path &to, const Completi
                 try {
                     std::rethrow_exception(*error);
                 } catch (const SVGRasterizer::Failure &failure) {
-                    return completion(std::make_exception_ptr(ConversionError::conversionFailed(failure.what())), {});
+                    return completion(
+                        std::make_exception_ptr(ConversionError::conversionFailed(failure.what())), {});
                 } catch (...) {
                     return completion(*error, {});
                 }
@@ -89,7 +90,8 @@ struct Dispatch {
     {
         background<Decoded>(
             [source = job.source, password = job.password] { return steps::documentBytes(source, password); },
-            [charset = job.charset, to = to, completion = std::move(completion)](const Result<Decoded> &decoded) {
+            [charset = job.charset, to = to,
+             completion = std::move(completion)](const Result<Decoded> &decoded) {
                 if (const auto *error = std::get_if<std::exception_ptr>(&decoded))
                     return completion(*error, {});
                 Losses losses;
@@ -143,7 +145,7 @@ struct Dispatch {
 
 void perform(const Job &job, const fs::path &to, Completion completion)
 {
-    std::visit(Dispatch {to, completion}, job);
+    std::visit(Dispatch{to, completion}, job);
 }
 
 } // namespace Converter

@@ -10,5 +10,5 @@ struct Decoded {
 
     std::string data;
     Type type;
-    richtext::Losses losses {}; // what the decoding could not carry
+    richtext::Losses losses{}; // what the decoding could not carry
 };

@@ -68,11 +68,12 @@ Decoded documentBytes(const fs::path &source, const std::optional<std::string> &
 {
     const std::vector<std::string> passwordArgs = passwordArguments(password);
 
-    std::vector<std::string> args {"--stdout"};
+    std::vector<std::string> args{"--stdout"};
     args.insert(args.end(), passwordArgs.begin(), passwordArgs.end());
     args.push_back(source.string());
     if (ConversionTools::Output odt = runQuietly("wpd2odt", args); !odt.stdout.empty())
-        return {std::move(odt.stdout), Decoded::Type::openDocumentText, richtext::Losses::fromStderr(odt.stderr)};
+        return {std::move(odt.stdout), Decoded::Type::openDocumentText,
+                richtext::Losses::fromStderr(odt.stderr)};
 
     Log::write("wpd2odt produced nothing; falling back to wpd2html");
     args = passwordArgs;

@@ -13,8 +13,9 @@ namespace Converter::steps {
 // Has wpd2odt write the package at `destination`. A missing or empty result
 // is removed and becomes conversionFailed("") or, with a password, wrongPassword.
 // Returns what wpd2odt said it could not carry.
-richtext::Losses writeODTPackage(const std::filesystem::path &source, const std::optional<std::string> &password,
-                     const std::filesystem::path &destination);
+richtext::Losses writeODTPackage(const std::filesystem::path &source,
+                                 const std::optional<std::string> &password,
+                                 const std::filesystem::path &destination);
 
 // The whole document in memory: flat OpenDocument from `wpd2odt --stdout`,
 // else HTML from wpd2html.

@@ -2,18 +2,16 @@
 
 namespace {
 
-template <typename... F>
-struct Overloaded : F... {
+template <typename... F> struct Overloaded : F... {
     using F::operator()...;
 };
-template <typename... F>
-Overloaded(F...) -> Overloaded<F...>;
+template <typename... F> Overloaded(F...) -> Overloaded<F...>;
 
 } // namespace
 
 std::string_view jobName(const Job &job)
 {
-    return std::visit(Overloaded {
+    return std::visit(Overloaded{
                           [](const JobCase::wpToODT &) { return "wpToODT"; },
                           [](const JobCase::wpToRTF &) { return "wpToRTF"; },
                           [](const JobCase::wpgToPNG &) { return "wpgToPNG"; },
@@ -26,5 +24,6 @@ std::string_view jobName(const Job &job)
 
 const std::filesystem::path &jobSource(const Job &job)
 {
-    return std::visit([](const auto &payload) -> const std::filesystem::path & { return payload.source; }, job);
+    return std::visit([](const auto &payload) -> const std::filesystem::path & { return payload.source; },
+                      job);
 }

@@ -11,8 +11,7 @@
 namespace RsvgRenderer {
 namespace {
 
-template <typename T, void (*Free)(T *)>
-struct Deleter {
+template <typename T, void (*Free)(T *)> struct Deleter {
     void operator()(T *p) const
     {
         if (p)
@@ -46,7 +45,7 @@ cairo_status_t appendBytes(void *closure, const unsigned char *data, unsigned in
 RsvgRectangle viewportFor(RsvgHandle *handle, int width, int height)
 {
     gboolean hasViewBox = FALSE;
-    RsvgRectangle viewBox {};
+    RsvgRectangle viewBox{};
     rsvg_handle_get_intrinsic_dimensions(handle, nullptr, nullptr, nullptr, nullptr, &hasViewBox, &viewBox);
     double ownWidth = 0;
     double ownHeight = 0;
@@ -62,7 +61,8 @@ std::string renderPNG(const std::string &original, int width, int height)
     const std::string markup = UpscaledBitmaps::resample(SvgImages::drawMetafiles(original), width, height);
     GError *error = nullptr;
     // No base file: references to other files on disk are never followed.
-    Handle handle(rsvg_handle_new_from_data(reinterpret_cast<const guint8 *>(markup.data()), markup.size(), &error));
+    Handle handle(
+        rsvg_handle_new_from_data(reinterpret_cast<const guint8 *>(markup.data()), markup.size(), &error));
     if (!handle)
         throw Failure(takeMessage(error, "the SVG could not be read"));
     rsvg_handle_set_dpi(handle.get(), 96);

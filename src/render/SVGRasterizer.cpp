@@ -128,9 +128,7 @@ SVGRasterizer::Size SVGRasterizer::scaledToPixels(Size natural)
 
 void SVGRasterizer::renderPNG(const std::string &svg, Completion done)
 {
-    const auto reject = [&done](const char *why) {
-        done(std::make_exception_ptr(Failure(why)));
-    };
+    const auto reject = [&done](const char *why) { done(std::make_exception_ptr(Failure(why))); };
     if (!isUTF8(svg))
         return reject("not valid SVG");
     const auto start = svg.find("<svg");

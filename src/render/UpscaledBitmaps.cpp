@@ -40,7 +40,10 @@ struct Upright {
         return {scaleX * inner.scaleX, scaleY * inner.scaleY, scaleX * inner.moveX + moveX,
                 scaleY * inner.moveY + moveY};
     }
-    Rect map(const Rect &r) const { return {r.x * scaleX + moveX, r.y * scaleY + moveY, r.width * scaleX, r.height * scaleY}; }
+    Rect map(const Rect &r) const
+    {
+        return {r.x * scaleX + moveX, r.y * scaleY + moveY, r.width * scaleX, r.height * scaleY};
+    }
 };
 
 struct DocFree {
@@ -125,7 +128,7 @@ std::optional<Upright> uprightTransform(const std::string &transform)
         if (values.empty() || values.size() > 2)
             return std::nullopt;
         const double second = values.size() == 2 ? values[1] : (scale ? values[0] : 0);
-        map = map.after(scale ? Upright {values[0], second, 0, 0} : Upright {1, 1, values[0], second});
+        map = map.after(scale ? Upright{values[0], second, 0, 0} : Upright{1, 1, values[0], second});
         at = close + 1;
     }
     return map;
@@ -137,7 +140,7 @@ std::optional<Upright> rootMapping(xmlNode *root, int canvasWidth, int canvasHei
 {
     const std::string viewBox = attributeValue(root, "viewBox");
     if (viewBox.empty())
-        return Upright {};
+        return Upright{};
     const std::vector<double> box = numbers(viewBox);
     if (box.size() != 4 || !(box[2] > 0) || !(box[3] > 0))
         return std::nullopt;
@@ -149,8 +152,8 @@ std::optional<Upright> rootMapping(xmlNode *root, int canvasWidth, int canvasHei
             return std::nullopt;
         scaleX = scaleY = std::min(scaleX, scaleY);
     }
-    return Upright {scaleX, scaleY, (canvasWidth - box[2] * scaleX) / 2 - box[0] * scaleX,
-                    (canvasHeight - box[3] * scaleY) / 2 - box[1] * scaleY};
+    return Upright{scaleX, scaleY, (canvasWidth - box[2] * scaleX) / 2 - box[0] * scaleX,
+                   (canvasHeight - box[3] * scaleY) / 2 - box[1] * scaleY};
 }
 
 // Only images drawn where they stand, in upright boxes, qualify: inside a
@@ -198,7 +201,8 @@ Pixbuf decodeDataURI(const std::string &uri)
     if (header.find(";base64") == std::string::npos || header.find("svg") != std::string::npos)
         return nullptr;
     gsize length = 0;
-    std::unique_ptr<guchar, decltype(&g_free)> bytes(g_base64_decode(uri.c_str() + comma + 1, &length), g_free);
+    std::unique_ptr<guchar, decltype(&g_free)> bytes(g_base64_decode(uri.c_str() + comma + 1, &length),
+                                                     g_free);
     std::unique_ptr<GdkPixbufLoader, ObjectUnref> loader(gdk_pixbuf_loader_new());
     if (!bytes || length == 0 || !gdk_pixbuf_loader_write(loader.get(), bytes.get(), length, nullptr))
         return nullptr;
@@ -269,7 +273,8 @@ std::string serialised(xmlDoc *doc)
     xmlChar *text = nullptr;
     int size = 0;
     xmlDocDumpMemoryEnc(doc, &text, &size, "UTF-8");
-    std::string markup(text ? reinterpret_cast<const char *>(text) : "", text ? static_cast<size_t>(size) : 0);
+    std::string markup(text ? reinterpret_cast<const char *>(text) : "",
+                       text ? static_cast<size_t>(size) : 0);
     xmlFree(text);
     return markup;
 }
@@ -324,7 +329,9 @@ Tap tapFor(double centre, double start, double length, int sourceLength)
 {
     const double position = (centre - start) * sourceLength / length;
     const int64_t fixed = static_cast<int64_t>(std::floor(position * 65536)) - 32768;
-    const auto clamped = [sourceLength](int64_t i) { return static_cast<int>(std::clamp<int64_t>(i, 0, sourceLength - 1)); };
+    const auto clamped = [sourceLength](int64_t i) {
+        return static_cast<int>(std::clamp<int64_t>(i, 0, sourceLength - 1));
+    };
     return {clamped(fixed >> 16), clamped((fixed + 65536) >> 16), static_cast<uint32_t>((fixed >> 12) & 0xF)};
 }
 
@@ -351,7 +358,8 @@ guchar *unpremultiplied(uint32_t word, guchar *pixel, bool hasAlpha)
 {
     const uint32_t alpha = word >> 24;
     const auto channel = [alpha](uint32_t c) {
-        return static_cast<guchar>(alpha == 255 || alpha == 0 ? c : std::min<uint32_t>(255, (c * 255 + alpha / 2) / alpha));
+        return static_cast<guchar>(
+            alpha == 255 || alpha == 0 ? c : std::min<uint32_t>(255, (c * 255 + alpha / 2) / alpha));
     };
     *pixel++ = channel(word >> 16 & 0xFF);
     *pixel++ = channel(word >> 8 & 0xFF);
@@ -368,7 +376,8 @@ std::string number(double value)
 
 void setAttribute(xmlNode *node, const char *name, const std::string &value)
 {
-    xmlSetProp(node, reinterpret_cast<const xmlChar *>(name), reinterpret_cast<const xmlChar *>(value.c_str()));
+    xmlSetProp(node, reinterpret_cast<const xmlChar *>(name),
+               reinterpret_cast<const xmlChar *>(value.c_str()));
 }
 
 // Replaces the candidate's bitmap by one covering exactly the canvas pixels
@@ -379,7 +388,8 @@ void resampleOnto(Candidate &candidate, int canvasWidth, int canvasHeight)
     const Rect device = map.map(fitted(candidate));
     // Mirrored, flattened or unbounded drawings are left to librsvg.
     const bool finite = std::isfinite(device.x) && std::isfinite(device.y) && std::isfinite(device.width) &&
-                        std::isfinite(device.height) && std::isfinite(map.scaleX) && std::isfinite(map.scaleY);
+                        std::isfinite(device.height) && std::isfinite(map.scaleX) &&
+                        std::isfinite(map.scaleY);
     if (!finite || !(map.scaleX > 0 && map.scaleY > 0 && device.width > 0 && device.height > 0))
         return;
     const int sourceWidth = gdk_pixbuf_get_width(candidate.pixels.get());
@@ -438,8 +448,9 @@ void resampleOnto(Candidate &candidate, int canvasWidth, int canvasHeight)
     std::unique_ptr<gchar, decltype(&g_free)> base64(
         g_base64_encode(reinterpret_cast<const guchar *>(png.data()), png.size()), g_free);
 
-    xmlSetNsProp(candidate.node, candidate.href->ns, candidate.href->name,
-                 reinterpret_cast<const xmlChar *>((std::string("data:image/png;base64,") + base64.get()).c_str()));
+    xmlSetNsProp(
+        candidate.node, candidate.href->ns, candidate.href->name,
+        reinterpret_cast<const xmlChar *>((std::string("data:image/png;base64,") + base64.get()).c_str()));
     setAttribute(candidate.node, "x", number((left - map.moveX) / map.scaleX));
     setAttribute(candidate.node, "y", number((top - map.moveY) / map.scaleY));
     setAttribute(candidate.node, "width", number((right - left) / map.scaleX));

@@ -16,7 +16,10 @@ std::string trimmed(std::string_view text)
     return std::string(text);
 }
 
-std::string lower(std::string text) { return Xml::lowerAscii(std::move(text)); }
+std::string lower(std::string text)
+{
+    return Xml::lowerAscii(std::move(text));
+}
 
 std::string withoutComments(std::string_view css)
 {

@@ -19,7 +19,10 @@ using librevenge::RVNGPropertyList;
 constexpr int maximumDepth = 200;
 
 using Xml::plainAttribute;
-std::string tagOf(const xmlNode *node) { return Xml::lowerTag(node); }
+std::string tagOf(const xmlNode *node)
+{
+    return Xml::lowerTag(node);
+}
 
 bool isOneOf(const std::string &tag, std::initializer_list<const char *> tags)
 {

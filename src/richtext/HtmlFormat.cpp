@@ -15,7 +15,10 @@ namespace richtext {
 namespace {
 
 using Xml::plainAttribute;
-std::string lower(std::string text) { return Xml::lowerAscii(std::move(text)); }
+std::string lower(std::string text)
+{
+    return Xml::lowerAscii(std::move(text));
+}
 
 double fontPoints(const OdfProperties &text)
 {
@@ -84,7 +87,8 @@ void tagDefaults(const std::string &tag, const xmlNode *element, HtmlFormat &for
     if (tag == "font") {
         if (const std::string face = plainAttribute(element, "face"); !face.empty())
             format.text["style:font-name"] = face.substr(0, face.find(','));
-        if (const std::string colour = HtmlFormat::cssColour(plainAttribute(element, "color")); !colour.empty())
+        if (const std::string colour = HtmlFormat::cssColour(plainAttribute(element, "color"));
+            !colour.empty())
             format.text["fo:color"] = colour;
         // <font size> counts 1 to 7, 3 being the normal size; "+1" and "-1" move from it.
         if (const std::string size = plainAttribute(element, "size"); !size.empty()) {
@@ -106,7 +110,8 @@ void tagDefaults(const std::string &tag, const xmlNode *element, HtmlFormat &for
                 format.listStyle = style;
     }
     if (tag == "td" || tag == "th") {
-        if (const std::string colour = HtmlFormat::cssColour(plainAttribute(element, "bgcolor")); !colour.empty())
+        if (const std::string colour = HtmlFormat::cssColour(plainAttribute(element, "bgcolor"));
+            !colour.empty())
             format.cell["fo:background-color"] = colour;
         if (const std::string valign = lower(plainAttribute(element, "valign")); !valign.empty())
             format.cell["style:vertical-align"] = valign == "center" ? "middle" : valign;
@@ -211,7 +216,8 @@ void declaration(const std::string &name, const std::string &rawValue, HtmlForma
         if (const auto percent = Units::parsePercent(value))
             format.paragraph["fo:line-height"] = value;
         else if (value.find_first_not_of("0123456789.") == std::string::npos && !value.empty())
-            format.paragraph["fo:line-height"] = Numbers::shortest(Numbers::leading(value).value_or(Numbers::Leading {1, 0}).value * 100) + "%";
+            format.paragraph["fo:line-height"] =
+                Numbers::shortest(Numbers::leading(value).value_or(Numbers::Leading{1, 0}).value * 100) + "%";
         else if (const auto length = HtmlFormat::cssInches(value, size))
             format.paragraph["fo:line-height"] = inches(*length);
     } else if (name == "page-break-before" || name == "break-before") {

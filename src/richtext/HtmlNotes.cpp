@@ -7,7 +7,10 @@
 namespace richtext {
 namespace {
 
-std::string idOf(const xmlNode *element) { return Xml::plainAttribute(element, "id"); }
+std::string idOf(const xmlNode *element)
+{
+    return Xml::plainAttribute(element, "id");
+}
 
 bool isLabel(const std::string &label)
 {

@@ -37,7 +37,10 @@ const xmlNode *findElement(const xmlNode *from, const char *name, int depth = 0)
     return nullptr;
 }
 
-std::string contentOf(const xmlNode *node) { return Xml::text(node); }
+std::string contentOf(const xmlNode *node)
+{
+    return Xml::text(node);
+}
 using Xml::plainAttribute;
 
 // Style elements may stand anywhere, though they belong in the head.

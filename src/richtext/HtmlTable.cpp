@@ -14,7 +14,10 @@ namespace {
 constexpr int maximumColumns = 1000;
 constexpr std::size_t maximumCells = 1'000'000;
 
-bool named(const xmlNode *node, const char *name) { return Xml::lowerTag(node) == name; }
+bool named(const xmlNode *node, const char *name)
+{
+    return Xml::lowerTag(node) == name;
+}
 
 int span(const xmlNode *cell, const char *name, int maximum)
 {

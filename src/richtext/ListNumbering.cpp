@@ -33,8 +33,8 @@ std::string alphabetic(int value)
 // 一 二 三 … 十, 十一 … 九十九: the ideographic numbers of CJK lists and headings.
 std::string ideographic(int value)
 {
-    static const char *const digits[] = {"", "\u4E00", "\u4E8C", "\u4E09", "\u56DB", "\u4E94",
-                                         "\u516D", "\u4E03", "\u516B", "\u4E5D"};
+    static const char *const digits[] = {"",       "\u4E00", "\u4E8C", "\u4E09", "\u56DB",
+                                         "\u4E94", "\u516D", "\u4E03", "\u516B", "\u4E5D"};
     if (value < 1 || value > 99)
         return std::to_string(value);
     const int tens = value / 10;
@@ -68,7 +68,11 @@ std::string ListNumbering::formatNumber(int value, const std::string &format)
     if (format == "1st") { // LibreOffice's ordinal format
         const int tens = value % 100;
         const int last = value % 10;
-        const char *suffix = (tens >= 11 && tens <= 13) ? "th" : last == 1 ? "st" : last == 2 ? "nd" : last == 3 ? "rd" : "th";
+        const char *suffix = (tens >= 11 && tens <= 13) ? "th"
+                             : last == 1                ? "st"
+                             : last == 2                ? "nd"
+                             : last == 3                ? "rd"
+                                                        : "th";
         return std::to_string(value) + suffix;
     }
     if (format.rfind("01", 0) == 0) { // "01, 02, 03, ...": at least two digits

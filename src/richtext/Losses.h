@@ -44,9 +44,11 @@ inline constexpr std::string_view charactersWordPerfect = "characters WordPerfec
 inline constexpr std::string_view charactersMacRoman = "characters Mac Roman has no byte for";
 inline constexpr std::string_view boxedText = "text in boxes";
 inline constexpr std::string_view graphicLines = "graphic lines";
-inline constexpr std::string_view firstPageHeaders = "first-page headers and footers (kept as the page's opening text)";
+inline constexpr std::string_view firstPageHeaders =
+    "first-page headers and footers (kept as the page's opening text)";
 inline constexpr std::string_view hiraganaAsKatakana = "hiragana (written as katakana)";
-inline constexpr std::string_view nestedTables = "tables inside tables (kept as paragraphs of the outer cell)";
+inline constexpr std::string_view nestedTables =
+    "tables inside tables (kept as paragraphs of the outer cell)";
 inline constexpr std::string_view textBoxes = "text boxes (kept as paragraphs after their anchor)";
 inline constexpr std::string_view textColumns = "text columns (set in one column)";
 inline constexpr std::string_view cellShading = "table cell shading";

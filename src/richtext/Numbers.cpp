@@ -31,7 +31,7 @@ std::optional<Leading> leading(std::string_view text)
     } else if (error != std::errc()) {
         return std::nullopt;
     }
-    return Leading {value, static_cast<std::size_t>(end - text.data())};
+    return Leading{value, static_cast<std::size_t>(end - text.data())};
 }
 
 std::optional<double> whole(std::string_view text)
@@ -52,7 +52,8 @@ std::string shortest(double value)
 std::string fixed(double value, int decimals)
 {
     char text[400];
-    const auto [end, error] = std::to_chars(text, text + sizeof text, value, std::chars_format::fixed, decimals);
+    const auto [end, error] =
+        std::to_chars(text, text + sizeof text, value, std::chars_format::fixed, decimals);
     return error == std::errc() ? std::string(text, end) : std::string("0");
 }
 

@@ -270,7 +270,8 @@ std::string OdtContent::headingLabel(int level, std::string &followedBy)
     for (int at = level - shown + 1; at <= level; ++at) {
         const auto above = sheet.outlineLevel(at);
         const std::string format =
-            above ? Units::text(OdtProperties::listLevel(*above, at, 0, std::nullopt), "style:num-format").value_or("1")
+            above ? Units::text(OdtProperties::listLevel(*above, at, 0, std::nullopt), "style:num-format")
+                        .value_or("1")
                   : "1";
         if (!number.empty())
             number += '.';
@@ -312,7 +313,8 @@ void OdtContent::emitList(const xmlNode *element, int level, const std::string &
 
     int value = Units::integer(properties, "text:start-value").value_or(1) - 1;
     const auto styled = definition.properties.find("text:start-value");
-    const int first = styled == definition.properties.end() ? 1 : std::max(1, std::atoi(styled->second.c_str()));
+    const int first =
+        styled == definition.properties.end() ? 1 : std::max(1, std::atoi(styled->second.c_str()));
     bool told = true; // whether the consumer's count of this level agrees with ours
     for (const xmlNode *item : Xml::children(element)) {
         const bool header = Xml::is(item, text, "list-header");

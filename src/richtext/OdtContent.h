@@ -66,7 +66,7 @@ private:
     long budget; // elements left to walk before the document counts as too large
     int nextListId = 1;
     std::map<std::string, std::map<int, int>> listValues; // per chain of lists: the number each level reached
-    std::map<std::string, std::string> chainOfList;        // a list's xml:id to the chain it counts in
+    std::map<std::string, std::string> chainOfList;       // a list's xml:id to the chain it counts in
     std::map<std::string, const xmlNode *> deletions;
     std::map<int, int> outlineValues; // the number each heading level reached
     std::string headingLabel(int level, std::string &followedBy);

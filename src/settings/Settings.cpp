@@ -11,8 +11,7 @@ Settings &Settings::shared()
 
 Settings::Settings(std::unique_ptr<QSettings> store) : store(std::move(store)) {}
 
-template <typename Choice>
-Choice Settings::read(const QString &key) const
+template <typename Choice> Choice Settings::read(const QString &key) const
 {
     // Another process (the settings window of a running app) may have written.
     store->sync();

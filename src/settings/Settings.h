@@ -37,8 +37,7 @@ public:
     void overrideForThisRun(const QString &key, const QString &raw) { overrides[key] = raw; }
 
 private:
-    template <typename Choice>
-    Choice read(const QString &key) const;
+    template <typename Choice> Choice read(const QString &key) const;
 
     std::unique_ptr<QSettings> store;
     std::map<QString, QString> overrides;

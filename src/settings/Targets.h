@@ -12,8 +12,7 @@
     {                                                                                                        \
         return value == Name::first ? #first : #second;                                                      \
     }                                                                                                        \
-    template <>                                                                                              \
-    constexpr std::optional<Name> fromRawValue<Name>(std::string_view raw)                                   \
+    template <> constexpr std::optional<Name> fromRawValue<Name>(std::string_view raw)                       \
     {                                                                                                        \
         if (raw == #first)                                                                                   \
             return Name::first;                                                                              \
@@ -21,16 +20,13 @@
             return Name::second;                                                                             \
         return std::nullopt;                                                                                 \
     }                                                                                                        \
-    template <>                                                                                              \
-    constexpr std::array<Name, 2> allCases<Name>()                                                           \
+    template <> constexpr std::array<Name, 2> allCases<Name>()                                               \
     {                                                                                                        \
         return {Name::first, Name::second};                                                                  \
     }
 
-template <typename Choice>
-constexpr std::optional<Choice> fromRawValue(std::string_view raw);
-template <typename Choice>
-constexpr std::array<Choice, 2> allCases();
+template <typename Choice> constexpr std::optional<Choice> fromRawValue(std::string_view raw);
+template <typename Choice> constexpr std::array<Choice, 2> allCases();
 
 QM_TWO_CASE_CHOICE(DocTarget, odt, rtf)
 QM_TWO_CASE_CHOICE(GraphicTarget, png, svg)

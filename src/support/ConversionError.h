@@ -10,8 +10,14 @@ public:
     enum class Case { toolMissing, conversionFailed, officeToolFailed, wrongPassword };
 
     static ConversionError toolMissing(std::string tool) { return {Case::toolMissing, std::move(tool)}; }
-    static ConversionError conversionFailed(std::string detail) { return {Case::conversionFailed, std::move(detail)}; }
-    static ConversionError officeToolFailed(std::string detail) { return {Case::officeToolFailed, std::move(detail)}; }
+    static ConversionError conversionFailed(std::string detail)
+    {
+        return {Case::conversionFailed, std::move(detail)};
+    }
+    static ConversionError officeToolFailed(std::string detail)
+    {
+        return {Case::officeToolFailed, std::move(detail)};
+    }
     static ConversionError wrongPassword() { return {Case::wrongPassword, {}}; }
 
     Case which() const { return kind; }

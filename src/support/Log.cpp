@@ -37,9 +37,9 @@ fs::path chooseLocation()
 
 std::string timestamp()
 {
-    timeval now {};
+    timeval now{};
     gettimeofday(&now, nullptr);
-    tm local {};
+    tm local{};
     localtime_r(&now.tv_sec, &local);
     char text[16];
     std::snprintf(text, sizeof text, "%02d:%02d:%02d.%03d", local.tm_hour, local.tm_min, local.tm_sec,

@@ -39,9 +39,12 @@ Choice resolve(const fs::path &url, const std::string &ext, Prompter &prompter,
             folder->remembered = button;
     }
     switch (button) {
-    case 0: return firstFreeNumberedURL(url, ext, alsoTaken);
-    case 1: return proposed;
-    default: return std::nullopt;
+    case 0:
+        return firstFreeNumberedURL(url, ext, alsoTaken);
+    case 1:
+        return proposed;
+    default:
+        return std::nullopt;
     }
 }
 

@@ -34,10 +34,18 @@ void Intake::open(const fs::path &url)
     }
     Log::write("open: classified kind=" + std::string(kindName(file.kind)));
     switch (file.kind) {
-    case InputFile::Kind::wpDocument: startWPDocument(file); break;
-    case InputFile::Kind::wpGraphic: startWPGraphic(file); break;
-    case InputFile::Kind::openDocument: startToWordPerfect(file, true); break;
-    case InputFile::Kind::office: startToWordPerfect(file, false); break;
+    case InputFile::Kind::wpDocument:
+        startWPDocument(file);
+        break;
+    case InputFile::Kind::wpGraphic:
+        startWPGraphic(file);
+        break;
+    case InputFile::Kind::openDocument:
+        startToWordPerfect(file, true);
+        break;
+    case InputFile::Kind::office:
+        startToWordPerfect(file, false);
+        break;
     case InputFile::Kind::unknown:
         if (confirmUnknown(file))
             startWPDocument(file);
@@ -64,7 +72,8 @@ void Intake::openAll(const std::vector<fs::path> &urls)
             Prompter::Alert alert;
             alert.style = Prompter::Alert::Style::informational;
             alert.file = name;
-            alert.message = "Convert the " + std::to_string(files.size()) + " files in \u201C" + name + "\u201D?";
+            alert.message =
+                "Convert the " + std::to_string(files.size()) + " files in \u201C" + name + "\u201D?";
             alert.buttons = {"Convert", "Cancel"};
             if (prompter.run(alert).button != 0)
                 continue;
@@ -167,8 +176,8 @@ void Intake::runWPDocument(const InputFile &file, const fs::path &dest, DocTarge
 {
     // The charset is read at each run, so a retry picks up a change made meanwhile.
     const Job job = target == DocTarget::rtf
-                        ? Job(JobCase::wpToRTF {file.url, std::move(password), settings.rtfCharset()})
-                        : Job(JobCase::wpToODT {file.url, std::move(password)});
+                        ? Job(JobCase::wpToRTF{file.url, std::move(password), settings.rtfCharset()})
+                        : Job(JobCase::wpToODT{file.url, std::move(password)});
     std::function<void()> onWrongPassword;
     if (file.isEncrypted) {
         onWrongPassword = [this, file, dest, target] {
@@ -197,7 +206,8 @@ void Intake::startToWordPerfect(const InputFile &file, bool alreadyODT)
 {
     if (!alreadyODT && !ConversionTools::libreOfficeURL())
         showLibreOfficeNoticeIfNeeded();
-    const auto plan = planJob(file, alreadyODT ? InputFile::Kind::openDocument : InputFile::Kind::office, settings);
+    const auto plan =
+        planJob(file, alreadyODT ? InputFile::Kind::openDocument : InputFile::Kind::office, settings);
     const auto dest = destinationFor(file, plan->ext);
     if (!dest)
         return;
@@ -241,10 +251,11 @@ void Intake::showLibreOfficeNoticeIfNeeded()
     alert.style = Prompter::Alert::Style::informational;
     alert.topic = Prompter::Alert::Topic::notice;
     alert.message = "Converting without LibreOffice";
-    alert.informative = "LibreOffice is not installed, so Word, RTF, and HTML files are converted using Pandoc. "
-                        "This works well for most documents but can lose some formatting.\n\n"
-                        "Installing the free LibreOffice (libreoffice.org) lets Quillmorph preserve more of the "
-                        "original layout.";
+    alert.informative =
+        "LibreOffice is not installed, so Word, RTF, and HTML files are converted using Pandoc. "
+        "This works well for most documents but can lose some formatting.\n\n"
+        "Installing the free LibreOffice (libreoffice.org) lets Quillmorph preserve more of the "
+        "original layout.";
     alert.buttons = {"OK"};
     alert.suppressionTitle = "Don\u2019t show this again";
     if (prompter.run(alert).suppressed)
@@ -259,7 +270,7 @@ void Intake::hand(Start job)
 
 Intake::Examined Intake::examine(const fs::path &url, const Settings &settings, bool tryUnknown)
 {
-    Examined item {InputFile {url}, std::nullopt, {}, false};
+    Examined item{InputFile{url}, std::nullopt, {}, false};
     const std::string name = displayName(url);
     Log::write("open: " + url.string());
     std::error_code error;

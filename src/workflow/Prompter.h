@@ -20,15 +20,15 @@ public:
         std::string file; // the name of the file the question is about, when there is one
         std::string message;
         std::string informative;
-        std::vector<std::string> buttons;     // in order; the first is the default
-        std::string suppressionTitle;          // a check box under the text, when not empty
-        bool passwordField = false;            // a masked field, focused when the alert opens
+        std::vector<std::string> buttons; // in order; the first is the default
+        std::string suppressionTitle;     // a check box under the text, when not empty
+        bool passwordField = false;       // a masked field, focused when the alert opens
     };
 
     struct Answer {
         int button = -1;         // index into Alert::buttons; -1 when closed another way
         bool suppressed = false; // the check box's state
-        std::string text {};     // the password field's text
+        std::string text{};      // the password field's text
     };
 
     virtual ~Prompter() = default;

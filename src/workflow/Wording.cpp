@@ -13,7 +13,8 @@ FailureText describeFailure(const std::exception_ptr &error, const std::string &
         switch (conversion.which()) {
         case ConversionError::Case::toolMissing:
             return {"A required conversion tool is missing.",
-                    "\u201C" + conversion.payload() + "\u201D could not be found among Quillmorph\u2019s converters."};
+                    "\u201C" + conversion.payload() +
+                        "\u201D could not be found among Quillmorph\u2019s converters."};
         case ConversionError::Case::conversionFailed:
             return {"I was unable to convert " + name + ".",
                     "It may be a file type that the conversion software cannot read."};
@@ -21,7 +22,8 @@ FailureText describeFailure(const std::exception_ptr &error, const std::string &
             return {"I was unable to read " + name + ".", conversion.payload().empty()
                                                               ? "The document converter could not open it."
                                                               : conversion.payload()};
-        case ConversionError::Case::wrongPassword: break;
+        case ConversionError::Case::wrongPassword:
+            break;
         }
         return {"Incorrect password.", name + " could not be decrypted."};
     } catch (const std::exception &other) {
@@ -86,10 +88,14 @@ std::string describeKind(const InputFile &file)
             family = "WordPerfect 6";
         return family + " document" + (contained ? " in an OLE container" : "") + encrypted;
     }
-    case Kind::wpGraphic: return "WordPerfect graphic";
-    case Kind::openDocument: return "OpenDocument text";
-    case Kind::office: return officeKind(file);
-    case Kind::unknown: break;
+    case Kind::wpGraphic:
+        return "WordPerfect graphic";
+    case Kind::openDocument:
+        return "OpenDocument text";
+    case Kind::office:
+        return officeKind(file);
+    case Kind::unknown:
+        break;
     }
     return "Unknown type";
 }

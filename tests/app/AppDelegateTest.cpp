@@ -36,7 +36,7 @@ protected:
         // Encrypted fixtures (Secret*) convert only with the password "right".
         tools.add("wpd2odt", "case \"$*\" in '--password right '*) ;; *--password*|*Secret*) exit 1;; esac\n"
                              "eval out=\\${$#}; printf converted > \"$out\"");
-        ConversionTools::overrideLibreOfficePlaces(std::vector<fs::path> {"/bin/true"});
+        ConversionTools::overrideLibreOfficePlaces(std::vector<fs::path>{"/bin/true"});
     }
     ~Workflow() override { ConversionTools::overrideLibreOfficePlaces(std::nullopt); }
 
@@ -44,10 +44,13 @@ protected:
     fs::path doc(const std::string &name) const { return docs() / name; }
 
     void open(std::vector<fs::path> files) { delegate.applicationOpen(files); }
-    bool settle() { return waitUntil([this] { return delegate.pendingConversions == 0; }); }
+    bool settle()
+    {
+        return waitUntil([this] { return delegate.pendingConversions == 0; });
+    }
 
-    void expectAlert(std::size_t index, Style style, const std::string &message, const std::string &informative,
-                     std::vector<std::string> buttons)
+    void expectAlert(std::size_t index, Style style, const std::string &message,
+                     const std::string &informative, std::vector<std::string> buttons)
     {
         ASSERT_LT(index, prompter.shown.size()) << "alert " << index << " was not shown";
         const auto &alert = prompter.shown[index].alert;
@@ -75,7 +78,7 @@ TEST_F(Workflow, AnOpenEventLogsTheNamesThenTakesEachFileInOrder)
     ASSERT_TRUE(settle());
     EXPECT_TRUE(delegate.didOpen);
     EXPECT_EQ(tail.messagesContaining(""),
-              (std::vector<std::string> {
+              (std::vector<std::string>{
                   "openEvent: [\"Folder.wpd\", \"gone \\\"x\\\".wpd\", \"Letter.wpd\"]",
                   "open: " + doc("Folder.wpd").string(),
                   "open: " + doc("gone \"x\".wpd").string(),
@@ -87,9 +90,10 @@ TEST_F(Workflow, AnOpenEventLogsTheNamesThenTakesEachFileInOrder)
                   "converted \u2192 " + doc("Letter.odt").string(),
               }));
     ASSERT_EQ(prompter.shown.size(), 2u);
-    expectAlert(0, Style::warning, "Folder.wpd is a folder, not a document.", "I can only convert files.", {"OK"});
+    expectAlert(0, Style::warning, "Folder.wpd is a folder, not a document.", "I can only convert files.",
+                {"OK"});
     expectAlert(1, Style::warning, "I could not read gone \"x\".wpd.", systemMessage(ENOENT), {"OK"});
-    EXPECT_EQ(revealer.revealed, std::vector<fs::path> {doc("Letter.odt")});
+    EXPECT_EQ(revealer.revealed, std::vector<fs::path>{doc("Letter.odt")});
     EXPECT_EQ(readFile(doc("Letter.odt")), "converted");
 }
 
@@ -106,10 +110,17 @@ TEST_F(Workflow, EachKindGetsTheJobAndExtensionOfItsSetting)
         {"b.wpd", wordPerfect(), Settings::documentTargetKey, "rtf", "convert: b.wpd \u2192 b.rtf"},
         {"c.wpg", wordPerfect(1, 0, 0x16), Settings::graphicTargetKey, "png", "convert: c.wpg \u2192 c.png"},
         {"d.wpg", wordPerfect(1, 0, 0x16), Settings::graphicTargetKey, "svg", "convert: d.wpg \u2192 d.svg"},
-        {"e.fodt", {'<', 'o', 'f', 'f', 'i', 'c', 'e', ':', 'd', 'o', 'c', 'u', 'm', 'e', 'n', 't', ' ', 'o', 'p', 'e',
-                   'n', 'd', 'o', 'c', 'u', 'm', 'e', 'n', 't'},
-         Settings::wordPerfectTargetKey, "wp6", "convert: e.fodt \u2192 e.wp6"},
-        {"f.html", {'<', 'h', 't', 'm', 'l', '>'}, Settings::wordPerfectTargetKey, "wp5", "convert: f.html \u2192 f.wp5"},
+        {"e.fodt",
+         {'<', 'o', 'f', 'f', 'i', 'c', 'e', ':', 'd', 'o', 'c', 'u', 'm', 'e', 'n',
+          't', ' ', 'o', 'p', 'e', 'n', 'd', 'o', 'c', 'u', 'm', 'e', 'n', 't'},
+         Settings::wordPerfectTargetKey,
+         "wp6",
+         "convert: e.fodt \u2192 e.wp6"},
+        {"f.html",
+         {'<', 'h', 't', 'm', 'l', '>'},
+         Settings::wordPerfectTargetKey,
+         "wp5",
+         "convert: f.html \u2192 f.wp5"},
     };
     for (const auto &row : rows) {
         SCOPED_TRACE(row.file);
@@ -118,7 +129,7 @@ TEST_F(Workflow, EachKindGetsTheJobAndExtensionOfItsSetting)
         const LogTail tail;
         open({doc(row.file)});
         ASSERT_TRUE(settle());
-        EXPECT_EQ(tail.messagesContaining("convert: "), std::vector<std::string> {row.convertLine});
+        EXPECT_EQ(tail.messagesContaining("convert: "), std::vector<std::string>{row.convertLine});
     }
 }
 
@@ -132,7 +143,8 @@ TEST_F(Workflow, EncryptedWordPerfect6IsRefusedBeforeAnyQuestion)
     expectAlert(0, Style::warning, "Locked.wpd is an encrypted WordPerfect 6 file that I cannot open.",
                 "The libwpd conversion software cannot decrypt WordPerfect 6.x documents.", {"OK"});
     EXPECT_TRUE(tail.messagesContaining("convert: ").empty());
-    EXPECT_EQ(tail.messagesContaining("classified"), std::vector<std::string> {"open: classified kind=wpDocument"});
+    EXPECT_EQ(tail.messagesContaining("classified"),
+              std::vector<std::string>{"open: classified kind=wpDocument"});
 }
 
 TEST_F(Workflow, TheDestinationIsSettledBeforeThePasswordAndWrongOnesAreAskedAgain)
@@ -149,7 +161,8 @@ TEST_F(Workflow, TheDestinationIsSettledBeforeThePasswordAndWrongOnesAreAskedAga
     ASSERT_EQ(prompter.shown.size(), 4u);
     expectAlert(0, Style::warning, "A file named \u201CSecret.odt\u201D already exists.",
                 "Do you want to replace it, or keep both files?", {"Keep Both", "Replace", "Cancel"});
-    expectAlert(1, Style::informational, "Secret.wp5 is encrypted.", "Please enter the password:", {"OK", "Cancel"});
+    expectAlert(1, Style::informational, "Secret.wp5 is encrypted.",
+                "Please enter the password:", {"OK", "Cancel"});
     EXPECT_TRUE(prompter.shown[1].alert.passwordField);
     for (std::size_t retry : {2u, 3u})
         expectAlert(retry, Style::warning, "Secret.wp5 is encrypted.",
@@ -167,8 +180,8 @@ TEST_F(Workflow, CancellingAQuestionEndsTheFileSilently)
     writeFile(doc("Secret.wp5"), wordPerfect(0, 0x42));
     writeFile(doc("Plain.wpd"), wordPerfect());
     writeFile(doc("Plain.odt"), "taken");
-    prompter.answer(1);      // password prompt: Cancel
-    prompter.answer(2);      // clash: Cancel
+    prompter.answer(1); // password prompt: Cancel
+    prompter.answer(2); // clash: Cancel
     const LogTail tail;
     open({doc("Secret.wp5"), doc("Plain.wpd")});
     EXPECT_EQ(prompter.shown.size(), 2u);
@@ -204,15 +217,17 @@ TEST_F(Workflow, AnUnknownFileIsTriedAsWordPerfectOnlyWhenConfirmed)
                     "If you believe this is a WordPerfect document, choose \u201CTry anyway\u201D.",
                     {"Try anyway", "Cancel"});
     EXPECT_EQ(prompter.shown.size(), 2u) << "no password is asked: the flags are false";
-    EXPECT_EQ(tail.messagesContaining("convert: "), std::vector<std::string> {"convert: mystery.dat \u2192 mystery.dat.odt"});
+    EXPECT_EQ(tail.messagesContaining("convert: "),
+              std::vector<std::string>{"convert: mystery.dat \u2192 mystery.dat.odt"});
 }
 
 TEST_F(Workflow, TheOfficeNoticeComesBeforeTheDestinationUntilSilenced)
 {
-    ConversionTools::overrideLibreOfficePlaces(std::vector<fs::path> {});
+    ConversionTools::overrideLibreOfficePlaces(std::vector<fs::path>{});
     writeFile(doc("memo.html"), "<html><body>memo</body></html>");
     writeFile(doc("memo.wp6"), "taken");
-    writeFile(doc("book.fodt"), "<office:document xmlns:office=\"urn:oasis:names:tc:opendocument:xmlns:office:1.0\">");
+    writeFile(doc("book.fodt"),
+              "<office:document xmlns:office=\"urn:oasis:names:tc:opendocument:xmlns:office:1.0\">");
     writeFile(doc("book.wp6"), "taken");
     prompter.answer(0, {}, false); // notice, box unticked
     prompter.answer(2);            // clash for memo: Cancel
@@ -221,10 +236,11 @@ TEST_F(Workflow, TheOfficeNoticeComesBeforeTheDestinationUntilSilenced)
     prompter.answer(2);            // clash for memo: Cancel
     open({doc("memo.html"), doc("book.fodt"), doc("memo.html"), doc("memo.html")});
     ASSERT_TRUE(settle());
-    const std::string notice = "LibreOffice is not installed, so Word, RTF, and HTML files are converted using Pandoc. "
-                               "This works well for most documents but can lose some formatting.\n\n"
-                               "Installing the free LibreOffice (libreoffice.org) lets Quillmorph preserve more of "
-                               "the original layout.";
+    const std::string notice =
+        "LibreOffice is not installed, so Word, RTF, and HTML files are converted using Pandoc. "
+        "This works well for most documents but can lose some formatting.\n\n"
+        "Installing the free LibreOffice (libreoffice.org) lets Quillmorph preserve more of "
+        "the original layout.";
     ASSERT_EQ(prompter.shown.size(), 6u);
     expectAlert(0, Style::informational, "Converting without LibreOffice", notice, {"OK"});
     EXPECT_EQ(prompter.shown[0].alert.suppressionTitle, "Don\u2019t show this again");
@@ -267,8 +283,10 @@ TEST_F(Workflow, FailuresAreWordedForTheUser)
 TEST_F(Workflow, QuitWaitsForConversionsAndThenOnlyLogs)
 {
     const fs::path go = tools.work("go");
-    tools.add("wpd2odt", "i=0; while [ ! -e '" + go.string() + "' ] && [ $i -lt 1000 ]; do sleep 0.01; i=$((i+1)); done\n"
-                         "case \"$*\" in *Fails*) exit 1;; esac; eval out=\\${$#}; printf done > \"$out\"");
+    tools.add("wpd2odt",
+              "i=0; while [ ! -e '" + go.string() +
+                  "' ] && [ $i -lt 1000 ]; do sleep 0.01; i=$((i+1)); done\n"
+                  "case \"$*\" in *Fails*) exit 1;; esac; eval out=\\${$#}; printf done > \"$out\"");
     writeFile(doc("Slow.wpd"), wordPerfect());
     writeFile(doc("Fails.wpd"), wordPerfect());
     bool ready = false;
@@ -283,8 +301,9 @@ TEST_F(Workflow, QuitWaitsForConversionsAndThenOnlyLogs)
     EXPECT_EQ(readFile(doc("Slow.odt")), "done") << "nothing is cut off";
     EXPECT_TRUE(prompter.shown.empty()) << "no alert after quit";
     EXPECT_EQ(tail.messagesContaining("failed: "),
-              std::vector<std::string> {"failed: Fails.wpd \u2014 It may be a file type that the conversion software "
-                                        "cannot read."});
+              std::vector<std::string>{
+                  "failed: Fails.wpd \u2014 It may be a file type that the conversion software "
+                  "cannot read."});
 }
 
 // A second launch, or a job's failure, can arrive while a question waits for its answer (its
@@ -303,7 +322,8 @@ TEST_F(Workflow, WhatArrivesDuringAQuestionWaitsUntilItIsAnswered)
         EXPECT_EQ(open, 1) << "a question opened over another";
         if (arrivals++ == 0) {
             delegate.applicationOpen({doc("Second.wpd")});
-            EXPECT_EQ(tail.messagesContaining("openEvent: [\"Second.wpd\"]").size(), 0u) << "taken up too early";
+            EXPECT_EQ(tail.messagesContaining("openEvent: [\"Second.wpd\"]").size(), 0u)
+                << "taken up too early";
         }
         --open;
     };
@@ -312,7 +332,9 @@ TEST_F(Workflow, WhatArrivesDuringAQuestionWaitsUntilItIsAnswered)
     this->open({doc("Letter.wpd")});
     ASSERT_TRUE(settle());
     const auto lines = tail.messagesContaining("");
-    const auto at = [&](const std::string &line) { return std::find(lines.begin(), lines.end(), line) - lines.begin(); };
+    const auto at = [&](const std::string &line) {
+        return std::find(lines.begin(), lines.end(), line) - lines.begin();
+    };
     EXPECT_LT(at("convert: Letter.wpd \u2192 Letter (1).odt"), at("openEvent: [\"Second.wpd\"]"));
     EXPECT_LT(at("openEvent: [\"Second.wpd\"]"), static_cast<long>(lines.size()));
     EXPECT_EQ(readFile(doc("Letter (1).odt")), "converted");
@@ -326,7 +348,7 @@ TEST_F(Workflow, OpenEventsAfterQuitAreLoggedNotConverted)
     delegate.quit();
     open({doc("Late.wpd")});
     EXPECT_EQ(tail.messagesContaining("openEvent"),
-              std::vector<std::string> {"openEvent ignored after quit: [\"Late.wpd\"]"});
+              std::vector<std::string>{"openEvent ignored after quit: [\"Late.wpd\"]"});
     EXPECT_EQ(delegate.pendingConversions, 0);
     EXPECT_FALSE(fs::exists(doc("Late.odt")));
 }
@@ -380,7 +402,7 @@ TEST_F(Workflow, AnEventsOutputsAreRevealedTogether)
     ASSERT_EQ(revealer.calls.size(), 1u);
     auto shown = revealer.calls[0];
     std::sort(shown.begin(), shown.end()); // in the order they finished
-    EXPECT_EQ(shown, (std::vector<fs::path> {doc("A.odt"), doc("B.odt"), doc("C.odt")}));
+    EXPECT_EQ(shown, (std::vector<fs::path>{doc("A.odt"), doc("B.odt"), doc("C.odt")}));
 }
 
 // A folder stands for its files: nested ones in name order, hidden ones left out.
@@ -398,8 +420,9 @@ TEST_F(Workflow, AFolderBringsItsFilesInNameOrder)
     open({doc("Archive"), doc("Empty")});
     ASSERT_TRUE(settle());
     EXPECT_EQ(tail.messagesContaining("open: /"),
-              (std::vector<std::string> {"open: " + doc("Archive/a.wpd").string(), "open: " + doc("Archive/b.wpd").string(),
-                                         "open: " + doc("Archive/sub/c.wpd").string(), "open: " + doc("Empty").string()}));
+              (std::vector<std::string>{
+                  "open: " + doc("Archive/a.wpd").string(), "open: " + doc("Archive/b.wpd").string(),
+                  "open: " + doc("Archive/sub/c.wpd").string(), "open: " + doc("Empty").string()}));
     EXPECT_TRUE(fs::exists(doc("Archive/sub/c.odt")));
     EXPECT_FALSE(fs::exists(doc("Archive/.secret.odt")));
     EXPECT_FALSE(fs::exists(doc("Archive/.hidden/d.odt")));
@@ -416,7 +439,8 @@ TEST_F(Workflow, AFolderOfMoreThanTwentyFilesIsConfirmedFirst)
     open({doc("Big")});
     ASSERT_TRUE(settle());
     ASSERT_EQ(prompter.shown.size(), 1u);
-    expectAlert(0, Style::informational, "Convert the 21 files in \u201CBig\u201D?", "", {"Convert", "Cancel"});
+    expectAlert(0, Style::informational, "Convert the 21 files in \u201CBig\u201D?", "",
+                {"Convert", "Cancel"});
     EXPECT_FALSE(fs::exists(doc("Big/f0.odt")));
     prompter.answer(0); // Convert
     open({doc("Big")});
@@ -465,15 +489,18 @@ TEST_F(Workflow, TheListShowsKindsAndStates)
     std::string statusWhileAsked;
     prompter.onAlert = [&](const Prompter::Alert &alert) {
         if (alert.passwordField && alert.style == Style::warning)
-            statusWhileAsked = list->topLevelItem(list->topLevelItemCount() - 1)->text(MainWindow::statusColumn).toStdString();
+            statusWhileAsked = list->topLevelItem(list->topLevelItemCount() - 1)
+                                   ->text(MainWindow::statusColumn)
+                                   .toStdString();
     };
     prompter.answer(2);          // Cancel the clash for Kept.wpd
     prompter.answer(0, "wrong"); // Secret.wp5: a wrong password,
     prompter.answer(1);          // then Cancel the second prompt
     open({doc("Done.wpd"), doc("Bad.wpd"), doc("Kept.wpd"), doc("Secret.wp5")});
     ASSERT_TRUE(settle());
-    ASSERT_TRUE(waitUntil([&] { return list->topLevelItemCount() == 4 && !prompter.shown.empty() &&
-                                       prompter.shown.size() >= 4; }));
+    ASSERT_TRUE(waitUntil([&] {
+        return list->topLevelItemCount() == 4 && !prompter.shown.empty() && prompter.shown.size() >= 4;
+    }));
     waitUntil([] { return false; }, 0.2);
     std::map<std::string, std::vector<std::string>> rows;
     for (int i = 0; i < list->topLevelItemCount(); ++i) {
@@ -482,12 +509,13 @@ TEST_F(Workflow, TheListShowsKindsAndStates)
                                              item->text(MainWindow::outputColumn).toStdString(),
                                              item->text(MainWindow::statusColumn).toStdString()};
     }
-    EXPECT_EQ(rows["Done.wpd"], (std::vector<std::string> {"WordPerfect 5.x document", "Done.odt", "Done"}));
+    EXPECT_EQ(rows["Done.wpd"], (std::vector<std::string>{"WordPerfect 5.x document", "Done.odt", "Done"}));
     EXPECT_EQ(rows["Bad.wpd"][0], "WordPerfect 6 document");
     EXPECT_EQ(rows["Bad.wpd"][1], "") << "a failed file names no output";
     EXPECT_EQ(rows["Bad.wpd"][2].rfind("Failed \u2014 ", 0), 0u) << rows["Bad.wpd"][2];
-    EXPECT_EQ(rows["Kept.wpd"], (std::vector<std::string> {"WordPerfect 5.x document", "", "Skipped"}));
-    EXPECT_EQ(rows["Secret.wp5"], (std::vector<std::string> {"WordPerfect 5.x document, encrypted", "", "Skipped"}));
+    EXPECT_EQ(rows["Kept.wpd"], (std::vector<std::string>{"WordPerfect 5.x document", "", "Skipped"}));
+    EXPECT_EQ(rows["Secret.wp5"],
+              (std::vector<std::string>{"WordPerfect 5.x document, encrypted", "", "Skipped"}));
     EXPECT_EQ(statusWhileAsked, "Waiting for the password");
     EXPECT_EQ(delegate.mainWindow()->totals()->text(), "1 converted, 1 failed, 2 skipped");
 }

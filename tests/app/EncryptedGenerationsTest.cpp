@@ -37,7 +37,7 @@ struct Generation {
 std::string wp5(const std::string &text)
 {
     // The 16-byte prefix with the document right after it, then the cipher over everything after byte 15.
-    std::string plain {'\xFF', 'W', 'P', 'C', 16, 0, 0, 0, 1, 0x0A, 0, 1, 0, 0, 0, 0};
+    std::string plain{'\xFF', 'W', 'P', 'C', 16, 0, 0, 0, 1, 0x0A, 0, 1, 0, 0, 0, 0};
     plain += text;
     const std::uint16_t sum = WordPerfectCipher::checksum(password);
     plain[12] = static_cast<char>(sum >> 8);
@@ -47,7 +47,8 @@ std::string wp5(const std::string &text)
         key += static_cast<char>(std::toupper(static_cast<unsigned char>(c)));
     for (std::size_t i = 16; i < plain.size(); ++i) {
         const std::size_t n = i - 16;
-        plain[i] = static_cast<char>(plain[i] ^ key[n % key.size()] ^ static_cast<unsigned char>(key.size() + 1 + n));
+        plain[i] = static_cast<char>(plain[i] ^ key[n % key.size()] ^
+                                     static_cast<unsigned char>(key.size() + 1 + n));
     }
     return plain;
 }
@@ -77,8 +78,8 @@ std::string read(const fs::path &file)
 class EncryptedGenerations : public ::testing::Test {
 protected:
     EncryptedGenerations()
-        : settings(std::make_unique<QSettings>(QString::fromStdString((folder.path() / "settings.conf").string()),
-                                               QSettings::IniFormat))
+        : settings(std::make_unique<QSettings>(
+              QString::fromStdString((folder.path() / "settings.conf").string()), QSettings::IniFormat))
     {
         // RTF keeps the words readable in the output file itself.
         settings.defaults().setValue(Settings::documentTargetKey, "rtf");
@@ -125,7 +126,8 @@ TEST_F(EncryptedGenerations, AreRecognisedAndConvertWithTheRightPasswordInTheApp
         prompter.answer(0, "wrong");
         prompter.answer(0, password);
         delegate.applicationOpen({source});
-        ASSERT_TRUE(waitUntil([&] { return delegate.pendingConversions == 0 && revealer.revealed.size() == 1; }, 60));
+        ASSERT_TRUE(
+            waitUntil([&] { return delegate.pendingConversions == 0 && revealer.revealed.size() == 1; }, 60));
         ASSERT_EQ(prompter.shown.size(), 2u) << "the password, then again after the wrong one";
         EXPECT_TRUE(prompter.shown[0].alert.passwordField);
         EXPECT_TRUE(prompter.shown[1].alert.passwordField);
@@ -145,7 +147,7 @@ TEST_F(EncryptedGenerations, ConvertWithTheRightPasswordInTheCompanion)
         const fs::path source = folder.path() / generation.file;
         write(source, generation.bytes);
         for (const bool onTheCommandLine : {false, true}) {
-            std::vector<std::string> args {source.string()};
+            std::vector<std::string> args{source.string()};
             if (onTheCommandLine)
                 args.insert(args.begin(), {"--password", password});
             ScriptedPasswords passwords({"wrong", password});

@@ -112,7 +112,8 @@ protected:
             delegate.applicationOpen({folder / row.name});
             EXPECT_TRUE(waitUntil([&] { return delegate.pendingConversions == 0; }));
             for (std::size_t i = before; i < prompter.shown.size(); ++i)
-                alerts.push_back(prompter.shown[i].alert.message + " / " + prompter.shown[i].alert.informative);
+                alerts.push_back(prompter.shown[i].alert.message + " / " +
+                                 prompter.shown[i].alert.informative);
         }
         return alerts;
     }
@@ -125,7 +126,8 @@ protected:
         writeFile(folder / "Note.fodt", flatODT("A note."));
     }
 
-    static inline const std::set<std::string> oneOfEach = {"Letter.wp5", "Memo.wp5", "Picture.wpg", "Note.fodt"};
+    static inline const std::set<std::string> oneOfEach = {"Letter.wp5", "Memo.wp5", "Picture.wpg",
+                                                           "Note.fodt"};
 
     TempDir dir;
     Settings settings;
@@ -148,7 +150,7 @@ TEST_F(Faults, AFullDiskFailsEachJobAndLeavesNoPartFile)
     placeOneOfEach(disk);
     fill(disk / "filler");
 
-    EXPECT_EQ(convertOneOfEach(disk), (std::vector<std::string> {
+    EXPECT_EQ(convertOneOfEach(disk), (std::vector<std::string>{
                                           "I was unable to convert Letter.wp5." + unableToConvert,
                                           "I could not convert Memo.wp5. / " + systemMessage(ENOSPC),
                                           "I could not convert Picture.wpg. / " + systemMessage(ENOSPC),
@@ -170,7 +172,7 @@ TEST_F(Faults, AReadOnlyFolderFailsEachJobAndIsLeftAsItWas)
     placeOneOfEach(folder);
     ASSERT_TRUE(remountReadOnly(folder));
 
-    EXPECT_EQ(convertOneOfEach(folder), (std::vector<std::string> {
+    EXPECT_EQ(convertOneOfEach(folder), (std::vector<std::string>{
                                             "I was unable to convert Letter.wp5." + unableToConvert,
                                             "I could not convert Memo.wp5. / " + systemMessage(EROFS),
                                             "I could not convert Picture.wpg. / " + systemMessage(EROFS),
@@ -188,12 +190,12 @@ TEST_F(Faults, ConvertersThatCrashOrBabbleAreJudgedByWhatTheyLeave)
     // Crashing after a partial write into a temporary file, as a real converter would die.
     for (const char *tool : {"wpd2odt", "wpg2svg", "odt2wp5"})
         tools.add(tool, "eval out=\\${$#}; printf partial > \"$out.part\"; kill -SEGV $$");
-    EXPECT_EQ(convertOneOfEach(dir.path()), (std::vector<std::string> {
-                                         "I was unable to convert Letter.wp5." + unableToConvert,
-                                         "I was unable to convert Memo.wp5." + unableToConvert,
-                                         "I was unable to convert Picture.wpg." + unableToConvert,
-                                         "I was unable to convert Note.fodt." + unableToConvert,
-                                     }));
+    EXPECT_EQ(convertOneOfEach(dir.path()), (std::vector<std::string>{
+                                                "I was unable to convert Letter.wp5." + unableToConvert,
+                                                "I was unable to convert Memo.wp5." + unableToConvert,
+                                                "I was unable to convert Picture.wpg." + unableToConvert,
+                                                "I was unable to convert Note.fodt." + unableToConvert,
+                                            }));
     for (const auto &name : names(dir.path()))
         EXPECT_FALSE(name.ends_with(".odt") || name.ends_with(".rtf") || name.ends_with(".png") ||
                      name.ends_with(".wp6"))
@@ -206,11 +208,11 @@ TEST_F(Faults, ConvertersThatCrashOrBabbleAreJudgedByWhatTheyLeave)
     tools.add("wpg2svg", "head -c 3000 /dev/urandom");
     tools.add("odt2wp5", "eval out=\\${$#}; head -c 3000 /dev/urandom > \"$out\"");
     prompter.shown.clear();
-    EXPECT_EQ(convertOneOfEach(dir.path()), (std::vector<std::string> {
-                                         "I could not convert Memo.wp5. / The document is neither an "
-                                         "OpenDocument package nor OpenDocument XML.",
-                                         "I was unable to convert Picture.wpg." + unableToConvert,
-                                     }));
+    EXPECT_EQ(convertOneOfEach(dir.path()), (std::vector<std::string>{
+                                                "I could not convert Memo.wp5. / The document is neither an "
+                                                "OpenDocument package nor OpenDocument XML.",
+                                                "I was unable to convert Picture.wpg." + unableToConvert,
+                                            }));
     EXPECT_EQ(fs::file_size(dir / "Letter.odt"), 3000u);
     EXPECT_EQ(fs::file_size(dir / "Note.wp6"), 3000u);
     EXPECT_FALSE(fs::exists(dir / "Memo.rtf"));
@@ -272,7 +274,7 @@ TEST_F(Faults, InputsRemovedOrReplacedWhileQueuedAreReadWhenTheirTurnComes)
     std::set<std::string> alerts; // in the order the two finish
     for (const auto &shown : prompter.shown)
         alerts.insert(shown.alert.message + " / " + shown.alert.informative);
-    EXPECT_EQ(alerts, (std::set<std::string> {
+    EXPECT_EQ(alerts, (std::set<std::string>{
                           "I was unable to convert Removed.wp5." + unableToConvert,
                           "I was unable to convert Swapped.wp5." + unableToConvert,
                       }));
@@ -287,8 +289,9 @@ TEST_F(Faults, OddNamesAndSymbolicLinksConvertBesideWhatTheUserDropped)
     if (!haveSamples())
         GTEST_SKIP() << "needs the WordPerfect samples beside the checkout";
     const std::string longest(251, 'L');
-    const std::string odd[] = {"with spaces.wp5", "quotes \"double\" 'single'.wp5", "line\nbreak.wp5",
-                               "caf\xE9 latin-1.wp5", longest + ".wp5", std::string(255, 'M')};
+    const std::string odd[] = {"with spaces.wp5", "quotes \"double\" 'single'.wp5",
+                               "line\nbreak.wp5", "caf\xE9 latin-1.wp5",
+                               longest + ".wp5",  std::string(255, 'M')};
     std::vector<fs::path> inputs;
     for (const auto &name : odd) {
         inputs.push_back(dir / name);
@@ -304,7 +307,8 @@ TEST_F(Faults, OddNamesAndSymbolicLinksConvertBesideWhatTheUserDropped)
     fs::create_symlink("elsewhere/precious.odt", dir / "Taken.odt");
     fs::copy_file(samples / "min51.wp5", dir / "Pointer.wp5");
     fs::create_symlink("nowhere.odt", dir / "Pointer.odt");
-    inputs.insert(inputs.end(), {dir / "link.wp5", dir / "dangling.wp5", dir / "Taken.wp5", dir / "Pointer.wp5"});
+    inputs.insert(inputs.end(),
+                  {dir / "link.wp5", dir / "dangling.wp5", dir / "Taken.wp5", dir / "Pointer.wp5"});
     prompter.answer(0); // "OK" to the dangling link
     prompter.answer(1); // "Replace" for Taken.odt
 
@@ -315,17 +319,19 @@ TEST_F(Faults, OddNamesAndSymbolicLinksConvertBesideWhatTheUserDropped)
     std::vector<std::string> alerts;
     for (const auto &shown : prompter.shown)
         alerts.push_back(shown.alert.message);
-    EXPECT_EQ(alerts, (std::vector<std::string> {"I could not read dangling.wp5.",
-                                                 "A file named \u201CTaken.odt\u201D already exists."}));
-    const std::string outputs[] = {"with spaces.odt", "quotes \"double\" 'single'.odt", "line\nbreak.odt",
-                                   "caf\xE9 latin-1.odt", longest + ".odt", std::string(251, 'M') + ".odt", "link.odt",
-                                   "Taken.odt", "Pointer.odt"};
+    EXPECT_EQ(alerts, (std::vector<std::string>{"I could not read dangling.wp5.",
+                                                "A file named \u201CTaken.odt\u201D already exists."}));
+    const std::string outputs[] = {
+        "with spaces.odt", "quotes \"double\" 'single'.odt", "line\nbreak.odt", "caf\xE9 latin-1.odt",
+        longest + ".odt",  std::string(251, 'M') + ".odt",   "link.odt",        "Taken.odt",
+        "Pointer.odt"};
     for (const auto &name : outputs) {
         EXPECT_TRUE(fs::is_regular_file(fs::symlink_status(dir / name))) << name;
         EXPECT_GT(fs::file_size(dir / name), 0u) << name;
     }
-    EXPECT_EQ(readFile(dir / "elsewhere" / "precious.odt"), "precious") << "a link is replaced, never its target";
-    EXPECT_EQ(names(dir / "elsewhere"), (std::set<std::string> {"real.wp5", "precious.odt"}));
+    EXPECT_EQ(readFile(dir / "elsewhere" / "precious.odt"), "precious")
+        << "a link is replaced, never its target";
+    EXPECT_EQ(names(dir / "elsewhere"), (std::set<std::string>{"real.wp5", "precious.odt"}));
     EXPECT_EQ(tail.messagesContaining("converted \u2192 ").size(), 9u);
 }
 
@@ -338,7 +344,7 @@ TEST_F(Faults, AOneGigabyteDocumentConverts)
         GTEST_SKIP() << "needs the WordPerfect samples beside the checkout";
     const fs::path big = dir / "Huge.wp5";
     fs::copy_file(samples / "min51.wp5", big);
-    fs::resize_file(big, std::uintmax_t {1} << 30);
+    fs::resize_file(big, std::uintmax_t{1} << 30);
     bool responsive = false;
     delegate.applicationOpen({big});
     QTimer::singleShot(0, [&] { responsive = true; });
@@ -346,7 +352,7 @@ TEST_F(Faults, AOneGigabyteDocumentConverts)
     EXPECT_TRUE(responsive);
     EXPECT_TRUE(prompter.shown.empty());
     EXPECT_GT(fs::file_size(dir / "Huge.odt"), 0u);
-    EXPECT_EQ(fs::file_size(big), std::uintmax_t {1} << 30) << "the input is untouched";
+    EXPECT_EQ(fs::file_size(big), std::uintmax_t{1} << 30) << "the input is untouched";
 }
 
 TEST_F(Faults, FilesOfOneNameDroppedTogetherNeverShareAnOutput)
@@ -360,7 +366,7 @@ TEST_F(Faults, FilesOfOneNameDroppedTogetherNeverShareAnOutput)
     ASSERT_TRUE(waitUntil([&] { return delegate.pendingConversions == 0; }));
     EXPECT_TRUE(prompter.shown.empty()) << "nothing stood there to ask about";
     EXPECT_EQ(std::set<fs::path>(revealer.revealed.begin(), revealer.revealed.end()),
-              (std::set<fs::path> {dir / "Letter.odt", dir / "Letter (2).odt"}));
+              (std::set<fs::path>{dir / "Letter.odt", dir / "Letter (2).odt"}));
     EXPECT_NE(readFile(dir / "Letter.odt"), readFile(dir / "Letter (2).odt"));
     EXPECT_EQ(readFile(dir / "Letter (1).odt"), "older");
 }

@@ -48,10 +48,11 @@ QStringList menuItems(QMenu *menu)
 {
     QStringList items;
     for (QAction *action : menu->actions())
-        items << (action->isSeparator() ? QStringLiteral("---")
-                                        : action->text() + (action->shortcut().isEmpty()
-                                                                ? QString()
-                                                                : " [" + action->shortcut().toString() + "]"));
+        items << (action->isSeparator()
+                      ? QStringLiteral("---")
+                      : action->text() + (action->shortcut().isEmpty()
+                                              ? QString()
+                                              : " [" + action->shortcut().toString() + "]"));
     return items;
 }
 
@@ -65,8 +66,8 @@ TEST_F(Launch, WithoutFilesTheOpenPanelIsOfferedOnce)
     waitUntil([] { return false; }, 0.1);
     EXPECT_EQ(prompter.panelsOffered, 1);
     EXPECT_EQ(tail.messagesContaining("launch: "),
-              std::vector<std::string> {"launch: didFinishLaunching (bundle=" +
-                                        ConversionTools::programPath().string() + ")"});
+              std::vector<std::string>{
+                  "launch: didFinishLaunching (bundle=" + ConversionTools::programPath().string() + ")"});
     ASSERT_NE(delegate.mainWindow(), nullptr);
     EXPECT_EQ(delegate.mainWindow()->windowTitle(), "Quillmorph");
     EXPECT_TRUE(delegate.mainWindow()->isVisible());
@@ -77,7 +78,7 @@ TEST_F(Launch, WithoutFilesTheOpenPanelIsOfferedOnce)
 
 TEST_F(Launch, FilesArrivingFirstSuppressThePanel)
 {
-    writeFile(tools.work("Letter.wpd"), std::vector<std::uint8_t> {0xFF, 0x57, 0x50, 0x43});
+    writeFile(tools.work("Letter.wpd"), std::vector<std::uint8_t>{0xFF, 0x57, 0x50, 0x43});
     tools.add("wpd2odt", "eval out=\\${$#}; printf x > \"$out\"");
     QTimer::singleShot(0, &delegate, [this] { delegate.applicationOpen({tools.work("Letter.wpd")}); });
     delegate.applicationDidFinishLaunching();
@@ -96,7 +97,8 @@ TEST_F(Launch, PanelChoicesAreOpenedLikeAnOpenEvent)
     const LogTail tail;
     prompter.panelCompletion({tools.work("missing.wpd")});
     EXPECT_TRUE(delegate.didOpen);
-    EXPECT_EQ(tail.messagesContaining("open"), std::vector<std::string> {"open: " + tools.work("missing.wpd").string()})
+    EXPECT_EQ(tail.messagesContaining("open"),
+              std::vector<std::string>{"open: " + tools.work("missing.wpd").string()})
         << "the panel has no openEvent line";
     ASSERT_EQ(prompter.shown.size(), 1u);
     EXPECT_EQ(prompter.shown[0].alert.message, "I could not read missing.wpd.");
@@ -108,12 +110,12 @@ TEST_F(Launch, MenusFollowLinuxConventions)
     const QList<QAction *> top = delegate.mainWindow()->menuBar()->actions();
     ASSERT_EQ(top.size(), 3);
     EXPECT_EQ(top[0]->text(), "Quillmorph");
-    EXPECT_EQ(menuItems(top[0]->menu()),
-              (QStringList {"About Quillmorph", "---", "Settings\u2026 [Ctrl+,]", "---", "Quit Quillmorph [Ctrl+Q]"}));
+    EXPECT_EQ(menuItems(top[0]->menu()), (QStringList{"About Quillmorph", "---", "Settings\u2026 [Ctrl+,]",
+                                                      "---", "Quit Quillmorph [Ctrl+Q]"}));
     EXPECT_EQ(top[1]->text(), "File");
-    EXPECT_EQ(menuItems(top[1]->menu()), (QStringList {"Open\u2026 [Ctrl+O]", "---", "Close [Ctrl+W]"}));
+    EXPECT_EQ(menuItems(top[1]->menu()), (QStringList{"Open\u2026 [Ctrl+O]", "---", "Close [Ctrl+W]"}));
     EXPECT_EQ(top[2]->text(), "Help");
-    EXPECT_EQ(menuItems(top[2]->menu()), (QStringList {"Quillmorph Help [F1]"}));
+    EXPECT_EQ(menuItems(top[2]->menu()), (QStringList{"Quillmorph Help [F1]"}));
 
     top[0]->menu()->actions()[2]->trigger();
     ASSERT_NE(delegate.settingsController, nullptr);
@@ -144,7 +146,8 @@ TEST(SingleInstanceTest, ALaterLaunchHandsItsFilesToTheFirst)
     std::vector<std::vector<fs::path>> events;
     QObject::connect(&first, &SingleInstance::received, [&](const auto &paths) { events.push_back(paths); });
 
-    const std::vector<fs::path> files {"/archive/Letter.wpd", "/archive/caf\xe9 \"x\".wpd", "/archive/two\nlines"};
+    const std::vector<fs::path> files{"/archive/Letter.wpd", "/archive/caf\xe9 \"x\".wpd",
+                                      "/archive/two\nlines"};
     bool handed = false;
     // The hand-off blocks until answered, so it runs beside the first instance's event loop.
     std::thread later([&] {
@@ -166,7 +169,7 @@ TEST(SingleInstanceTest, AStaleSocketIsReplaced)
     ASSERT_TRUE(dead.listen(name));
     const QString path = dead.fullServerName();
     const int fd = ::socket(AF_UNIX, SOCK_STREAM, 0);
-    sockaddr_un address {};
+    sockaddr_un address{};
     address.sun_family = AF_UNIX;
     dead.close();
     std::strncpy(address.sun_path, path.toLocal8Bit().constData(), sizeof address.sun_path - 1);
@@ -190,7 +193,7 @@ TEST(SingleInstanceTest, ASilentLiveInstanceKeepsItsSocket)
     probe.close();
     // Listening but never accepting: connections wait in the backlog, unanswered.
     const int fd = ::socket(AF_UNIX, SOCK_STREAM, 0);
-    sockaddr_un address {};
+    sockaddr_un address{};
     address.sun_family = AF_UNIX;
     std::strncpy(address.sun_path, path.toLocal8Bit().constData(), sizeof address.sun_path - 1);
     ASSERT_EQ(::bind(fd, reinterpret_cast<sockaddr *>(&address), sizeof address), 0);

@@ -47,8 +47,9 @@ TEST(Load, TwoHundredFilesInOneOpenEventAllCompleteOnce)
     RecordingRevealer revealer;
     AppDelegate delegate(prompter, revealer, settings);
     std::map<quint64, int> completions;
-    QObject::connect(&delegate, &AppDelegate::conversionFinished,
-                     [&](quint64 id, bool succeeded, const QString &) { completions[id] += succeeded ? 1 : 100; });
+    QObject::connect(
+        &delegate, &AppDelegate::conversionFinished,
+        [&](quint64 id, bool succeeded, const QString &) { completions[id] += succeeded ? 1 : 100; });
     const LogTail tail;
 
     delegate.applicationOpen(files);
@@ -63,8 +64,9 @@ TEST(Load, TwoHundredFilesInOneOpenEventAllCompleteOnce)
     for (const auto &file : files)
         EXPECT_GT(fs::file_size(fs::path(file).replace_extension(".odt")), 0u);
 
-    const QRegularExpression whole(QStringLiteral("^\\d\\d:\\d\\d:\\d\\d\\.\\d\\d\\d  (openEvent|open|convert|run "
-                                                  "wpd2odt|converted) ?[:\u2192] "));
+    const QRegularExpression whole(
+        QStringLiteral("^\\d\\d:\\d\\d:\\d\\d\\.\\d\\d\\d  (openEvent|open|convert|run "
+                       "wpd2odt|converted) ?[:\u2192] "));
     std::map<std::string, int> kinds;
     for (const auto &line : tail.lines()) {
         const auto match = whole.match(QString::fromStdString(line));
@@ -84,12 +86,15 @@ TEST(Load, TheCompanionConvertsTheSameTwoHundredWithTwoJobs)
     if (twoHundredDocuments(dir).empty())
         GTEST_SKIP() << "the WordPerfect samples are not beside the checkout";
     const auto output = ConversionTools::run(
-        "/usr/bin/env", {"XDG_STATE_HOME=" + (dir / "state").string(), "XDG_CONFIG_HOME=" + (dir / "config").string(),
-                         (ConversionTools::programFolder() / "quillmorph-convert").string(), "--jobs", "2",
-                         dir.path().string()},
+        "/usr/bin/env",
+        {"XDG_STATE_HOME=" + (dir / "state").string(), "XDG_CONFIG_HOME=" + (dir / "config").string(),
+         (ConversionTools::programFolder() / "quillmorph-convert").string(), "--jobs", "2",
+         dir.path().string()},
         "companion");
-    EXPECT_NE(output.stdout.find("\n200 converted, 0 failed, 0 skipped\n"), std::string::npos) << output.stdout;
+    EXPECT_NE(output.stdout.find("\n200 converted, 0 failed, 0 skipped\n"), std::string::npos)
+        << output.stdout;
     EXPECT_NE(output.stdout.find("[200/200]"), std::string::npos);
     const std::string log = readFile(dir / "state" / "Quillmorph" / "Quillmorph.log");
-    EXPECT_EQ(std::count(log.begin(), log.end(), '\n'), 200 * 6) << "open, classified, convert, two run lines, converted";
+    EXPECT_EQ(std::count(log.begin(), log.end(), '\n'), 200 * 6)
+        << "open, classified, convert, two run lines, converted";
 }

@@ -90,32 +90,64 @@ std::vector<Case> cases()
     using namespace richtext;
     const std::string czech = flatOdt("<text:p>\u0160\u00E1rka drove a \u0160koda</text:p>");
     return {
-        {"a character Mac Roman lacks", "Czech.wp5", [czech](const fs::path &work) { return wordPerfect(work, czech, "--wp5"); },
-         {"--document-target", "rtf", "--rtf-charset", "mac"}, "Czech.rtf", std::string(loss::charactersMacRoman)},
-        {"the same characters in Windows ANSI", "Czech.wp5", [czech](const fs::path &work) { return wordPerfect(work, czech, "--wp5"); },
-         {"--document-target", "rtf", "--rtf-charset", "ansi"}, "Czech.rtf", ""},
-        {"a character WordPerfect lacks", "Smile.fodt",
+        {"a character Mac Roman lacks",
+         "Czech.wp5",
+         [czech](const fs::path &work) { return wordPerfect(work, czech, "--wp5"); },
+         {"--document-target", "rtf", "--rtf-charset", "mac"},
+         "Czech.rtf",
+         std::string(loss::charactersMacRoman)},
+        {"the same characters in Windows ANSI",
+         "Czech.wp5",
+         [czech](const fs::path &work) { return wordPerfect(work, czech, "--wp5"); },
+         {"--document-target", "rtf", "--rtf-charset", "ansi"},
+         "Czech.rtf",
+         ""},
+        {"a character WordPerfect lacks",
+         "Smile.fodt",
          [](const fs::path &) { return flatOdt("<text:p>Smile \U0001F600 please</text:p>"); },
-         {"--wordperfect-target", "wp6"}, "Smile.wp6", std::string(loss::charactersWordPerfect)},
-        {"a first-page header", "Cover.fodt",
+         {"--wordperfect-target", "wp6"},
+         "Smile.wp6",
+         std::string(loss::charactersWordPerfect)},
+        {"a first-page header",
+         "Cover.fodt",
          [](const fs::path &) {
-             return flatOdt("<text:p>Body text</text:p>",
-                            "<style:master-page style:name=\"Standard\"><style:header><text:p>Every page</text:p>"
-                            "</style:header><style:header-first><text:p>Cover heading</text:p></style:header-first>"
-                            "</style:master-page>");
+             return flatOdt(
+                 "<text:p>Body text</text:p>",
+                 "<style:master-page style:name=\"Standard\"><style:header><text:p>Every page</text:p>"
+                 "</style:header><style:header-first><text:p>Cover heading</text:p></style:header-first>"
+                 "</style:master-page>");
          },
-         {"--wordperfect-target", "wp5"}, "Cover.wp5", std::string(loss::firstPageHeaders)},
-        {"a picture WordPerfect cannot hold", "Metafile.fodt", [](const fs::path &) { return pictureOdt(metafileBase64); },
-         {"--wordperfect-target", "wp6"}, "Metafile.wp6", std::string(loss::pictureFormats)},
-        {"a picture that cannot be read, to ODT", "Broken.wpd",
-         [](const fs::path &work) { return withUnreadablePicture(wordPerfect(work, pictureOdt(gifBase64), "--wp6")); },
-         {"--document-target", "odt"}, "Broken.odt", std::string(loss::unreadablePictures)},
-        {"a picture that cannot be read, to RTF", "Broken.wpd",
-         [](const fs::path &work) { return withUnreadablePicture(wordPerfect(work, pictureOdt(gifBase64), "--wp6")); },
-         {"--document-target", "rtf"}, "Broken.rtf", std::string(loss::unreadablePictures)},
-        {"a picture that is read", "Picture.wpd",
+         {"--wordperfect-target", "wp5"},
+         "Cover.wp5",
+         std::string(loss::firstPageHeaders)},
+        {"a picture WordPerfect cannot hold",
+         "Metafile.fodt",
+         [](const fs::path &) { return pictureOdt(metafileBase64); },
+         {"--wordperfect-target", "wp6"},
+         "Metafile.wp6",
+         std::string(loss::pictureFormats)},
+        {"a picture that cannot be read, to ODT",
+         "Broken.wpd",
+         [](const fs::path &work) {
+             return withUnreadablePicture(wordPerfect(work, pictureOdt(gifBase64), "--wp6"));
+         },
+         {"--document-target", "odt"},
+         "Broken.odt",
+         std::string(loss::unreadablePictures)},
+        {"a picture that cannot be read, to RTF",
+         "Broken.wpd",
+         [](const fs::path &work) {
+             return withUnreadablePicture(wordPerfect(work, pictureOdt(gifBase64), "--wp6"));
+         },
+         {"--document-target", "rtf"},
+         "Broken.rtf",
+         std::string(loss::unreadablePictures)},
+        {"a picture that is read",
+         "Picture.wpd",
          [](const fs::path &work) { return wordPerfect(work, pictureOdt(gifBase64), "--wp6"); },
-         {"--document-target", "odt"}, "Picture.odt", ""},
+         {"--document-target", "odt"},
+         "Picture.odt",
+         ""},
     };
 }
 
@@ -150,8 +182,8 @@ TEST_F(Losses, TheAppsRowSaysWhatWasLost)
     for (const Case &item : cases()) {
         SCOPED_TRACE(item.name);
         const fs::path source = prepare(item, "app" + std::to_string(++n));
-        Settings settings(std::make_unique<QSettings>(QString::fromStdString((work / "settings.conf").string()),
-                                                      QSettings::IniFormat));
+        Settings settings(std::make_unique<QSettings>(
+            QString::fromStdString((work / "settings.conf").string()), QSettings::IniFormat));
         for (std::size_t i = 0; i + 1 < item.options.size(); i += 2) {
             const std::string key = item.options[i].substr(2);
             const QString name = key == "document-target"      ? Settings::documentTargetKey
@@ -166,7 +198,8 @@ TEST_F(Losses, TheAppsRowSaysWhatWasLost)
         AppDelegate delegate(prompter, revealer, settings);
         delegate.applicationDidFinishLaunching();
         delegate.applicationOpen({source});
-        ASSERT_TRUE(waitUntil([&] { return delegate.pendingConversions == 0 && revealer.revealed.size() == 1; }, 60));
+        ASSERT_TRUE(
+            waitUntil([&] { return delegate.pendingConversions == 0 && revealer.revealed.size() == 1; }, 60));
         const QTreeWidget *list = delegate.mainWindow()->conversionList();
         ASSERT_EQ(list->topLevelItemCount(), 1);
         const QTreeWidgetItem *row = list->topLevelItem(0);
@@ -175,7 +208,8 @@ TEST_F(Losses, TheAppsRowSaysWhatWasLost)
                   item.loss.empty() ? "Done" : "Done, with losses: " + item.loss);
         EXPECT_EQ(delegate.mainWindow()->totals()->text().toStdString(),
                   item.loss.empty() ? "1 converted, 0 failed" : "1 converted (1 with losses), 0 failed");
-        EXPECT_EQ(log.messagesContaining("converted, with losses: " + item.loss).size(), item.loss.empty() ? 0u : 1u);
+        EXPECT_EQ(log.messagesContaining("converted, with losses: " + item.loss).size(),
+                  item.loss.empty() ? 0u : 1u);
         EXPECT_TRUE(prompter.shown.empty()) << "a loss is said on the row, not in a dialog";
     }
 }
@@ -186,22 +220,26 @@ TEST_F(Losses, TheCompanionSaysWhatWasLostOnTheFilesLineAndInItsReport)
     for (const Case &item : cases()) {
         SCOPED_TRACE(item.name);
         const fs::path source = prepare(item, "cli" + std::to_string(++n));
-        Settings settings(std::make_unique<QSettings>(QString::fromStdString((work / "settings.conf").string()),
-                                                      QSettings::IniFormat));
+        Settings settings(std::make_unique<QSettings>(
+            QString::fromStdString((work / "settings.conf").string()), QSettings::IniFormat));
         const fs::path report = source.parent_path() / "report.jsonl";
         std::vector<std::string> args = item.options;
         args.insert(args.end(), {"--report", report.string(), source.string()});
         NoPasswords passwords;
         std::ostringstream out;
-        EXPECT_EQ(runCompanion(args, settings, passwords, out, 1), 0) << "a loss is no failure\n" << out.str();
-        const std::string line = "[1/1] " + item.file + " \u2192 " + item.output + ": converted, with losses: " + item.loss;
+        EXPECT_EQ(runCompanion(args, settings, passwords, out, 1), 0) << "a loss is no failure\n"
+                                                                      << out.str();
+        const std::string line =
+            "[1/1] " + item.file + " \u2192 " + item.output + ": converted, with losses: " + item.loss;
         if (item.loss.empty()) {
-            EXPECT_NE(out.str().find("[1/1] converted " + item.file + " \u2192 " + item.output + "\n"), std::string::npos)
+            EXPECT_NE(out.str().find("[1/1] converted " + item.file + " \u2192 " + item.output + "\n"),
+                      std::string::npos)
                 << out.str();
             EXPECT_NE(out.str().find("1 converted, 0 failed"), std::string::npos) << out.str();
         } else {
             EXPECT_NE(out.str().find(line + "\n"), std::string::npos) << out.str();
-            EXPECT_NE(out.str().find("1 converted (1 with losses), 0 failed"), std::string::npos) << out.str();
+            EXPECT_NE(out.str().find("1 converted (1 with losses), 0 failed"), std::string::npos)
+                << out.str();
         }
         const std::string entry = readFile(report);
         if (item.loss.empty()) {

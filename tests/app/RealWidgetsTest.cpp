@@ -93,7 +93,7 @@ TEST(RealWidgets, ButtonsKeepTheirOrderAndTheCheckBoxIsReported)
         QStringList titles;
         for (QAbstractButton *button : box->buttons())
             titles << button->text();
-        EXPECT_EQ(titles, (QStringList {"Keep Both", "Replace", "Cancel"}));
+        EXPECT_EQ(titles, (QStringList{"Keep Both", "Replace", "Cancel"}));
         EXPECT_EQ(box->defaultButton(), buttonTitled(box, "Keep Both"));
         ASSERT_NE(box->checkBox(), nullptr);
         EXPECT_EQ(box->checkBox()->text(), "Don\u2019t show this again");
@@ -125,7 +125,7 @@ TEST(RealWidgets, OpenPanelReturnsTheChosenFilesWithoutBlocking)
     panel->selectFile(QStringLiteral("Letter.wpd"));
     QMetaObject::invokeMethod(panel, "accept"); // as the Open button does
     ASSERT_TRUE(waitUntil([&] { return chosen.has_value(); }));
-    EXPECT_EQ(*chosen, std::vector<fs::path> {dir / "Letter.wpd"});
+    EXPECT_EQ(*chosen, std::vector<fs::path>{dir / "Letter.wpd"});
 }
 
 // A file may be called "<b>x</b>.wpd": the alert shows those characters, not bold text.

@@ -24,7 +24,8 @@ TEST(Revealer, OpensEachFolderOnceWhenNoFileManagerAnswers)
     revealer.reveal({"/archive/letters/D.odt", "/archive/memos/E.odt"}, 7);
     ASSERT_TRUE(waitUntil([&] { return opened.size() >= 2; }, 10));
     waitUntil([] { return false; }, 0.3);
-    EXPECT_EQ(opened, (std::vector<QUrl> {QUrl::fromLocalFile("/archive/letters"), QUrl::fromLocalFile("/archive/memos")}));
+    EXPECT_EQ(opened, (std::vector<QUrl>{QUrl::fromLocalFile("/archive/letters"),
+                                         QUrl::fromLocalFile("/archive/memos")}));
 }
 
 TEST(Revealer, AsksTheFileManagerToShowTheFileSelected)
@@ -35,18 +36,22 @@ TEST(Revealer, AsksTheFileManagerToShowTheFileSelected)
     fake.start(QStringLiteral(FAKE_FILEMANAGER), {QString::fromStdString(record.string())});
     ASSERT_TRUE(fake.waitForStarted());
     QDBusConnectionInterface *names = QDBusConnection::sessionBus().interface();
-    ASSERT_TRUE(waitUntil([&] { return names->isServiceRegistered("org.freedesktop.FileManager1").value(); }, 10));
+    ASSERT_TRUE(
+        waitUntil([&] { return names->isServiceRegistered("org.freedesktop.FileManager1").value(); }, 10));
 
     bool fellBack = false;
     FileManagerRevealer revealer([&](const QUrl &) { fellBack = true; });
     revealer.reveal({dir / "Letter (1).odt", dir / "Memo.odt"}, 1);
     ASSERT_TRUE(waitUntil([&] { return fs::exists(record); }, 10));
     const auto uri = [&](const std::string &name) {
-        return QUrl::fromLocalFile(QString::fromStdString((dir / name).string())).toString(QUrl::FullyEncoded).toStdString();
+        return QUrl::fromLocalFile(QString::fromStdString((dir / name).string()))
+            .toString(QUrl::FullyEncoded)
+            .toStdString();
     };
     const std::string expected = uri("Letter (1).odt");
     waitUntil([] { return false; }, 0.2);
-    EXPECT_EQ(readFile(record), expected + " " + uri("Memo.odt") + " startup=\n") << "one call for both files";
+    EXPECT_EQ(readFile(record), expected + " " + uri("Memo.odt") + " startup=\n")
+        << "one call for both files";
     EXPECT_NE(expected.find("Letter%20(1).odt"), std::string::npos);
     waitUntil([] { return false; }, 0.2);
     EXPECT_FALSE(fellBack);

@@ -40,7 +40,8 @@ TEST_F(Windows, SettingsShowTheStoreAndWriteEachChoiceAtOnce)
     EXPECT_EQ(controller.window()->windowTitle(), "Settings");
     EXPECT_EQ(controller.window()->minimumSize(), controller.window()->maximumSize()) << "not resizable";
     EXPECT_EQ(controller.docPopUp->itemText(1), "Rich Text \u2014 classic (.rtf)");
-    for (QComboBox *popUp : {controller.docPopUp, controller.graphicPopUp, controller.wpPopUp, controller.charsetPopUp})
+    for (QComboBox *popUp :
+         {controller.docPopUp, controller.graphicPopUp, controller.wpPopUp, controller.charsetPopUp})
         EXPECT_EQ(popUp->currentIndex(), 0) << "an empty store shows the fallbacks";
 
     struct Row {
@@ -91,9 +92,10 @@ TEST_F(Windows, HelpShowsThePageBesideTheProgramWithItsPicture)
     EXPECT_EQ(controller.window()->windowTitle(), "Quillmorph Help");
     EXPECT_EQ(controller.window()->size(), QSize(720, 820));
     EXPECT_TRUE(controller.webView->toPlainText().contains("What Quillmorph converts"));
-    const QVariant picture = controller.webView->document()->resource(QTextDocument::ImageResource,
-                                                                        QUrl("quillmorph-icon.png"));
-    EXPECT_TRUE(picture.isValid() && !picture.value<QImage>().isNull()) << "the page's picture loads by relative path";
+    const QVariant picture =
+        controller.webView->document()->resource(QTextDocument::ImageResource, QUrl("quillmorph-icon.png"));
+    EXPECT_TRUE(picture.isValid() && !picture.value<QImage>().isNull())
+        << "the page's picture loads by relative path";
 }
 
 TEST_F(Windows, HelpPrefersInstalledResourcesAndSaysWhenThereIsNone)

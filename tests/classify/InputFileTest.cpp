@@ -35,7 +35,7 @@ Bytes text(const std::string &s)
 // A zip whose first member is a stored media type, as OpenDocument packages begin.
 Bytes zipWithMimetype(const std::string &mimetype)
 {
-    Bytes bytes {0x50, 0x4B, 0x03, 0x04, 0x14, 0, 0, 0, 0, 0};
+    Bytes bytes{0x50, 0x4B, 0x03, 0x04, 0x14, 0, 0, 0, 0, 0};
     bytes.resize(30, 0);
     bytes[26] = 8; // name length
     const std::string name = "mimetype";
@@ -66,10 +66,12 @@ TEST(InputFile, ClassifiesByHeaderThenExtension)
         {"empty file decided by its name", "letter.wpd", {}, Kind::wpDocument, false, false},
         {"bare four-byte prefix", "anything.txt", prefix(4), Kind::wpDocument, false, false},
         {"prefix shorter than its signature", "x.txt", prefix(3), Kind::office, false, false},
-        {"graphic type in byte 9 beats .wpd", "pic.wpd", prefix(10, {{9, 0x16}}), Kind::wpGraphic, false, false},
+        {"graphic type in byte 9 beats .wpd", "pic.wpd", prefix(10, {{9, 0x16}}), Kind::wpGraphic, false,
+         false},
         {"graphic type needs 10 bytes", "pic.wpg", prefix(9), Kind::wpDocument, false, false},
         {"WP6 flag without the key byte", "a.wpd", prefix(12, {{10, 2}}), Kind::wpDocument, false, true},
-        {"key byte 13 alone is not encryption", "a.wpd", prefix(16, {{13, 0x5A}}), Kind::wpDocument, false, false},
+        {"key byte 13 alone is not encryption", "a.wpd", prefix(16, {{13, 0x5A}}), Kind::wpDocument, false,
+         false},
         {"key byte 12 is encryption", "a.wpd", prefix(16, {{12, 0x01}}), Kind::wpDocument, true, false},
         {"major version 0 is not WP6", "a.wpd", prefix(16, {{10, 0}}), Kind::wpDocument, false, false},
         {"major version 3 is not WP6", "a.wpd", prefix(16, {{10, 3}}), Kind::wpDocument, false, false},
@@ -80,14 +82,15 @@ TEST(InputFile, ClassifiesByHeaderThenExtension)
         {"OpenDocument package", "a.zip", zipWithMimetype("application/vnd.oasis.opendocument.text"),
          Kind::openDocument, false, false},
         {"OpenDocument template package", "a.ott",
-         zipWithMimetype("application/vnd.oasis.opendocument.text-template"), Kind::openDocument, false, false},
+         zipWithMimetype("application/vnd.oasis.opendocument.text-template"), Kind::openDocument, false,
+         false},
         {"spreadsheet package", "a.odt", zipWithMimetype("application/vnd.oasis.opendocument.spreadsheet"),
          Kind::office, false, false},
         {"OLE2 container", "a.wpd", {0xD0, 0xCF, 0x11, 0xE0, 0xA1, 0xB1}, Kind::office, false, false},
         {"RTF opening", "a.wpd", text("{\\rtf1\\ansi hello}"), Kind::office, false, false},
         {"RTF test is case-sensitive", "a.wpd", text("{\\RTF1 hello}"), Kind::wpDocument, false, false},
-        {"byte-order mark before RTF", "a.dat", Bytes {0xEF, 0xBB, 0xBF, '{', '\\', 'r', 't', 'f'}, Kind::office,
-         false, false},
+        {"byte-order mark before RTF", "a.dat", Bytes{0xEF, 0xBB, 0xBF, '{', '\\', 'r', 't', 'f'},
+         Kind::office, false, false},
         {"RTF past the first 8 bytes", "a.dat", text("12345{\\rtf1"), Kind::unknown, false, false},
         {"upper-case HTML named .wpd", "notes.wpd", text("<HTML><BODY>hi</BODY></HTML>"), Kind::office, false,
          false},
@@ -97,22 +100,22 @@ TEST(InputFile, ClassifiesByHeaderThenExtension)
          false},
         {"HTML after 400 characters, .dat", "notes.dat", text(padding(400) + "<html>"), Kind::unknown, false,
          false},
-        {"HTML within 400 characters of UTF-8 text", "notes.dat", text(std::string(199, 'x') + "\u00E9" + "<html>"),
-         Kind::office, false, false},
+        {"HTML within 400 characters of UTF-8 text", "notes.dat",
+         text(std::string(199, 'x') + "\u00E9" + "<html>"), Kind::office, false, false},
         {"flat OpenDocument named .xml", "doc.xml",
          text("<?xml version=\"1.0\"?><office:document xmlns:office=\"urn:oasis:names:tc:opendocument:xmlns:"
               "office:1.0\">"),
          Kind::openDocument, false, false},
         {"office:document without the namespace", "doc.xml", text("<office:document>"), Kind::unknown, false,
          false},
-        {"Latin-1 bytes still sniffed", "a.dat", Bytes {0xE9, 0xE8, '<', 'h', 't', 'm', 'l', '>'}, Kind::office,
-         false, false},
+        {"Latin-1 bytes still sniffed", "a.dat", Bytes{0xE9, 0xE8, '<', 'h', 't', 'm', 'l', '>'},
+         Kind::office, false, false},
         {"upper-case WordPerfect extension", "REPORT.WPD", text("plain"), Kind::wpDocument, false, false},
         {"upper-case graphic extension", "PIC.WPG", text("plain"), Kind::wpGraphic, false, false},
         {"upper-case flat ODT extension", "A.FODT", text("plain"), Kind::openDocument, false, false},
         {"office extension", "a.text", text("plain"), Kind::office, false, false},
         {"no extension", "README", text("plain words"), Kind::unknown, false, false},
-        {"binary noise", "noise", Bytes {0x00, 0x01, 0xFE, 0xFF, 0x80, 0xC0}, Kind::unknown, false, false},
+        {"binary noise", "noise", Bytes{0x00, 0x01, 0xFE, 0xFF, 0x80, 0xC0}, Kind::unknown, false, false},
     };
     TempDir dir;
     for (const auto &c : cases) {
@@ -175,10 +178,10 @@ TEST(InputFile, VersionFamilyNamesThePrefix)
 TEST(InputFile, ExtensionSetsHoldTheKnownNames)
 {
     EXPECT_EQ(InputFile::wpDocumentExtensions(),
-              (std::unordered_set<std::string> {"wp", "wp4", "wp5", "wp6", "wpd", "wpt"}));
-    EXPECT_EQ(InputFile::wpGraphicExtensions(), (std::unordered_set<std::string> {"wpg"}));
+              (std::unordered_set<std::string>{"wp", "wp4", "wp5", "wp6", "wpd", "wpt"}));
+    EXPECT_EQ(InputFile::wpGraphicExtensions(), (std::unordered_set<std::string>{"wpg"}));
     EXPECT_EQ(InputFile::officeExtensions(),
-              (std::unordered_set<std::string> {"docx", "doc", "rtf", "html", "htm", "txt", "text"}));
+              (std::unordered_set<std::string>{"docx", "doc", "rtf", "html", "htm", "txt", "text"}));
 }
 
 // Where the bytes leave it open, libwpd decides; plain text stays text whatever its heuristics say.
@@ -199,9 +202,10 @@ TEST(InputFile, LibwpdRecognisesWhatThePrefixDoesNotShow)
     const Case cases[] = {
         {"WordPerfect 4.2 named as a Word file", "LETTER.DOC", wp42, Kind::wpDocument, false},
         {"WordPerfect 4.2 without an extension", "LETTER", wp42, Kind::wpDocument, false},
-        {"encrypted WordPerfect 4.2 marker", "notes.txt", Bytes {0xFE, 0xFF, 0x61, 0x61, 0x12, 0x34, 0x41, 0x42},
-         Kind::wpDocument, true},
-        {"UTF-8 text with umlauts", "notes.txt", text("some text: \xC3\xB6\xC3\xA4\xC3\xBC\n"), Kind::office, false},
+        {"encrypted WordPerfect 4.2 marker", "notes.txt",
+         Bytes{0xFE, 0xFF, 0x61, 0x61, 0x12, 0x34, 0x41, 0x42}, Kind::wpDocument, true},
+        {"UTF-8 text with umlauts", "notes.txt", text("some text: \xC3\xB6\xC3\xA4\xC3\xBC\n"), Kind::office,
+         false},
         {"plain text named .doc", "plain.doc", text("just words\n"), Kind::office, false},
     };
     TempDir dir;

@@ -137,7 +137,7 @@ TEST(FailureTest, ReadOnlyDestinationFolderIsReportedAndLeftEmpty)
     fs::permissions(folder.file("locked"), readable & ~fs::perms::owner_write);
     const std::string destination = folder.file("locked/out.odt");
 
-    std::vector<std::string> argv {WPD2ODT_PATH, source, destination};
+    std::vector<std::string> argv{WPD2ODT_PATH, source, destination};
     if (geteuid() == 0)
         argv.insert(argv.begin(), {"/usr/bin/setpriv", "--reuid=65534", "--regid=65534", "--clear-groups"});
     expectOneLine(ProgramRun::of(argv), 1,
@@ -161,12 +161,13 @@ TEST(FailureTest, AConverterKilledMidWayLeavesNoFileBehind)
     ScratchFolder folder;
     // A gigabyte (sparse) keeps libwpd busy for seconds, long enough to be killed while at work.
     const std::string source = folder.write("huge.wp", WordPerfectFixtures::wp51({"first words"}));
-    std::filesystem::resize_file(source, std::uintmax_t {1} << 30);
+    std::filesystem::resize_file(source, std::uintmax_t{1} << 30);
     const std::string destination = folder.file("huge.odt");
     const pid_t child = ::fork();
     ASSERT_GE(child, 0);
     if (child == 0) {
-        ::execl(WPD2ODT_PATH, WPD2ODT_PATH, source.c_str(), destination.c_str(), static_cast<char *>(nullptr));
+        ::execl(WPD2ODT_PATH, WPD2ODT_PATH, source.c_str(), destination.c_str(),
+                static_cast<char *>(nullptr));
         ::_exit(127);
     }
     ::usleep(500'000);
@@ -174,7 +175,7 @@ TEST(FailureTest, AConverterKilledMidWayLeavesNoFileBehind)
     int status = 0;
     ::waitpid(child, &status, 0);
     ASSERT_TRUE(WIFSIGNALED(status)) << "finished before it could be killed";
-    EXPECT_EQ(folder.names(), std::set<std::string> {"huge.wp"}) << "no output and no hidden temporary file";
+    EXPECT_EQ(folder.names(), std::set<std::string>{"huge.wp"}) << "no output and no hidden temporary file";
 }
 
 class UsageTest : public testing::TestWithParam<std::vector<std::string>> {};

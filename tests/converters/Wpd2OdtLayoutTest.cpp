@@ -56,9 +56,8 @@ TEST(LayoutTest, LibreOfficeBreaksOurLinesWhereItsOwnImportDoes)
     // TOPOPREC's first page is justified text whose lines broke elsewhere while our words were
     // wider; the others hold tables, columns, headers and centred titles.
     const Document documents[] = {
-        {"TOPOPREC.WPD", 1},       {"expectation_document.wpd", 0}, {"opinion_wpd.wpd", 0},
-        {"test5.wp", 0},           {"header_footer.wpd", 0},         {"9140-columns.wpd", 0},
-        {"feature_test.wpd", 0},
+        {"TOPOPREC.WPD", 1},      {"expectation_document.wpd", 0}, {"opinion_wpd.wpd", 0},  {"test5.wp", 0},
+        {"header_footer.wpd", 0}, {"9140-columns.wpd", 0},         {"feature_test.wpd", 0},
     };
     ScratchFolder scratch;
     for (const char *folder : {"originals", "converted", "pdf-originals", "pdf-converted", "home"})
@@ -78,8 +77,8 @@ TEST(LayoutTest, LibreOfficeBreaksOurLinesWhereItsOwnImportDoes)
     setenv("HOME", scratch.file("home").c_str(), 1);
     const std::string profile = "-env:UserInstallation=file://" + scratch.file("profile");
     const auto layOut = [&](const std::vector<std::string> &files, const std::string &to, bool wordPerfect) {
-        std::vector<std::string> argv = {SOFFICE_PATH, profile, "--headless", "--convert-to", "pdf", "--outdir",
-                                         scratch.file(to)};
+        std::vector<std::string> argv = {SOFFICE_PATH, profile,    "--headless",    "--convert-to",
+                                         "pdf",        "--outdir", scratch.file(to)};
         if (wordPerfect)
             argv.insert(argv.begin() + 3, "--infilter=WordPerfect");
         argv.insert(argv.end(), files.begin(), files.end());

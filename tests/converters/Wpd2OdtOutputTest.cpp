@@ -189,12 +189,9 @@ TEST(OutputTest, AsksForTheLayoutOfANewLibreOfficeDocument)
         const char *name;
         const char *value; // what a new document has; a file without the item gets the opposite
     } settings[] = {
-        {"AddExternalLeading", "true"},
-        {"UseFormerLineSpacing", "false"},
-        {"AddParaSpacingToTableCells", "true"},
-        {"DoNotJustifyLinesWithManualBreak", "false"},
-        {"UseFormerTextWrapping", "false"},
-        {"TabOverflow", "true"},
+        {"AddExternalLeading", "true"},         {"UseFormerLineSpacing", "false"},
+        {"AddParaSpacingToTableCells", "true"}, {"DoNotJustifyLinesWithManualBreak", "false"},
+        {"UseFormerTextWrapping", "false"},     {"TabOverflow", "true"},
     };
     for (const auto &setting : settings) {
         EXPECT_EQ(OdtFile::select(odt.read("settings.xml"),

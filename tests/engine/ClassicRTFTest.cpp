@@ -87,7 +87,8 @@ TEST_P(WriteClassicRTF, WritesTheDocumentInTheCharset)
     const std::string written = readFile(to);
     for (const std::string &part : GetParam().contains)
         EXPECT_NE(written.find(part), std::string::npos) << "no " << part << " in\n" << written;
-    EXPECT_EQ(written, RTFDowngrade::classic(modernRTF(document), Converter::steps::downgradeCharset(GetParam().charset)))
+    EXPECT_EQ(written, RTFDowngrade::classic(modernRTF(document),
+                                             Converter::steps::downgradeCharset(GetParam().charset)))
         << "the file is the classic rewriting, byte for byte";
 }
 
@@ -196,8 +197,8 @@ TEST(WordPerfectToRTF, ConvertsThroughWpd2odt)
     EXPECT_EQ(job.calls, 1);
     EXPECT_TRUE(job.onMainThread);
     EXPECT_EQ(job.outcome, nullptr);
-    EXPECT_EQ(readFile(to),
-              RTFDowngrade::classic(modernRTF(decoded(Decoded::Type::openDocumentText)), RTFDowngrade::Charset::mac));
+    EXPECT_EQ(readFile(to), RTFDowngrade::classic(modernRTF(decoded(Decoded::Type::openDocumentText)),
+                                                  RTFDowngrade::Charset::mac));
     EXPECT_EQ(tools.argsOf("wpd2odt"), "--stdout " + tools.work("Letter.wpd").string() + "\n");
 }
 

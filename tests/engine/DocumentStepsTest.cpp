@@ -13,7 +13,8 @@ namespace {
 
 std::exception_ptr convertToODT(const FakeTools &tools, std::optional<std::string> password)
 {
-    return performAndWait(JobCase::wpToODT {tools.work("Letter.wpd"), std::move(password)}, tools.work("Letter.odt"));
+    return performAndWait(JobCase::wpToODT{tools.work("Letter.wpd"), std::move(password)},
+                          tools.work("Letter.odt"));
 }
 
 ConversionError conversionErrorOf(const std::exception_ptr &outcome)
@@ -40,7 +41,8 @@ TEST(WriteODTPackage, RemovesAStaleFileBeforeTheToolRuns)
     EXPECT_FALSE(fs::exists(tools.work("Letter.odt.seen"))) << "the tool saw the stale file";
     EXPECT_EQ(conversionErrorOf(outcome), ConversionError::conversionFailed(""));
     EXPECT_FALSE(fs::exists(tools.work("Letter.odt")));
-    EXPECT_EQ(tools.argsOf("wpd2odt"), tools.work("Letter.wpd").string() + " " + tools.work("Letter.odt").string() + "\n");
+    EXPECT_EQ(tools.argsOf("wpd2odt"),
+              tools.work("Letter.wpd").string() + " " + tools.work("Letter.odt").string() + "\n");
 }
 
 TEST(WriteODTPackage, TheFileDecidesNotTheStatus)
@@ -101,7 +103,7 @@ TEST(DocumentBytes, FallsBackToHTMLWhenWpd2odtGivesNothingOrIsMissing)
         EXPECT_EQ(decoded.data, "<html>x</html>");
         EXPECT_EQ(decoded.type, Decoded::Type::html);
         EXPECT_EQ(tail.messagesContaining("falling back"),
-                  (std::vector<std::string> {"wpd2odt produced nothing; falling back to wpd2html"}));
+                  (std::vector<std::string>{"wpd2odt produced nothing; falling back to wpd2html"}));
         EXPECT_EQ(tools.argsOf("wpd2html"), "--password pw " + tools.work("a.wpd").string() + "\n");
     }
 }

@@ -13,8 +13,9 @@ using namespace testing_support;
 
 namespace {
 
-const char *redSquare = "<?xml version=\"1.0\"?>\n<svg xmlns=\"http://www.w3.org/2000/svg\" viewBox=\"0 0 40 20\">"
-                        "<rect width=\"40\" height=\"20\" fill=\"#f00\"/></svg>\n";
+const char *redSquare =
+    "<?xml version=\"1.0\"?>\n<svg xmlns=\"http://www.w3.org/2000/svg\" viewBox=\"0 0 40 20\">"
+    "<rect width=\"40\" height=\"20\" fill=\"#f00\"/></svg>\n";
 
 } // namespace
 
@@ -24,13 +25,14 @@ TEST(GraphicJobs, WriteTheSVGOrItsPictureReplacingWhatWasThere)
     tools.add("wpg2svg", std::string("cat <<'SVG'\n") + redSquare + "SVG");
     writeFile(tools.work("Pic.svg"), "older");
     writeFile(tools.work("Pic.png"), "older");
-    EXPECT_EQ(performAndWait(JobCase::wpgToSVG {tools.work("Pic.wpg")}, tools.work("Pic.svg")), nullptr);
+    EXPECT_EQ(performAndWait(JobCase::wpgToSVG{tools.work("Pic.wpg")}, tools.work("Pic.svg")), nullptr);
     EXPECT_EQ(readFile(tools.work("Pic.svg")), redSquare);
-    EXPECT_EQ(performAndWait(JobCase::wpgToPNG {tools.work("Pic.wpg")}, tools.work("Pic.png")), nullptr);
+    EXPECT_EQ(performAndWait(JobCase::wpgToPNG{tools.work("Pic.wpg")}, tools.work("Pic.png")), nullptr);
     const QImage png(QString::fromStdString(tools.work("Pic.png").string()));
     EXPECT_EQ(png.size(), QSize(1600, 800)) << "40 points wide: the scale stops at 40";
     EXPECT_EQ(png.pixelColor(800, 400), QColor(Qt::red));
-    EXPECT_EQ(tools.argsOf("wpg2svg"), tools.work("Pic.wpg").string() + "\n" + tools.work("Pic.wpg").string() + "\n");
+    EXPECT_EQ(tools.argsOf("wpg2svg"),
+              tools.work("Pic.wpg").string() + "\n" + tools.work("Pic.wpg").string() + "\n");
 }
 
 TEST(GraphicJobs, FailuresLeaveAnExistingFileAlone)
@@ -42,11 +44,12 @@ TEST(GraphicJobs, FailuresLeaveAnExistingFileAlone)
         const char *failure;
     };
     const Row rows[] = {
-        {"exit 0", JobCase::wpgToSVG {tools.work("Pic.wpg")}, "conversionFailed(\"\")"},
-        {"exit 0", JobCase::wpgToPNG {tools.work("Pic.wpg")}, "conversionFailed(\"\")"},
-        {"printf 'no drawing here'", JobCase::wpgToPNG {tools.work("Pic.wpg")}, "conversionFailed(\"not valid SVG\")"},
-        {"", JobCase::wpgToSVG {tools.work("Pic.wpg")}, "toolMissing(\"wpg2svg\")"},
-        {"", JobCase::wpgToPNG {tools.work("Pic.wpg")}, "toolMissing(\"wpg2svg\")"},
+        {"exit 0", JobCase::wpgToSVG{tools.work("Pic.wpg")}, "conversionFailed(\"\")"},
+        {"exit 0", JobCase::wpgToPNG{tools.work("Pic.wpg")}, "conversionFailed(\"\")"},
+        {"printf 'no drawing here'", JobCase::wpgToPNG{tools.work("Pic.wpg")},
+         "conversionFailed(\"not valid SVG\")"},
+        {"", JobCase::wpgToSVG{tools.work("Pic.wpg")}, "toolMissing(\"wpg2svg\")"},
+        {"", JobCase::wpgToPNG{tools.work("Pic.wpg")}, "toolMissing(\"wpg2svg\")"},
     };
     for (const auto &row : rows) {
         SCOPED_TRACE(std::string(jobName(row.job)) + " with " + (*row.tool ? row.tool : "no tool"));
@@ -63,14 +66,17 @@ TEST(GraphicJobs, AMetafileThatCannotBeDrawnIsALossNotAFailure)
 {
     FakeTools tools;
     // "no metafile", as base64: libwmf draws nothing from it.
-    tools.add("wpg2svg", "cat <<'SVG'\n<svg xmlns=\"http://www.w3.org/2000/svg\" xmlns:xlink=\"http://www.w3.org/1999/xlink\""
-                         " viewBox=\"0 0 40 20\"><rect width=\"40\" height=\"10\" fill=\"#f00\"/><image width=\"40\""
-                         " height=\"10\" xlink:href=\"data:image/wmf;base64,bm8gbWV0YWZpbGU=\"/></svg>\nSVG");
-    for (const Job &job : {Job(JobCase::wpgToSVG {tools.work("Pic.wpg")}), Job(JobCase::wpgToPNG {tools.work("Pic.wpg")})}) {
+    tools.add(
+        "wpg2svg",
+        "cat <<'SVG'\n<svg xmlns=\"http://www.w3.org/2000/svg\" xmlns:xlink=\"http://www.w3.org/1999/xlink\""
+        " viewBox=\"0 0 40 20\"><rect width=\"40\" height=\"10\" fill=\"#f00\"/><image width=\"40\""
+        " height=\"10\" xlink:href=\"data:image/wmf;base64,bm8gbWV0YWZpbGU=\"/></svg>\nSVG");
+    for (const Job &job :
+         {Job(JobCase::wpgToSVG{tools.work("Pic.wpg")}), Job(JobCase::wpgToPNG{tools.work("Pic.wpg")})}) {
         SCOPED_TRACE(jobName(job));
         Converter::Losses losses;
         EXPECT_EQ(performAndWait(job, tools.work("Pic.out"), &losses), nullptr);
-        EXPECT_EQ(losses.kinds(), std::vector<std::string> {std::string(richtext::loss::unreadablePictures)});
+        EXPECT_EQ(losses.kinds(), std::vector<std::string>{std::string(richtext::loss::unreadablePictures)});
         EXPECT_FALSE(readFile(tools.work("Pic.out")).empty()) << "the rest of the graphic is written";
     }
 }
@@ -90,8 +96,8 @@ TEST(GraphicJobs, EveryCorpusGraphicBecomesSVGAndAPictureOfItsSize)
         const fs::path png = out / (source.stem().string() + ".png");
         Converter::Losses svgLosses;
         Converter::Losses pngLosses;
-        const auto svgOutcome = performAndWait(JobCase::wpgToSVG {source}, svg, &svgLosses);
-        const auto pngOutcome = performAndWait(JobCase::wpgToPNG {source}, png, &pngLosses);
+        const auto svgOutcome = performAndWait(JobCase::wpgToSVG{source}, svg, &svgLosses);
+        const auto pngOutcome = performAndWait(JobCase::wpgToPNG{source}, png, &pngLosses);
         if (prefix != "\xFFWPC") {
             // wpg2svg reads nothing without the WordPerfect prefix.
             EXPECT_EQ(outcomeText(svgOutcome), "conversionFailed(\"\")");
@@ -106,7 +112,8 @@ TEST(GraphicJobs, EveryCorpusGraphicBecomesSVGAndAPictureOfItsSize)
         EXPECT_EQ(markup.find("image/bmp"), std::string::npos);
         EXPECT_TRUE(svgLosses.empty()) << svgLosses.joined();
         EXPECT_TRUE(pngLosses.empty()) << pngLosses.joined();
-        const auto pixels = SVGRasterizer::scaledToPixels(SVGRasterizer::naturalSize(markup.substr(markup.find("<svg"))));
+        const auto pixels =
+            SVGRasterizer::scaledToPixels(SVGRasterizer::naturalSize(markup.substr(markup.find("<svg"))));
         const QImage image(QString::fromStdString(png.string()));
         EXPECT_EQ(image.size(), QSize(static_cast<int>(pixels.width), static_cast<int>(pixels.height)));
         ++converted;

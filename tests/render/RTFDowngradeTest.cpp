@@ -69,22 +69,24 @@ INSTANTIATE_TEST_SUITE_P(
         Rewrite{"empty input under mac", "", RTFDowngrade::Charset::mac, ""},
         Rewrite{"a negative cocoartf goes whole", R"(\cocoartf-5 x)", RTFDowngrade::Charset::ansi, " x"},
         Rewrite{"cocoartf needs its number", R"(\cocoartf x)", RTFDowngrade::Charset::ansi, R"(\cocoartf x)"},
-        Rewrite{"the delimiting space stays", R"(\pard\pardirnatural \f0)", RTFDowngrade::Charset::ansi, R"(\pard \f0)"},
+        Rewrite{"the delimiting space stays", R"(\pard\pardirnatural \f0)", RTFDowngrade::Charset::ansi,
+                R"(\pard \f0)"},
         Rewrite{"both tab defaults go, none leaves a 'deftab'", R"(\pardeftab720\deftab560 a)",
                 RTFDowngrade::Charset::ansi, " a"},
         Rewrite{"all writer words", "\\cocoatextscaling0\\cocoaplatform1\\partightenfactor0 x",
                 RTFDowngrade::Charset::ansi, " x"},
-        Rewrite{"a flat ignorable group goes whole", R"(a{\*\generator x;}b)", RTFDowngrade::Charset::ansi, "ab"},
+        Rewrite{"a flat ignorable group goes whole", R"(a{\*\generator x;}b)", RTFDowngrade::Charset::ansi,
+                "ab"},
         Rewrite{"an ignorable group with a nested group stays", R"({\*\listtable{\list\listid1}})",
                 RTFDowngrade::Charset::ansi, R"({\*\listtable{\list\listid1}})"},
-        Rewrite{"one pass: the inner group goes, the outer stays", R"({\*\a{\*\b}})", RTFDowngrade::Charset::ansi,
-                R"({\*\a})"},
+        Rewrite{"one pass: the inner group goes, the outer stays", R"({\*\a{\*\b}})",
+                RTFDowngrade::Charset::ansi, R"({\*\a})"},
         Rewrite{"an empty {\\*} goes", R"(a{\*}b)", RTFDowngrade::Charset::ansi, "ab"},
         Rewrite{"a flat group may span lines", "{\\*\\x\nline}y", RTFDowngrade::Charset::ansi, "y"},
-        Rewrite{"ansi keeps escapes and header", R"({\rtf1\ansi\ansicpg1252 Caf\'e9})", RTFDowngrade::Charset::ansi,
-                R"({\rtf1\ansi\ansicpg1252 Caf\'e9})"},
-        Rewrite{"escapes below 0x80 stay under mac, their case too", R"(\'41\'7f\'4A)", RTFDowngrade::Charset::mac,
-                R"(\'41\'7f\'4A)"},
+        Rewrite{"ansi keeps escapes and header", R"({\rtf1\ansi\ansicpg1252 Caf\'e9})",
+                RTFDowngrade::Charset::ansi, R"({\rtf1\ansi\ansicpg1252 Caf\'e9})"},
+        Rewrite{"escapes below 0x80 stay under mac, their case too", R"(\'41\'7f\'4A)",
+                RTFDowngrade::Charset::mac, R"(\'41\'7f\'4A)"},
         Rewrite{"upper-case digits come out lower-case", R"(\'E9)", RTFDowngrade::Charset::mac, R"(\'8e)"},
         Rewrite{"adjacent escapes both change", R"(\'93\'94)", RTFDowngrade::Charset::mac, R"(\'d2\'d3)"},
         Rewrite{"no code-page character", R"(\'81\'8d\'8f\'90\'9d)", RTFDowngrade::Charset::mac,
@@ -93,13 +95,16 @@ INSTANTIATE_TEST_SUITE_P(
         Rewrite{"the header becomes \\mac", R"({\rtf1\ansi\ansicpg1252\deff0 x})", RTFDowngrade::Charset::mac,
                 R"({\rtf1\mac\deff0 x})"},
         Rewrite{"a lone \\ansi", R"({\rtf1\ansi x})", RTFDowngrade::Charset::mac, R"({\rtf1\mac x})"},
-        Rewrite{"a lone \\ansicpg1252 goes", R"({\rtf1\ansicpg1252 x})", RTFDowngrade::Charset::mac, R"({\rtf1 x})"},
+        Rewrite{"a lone \\ansicpg1252 goes", R"({\rtf1\ansicpg1252 x})", RTFDowngrade::Charset::mac,
+                R"({\rtf1 x})"},
         Rewrite{"a backslash-escaped backslash does not protect an escape (the pattern says so)", R"(\\'e9)",
                 RTFDowngrade::Charset::mac, R"(\\'8e)"},
-        Rewrite{"not UTF-8: read as Latin-1, written as UTF-8", "caf\xE9", RTFDowngrade::Charset::ansi, "caf\xC3\xA9"},
-        Rewrite{"not UTF-8 under mac: the raw byte is text, not an escape", "\xE9\\'e9", RTFDowngrade::Charset::mac,
-                "\xC3\xA9\\'8e"},
-        Rewrite{"UTF-8 text passes through", "\xE2\x82\xAC \\cocoartf1", RTFDowngrade::Charset::mac, "\xE2\x82\xAC "},
+        Rewrite{"not UTF-8: read as Latin-1, written as UTF-8", "caf\xE9", RTFDowngrade::Charset::ansi,
+                "caf\xC3\xA9"},
+        Rewrite{"not UTF-8 under mac: the raw byte is text, not an escape", "\xE9\\'e9",
+                RTFDowngrade::Charset::mac, "\xC3\xA9\\'8e"},
+        Rewrite{"UTF-8 text passes through", "\xE2\x82\xAC \\cocoartf1", RTFDowngrade::Charset::mac,
+                "\xE2\x82\xAC "},
         Rewrite{"a byte-order mark stays", "\xEF\xBB\xBF{\\rtf1}", RTFDowngrade::Charset::ansi,
                 "\xEF\xBB\xBF{\\rtf1}"}));
 
@@ -140,7 +145,8 @@ TEST(ClassicMapping, MatchesEveryRowListed)
         {0x97, 0xd1}, {0xa0, 0xca}, {0xa9, 0xa9}, {0xc7, 0x82}, {0xdf, 0xa7}, {0xe9, 0x8e}, {0xfc, 0x9f},
     };
     for (const auto &[in, out] : rows)
-        EXPECT_EQ(RTFDowngrade::classic(escape(in), RTFDowngrade::Charset::mac), escape(out)) << std::hex << in;
+        EXPECT_EQ(RTFDowngrade::classic(escape(in), RTFDowngrade::Charset::mac), escape(out))
+            << std::hex << in;
 }
 
 TEST(ClassicMapping, Has103MappedBytes20WithoutMacRomanAnd5WithoutWindows1252)
@@ -152,7 +158,8 @@ TEST(ClassicMapping, Has103MappedBytes20WithoutMacRomanAnd5WithoutWindows1252)
     int questionMarks = 0;
     for (unsigned byte = 0x80; byte <= 0xff; ++byte) {
         const std::string out = RTFDowngrade::classic(escape(byte), RTFDowngrade::Charset::mac);
-        EXPECT_EQ(RTFDowngrade::classic(escape(byte), RTFDowngrade::Charset::ansi), escape(byte)) << "ansi keeps it";
+        EXPECT_EQ(RTFDowngrade::classic(escape(byte), RTFDowngrade::Charset::ansi), escape(byte))
+            << "ansi keeps it";
         if (out == "\\'3f") {
             ++questionMarks;
             EXPECT_TRUE(noWindows.count(byte) || noMac.count(byte)) << std::hex << byte;

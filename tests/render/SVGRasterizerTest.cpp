@@ -19,7 +19,8 @@ struct Outcome {
 };
 
 // Starts a rasterizer and notes whether it answered before renderPNG returned.
-std::shared_ptr<Outcome> render(const std::string &svg, bool *answeredAtOnce = nullptr, Size *pixels = nullptr)
+std::shared_ptr<Outcome> render(const std::string &svg, bool *answeredAtOnce = nullptr,
+                                Size *pixels = nullptr)
 {
     auto outcome = std::make_shared<Outcome>();
     auto rasterizer = SVGRasterizer::create();
@@ -107,7 +108,8 @@ TEST(SVGSizing, LengthsAndAttributes)
 {
     EXPECT_EQ(SVGRasterizer::lengthInPoints(std::nullopt), std::nullopt);
     EXPECT_EQ(SVGRasterizer::lengthInPoints("2in"), 144);
-    EXPECT_EQ(SVGRasterizer::lengthInPoints("\u00A0\t12px\u2003"), 12) << "Unicode spaces and tabs are trimmed";
+    EXPECT_EQ(SVGRasterizer::lengthInPoints("\u00A0\t12px\u2003"), 12)
+        << "Unicode spaces and tabs are trimmed";
     EXPECT_EQ(SVGRasterizer::lengthInPoints("12\n"), 12) << "a line break stays: the unit test sees 12\\n";
     EXPECT_EQ(SVGRasterizer::lengthInPoints("3 in"), 216);
     EXPECT_EQ(SVGRasterizer::attribute("width", R"(<svg data-width="7" width="9">)"), "7")
@@ -146,11 +148,12 @@ TEST(SVGRasterizerTest, DrawsFittedOnWhiteAndReportsOnceOnTheMainThread)
 {
     bool atOnce = true;
     Size pixels;
-    const auto outcome = render(R"(<?xml version="1.0"?><!DOCTYPE svg><svg xmlns="http://www.w3.org/2000/svg" )"
-                                R"(viewBox="0 0 100 50"><rect x="50" y="0" width="50" height="50" fill="#f00"/></svg>)",
-                                &atOnce, &pixels);
+    const auto outcome =
+        render(R"(<?xml version="1.0"?><!DOCTYPE svg><svg xmlns="http://www.w3.org/2000/svg" )"
+               R"(viewBox="0 0 100 50"><rect x="50" y="0" width="50" height="50" fill="#f00"/></svg>)",
+               &atOnce, &pixels);
     EXPECT_FALSE(atOnce) << "the drawing happens after renderPNG returned";
-    EXPECT_EQ(pixels, (Size {2000, 1000}));
+    EXPECT_EQ(pixels, (Size{2000, 1000}));
     EXPECT_EQ(SVGRasterizer::activeCount(), 1u) << "the rasterizer keeps itself alive while it works";
     const QImage image = pngOf(outcome);
     waitUntil([] { return false; }, 0.1);
@@ -184,16 +187,23 @@ namespace {
 
 // A 2×2 bitmap (black, white / white, #c82800) in a moved and scaled group,
 // and a 2×1 one (blue, transparent) stretched: both enlarged about 40 times.
-const std::string blackWhite = "iVBORw0KGgoAAAANSUhEUgAAAAIAAAACCAIAAAD91JpzAAAAF0lEQVR4nGNgYGD4//8/w////09oMAAALIwG6xrpyGoAAAAASUVORK5CYII=";
-const std::string blueClear = "iVBORw0KGgoAAAANSUhEUgAAAAIAAAABCAYAAAD0In+KAAAAEUlEQVR4nGNgYPj/n4HhPwMADPwC/i9P4yYAAAAASUVORK5CYII=";
+const std::string blackWhite = "iVBORw0KGgoAAAANSUhEUgAAAAIAAAACCAIAAAD91JpzAAAAF0lEQVR4nGNgYGD4//8/w////"
+                               "09oMAAALIwG6xrpyGoAAAAASUVORK5CYII=";
+const std::string blueClear =
+    "iVBORw0KGgoAAAANSUhEUgAAAAIAAAABCAYAAAD0In+KAAAAEUlEQVR4nGNgYPj/n4HhPwMADPwC/i9P4yYAAAAASUVORK5CYII=";
 
 std::string twoBitmaps(const std::string &groupTransform)
 {
     return R"(<svg xmlns="http://www.w3.org/2000/svg" xmlns:xlink="http://www.w3.org/1999/xlink" viewBox="0 0 4 2">)"
-           R"(<g transform=")" + groupTransform + R"("><image x="0" y="0" width="2" height="2" )"
-           R"(xlink:href="data:image/png;base64,)" + blackWhite + R"("/></g>)"
+           R"(<g transform=")" +
+           groupTransform +
+           R"("><image x="0" y="0" width="2" height="2" )"
+           R"(xlink:href="data:image/png;base64,)" +
+           blackWhite +
+           R"("/></g>)"
            R"(<image x="2.2" y="0.2" width="1.6" height="1" preserveAspectRatio="none" )"
-           R"(href="data:image/png;base64,)" + blueClear + R"("/></svg>)";
+           R"(href="data:image/png;base64,)" +
+           blueClear + R"("/></svg>)";
 }
 
 std::vector<int> channelAlong(const QImage &image, QPoint from, QPoint step, int count, int channel)
@@ -213,18 +223,18 @@ TEST(SVGRasterizerTest, EnlargedBitmapsMatchAWebPagePixelForPixel)
     const QImage image = pngOf(render(twoBitmaps("translate(0.3 0.1) scale(0.9)")));
     ASSERT_EQ(image.size(), QSize(160, 80));
     // Every other pixel of Chromium 156's screenshot of the same page.
-    const std::vector<int> acrossRed {255, 255, 255, 255, 255, 255, 47,  47,  47,  47,  47,  47,  47,  47,
-                                      47,  47,  60,  72,  72,  84,  97,  109, 121, 133, 146, 158, 170, 170,
-                                      183, 195, 207, 220, 232, 244, 244, 244, 244, 244, 244, 244};
-    const std::vector<int> acrossGreen {255, 255, 255, 255, 255, 255, 47,  47,  47,  47,  47,  47,  47,  47,
-                                        47,  47,  58,  68,  68,  79,  89,  99,  110, 120, 131, 141, 152, 152,
-                                        162, 172, 183, 193, 204, 214, 214, 214, 214, 214, 214, 214};
-    const std::vector<int> down {255, 255, 63,  63,  63,  63,  63,  63,  63,  63,  63,  63,  74,
-                                 85,  85,  97,  108, 119, 130, 141, 152, 163, 174, 174, 185, 196,
-                                 207, 219, 230, 241, 241, 241, 241, 241, 241, 241, 241, 241, 255, 255};
-    const std::vector<int> blueFading {255, 255, 0,   0,   0,   0,   0,   0,   0,   0,   0,   16,  32,
-                                       48,  64,  80,  96,  112, 128, 144, 160, 176, 192, 208, 224, 240,
-                                       255, 255, 255, 255, 255, 255, 255, 255, 255, 255, 255, 255};
+    const std::vector<int> acrossRed{255, 255, 255, 255, 255, 255, 47,  47,  47,  47,  47,  47,  47,  47,
+                                     47,  47,  60,  72,  72,  84,  97,  109, 121, 133, 146, 158, 170, 170,
+                                     183, 195, 207, 220, 232, 244, 244, 244, 244, 244, 244, 244};
+    const std::vector<int> acrossGreen{255, 255, 255, 255, 255, 255, 47,  47,  47,  47,  47,  47,  47,  47,
+                                       47,  47,  58,  68,  68,  79,  89,  99,  110, 120, 131, 141, 152, 152,
+                                       162, 172, 183, 193, 204, 214, 214, 214, 214, 214, 214, 214};
+    const std::vector<int> down{255, 255, 63,  63,  63,  63,  63,  63,  63,  63,  63,  63,  74,  85,
+                                85,  97,  108, 119, 130, 141, 152, 163, 174, 174, 185, 196, 207, 219,
+                                230, 241, 241, 241, 241, 241, 241, 241, 241, 241, 255, 255};
+    const std::vector<int> blueFading{255, 255, 0,   0,   0,   0,   0,   0,   0,   0,   0,   16,  32,
+                                      48,  64,  80,  96,  112, 128, 144, 160, 176, 192, 208, 224, 240,
+                                      255, 255, 255, 255, 255, 255, 255, 255, 255, 255, 255, 255};
     EXPECT_EQ(channelAlong(image, {0, 30}, {2, 0}, 40, 0), acrossRed);
     EXPECT_EQ(channelAlong(image, {0, 30}, {2, 0}, 40, 1), acrossGreen);
     EXPECT_EQ(channelAlong(image, {40, 0}, {0, 2}, 40, 0), down);
@@ -234,7 +244,9 @@ TEST(SVGRasterizerTest, EnlargedBitmapsMatchAWebPagePixelForPixel)
 
 TEST(SVGRasterizerTest, BitmapsOutOfTheUsualAreStillDrawn)
 {
-    const auto inkedAt = [](const QImage &image, QPoint at) { return image.pixelColor(at).value() < 64 || image.pixelColor(at).red() < 64; };
+    const auto inkedAt = [](const QImage &image, QPoint at) {
+        return image.pixelColor(at).value() < 64 || image.pixelColor(at).red() < 64;
+    };
     // Turned, mirrored or shrunk bitmaps are left to librsvg's own sampling.
     for (const char *transform : {"rotate(90 1 1)", "translate(2 0) scale(-1 1)", "scale(0.01)"}) {
         const QImage image = pngOf(render(twoBitmaps(transform)));
@@ -245,11 +257,13 @@ TEST(SVGRasterizerTest, BitmapsOutOfTheUsualAreStillDrawn)
     EXPECT_TRUE(inkedAt(pngOf(render(twoBitmaps("translate(2 0) scale(-1 1)"))), {60, 20}));
 
     // Bitmaps that cannot be read, or are not bitmaps, leave the rest of the drawing alone.
-    for (const std::string &href : std::vector<std::string> {"data:image/png;base64,AAAA", "data:image/png,%89PNG", "data:image/svg+xml;base64,PHN2Zy8+",
-                                   "picture.png", "", "data:image/png;base64," + blackWhite.substr(0, 40)}) {
-        const QImage image = pngOf(render(R"(<svg xmlns="http://www.w3.org/2000/svg" viewBox="0 0 4 2">)"
-                                          R"(<rect width="1" height="1"/><image width="3" height="2" href=")" + href +
-                                          R"("/></svg>)"));
+    for (const std::string &href : std::vector<std::string>{
+             "data:image/png;base64,AAAA", "data:image/png,%89PNG", "data:image/svg+xml;base64,PHN2Zy8+",
+             "picture.png", "", "data:image/png;base64," + blackWhite.substr(0, 40)}) {
+        const QImage image =
+            pngOf(render(R"(<svg xmlns="http://www.w3.org/2000/svg" viewBox="0 0 4 2">)"
+                         R"(<rect width="1" height="1"/><image width="3" height="2" href=")" +
+                         href + R"("/></svg>)"));
         ASSERT_EQ(image.size(), QSize(160, 80)) << href;
         EXPECT_TRUE(inkedAt(image, {20, 20})) << href;
     }

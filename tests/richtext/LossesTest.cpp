@@ -15,7 +15,7 @@ TEST(Losses, EachKindOnceInTheOrderFirstMet)
     more.add("characters");
     more.add("columns");
     losses.add(more);
-    EXPECT_EQ(losses.kinds(), (std::vector<std::string> {"pictures", "characters", "columns"}));
+    EXPECT_EQ(losses.kinds(), (std::vector<std::string>{"pictures", "characters", "columns"}));
     EXPECT_EQ(losses.joined(), "pictures; characters; columns");
     EXPECT_EQ(Losses().stderrLine("wpd2odt"), "") << "nothing lost, nothing said";
 }
@@ -32,8 +32,9 @@ TEST(Losses, TheStderrLineIsReadBackAmongOtherLines)
         std::vector<std::string> kinds;
     } rows[] = {
         {line, {"pictures that could not be read", "two lines"}},
-        {"libwpd: a warning\n" + line + "odt2wp5: lost: columns", {"pictures that could not be read", "two lines", "columns"}},
-        {"wpd2odt: /tmp/a b: lost: nothing\n", {}},  // a failure that names a path is no loss line
+        {"libwpd: a warning\n" + line + "odt2wp5: lost: columns",
+         {"pictures that could not be read", "two lines", "columns"}},
+        {"wpd2odt: /tmp/a b: lost: nothing\n", {}}, // a failure that names a path is no loss line
         {": lost: nameless\n", {}},
         {"", {}},
     };

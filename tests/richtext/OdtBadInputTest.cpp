@@ -156,7 +156,8 @@ INSTANTIATE_TEST_SUITE_P(
                                          "</office:binary-data></draw:image></draw:frame>")
                          .flat();
                  },
-                 "", {"kept"}},
+                 "",
+                 {"kept"}},
         BadInput{"XML that is not OpenDocument",
                  [] { return std::string("<?xml version=\"1.0\"?><html><p>x</p></html>"); },
                  "not an OpenDocument document"},

@@ -187,8 +187,8 @@ TEST(OdtReader, ReadsListsWithTheirLabels)
     for (const richtext::Paragraph *paragraph : document.paragraphs())
         seen.emplace_back(paragraph->text(), paragraph->listLevel, paragraph->label);
     const std::vector<std::tuple<std::string, int, std::string>> expected = {
-        {"one", 1, "B."},     {"inner", 2, "(i)"}, {"inner two", 2, "(ii)"}, {"two", 1, "C."},
-        {"same item", 0, ""}, {"between", 0, ""},  {"three", 1, "D."},       {"dot", 1, "*"},
+        {"one", 1, "B."},     {"inner", 2, "(i)"}, {"inner two", 2, "(ii)"},  {"two", 1, "C."},
+        {"same item", 0, ""}, {"between", 0, ""},  {"three", 1, "D."},        {"dot", 1, "*"},
         {"seventh", 1, "G."}, {"eighth", 1, "H."}, {"pictured", 1, "\u2022"},
     };
     EXPECT_EQ(seen, expected);
@@ -220,11 +220,16 @@ TEST(OdtReader, NumbersContinuedListsLevelByLevelAsWordProcessorsDo)
     for (const richtext::Paragraph *paragraph : document.paragraphs())
         seen.emplace_back(paragraph->text(), paragraph->label);
     const std::vector<std::pair<std::string, std::string>> expected = {
-        {"one", "1)"}, {"one a", "a)"}, {"deep", "1.a.i"}, {"between", ""},
+        {"one", "1)"},
+        {"one a", "a)"},
+        {"deep", "1.a.i"},
+        {"between", ""},
         // The continued list goes on at every level; the item holding only a deeper list shows nothing.
-        {"deeper on", "1.a.ii"}, {"two", "2)"},
+        {"deeper on", "1.a.ii"},
+        {"two", "2)"},
         // A new list whose first item holds only a deeper list: that item still takes number 1.
-        {"under nothing", "a)"}, {"after it", "2)"},
+        {"under nothing", "a)"},
+        {"after it", "2)"},
     };
     EXPECT_EQ(seen, expected);
 }
@@ -242,16 +247,18 @@ TEST(OdtReader, NumbersHeadingsFromTheOutlineStyle)
         <text:h text:outline-level="2">Terms</text:h><text:h text:outline-level="3">Plain</text:h>
         <text:h text:outline-level="1">Method</text:h><text:h text:outline-level="2">Data</text:h>
         <text:h text:outline-level="1" text:is-list-header="true">Unnumbered</text:h>)";
-    EXPECT_EQ(texts(readOdt(odt.flat())), (std::vector<std::string> {"1. Intro", "1.1\tScope", "1.2\tTerms", "Plain",
-                                                                      "2. Method", "2.1\tData", "Unnumbered"}));
+    EXPECT_EQ(texts(readOdt(odt.flat())),
+              (std::vector<std::string>{"1. Intro", "1.1\tScope", "1.2\tTerms", "Plain", "2. Method",
+                                        "2.1\tData", "Unnumbered"}));
 }
 
 TEST(OdtReader, KeepsTheBaseOfRubyTextAsTextExportsDo)
 {
     Odt odt;
-    odt.body = R"(<text:p>see <text:ruby><text:ruby-base>base</text:ruby-base><text:ruby-text>aid</text:ruby-text>
+    odt.body =
+        R"(<text:p>see <text:ruby><text:ruby-base>base</text:ruby-base><text:ruby-text>aid</text:ruby-text>
         </text:ruby> here</text:p>)";
-    EXPECT_EQ(texts(readOdt(odt.flat())), (std::vector<std::string> {"see base here"}));
+    EXPECT_EQ(texts(readOdt(odt.flat())), (std::vector<std::string>{"see base here"}));
 }
 
 TEST(OdtReader, ShowsTrackedDeletionsStruckOutWhereTheyStood)
@@ -264,7 +271,7 @@ TEST(OdtReader, ShowsTrackedDeletionsStruckOutWhereTheyStood)
         </text:tracked-changes>
         <text:p>kept <text:change text:change-id="c1"/>after<text:change text:change-id="c2"/></text:p>)";
     const richtext::Document document = readOdt(odt.flat());
-    EXPECT_EQ(texts(document), (std::vector<std::string> {"kept removed words and moreafter"}));
+    EXPECT_EQ(texts(document), (std::vector<std::string>{"kept removed words and moreafter"}));
     const richtext::Inline *removed = nullptr;
     for (const Inline &piece : document.paragraphs().front()->content)
         if (piece.text.find("removed") != std::string::npos)

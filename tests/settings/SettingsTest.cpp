@@ -11,8 +11,8 @@ class SettingsStore : public ::testing::Test {
 protected:
     std::unique_ptr<Settings> fresh()
     {
-        return std::make_unique<Settings>(
-            std::make_unique<QSettings>(QString::fromStdString((dir / "Quillmorph.conf").string()), QSettings::IniFormat));
+        return std::make_unique<Settings>(std::make_unique<QSettings>(
+            QString::fromStdString((dir / "Quillmorph.conf").string()), QSettings::IniFormat));
     }
     TempDir dir;
 };
@@ -38,12 +38,12 @@ TEST_F(SettingsStore, OnlyTheExactSecondRawValueSelectsTheSecondCase)
         bool second;
     };
     const Row rows[] = {
-        {Settings::documentTargetKey, "rtf", true},        {Settings::documentTargetKey, "RTF", false},
-        {Settings::documentTargetKey, "rtf ", false},      {Settings::documentTargetKey, "", false},
-        {Settings::graphicTargetKey, "svg", true},         {Settings::graphicTargetKey, "jpg", false},
-        {Settings::wordPerfectTargetKey, "wp5", true},     {Settings::wordPerfectTargetKey, "wp4", false},
-        {Settings::rtfCharsetKey, "mac", true},            {Settings::rtfCharsetKey, "Mac", false},
-        {Settings::rtfCharsetKey, "ansi", false},          {Settings::documentTargetKey, "odt", false},
+        {Settings::documentTargetKey, "rtf", true},    {Settings::documentTargetKey, "RTF", false},
+        {Settings::documentTargetKey, "rtf ", false},  {Settings::documentTargetKey, "", false},
+        {Settings::graphicTargetKey, "svg", true},     {Settings::graphicTargetKey, "jpg", false},
+        {Settings::wordPerfectTargetKey, "wp5", true}, {Settings::wordPerfectTargetKey, "wp4", false},
+        {Settings::rtfCharsetKey, "mac", true},        {Settings::rtfCharsetKey, "Mac", false},
+        {Settings::rtfCharsetKey, "ansi", false},      {Settings::documentTargetKey, "odt", false},
     };
     for (const auto &row : rows) {
         SCOPED_TRACE((row.key + "=" + row.stored).toStdString());
@@ -77,8 +77,8 @@ TEST(Targets, RawValuesRoundTripAndFallbackComesFirst)
     EXPECT_EQ(fromRawValue<DocTarget>("odt"), DocTarget::odt);
     EXPECT_EQ(fromRawValue<WPTarget>("WP5"), std::nullopt);
     EXPECT_EQ(fromRawValue<RTFCharset>("mac"), RTFCharset::mac);
-    EXPECT_EQ((allCases<GraphicTarget>()), (std::array {GraphicTarget::png, GraphicTarget::svg}));
-    EXPECT_EQ((allCases<WPTarget>()), (std::array {WPTarget::wp6, WPTarget::wp5}));
+    EXPECT_EQ((allCases<GraphicTarget>()), (std::array{GraphicTarget::png, GraphicTarget::svg}));
+    EXPECT_EQ((allCases<WPTarget>()), (std::array{WPTarget::wp6, WPTarget::wp5}));
 }
 
 TEST(SharedSettings, LivesInTheUsersConfigFolder)

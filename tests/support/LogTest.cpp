@@ -17,10 +17,10 @@ namespace {
 const QRegularExpression entryShape(QStringLiteral("^\\d\\d:\\d\\d:\\d\\d\\.\\d\\d\\d  (.*)$"));
 
 // Runs the log writer with its own environment, as another user when we are root.
-ConversionTools::Output runWriter(const std::vector<std::string> &environment, std::vector<std::string> messages,
-                                  bool unprivileged = false)
+ConversionTools::Output runWriter(const std::vector<std::string> &environment,
+                                  std::vector<std::string> messages, bool unprivileged = false)
 {
-    std::vector<std::string> args {"-i"};
+    std::vector<std::string> args{"-i"};
     args.insert(args.end(), environment.begin(), environment.end());
     if (unprivileged && geteuid() == 0) {
         args.insert(args.end(), {"/usr/bin/setpriv", "--reuid=65534", "--regid=65534", "--clear-groups"});
@@ -73,8 +73,8 @@ TEST(Log, ConcurrentEntriesLandWhole)
         writer.join();
 
     std::vector<std::vector<bool>> seen(threads, std::vector<bool>(perThread, false));
-    const QRegularExpression whole(
-        QStringLiteral("^\\d\\d:\\d\\d:\\d\\d\\.\\d\\d\\d  concurrency-check thread (\\d) entry (\\d+) ([a-h]{40})$"));
+    const QRegularExpression whole(QStringLiteral(
+        "^\\d\\d:\\d\\d:\\d\\d\\.\\d\\d\\d  concurrency-check thread (\\d) entry (\\d+) ([a-h]{40})$"));
     int count = 0;
     for (const auto &line : tail.lines()) {
         if (line.find("concurrency-check") == std::string::npos)
@@ -140,7 +140,8 @@ TEST(Log, ReadOnlyLogDropsEntriesSilently)
     fs::permissions(log, fs::perms::owner_read | fs::perms::group_read | fs::perms::others_read);
 
     // Root ignores permissions, so the writer runs as nobody when we are root.
-    const auto output = runWriter({"XDG_STATE_HOME=" + dir.path().string()}, {"dropped", "also dropped"}, true);
+    const auto output =
+        runWriter({"XDG_STATE_HOME=" + dir.path().string()}, {"dropped", "also dropped"}, true);
     EXPECT_EQ(trimmed(output.stdout), log.string()) << output.stderr;
     EXPECT_EQ(output.stderr, "");
     EXPECT_EQ(readFile(log), "existing\n");

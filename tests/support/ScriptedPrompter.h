@@ -13,7 +13,10 @@ class ScriptedPrompter : public Prompter {
 public:
     struct Shown {
         Alert alert;
-        std::string style() const { return alert.style == Alert::Style::warning ? "warning" : "informational"; }
+        std::string style() const
+        {
+            return alert.style == Alert::Style::warning ? "warning" : "informational";
+        }
     };
 
     // Queued answers, taken in order; an alert with no answer left is closed (-1).

@@ -38,7 +38,7 @@ std::string macintosh(const std::string &text, const std::string &password)
 {
     const std::uint16_t sum = checksum(password);
     // Prefix: signature, document at 16, product WordPerfect, Macintosh file type, version 3.0.
-    std::string bytes {'\xFF', 'W', 'P', 'C', 16, 0, 0, 0, 1, 0x2C, 3, 0};
+    std::string bytes{'\xFF', 'W', 'P', 'C', 16, 0, 0, 0, 1, 0x2C, 3, 0};
     bytes += static_cast<char>(sum & 0xFF);
     bytes += static_cast<char>(sum >> 8);
     bytes += std::string(2, '\0');
@@ -48,7 +48,7 @@ std::string macintosh(const std::string &text, const std::string &password)
 std::string wp42(const std::string &text, const std::string &password)
 {
     const std::uint16_t sum = checksum(password);
-    std::string bytes {'\xFE', '\xFF', 'a', 'a'};
+    std::string bytes{'\xFE', '\xFF', 'a', 'a'};
     bytes += static_cast<char>(sum & 0xFF);
     bytes += static_cast<char>(sum >> 8);
     return encrypt(bytes + text, password, 6);

@@ -145,7 +145,8 @@ TEST_P(CharacterRoundTrip, WritesHyphensAndKanaInTheirOwnCodes)
         writer->closeParagraph();
         writer->closePageSpan();
         writer->endDocument();
-        const std::string_view lost = wp6 || c.wp6Lost == richtext::loss::charactersWordPerfect ? c.wp6Lost : "";
+        const std::string_view lost =
+            wp6 || c.wp6Lost == richtext::loss::charactersWordPerfect ? c.wp6Lost : "";
         EXPECT_EQ(writer->losses().joined(), lost) << c.text;
         const wptest::ReadBack back = wptest::readWordPerfect(writer->fileBytes());
         ASSERT_TRUE(back.ok);

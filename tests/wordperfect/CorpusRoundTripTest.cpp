@@ -35,7 +35,8 @@ std::vector<Source> corpusDocuments()
         return sources;
     for (const auto &entry : fs::directory_iterator(office)) {
         const std::string extension = entry.path().extension().string();
-        if ((extension == ".odt" || extension == ".fodt") && entry.path().filename() != "testODTEncrypted.odt")
+        if ((extension == ".odt" || extension == ".fodt") &&
+            entry.path().filename() != "testODTEncrypted.odt")
             sources.push_back({entry.path(), entry.path().stem().string() + "-" + extension.substr(1)});
     }
     std::sort(sources.begin(), sources.end(), [](const Source &a, const Source &b) { return a.key < b.key; });
@@ -46,7 +47,8 @@ std::vector<Source> corpusDocuments()
 bool convertAll(const std::string &format, const std::vector<std::string> &inputs, const std::string &outdir,
                 const std::string &filter, const std::string &profile)
 {
-    std::vector<std::string> argv{SOFFICE_PATH, "-env:UserInstallation=file://" + profile, "--headless", "--norestore"};
+    std::vector<std::string> argv{SOFFICE_PATH, "-env:UserInstallation=file://" + profile, "--headless",
+                                  "--norestore"};
     if (!filter.empty())
         argv.push_back("--infilter=" + filter);
     argv.insert(argv.end(), {"--convert-to", format, "--outdir", outdir});
@@ -79,7 +81,8 @@ TEST(CorpusRoundTrip, LibreOfficeReadsTheSameTextFromOurWordPerfectFiles)
         sourceInputs.push_back(link);
         for (const char *version : versions) {
             const std::string output = scratch.file(std::string(version) + "-" + source.key + ".wpd");
-            const ProgramRun run = ProgramRun::of({ODT2WP5_PATH, std::string("--") + version, source.path, output});
+            const ProgramRun run =
+                ProgramRun::of({ODT2WP5_PATH, std::string("--") + version, source.path, output});
             EXPECT_EQ(run.status, 0) << source.key << " " << version << ": " << run.err;
             const ProgramRun text = ProgramRun::of({WPD2TEXT_PATH, output});
             EXPECT_EQ(text.status, 0) << source.key << " " << version;
@@ -96,11 +99,14 @@ TEST(CorpusRoundTrip, LibreOfficeReadsTheSameTextFromOurWordPerfectFiles)
         const std::string expectedRaw = ScratchFolder::readFile(sourceText + "/" + source.key + ".txt");
         EXPECT_FALSE(expectedRaw.empty()) << source.key << ": LibreOffice exported no text from the source";
         for (const char *version : versions) {
-            const CharacterMap &map = std::string(version) == "wp6" ? CharacterMap::wp6() : CharacterMap::wp5();
+            const CharacterMap &map =
+                std::string(version) == "wp6" ? CharacterMap::wp6() : CharacterMap::wp5();
             const std::string name = std::string(version) + "-" + source.key;
-            const std::string ours = plaintext::normalised(ScratchFolder::readFile(ourText + "/" + name + ".txt"), nullptr);
+            const std::string ours =
+                plaintext::normalised(ScratchFolder::readFile(ourText + "/" + name + ".txt"), nullptr);
             if (const auto known = knownDifferences.find(source.key); known != knownDifferences.end())
-                EXPECT_NE(ours, plaintext::normalised(expectedRaw, &map)) << name << " now matches: take it off the list";
+                EXPECT_NE(ours, plaintext::normalised(expectedRaw, &map))
+                    << name << " now matches: take it off the list";
             else
                 EXPECT_EQ(ours, plaintext::normalised(expectedRaw, &map)) << name;
             // LibreOffice opens our file as a document and keeps its text when saving it as ODT.
@@ -120,7 +126,8 @@ TEST(CorpusRoundTrip, ThePasswordProtectedDocumentFailsInPlainWords)
         GTEST_SKIP() << "../shared/corpus/office/testODTEncrypted.odt is absent";
     ScratchFolder scratch;
     for (const char *version : {"--wp6", "--wp5"}) {
-        const ProgramRun run = ProgramRun::of({ODT2WP5_PATH, version, encrypted.string(), scratch.file("x.wpd")});
+        const ProgramRun run =
+            ProgramRun::of({ODT2WP5_PATH, version, encrypted.string(), scratch.file("x.wpd")});
         EXPECT_EQ(run.status, 1);
         EXPECT_NE(run.err.find("the document is encrypted"), std::string::npos) << run.err;
         EXPECT_TRUE(scratch.names().empty());

@@ -41,7 +41,10 @@ std::vector<std::string> complaintsIn(const std::string &messages, const std::ve
     return found;
 }
 
-bool installed(const char *path) { return path[0] != '\0' && std::filesystem::exists(path); }
+bool installed(const char *path)
+{
+    return path[0] != '\0' && std::filesystem::exists(path);
+}
 
 } // namespace
 
@@ -85,7 +88,8 @@ Reading wp2x(const std::string &path)
     // Hyphens of every kind as '-' (a soft one included, as libwpd's U+00AD also splits words).
     scratch.write("plain.cfg", "BEGIN=\"\"\nEND=\"\"\nHRt=\"\\n\"\nSRt=\"\\n\"\nHPg=\"\\n\"\n"
                                "-=\"-\"\n\\--=\"-\"\n\\-=\"-\"\n--=\"-\"\n==\"-\"\n");
-    const ProgramRun run = ProgramRun::of({WP2X_PATH, "plain", std::filesystem::absolute(path).string()}, scratch.path());
+    const ProgramRun run =
+        ProgramRun::of({WP2X_PATH, "plain", std::filesystem::absolute(path).string()}, scratch.path());
     reading.status = run.status;
     reading.complaints = complaintsIn(run.err, {"Warning: No expansion for"});
     reading.text = run.out;
@@ -267,8 +271,14 @@ std::string spelled(const richtext::Document &document, const Spelling &spelling
 
 } // namespace
 
-std::string asLibwpdReadsIt(const richtext::Document &document) { return spelled(document, {}); }
+std::string asLibwpdReadsIt(const richtext::Document &document)
+{
+    return spelled(document, {});
+}
 
-std::string asWp2xReadsIt(const richtext::Document &document) { return spelled(document, {false, false, false}); }
+std::string asWp2xReadsIt(const richtext::Document &document)
+{
+    return spelled(document, {false, false, false});
+}
 
 } // namespace readers

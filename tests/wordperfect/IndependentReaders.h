@@ -36,8 +36,9 @@ std::vector<std::string> words(const std::string &text);
 std::string asLibwpdReadsIt(const richtext::Document &document);
 
 // libwpd's reading of a 5.1 file as wp2x spells it: wp2x skips tab codes (the words either side run
-// together), table codes (a cell's last word runs into the next cell's first, the table's last into the text after it) and the bodies of
-// headers, footers and notes. It does so on files WordPerfect wrote too; the corpus test shows it.
+// together), table codes (a cell's last word runs into the next cell's first, the table's last into the text
+// after it) and the bodies of headers, footers and notes. It does so on files WordPerfect wrote too; the
+// corpus test shows it.
 std::string asWp2xReadsIt(const richtext::Document &document);
 
 // The share of reference's words (counted with repetition) that candidate holds too, and the

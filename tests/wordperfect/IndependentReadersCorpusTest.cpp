@@ -55,8 +55,10 @@ std::vector<Source> sources(const ScratchFolder &scratch)
     if (std::string(SOFFICE_PATH).empty() || others.empty())
         return all;
     const std::string converted = scratch.file("lo-odt");
-    std::vector<std::string> argv {SOFFICE_PATH, "-env:UserInstallation=file://" + scratch.file("profile"),
-                                  "--headless", "--norestore", "--convert-to", "odt:writer8", "--outdir", converted};
+    std::vector<std::string> argv{SOFFICE_PATH,   "-env:UserInstallation=file://" + scratch.file("profile"),
+                                  "--headless",   "--norestore",
+                                  "--convert-to", "odt:writer8",
+                                  "--outdir",     converted};
     // Each file under a name no other shares, so that a.doc and a.rtf do not overwrite each other.
     for (const fs::path &path : others) {
         const std::string key = path.stem().string() + "-" + path.extension().string().substr(1);
@@ -104,13 +106,18 @@ TEST(IndependentReadersCorpus, ReadEveryFileWeWriteWithoutComplaint)
 
             const readers::Reading latex = readers::wp2latex(output);
             EXPECT_EQ(latex.status, 0) << name;
-            EXPECT_EQ(readers::beyondWp2latexLimits(latex.complaints, model.document), std::vector<std::string> {}) << name;
-            const readers::WordShare byLatex = readers::shareOfWords(readers::asLibwpdReadsIt(model.document), latex.text, true);
+            EXPECT_EQ(readers::beyondWp2latexLimits(latex.complaints, model.document),
+                      std::vector<std::string>{})
+                << name;
+            const readers::WordShare byLatex =
+                readers::shareOfWords(readers::asLibwpdReadsIt(model.document), latex.text, true);
             if (const auto known = wp2latexShortfalls.find(name); known != wp2latexShortfalls.end())
-                EXPECT_LT(byLatex.share, 0.98) << name << " now passes: take it off the list (" << known->second << ")";
+                EXPECT_LT(byLatex.share, 0.98)
+                    << name << " now passes: take it off the list (" << known->second << ")";
             else
-                EXPECT_GE(byLatex.share, 0.98) << name << " of " << byLatex.referenceWords << " words; wp2latex misses "
-                                               << ::testing::PrintToString(byLatex.missing);
+                EXPECT_GE(byLatex.share, 0.98)
+                    << name << " of " << byLatex.referenceWords << " words; wp2latex misses "
+                    << ::testing::PrintToString(byLatex.missing);
             if (!wp2latexShortfalls.count(name))
                 lowestLatex = std::min(lowestLatex, byLatex.share);
             if (option[4] == '6')
@@ -118,8 +125,9 @@ TEST(IndependentReadersCorpus, ReadEveryFileWeWriteWithoutComplaint)
 
             const readers::Reading x = readers::wp2x(output);
             EXPECT_EQ(x.status, 0) << name;
-            EXPECT_EQ(x.complaints, std::vector<std::string> {}) << name;
-            const readers::WordShare byX = readers::shareOfWords(readers::asWp2xReadsIt(model.document), x.text);
+            EXPECT_EQ(x.complaints, std::vector<std::string>{}) << name;
+            const readers::WordShare byX =
+                readers::shareOfWords(readers::asWp2xReadsIt(model.document), x.text);
             lowestX = std::min(lowestX, byX.share);
             EXPECT_GE(byX.share, 0.90) << name << " of " << byX.referenceWords << " words; wp2x misses "
                                        << ::testing::PrintToString(byX.missing);
@@ -152,11 +160,12 @@ TEST(IndependentReadersCorpus, Wp2latexTakesWordPerfectsOwnTabsNearTheEdgeForNeg
     if (std::string(WP2LATEX_PATH).empty())
         GTEST_SKIP() << "wp2latex is not installed";
     const readers::Reading latex = readers::wp2latex(file.string());
-    EXPECT_NE(std::find(latex.complaints.begin(), latex.complaints.end(), "Warning: Negative tabular, fixed!"),
-              latex.complaints.end());
+    EXPECT_NE(
+        std::find(latex.complaints.begin(), latex.complaints.end(), "Warning: Negative tabular, fixed!"),
+        latex.complaints.end());
     const wptest::ReadBack model = wptest::readWordPerfect(ScratchFolder::readFile(file.string()));
     ASSERT_TRUE(model.ok);
-    EXPECT_EQ(readers::beyondWp2latexLimits(latex.complaints, model.document), std::vector<std::string> {});
+    EXPECT_EQ(readers::beyondWp2latexLimits(latex.complaints, model.document), std::vector<std::string>{});
 }
 
 TEST(IndependentReadersCorpus, Wp2xMissesTheSameOnWordPerfectsOwnFiles)
@@ -183,8 +192,10 @@ TEST(IndependentReadersCorpus, Wp2xMissesTheSameOnWordPerfectsOwnFiles)
         const readers::WordShare share =
             readers::shareOfWords(readers::asWp2xReadsIt(model.document), readers::wp2x(path).text);
         EXPECT_GE(share.share, 0.90) << file << ": wp2x misses " << ::testing::PrintToString(share.missing);
-        const readers::WordShare all = readers::shareOfWords(readers::libwpd(path).text, readers::wp2x(path).text);
-        RecordProperty(std::string(file) + " percent of all words", static_cast<int>(std::lround(all.share * 100)));
+        const readers::WordShare all =
+            readers::shareOfWords(readers::libwpd(path).text, readers::wp2x(path).text);
+        RecordProperty(std::string(file) + " percent of all words",
+                       static_cast<int>(std::lround(all.share * 100)));
     }
 }
 

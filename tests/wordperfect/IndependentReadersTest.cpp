@@ -22,24 +22,29 @@ struct Fixture {
 };
 
 const std::string listStyle =
-    "<text:list-style style:name=\"L\"><text:list-level-style-bullet text:level=\"1\" text:bullet-char=\"\u2022\">"
+    "<text:list-style style:name=\"L\"><text:list-level-style-bullet text:level=\"1\" "
+    "text:bullet-char=\"\u2022\">"
     "<style:list-level-properties text:list-level-position-and-space-mode=\"label-alignment\">"
     "<style:list-level-label-alignment text:label-followed-by=\"listtab\" fo:margin-left=\"0.5in\""
-    " fo:text-indent=\"-0.25in\"/></style:list-level-properties></text:list-level-style-bullet></text:list-style>"
-    "<style:style style:name=\"HG\" style:family=\"paragraph\"><style:paragraph-properties fo:margin-left=\"1in\""
+    " fo:text-indent=\"-0.25in\"/></style:list-level-properties></text:list-level-style-bullet></"
+    "text:list-style>"
+    "<style:style style:name=\"HG\" style:family=\"paragraph\"><style:paragraph-properties "
+    "fo:margin-left=\"1in\""
     " fo:text-indent=\"-0.5in\"/></style:style>";
 
 const std::string tabStyle =
     "<style:style style:name=\"TB\" style:family=\"paragraph\"><style:paragraph-properties><style:tab-stops>"
     "<style:tab-stop style:position=\"1.5in\" style:type=\"center\"/>"
-    "<style:tab-stop style:position=\"3in\" style:type=\"right\" style:leader-style=\"dotted\" style:leader-text=\".\"/>"
+    "<style:tab-stop style:position=\"3in\" style:type=\"right\" style:leader-style=\"dotted\" "
+    "style:leader-text=\".\"/>"
     "<style:tab-stop style:position=\"4.5in\" style:type=\"char\" style:char=\".\"/>"
     "</style:tab-stops></style:paragraph-properties></style:style>";
 
 const std::string columnStyle =
     "<style:style style:name=\"S\" style:family=\"section\"><style:section-properties>"
     "<style:columns fo:column-count=\"2\" fo:column-gap=\"0.5in\"/></style:section-properties></style:style>"
-    "<style:style style:name=\"CB\" style:family=\"paragraph\"><style:paragraph-properties fo:break-before=\"column\"/>"
+    "<style:style style:name=\"CB\" style:family=\"paragraph\"><style:paragraph-properties "
+    "fo:break-before=\"column\"/>"
     "</style:style>";
 
 std::string table(int rows, int columns)
@@ -57,7 +62,8 @@ std::string table(int rows, int columns)
 }
 
 const Fixture fixtures[] = {
-    {"PlainParagraphs", "", "<text:p>first paragraph of words</text:p><text:p>second paragraph here</text:p>"},
+    {"PlainParagraphs", "",
+     "<text:p>first paragraph of words</text:p><text:p>second paragraph here</text:p>"},
     {"SummaryInItsOwnIndexBlock", "", "<text:p>body words</text:p>", "",
      "<office:meta><dc:title>Title words</dc:title><dc:subject>Subject words</dc:subject>"
      "<dc:creator>Author Name</dc:creator><dc:description>Abstract words</dc:description>"
@@ -65,7 +71,8 @@ const Fixture fixtures[] = {
     {"HangingListAndParagraph", listStyle,
      "<text:list text:style-name=\"L\"><text:list-item><text:p>apple words</text:p></text:list-item>"
      "<text:list-item><text:p>pear words</text:p></text:list-item></text:list>"
-     "<text:p text:style-name=\"HG\">hanging paragraph words that run on</text:p><text:p>after list</text:p>"},
+     "<text:p text:style-name=\"HG\">hanging paragraph words that run on</text:p><text:p>after "
+     "list</text:p>"},
     {"AlignedTabStops", tabStyle,
      "<text:p text:style-name=\"TB\">left<text:tab/>centre<text:tab/>right<text:tab/>12.50</text:p>"
      "<text:p text:style-name=\"TB\">name<text:tab/>middle<text:tab/>page<text:tab/>3.25</text:p>"
@@ -75,19 +82,27 @@ const Fixture fixtures[] = {
      "<style:style style:name=\"R1\" style:family=\"table-row\"><style:table-row-properties"
      " style:min-row-height=\"1in\"/></style:style><style:style style:name=\"M\" style:family=\"table-cell\">"
      "<style:table-cell-properties style:vertical-align=\"middle\"/></style:style>",
-     "<table:table table:name=\"t\"><table:table-column table:number-columns-repeated=\"2\"/><table:table-header-rows>"
-     "<table:table-row><table:table-cell><text:p>head words</text:p></table:table-cell><table:table-cell><text:p>more"
+     "<table:table table:name=\"t\"><table:table-column "
+     "table:number-columns-repeated=\"2\"/><table:table-header-rows>"
+     "<table:table-row><table:table-cell><text:p>head "
+     "words</text:p></table:table-cell><table:table-cell><text:p>more"
      " head</text:p></table:table-cell></table:table-row></table:table-header-rows><table:table-row"
-     " table:style-name=\"R1\"><table:table-cell table:style-name=\"M\"><text:p>tall words</text:p></table:table-cell><table:table-cell>"
-     "<text:p>tall more</text:p></table:table-cell></table:table-row></table:table><text:p>after rows</text:p>"},
+     " table:style-name=\"R1\"><table:table-cell table:style-name=\"M\"><text:p>tall "
+     "words</text:p></table:table-cell><table:table-cell>"
+     "<text:p>tall more</text:p></table:table-cell></table:table-row></table:table><text:p>after "
+     "rows</text:p>"},
     {"NestedTable", "",
-     "<text:p>before outer</text:p><table:table table:name=\"o\"><table:table-column table:number-columns-repeated=\"2\"/>"
-     "<table:table-row><table:table-cell><text:p>outer words</text:p>" + table(2, 2) +
-         "</table:table-cell><table:table-cell><text:p>right outer</text:p></table:table-cell></table:table-row>"
+     "<text:p>before outer</text:p><table:table table:name=\"o\"><table:table-column "
+     "table:number-columns-repeated=\"2\"/>"
+     "<table:table-row><table:table-cell><text:p>outer words</text:p>" +
+         table(2, 2) +
+         "</table:table-cell><table:table-cell><text:p>right "
+         "outer</text:p></table:table-cell></table:table-row>"
          "</table:table><text:p>after outer</text:p>"},
     {"TwoColumnSectionWithColumnBreak", columnStyle,
      "<text:p>above columns</text:p><text:section text:name=\"s\" text:style-name=\"S\">"
-     "<text:p>left column words</text:p><text:p text:style-name=\"CB\">right column words</text:p></text:section>"
+     "<text:p>left column words</text:p><text:p text:style-name=\"CB\">right column "
+     "words</text:p></text:section>"
      "<text:p>below columns</text:p>"},
     {"NotesHeaderAndFooter", "",
      "<text:p>body<text:note text:note-class=\"footnote\"><text:note-citation>1</text:note-citation>"
@@ -97,7 +112,8 @@ const Fixture fixtures[] = {
      "<style:master-page style:name=\"Standard\"><style:header><text:p>header words</text:p></style:header>"
      "<style:footer><text:p>footer words</text:p></style:footer></style:master-page>"},
     {"SpacedParagraphsAndEmptyHeader",
-     "<style:style style:name=\"SP\" style:family=\"paragraph\"><style:paragraph-properties fo:margin-top=\"0.1in\""
+     "<style:style style:name=\"SP\" style:family=\"paragraph\"><style:paragraph-properties "
+     "fo:margin-top=\"0.1in\""
      " fo:margin-bottom=\"0.2in\"/></style:style>",
      "<text:p>first plain words</text:p><text:p text:style-name=\"SP\">spaced paragraph words</text:p>"
      "<text:p text:style-name=\"SP\">second spaced words</text:p><text:p>last plain words</text:p>",
@@ -107,13 +123,18 @@ const Fixture fixtures[] = {
      " style:horizontal-rel=\"page\" style:vertical-rel=\"page\"/></style:style>",
      "<text:p>paragraph words<draw:frame text:anchor-type=\"paragraph\" svg:x=\"1in\" svg:y=\"0.5in\""
      " svg:width=\"2in\" svg:height=\"1in\"><draw:text-box><text:p>beside words</text:p></draw:text-box>"
-     "</draw:frame> more words</text:p><text:p>page words<draw:frame draw:style-name=\"G\" text:anchor-type=\"page\""
-     " svg:x=\"4in\" svg:y=\"6in\" svg:width=\"2in\" svg:height=\"1in\"><draw:text-box><text:p>placed words</text:p>"
+     "</draw:frame> more words</text:p><text:p>page words<draw:frame draw:style-name=\"G\" "
+     "text:anchor-type=\"page\""
+     " svg:x=\"4in\" svg:y=\"6in\" svg:width=\"2in\" svg:height=\"1in\"><draw:text-box><text:p>placed "
+     "words</text:p>"
      "</draw:text-box></draw:frame></text:p>"},
     {"Characters", "",
-     "<text:p>caf\u00e9 na\u00efve \u00bfqu\u00e9? \u00df \u2022 bullet \u2013 dash \u201cquoted\u201d</text:p>"
-     "<text:p>\u03b1\u03b2\u03b3 Greek \u0416\u0438\u0437\u043d\u044c Cyrillic \u05e9\u05dc\u05d5\u05dd Hebrew"
-     " \u30ab\u30bf\u30ab\u30ca kana \u3072\u3089\u304c\u306a hiragana soft\u00adhyphen non\u2011breaking</text:p>"},
+     "<text:p>caf\u00e9 na\u00efve \u00bfqu\u00e9? \u00df \u2022 bullet \u2013 dash "
+     "\u201cquoted\u201d</text:p>"
+     "<text:p>\u03b1\u03b2\u03b3 Greek \u0416\u0438\u0437\u043d\u044c Cyrillic \u05e9\u05dc\u05d5\u05dd "
+     "Hebrew"
+     " \u30ab\u30bf\u30ab\u30ca kana \u3072\u3089\u304c\u306a hiragana soft\u00adhyphen "
+     "non\u2011breaking</text:p>"},
 };
 
 std::string document(const Fixture &fixture)
@@ -129,7 +150,10 @@ struct Case {
     const char *option;
 };
 
-void PrintTo(const Case &c, std::ostream *os) { *os << c.fixture->name << " " << c.option; }
+void PrintTo(const Case &c, std::ostream *os)
+{
+    *os << c.fixture->name << " " << c.option;
+}
 
 class IndependentReaders : public ::testing::TestWithParam<Case> {};
 
@@ -153,8 +177,9 @@ TEST_P(IndependentReaders, ReadOurFileWithoutComplaintAndFindLibwpdsWords)
     if (!latex.available)
         GTEST_SKIP() << "wp2latex is not installed";
     EXPECT_EQ(latex.status, 0);
-    EXPECT_EQ(readers::beyondWp2latexLimits(latex.complaints, model.document), std::vector<std::string> {});
-    const readers::WordShare byLatex = readers::shareOfWords(readers::asLibwpdReadsIt(model.document), latex.text);
+    EXPECT_EQ(readers::beyondWp2latexLimits(latex.complaints, model.document), std::vector<std::string>{});
+    const readers::WordShare byLatex =
+        readers::shareOfWords(readers::asLibwpdReadsIt(model.document), latex.text);
     EXPECT_GE(byLatex.share, 0.98) << "wp2latex misses " << ::testing::PrintToString(byLatex.missing);
 
     if (std::string(param.option) != "--wp5")
@@ -163,7 +188,7 @@ TEST_P(IndependentReaders, ReadOurFileWithoutComplaintAndFindLibwpdsWords)
     if (!x.available)
         GTEST_SKIP() << "wp2x is not installed";
     EXPECT_EQ(x.status, 0);
-    EXPECT_EQ(x.complaints, std::vector<std::string> {});
+    EXPECT_EQ(x.complaints, std::vector<std::string>{});
     const readers::WordShare byX = readers::shareOfWords(readers::asWp2xReadsIt(model.document), x.text);
     EXPECT_GE(byX.share, 0.90) << "wp2x misses " << ::testing::PrintToString(byX.missing);
 }

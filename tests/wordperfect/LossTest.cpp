@@ -30,47 +30,79 @@ const std::string columns =
 const std::string shading =
     "<style:style style:name=\"Y\" style:family=\"table-cell\"><style:table-cell-properties"
     " fo:background-color=\"#ffff00\" fo:border=\"0.5pt solid #000000\"/></style:style>";
-const std::string lines = "<style:style style:name=\"B\" style:family=\"table-cell\"><style:table-cell-properties"
-                          " fo:border=\"0.5pt solid #000000\"/></style:style>";
-const std::string box = "<draw:frame text:anchor-type=\"as-char\" svg:width=\"2in\" svg:height=\"1in\"><draw:text-box>"
-                        "<text:p>boxed words</text:p></draw:text-box></draw:frame>";
+const std::string lines =
+    "<style:style style:name=\"B\" style:family=\"table-cell\"><style:table-cell-properties"
+    " fo:border=\"0.5pt solid #000000\"/></style:style>";
+const std::string box =
+    "<draw:frame text:anchor-type=\"as-char\" svg:width=\"2in\" svg:height=\"1in\"><draw:text-box>"
+    "<text:p>boxed words</text:p></draw:text-box></draw:frame>";
 
 std::string cell(const std::string &content, const std::string &style = {})
 {
-    return "<table:table-cell" + (style.empty() ? "" : " table:style-name=\"" + style + "\"") + ">" + content +
-           "</table:table-cell>";
+    return "<table:table-cell" + (style.empty() ? "" : " table:style-name=\"" + style + "\"") + ">" +
+           content + "</table:table-cell>";
 }
 
 std::string table(const std::string &cells)
 {
     return "<table:table table:name=\"t\"><table:table-column table:number-columns-repeated=\"2\"/>"
-           "<table:table-row>" + cells + "</table:table-row></table:table>";
+           "<table:table-row>" +
+           cells + "</table:table-row></table:table>";
 }
 
 const Case cases[] = {
-    {"NothingLost", lines, "<text:p>plain words " + box + "</text:p>" +
-                              table(cell("<text:p>a</text:p>", "B") + cell("<text:p>b</text:p>", "B")),
-     {}, {loss::textBoxes}},
-    {"CellsWithoutLines", "", table(cell("<text:p>a</text:p>") + cell("<text:p>b</text:p>")), {}, {loss::cellBorders}},
-    {"NestedTable", lines,
+    {"NothingLost",
+     lines,
+     "<text:p>plain words " + box + "</text:p>" +
+         table(cell("<text:p>a</text:p>", "B") + cell("<text:p>b</text:p>", "B")),
+     {},
+     {loss::textBoxes}},
+    {"CellsWithoutLines",
+     "",
+     table(cell("<text:p>a</text:p>") + cell("<text:p>b</text:p>")),
+     {},
+     {loss::cellBorders}},
+    {"NestedTable",
+     lines,
      table(cell(table(cell("<text:p>inner a</text:p>", "B") + cell("<text:p>inner b</text:p>", "B")), "B") +
            cell("<text:p>b</text:p>", "B")),
-     {loss::nestedTables}, {loss::nestedTables}},
-    {"TextBoxInAHeader", "", "<text:p>body</text:p>", {loss::textBoxes}, {loss::textBoxes},
-     "<style:master-page style:name=\"Standard\"><style:header><text:p>head " + box + "</text:p></style:header>"
-     "</style:master-page>"},
-    {"Columns", columns,
-     "<text:section text:name=\"s\" text:style-name=\"S\"><text:p>left words</text:p><text:p>more</text:p></text:section>",
-     {}, {loss::textColumns}},
-    {"CellShading", shading + lines,
-     table(cell("<text:p>yellow</text:p>", "Y") + cell("<text:p>plain</text:p>", "B")), {}, {loss::cellShading}},
-    {"Comment", "",
-     "<text:p>noted<office:annotation><dc:creator>Ann</dc:creator><text:p>a remark</text:p></office:annotation>"
+     {loss::nestedTables},
+     {loss::nestedTables}},
+    {"TextBoxInAHeader",
+     "",
+     "<text:p>body</text:p>",
+     {loss::textBoxes},
+     {loss::textBoxes},
+     "<style:master-page style:name=\"Standard\"><style:header><text:p>head " + box +
+         "</text:p></style:header>"
+         "</style:master-page>"},
+    {"Columns",
+     columns,
+     "<text:section text:name=\"s\" text:style-name=\"S\"><text:p>left "
+     "words</text:p><text:p>more</text:p></text:section>",
+     {},
+     {loss::textColumns}},
+    {"CellShading",
+     shading + lines,
+     table(cell("<text:p>yellow</text:p>", "Y") + cell("<text:p>plain</text:p>", "B")),
+     {},
+     {loss::cellShading}},
+    {"Comment",
+     "",
+     "<text:p>noted<office:annotation><dc:creator>Ann</dc:creator><text:p>a "
+     "remark</text:p></office:annotation>"
      " words</text:p>",
-     {loss::comments}, {loss::comments}},
-    {"HiraganaAndKanji", "", "<text:p>\u3072\u3089\u304C\u306A \u6F22\u5B57</text:p>",
-     {loss::hiraganaAsKatakana, loss::charactersWordPerfect}, {loss::charactersWordPerfect}},
-    {"EachKindOnce", "", "<text:p>\u6F22 one</text:p><text:p>\u5B57 two</text:p>", {loss::charactersWordPerfect},
+     {loss::comments},
+     {loss::comments}},
+    {"HiraganaAndKanji",
+     "",
+     "<text:p>\u3072\u3089\u304C\u306A \u6F22\u5B57</text:p>",
+     {loss::hiraganaAsKatakana, loss::charactersWordPerfect},
+     {loss::charactersWordPerfect}},
+    {"EachKindOnce",
+     "",
+     "<text:p>\u6F22 one</text:p><text:p>\u5B57 two</text:p>",
+     {loss::charactersWordPerfect},
      {loss::charactersWordPerfect}},
 };
 
@@ -79,7 +111,10 @@ struct Conversion {
     const char *option;
 };
 
-void PrintTo(const Conversion &conversion, std::ostream *os) { *os << conversion.c->name << " " << conversion.option; }
+void PrintTo(const Conversion &conversion, std::ostream *os)
+{
+    *os << conversion.c->name << " " << conversion.option;
+}
 
 class Losses : public ::testing::TestWithParam<Conversion> {};
 

@@ -46,10 +46,12 @@ std::string encryptedPackage()
     const std::string manifest =
         "<?xml version=\"1.0\" encoding=\"UTF-8\"?><manifest:manifest"
         " xmlns:manifest=\"urn:oasis:names:tc:opendocument:xmlns:manifest:1.0\">"
-        "<manifest:file-entry manifest:full-path=\"/\" manifest:media-type=\"application/vnd.oasis.opendocument.text\"/>"
+        "<manifest:file-entry manifest:full-path=\"/\" "
+        "manifest:media-type=\"application/vnd.oasis.opendocument.text\"/>"
         "<manifest:file-entry manifest:full-path=\"content.xml\" manifest:media-type=\"text/xml\">"
         "<manifest:encryption-data manifest:checksum-type=\"SHA1/1K\" manifest:checksum=\"AAAA\">"
-        "<manifest:algorithm manifest:algorithm-name=\"Blowfish CFB\" manifest:initialisation-vector=\"AAAA\"/>"
+        "<manifest:algorithm manifest:algorithm-name=\"Blowfish CFB\" "
+        "manifest:initialisation-vector=\"AAAA\"/>"
         "</manifest:encryption-data></manifest:file-entry></manifest:manifest>";
     const std::string content = "\x8f\x12\x00\xffnot xml at all";
     return zipOf({{"mimetype", "application/vnd.oasis.opendocument.text"},
@@ -91,8 +93,10 @@ TEST(Odt2Wp5Failures, SayWhyInOneLineAndLeaveNoFile)
         argv.insert(argv.end(), run.arguments.begin(), run.arguments.end());
         const ProgramRun result = ProgramRun::of(argv);
         EXPECT_EQ(result.status, run.expected.status) << run.expected.name;
-        EXPECT_EQ(std::count(result.err.begin(), result.err.end(), '\n'), 1) << run.expected.name << ": " << result.err;
-        EXPECT_NE(result.err.find(run.expected.messagePart), std::string::npos) << run.expected.name << ": " << result.err;
+        EXPECT_EQ(std::count(result.err.begin(), result.err.end(), '\n'), 1)
+            << run.expected.name << ": " << result.err;
+        EXPECT_NE(result.err.find(run.expected.messagePart), std::string::npos)
+            << run.expected.name << ": " << result.err;
         EXPECT_EQ(result.out, "") << run.expected.name;
         EXPECT_FALSE(ScratchFolder::readFile(run.destination).size()) << run.expected.name;
     }
@@ -115,7 +119,8 @@ TEST(Odt2Wp5Failures, ReplacesAnOldDestinationWhole)
     ASSERT_EQ(::stat(destination.c_str(), &status), 0);
     const mode_t mask = ::umask(0);
     ::umask(mask);
-    EXPECT_EQ(status.st_mode & 0777, 0666 & ~mask) << "permissions of any new file, not private to its writer";
+    EXPECT_EQ(status.st_mode & 0777, 0666 & ~mask)
+        << "permissions of any new file, not private to its writer";
 }
 
 TEST(Odt2Wp5Output, APackageNeverReachesOutsideItself)
@@ -128,7 +133,8 @@ TEST(Odt2Wp5Output, APackageNeverReachesOutsideItself)
         " xmlns:draw=\"urn:oasis:names:tc:opendocument:xmlns:drawing:1.0\""
         " xmlns:svg=\"urn:oasis:names:tc:opendocument:xmlns:svg-compatible:1.0\""
         " xmlns:xlink=\"http://www.w3.org/1999/xlink\" office:version=\"1.3\"><office:body><office:text>"
-        "<text:p>inside<draw:frame svg:width=\"1in\" svg:height=\"1in\"><draw:image xlink:href=\"../../escaped.txt\"/>"
+        "<text:p>inside<draw:frame svg:width=\"1in\" svg:height=\"1in\"><draw:image "
+        "xlink:href=\"../../escaped.txt\"/>"
         "</draw:frame><draw:frame><draw:image xlink:href=\"/etc/passwd\"/></draw:frame><draw:frame>"
         "<draw:image xlink:href=\"file:///etc/passwd\"/></draw:frame></text:p></office:text></office:body>"
         "</office:document-content>";
@@ -142,7 +148,7 @@ TEST(Odt2Wp5Output, APackageNeverReachesOutsideItself)
     const std::string destination = scratch.file("deep/er/a.wpd");
     const ProgramRun run = ProgramRun::of({ODT2WP5_PATH, "--wp6", source, destination});
     EXPECT_EQ(run.status, 0) << run.err;
-    EXPECT_EQ(scratch.names(), (std::set<std::string> {"deep"}));
+    EXPECT_EQ(scratch.names(), (std::set<std::string>{"deep"}));
     EXPECT_FALSE(std::filesystem::exists(scratch.file("escaped.txt")));
     EXPECT_FALSE(std::filesystem::exists("/tmp/quillmorph-absolute.txt"));
     const std::string written = ScratchFolder::readFile(destination);
@@ -177,7 +183,7 @@ TEST(Odt2Wp5Output, APictureWithDamagedBase64IsLeftOut)
         const ProgramRun run = ProgramRun::of({ODT2WP5_PATH, version, source, destination});
         ASSERT_EQ(run.status, 0) << version << ": " << run.err;
         EXPECT_EQ(richtext::Losses::fromStderr(run.err).kinds(),
-                  std::vector<std::string> {std::string(richtext::loss::unreadablePictures)})
+                  std::vector<std::string>{std::string(richtext::loss::unreadablePictures)})
             << run.err;
         EXPECT_NE(ProgramRun::of({WPD2TEXT_PATH, destination}).out.find("kept"), std::string::npos);
     }

@@ -73,8 +73,9 @@ std::string redBluePng(unsigned left = 0xFF0000, unsigned right = 0x0000FF)
     for (int y = 0; y < 2; ++y)
         for (int x = 0; x < 4; ++x) {
             const unsigned rgb = x < 2 ? left : right;
-            pixels.insert(pixels.end(), {static_cast<unsigned char>(rgb >> 16), static_cast<unsigned char>(rgb >> 8),
-                                         static_cast<unsigned char>(rgb)});
+            pixels.insert(pixels.end(),
+                          {static_cast<unsigned char>(rgb >> 16), static_cast<unsigned char>(rgb >> 8),
+                           static_cast<unsigned char>(rgb)});
         }
     png_image image{};
     image.version = PNG_IMAGE_VERSION;
@@ -118,17 +119,22 @@ Drawn drawnBy(const std::string &graphic)
     if (start == std::string::npos)
         return {};
     const auto end = page.find('"', start);
-    const librevenge::RVNGBinaryData dib(librevenge::RVNGString(page.substr(start + marker.size(), end - start - marker.size()).c_str()));
+    const librevenge::RVNGBinaryData dib(
+        librevenge::RVNGString(page.substr(start + marker.size(), end - start - marker.size()).c_str()));
     const unsigned char *bmp = dib.getDataBuffer();
     if (dib.size() < 54 || bmp[0] != 'B' || bmp[1] != 'M' || bmp[28] != 32)
         return {};
-    auto u32 = [&](std::size_t at) { return unsigned(bmp[at]) | bmp[at + 1] << 8 | bmp[at + 2] << 16 | unsigned(bmp[at + 3]) << 24; };
+    auto u32 = [&](std::size_t at) {
+        return unsigned(bmp[at]) | bmp[at + 1] << 8 | bmp[at + 2] << 16 | unsigned(bmp[at + 3]) << 24;
+    };
     const unsigned offset = u32(10), width = u32(18), height = u32(22);
     if (dib.size() < offset + std::size_t(width) * height * 4)
         return {};
     // Rows run bottom-up; pixels are blue, green, red, alpha.
     const unsigned char *top = bmp + offset + std::size_t(height - 1) * width * 4;
-    auto rgb = [&](unsigned x) { return unsigned(top[x * 4 + 2]) << 16 | unsigned(top[x * 4 + 1]) << 8 | top[x * 4]; };
+    auto rgb = [&](unsigned x) {
+        return unsigned(top[x * 4 + 2]) << 16 | unsigned(top[x * 4 + 1]) << 8 | top[x * 4];
+    };
     return {true, rgb(0), rgb(width - 1)};
 }
 
@@ -153,8 +159,10 @@ protected:
 
 std::string pictureBody(const std::string &mime, const std::string &bytes)
 {
-    return "<text:p>before <draw:frame text:anchor-type=\"as-char\" svg:width=\"2in\" svg:height=\"1in\"><draw:image"
-           " draw:mime-type=\"" + mime + "\"><office:binary-data>" + base64(bytes) +
+    return "<text:p>before <draw:frame text:anchor-type=\"as-char\" svg:width=\"2in\" "
+           "svg:height=\"1in\"><draw:image"
+           " draw:mime-type=\"" +
+           mime + "\"><office:binary-data>" + base64(bytes) +
            "</office:binary-data></draw:image></draw:frame> after</text:p>";
 }
 
@@ -168,17 +176,19 @@ TEST_P(PicturesAndPages, WritesPicturesAsGraphicsBoxesAndCountsTheOthers)
     };
     const Case cases[] = {
         {"png", pictureBody("image/png", redBluePng()), 1, nullptr},
-        {"svg", pictureBody("image/svg+xml", "<svg xmlns=\"http://www.w3.org/2000/svg\" width=\"4\" height=\"2\">"
-                                             "<rect width=\"2\" height=\"2\" fill=\"red\"/><rect x=\"2\" width=\"2\""
-                                             " height=\"2\" fill=\"blue\"/></svg>"), 1, nullptr},
-        // 4x2, left half red, right half blue; the LZW stream clears before every pixel.
-        {"gif", pictureBody("image/gif", std::string("GIF89a\x04\x00\x02\x00\x81\x00\x00\xFF\x00\x00\x00\x00\xFF"
-                                                     "\xFF\xFF\xFF\x00\x00\x00\x2C\x00\x00\x00\x00\x04\x00\x02"
-                                                     "\x00\x00\x02\x07\x04\xC1\x30\x04\xC1\x30\x05\x00\x3B",
-                                                     46)),
+        {"svg",
+         pictureBody("image/svg+xml", "<svg xmlns=\"http://www.w3.org/2000/svg\" width=\"4\" height=\"2\">"
+                                      "<rect width=\"2\" height=\"2\" fill=\"red\"/><rect x=\"2\" width=\"2\""
+                                      " height=\"2\" fill=\"blue\"/></svg>"),
          1, nullptr},
-        {"bmp", pictureBody("image/bmp", "BM\x46\x00\x00\x00"), 0,
-         richtext::loss::pictureFormats.data()},
+        // 4x2, left half red, right half blue; the LZW stream clears before every pixel.
+        {"gif",
+         pictureBody("image/gif", std::string("GIF89a\x04\x00\x02\x00\x81\x00\x00\xFF\x00\x00\x00\x00\xFF"
+                                              "\xFF\xFF\xFF\x00\x00\x00\x2C\x00\x00\x00\x00\x04\x00\x02"
+                                              "\x00\x00\x02\x07\x04\xC1\x30\x04\xC1\x30\x05\x00\x3B",
+                                              46)),
+         1, nullptr},
+        {"bmp", pictureBody("image/bmp", "BM\x46\x00\x00\x00"), 0, richtext::loss::pictureFormats.data()},
     };
     for (const Case &c : cases) {
         SCOPED_TRACE(c.name);
@@ -187,7 +197,7 @@ TEST_P(PicturesAndPages, WritesPicturesAsGraphicsBoxesAndCountsTheOthers)
         const auto images = imagesOf(back.document);
         ASSERT_EQ(static_cast<int>(images.size()), c.boxes);
         EXPECT_EQ(richtext::Losses::fromStderr(warnings).kinds(),
-                  c.warning ? std::vector<std::string> {c.warning} : std::vector<std::string> {})
+                  c.warning ? std::vector<std::string>{c.warning} : std::vector<std::string>{})
             << warnings;
         if (!c.boxes)
             continue;
@@ -220,27 +230,35 @@ TEST_P(PicturesAndPages, KeepsTheExactColoursOfAPictureOfFewColours)
 // A picture centred on a line of its own stays centred; one standing in the text stays in its line.
 TEST_P(PicturesAndPages, KeepsACentredPictureCentred)
 {
-    const std::string image = "<draw:image draw:mime-type=\"image/png\"><office:binary-data>" + base64(redBluePng()) +
-                              "</office:binary-data></draw:image></draw:frame>";
-    const std::string styles = "<style:style style:name=\"fr1\" style:family=\"graphic\"><style:graphic-properties"
-                               " style:horizontal-pos=\"center\" style:horizontal-rel=\"paragraph\"/></style:style>";
+    const std::string image = "<draw:image draw:mime-type=\"image/png\"><office:binary-data>" +
+                              base64(redBluePng()) + "</office:binary-data></draw:image></draw:frame>";
+    const std::string styles =
+        "<style:style style:name=\"fr1\" style:family=\"graphic\"><style:graphic-properties"
+        " style:horizontal-pos=\"center\" style:horizontal-rel=\"paragraph\"/></style:style>";
     struct Case {
         const char *name;
         std::string body;
         const char *pictureAlign;
     };
     const Case cases[] = {
-        {"own line", "<text:p><draw:frame draw:style-name=\"fr1\" text:anchor-type=\"paragraph\" svg:width=\"2in\""
-                     " svg:height=\"1in\">" + image + "</text:p><text:p>after</text:p>", "center"},
-        {"in the text", "<text:p>words <draw:frame draw:style-name=\"fr1\" text:anchor-type=\"as-char\""
-                        " svg:width=\"2in\" svg:height=\"1in\">" + image + "</text:p><text:p>after</text:p>", "left"},
+        {"own line",
+         "<text:p><draw:frame draw:style-name=\"fr1\" text:anchor-type=\"paragraph\" svg:width=\"2in\""
+         " svg:height=\"1in\">" +
+             image + "</text:p><text:p>after</text:p>",
+         "center"},
+        {"in the text",
+         "<text:p>words <draw:frame draw:style-name=\"fr1\" text:anchor-type=\"as-char\""
+         " svg:width=\"2in\" svg:height=\"1in\">" +
+             image + "</text:p><text:p>after</text:p>",
+         "left"},
     };
     for (const Case &c : cases) {
         SCOPED_TRACE(c.name);
         const auto back = convert(wptest::flatOdt(styles, c.body));
         const auto paragraphs = back.document.paragraphs();
-        const auto holder = std::find_if(paragraphs.begin(), paragraphs.end(),
-                                         [](const richtext::Paragraph *p) { return firstImage(*p) != nullptr; });
+        const auto holder =
+            std::find_if(paragraphs.begin(), paragraphs.end(),
+                         [](const richtext::Paragraph *p) { return firstImage(*p) != nullptr; });
         ASSERT_NE(holder, paragraphs.end());
         EXPECT_EQ(wptest::property((*holder)->properties, "fo:text-align"), c.pictureAlign);
         const richtext::Paragraph *after = wptest::paragraphWith(back.document, "after");
@@ -263,8 +281,10 @@ TEST_P(PicturesAndPages, KeepsThePaperSize)
     for (const Case &c : cases) {
         SCOPED_TRACE(std::string(c.width) + " x " + c.height);
         const auto back = convert(wptest::flatOdt(
-            std::string("<style:page-layout style:name=\"pm1\"><style:page-layout-properties fo:page-width=\"") + c.width +
-                "\" fo:page-height=\"" + c.height + "\" fo:margin-left=\"1in\" fo:margin-right=\"1in\""
+            std::string(
+                "<style:page-layout style:name=\"pm1\"><style:page-layout-properties fo:page-width=\"") +
+                c.width + "\" fo:page-height=\"" + c.height +
+                "\" fo:margin-left=\"1in\" fo:margin-right=\"1in\""
                 " fo:margin-top=\"1in\" fo:margin-bottom=\"1in\"/></style:page-layout>",
             "<text:p>page text</text:p>",
             "<style:master-page style:name=\"Standard\" style:page-layout-name=\"pm1\"/>"));
@@ -281,8 +301,8 @@ TEST_P(PicturesAndPages, CorpusPicturesBecomeGraphicsBoxes)
     if (!std::filesystem::is_directory(office))
         GTEST_SKIP() << "the shared corpus is not here: " << office;
     // equation.odt's formula comes as LibreOffice's replacement picture, a StarView metafile.
-    for (const char *name : {"embedded-png.odt", "testODTEmbedded.odt", "demoLibreOfficeImagePasteBug.odt",
-                             "equation.odt"}) {
+    for (const char *name :
+         {"embedded-png.odt", "testODTEmbedded.odt", "demoLibreOfficeImagePasteBug.odt", "equation.odt"}) {
         SCOPED_TRACE(name);
         const std::string path = (office / name).string();
         richtext::ModelBuilder source;
@@ -304,16 +324,18 @@ INSTANTIATE_TEST_SUITE_P(BothVersions, PicturesAndPages, ::testing::ValuesIn(ver
 // A one-paragraph flat document whose metadata fills every field of a document summary.
 std::string withMetadata(const std::string &title)
 {
-    return
-        "<?xml version=\"1.0\" encoding=\"UTF-8\"?><office:document"
-        " xmlns:office=\"urn:oasis:names:tc:opendocument:xmlns:office:1.0\""
-        " xmlns:text=\"urn:oasis:names:tc:opendocument:xmlns:text:1.0\""
-        " xmlns:dc=\"http://purl.org/dc/elements/1.1/\" xmlns:meta=\"urn:oasis:names:tc:opendocument:xmlns:meta:1.0\""
-        " office:version=\"1.3\" office:mimetype=\"application/vnd.oasis.opendocument.text\"><office:meta>"
-        "<dc:title>" + title + "</dc:title><meta:initial-creator>Ada Lovelace</meta:initial-creator>"
-        "<dc:subject>Finances</dc:subject><dc:description>A short summary</dc:description>"
-        "<meta:keyword>money</meta:keyword></office:meta><office:body><office:text><text:p>x</text:p>"
-        "</office:text></office:body></office:document>";
+    return "<?xml version=\"1.0\" encoding=\"UTF-8\"?><office:document"
+           " xmlns:office=\"urn:oasis:names:tc:opendocument:xmlns:office:1.0\""
+           " xmlns:text=\"urn:oasis:names:tc:opendocument:xmlns:text:1.0\""
+           " xmlns:dc=\"http://purl.org/dc/elements/1.1/\" "
+           "xmlns:meta=\"urn:oasis:names:tc:opendocument:xmlns:meta:1.0\""
+           " office:version=\"1.3\" office:mimetype=\"application/vnd.oasis.opendocument.text\"><office:meta>"
+           "<dc:title>" +
+           title +
+           "</dc:title><meta:initial-creator>Ada Lovelace</meta:initial-creator>"
+           "<dc:subject>Finances</dc:subject><dc:description>A short summary</dc:description>"
+           "<meta:keyword>money</meta:keyword></office:meta><office:body><office:text><text:p>x</text:p>"
+           "</office:text></office:body></office:document>";
 }
 
 // Only WordPerfect 6 has a document summary libwpd reads.
@@ -326,8 +348,11 @@ TEST(WordPerfect6Summary, CarriesTheDocumentMetadata)
     const auto back = wptest::readWordPerfect(ScratchFolder::readFile(destination));
     ASSERT_TRUE(back.ok);
     const std::pair<const char *, const char *> expected[] = {
-        {"librevenge:descriptive-name", "Quarterly Report"}, {"meta:initial-creator", "Ada Lovelace"},
-        {"dc:subject", "Finances"}, {"dc:description", "A short summary"}, {"meta:keyword", "money"}};
+        {"librevenge:descriptive-name", "Quarterly Report"},
+        {"meta:initial-creator", "Ada Lovelace"},
+        {"dc:subject", "Finances"},
+        {"dc:description", "A short summary"},
+        {"meta:keyword", "money"}};
     for (const auto &[name, value] : expected)
         EXPECT_EQ(wptest::property(back.document.metadata, name), value) << name;
 }
@@ -335,8 +360,10 @@ TEST(WordPerfect6Summary, CarriesTheDocumentMetadata)
 // The document summary packet of a 5.1 file, found through the chained index blocks; empty if none.
 std::string summaryPacketOf(const std::string &file)
 {
-    auto u16 = [&](std::size_t at) { return static_cast<unsigned>(static_cast<unsigned char>(file.at(at))) |
-                                            static_cast<unsigned>(static_cast<unsigned char>(file.at(at + 1))) << 8; };
+    auto u16 = [&](std::size_t at) {
+        return static_cast<unsigned>(static_cast<unsigned char>(file.at(at))) |
+               static_cast<unsigned>(static_cast<unsigned char>(file.at(at + 1))) << 8;
+    };
     auto u32 = [&](std::size_t at) { return u16(at) | u16(at + 2) << 16; };
     for (std::size_t block = 16; block != 0 && block + 50 <= file.size(); block = u32(block + 6)) {
         if (u16(block) != 0xFFFB)
@@ -375,7 +402,8 @@ Summary51 readSummary51(const std::string &packet)
     summary.markers = packet.size() == at + 12 && static_cast<unsigned char>(packet[at]) == 0xFF &&
                       static_cast<unsigned char>(packet.back()) == 0xFF;
     if (summary.markers)
-        summary.year = static_cast<unsigned char>(packet[at + 1]) | static_cast<unsigned char>(packet[at + 2]) << 8;
+        summary.year = static_cast<unsigned char>(packet[at + 1]) | static_cast<unsigned char>(packet[at + 2])
+                                                                        << 8;
     return summary;
 }
 
@@ -402,7 +430,8 @@ TEST(WordPerfect51Summary, IsLaidOutAsRealFilesHaveIt)
     EXPECT_EQ(ours.name[11], '\xC0') << "é as a WordPerfect character code, C0 number set C0";
     EXPECT_EQ(ours.name.substr(14, 5), "\xC0port");
     EXPECT_EQ(ours.name.find_first_not_of(' ', 21), std::string::npos) << "padded with spaces";
-    EXPECT_EQ(ours.fields, (std::vector<std::string> {"Finances", "Ada Lovelace", "", "A short summary", "", "money"}));
+    EXPECT_EQ(ours.fields,
+              (std::vector<std::string>{"Finances", "Ada Lovelace", "", "A short summary", "", "money"}));
     EXPECT_GE(ours.year, 2024);
 }
 

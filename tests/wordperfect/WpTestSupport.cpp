@@ -7,7 +7,8 @@
 
 namespace wptest {
 
-std::string flatOdt(const std::string &automaticStyles, const std::string &body, const std::string &masterStyles)
+std::string flatOdt(const std::string &automaticStyles, const std::string &body,
+                    const std::string &masterStyles)
 {
     return "<?xml version=\"1.0\" encoding=\"UTF-8\"?>"
            "<office:document"
@@ -22,8 +23,7 @@ std::string flatOdt(const std::string &automaticStyles, const std::string &body,
            " xmlns:draw=\"urn:oasis:names:tc:opendocument:xmlns:drawing:1.0\""
            " office:version=\"1.3\" office:mimetype=\"application/vnd.oasis.opendocument.text\">"
            "<office:automatic-styles>" +
-           automaticStyles +
-           "</office:automatic-styles><office:master-styles>" + masterStyles +
+           automaticStyles + "</office:automatic-styles><office:master-styles>" + masterStyles +
            "</office:master-styles><office:body><office:text>" + body +
            "</office:text></office:body></office:document>";
 }

@@ -9,7 +9,8 @@
 namespace wptest {
 
 // A flat OpenDocument text with these automatic styles, master styles and body.
-std::string flatOdt(const std::string &automaticStyles, const std::string &body, const std::string &masterStyles = {});
+std::string flatOdt(const std::string &automaticStyles, const std::string &body,
+                    const std::string &masterStyles = {});
 
 struct ReadBack {
     bool ok = false; // libwpd took the file as a supported WordPerfect document

@@ -6,7 +6,10 @@
 namespace richtext::wordperfect {
 
 // WordPerfect stores every integer little-endian.
-inline void put8(std::string &out, unsigned value) { out += static_cast<char>(value & 0xFF); }
+inline void put8(std::string &out, unsigned value)
+{
+    out += static_cast<char>(value & 0xFF);
+}
 inline void put16(std::string &out, unsigned value)
 {
     put8(out, value);

@@ -63,8 +63,9 @@ CharacterMap::CharacterMap(bool wp6)
             candidates.push_back({std::move(text), entry.set, entry.number});
     }
     for (auto &[first, candidates] : byFirst) {
-        std::stable_sort(candidates.begin(), candidates.end(),
-                         [](const Candidate &a, const Candidate &b) { return a.text.size() > b.text.size(); });
+        std::stable_sort(candidates.begin(), candidates.end(), [](const Candidate &a, const Candidate &b) {
+            return a.text.size() > b.text.size();
+        });
     }
 }
 
@@ -98,7 +99,7 @@ std::u32string CharacterMap::otherWidth(char32_t c)
 {
     for (const KanaWidths &kana : kanaWidths) {
         if (kana.full == c)
-            return kana.halfMark ? std::u32string {kana.half, kana.halfMark} : std::u32string(1, kana.half);
+            return kana.halfMark ? std::u32string{kana.half, kana.halfMark} : std::u32string(1, kana.half);
         if (kana.half == c && !kana.halfMark)
             return std::u32string(1, kana.full);
     }
@@ -122,13 +123,21 @@ std::u32string CharacterMap::decodeUtf8(std::string_view utf8)
     out.reserve(utf8.size());
     for (std::size_t i = 0; i < utf8.size();) {
         const unsigned char lead = static_cast<unsigned char>(utf8[i]);
-        const int extra = lead < 0x80 ? 0 : lead < 0xC0 ? -1 : lead < 0xE0 ? 1 : lead < 0xF0 ? 2 : lead < 0xF8 ? 3 : -1;
+        const int extra = lead < 0x80   ? 0
+                          : lead < 0xC0 ? -1
+                          : lead < 0xE0 ? 1
+                          : lead < 0xF0 ? 2
+                          : lead < 0xF8 ? 3
+                                        : -1;
         if (extra < 0 || i + extra >= utf8.size() + (extra == 0 ? 1 : 0)) {
             out += U'\uFFFD'; // a stray or truncated byte
             ++i;
             continue;
         }
-        char32_t cp = extra == 0 ? lead : extra == 1 ? (lead & 0x1F) : extra == 2 ? (lead & 0x0F) : (lead & 0x07);
+        char32_t cp = extra == 0   ? lead
+                      : extra == 1 ? (lead & 0x1F)
+                      : extra == 2 ? (lead & 0x0F)
+                                   : (lead & 0x07);
         bool valid = true;
         for (int k = 1; k <= extra; ++k) {
             const unsigned char next = static_cast<unsigned char>(utf8[i + k]);

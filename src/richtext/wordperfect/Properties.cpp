@@ -78,7 +78,8 @@ CharacterFormat characterFormatOf(const RVNGPropertyList &list)
         set(doubleUnderline);
     else if (!isNone(underlineStyle) || (!isNone(underlineType) && !underlineType.empty()))
         set(underline);
-    if (!isNone(textOf(list, "style:text-line-through-style")) || !isNone(textOf(list, "style:text-line-through-type")))
+    if (!isNone(textOf(list, "style:text-line-through-style")) ||
+        !isNone(textOf(list, "style:text-line-through-type")))
         set(strikeout);
     const std::string position = textOf(list, "style:text-position");
     if (position.rfind("super", 0) == 0 || (!position.empty() && leadingNumber(position).value_or(0) > 0))

@@ -69,7 +69,8 @@ void WordPerfectWriter::openFrame(const RVNGPropertyList &propList)
             at.y += pageSetup().top;
     }
     // A picture centred on its own line (anchored to its paragraph, not standing in the text).
-    frameCentred = textOf(propList, "style:horizontal-pos") == "center" && textOf(propList, "text:anchor-type") != "as-char";
+    frameCentred = textOf(propList, "style:horizontal-pos") == "center" &&
+                   textOf(propList, "text:anchor-type") != "as-char";
 }
 
 void WordPerfectWriter::closeFrame()
@@ -90,7 +91,8 @@ void WordPerfectWriter::insertBinaryObject(const RVNGPropertyList &propList)
         // Damaged base64 is no picture; librevenge's own decoder would throw.
         const librevenge::RVNGBinaryData bytes = richtext::decodeBase64(data->getStr().cstr());
         if (bytes.getDataBuffer()) {
-            const std::string_view picture(reinterpret_cast<const char *>(bytes.getDataBuffer()), bytes.size());
+            const std::string_view picture(reinterpret_cast<const char *>(bytes.getDataBuffer()),
+                                           bytes.size());
             raster = decodeRaster(picture);
             readable = !isRasterFormat(picture);
         }

@@ -147,7 +147,8 @@ void WordPerfectWriter::openTableCell(const RVNGPropertyList &propList)
     const std::string all = textOf(propList, "fo:border");
     for (int side = 0; side < 4; ++side) {
         const std::string border = textOf(propList, sides[side]);
-        if (!isNone(border.empty() ? all : border) && (border.empty() ? all : border).find("none") == std::string::npos)
+        if (!isNone(border.empty() ? all : border) &&
+            (border.empty() ? all : border).find("none") == std::string::npos)
             cell.borders |= 1 << side;
     }
     const std::string align = textOf(propList, "style:vertical-align");

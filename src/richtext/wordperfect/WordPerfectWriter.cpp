@@ -162,10 +162,22 @@ void WordPerfectWriter::closeHeaderFooter(bool footer)
     writeHeaderFooter(footer, occurrence.empty() ? "all" : occurrence, body);
 }
 
-void WordPerfectWriter::openHeader(const RVNGPropertyList &propList) { openHeaderFooter(propList, false); }
-void WordPerfectWriter::closeHeader() { closeHeaderFooter(false); }
-void WordPerfectWriter::openFooter(const RVNGPropertyList &propList) { openHeaderFooter(propList, true); }
-void WordPerfectWriter::closeFooter() { closeHeaderFooter(true); }
+void WordPerfectWriter::openHeader(const RVNGPropertyList &propList)
+{
+    openHeaderFooter(propList, false);
+}
+void WordPerfectWriter::closeHeader()
+{
+    closeHeaderFooter(false);
+}
+void WordPerfectWriter::openFooter(const RVNGPropertyList &propList)
+{
+    openHeaderFooter(propList, true);
+}
+void WordPerfectWriter::closeFooter()
+{
+    closeHeaderFooter(true);
+}
 
 void WordPerfectWriter::breakPage()
 {
@@ -275,7 +287,8 @@ void WordPerfectWriter::flushReturns()
     }
 }
 
-void WordPerfectWriter::startParagraph(const RVNGPropertyList &propList, const std::string &label, bool listItem)
+void WordPerfectWriter::startParagraph(const RVNGPropertyList &propList, const std::string &label,
+                                       bool listItem)
 {
     if (hidden)
         return;
@@ -323,10 +336,11 @@ void WordPerfectWriter::startParagraph(const RVNGPropertyList &propList, const s
         if (format.tabs.empty())
             format.tabs = defaultTabStops(format);
         const int indent = page.left + format.leftIndent - tabOrigin(format);
-        const auto at = std::lower_bound(format.tabs.begin(), format.tabs.end(), indent,
-                                         [](const TabStop &stop, int position) { return stop.position < position; });
+        const auto at =
+            std::lower_bound(format.tabs.begin(), format.tabs.end(), indent,
+                             [](const TabStop &stop, int position) { return stop.position < position; });
         if (at == format.tabs.end() || at->position != indent)
-            format.tabs.insert(at, TabStop {indent, 0, false});
+            format.tabs.insert(at, TabStop{indent, 0, false});
     }
     if (!(format == stream.paragraph)) {
         writeParagraphFormat(stream.paragraph, format);
@@ -437,20 +451,31 @@ namespace {
 std::optional<char32_t> symbolFontMeaning(char32_t c)
 {
     switch (c) {
-    case 0xF0B7: return U'\u2022'; // Symbol bullet
-    case 0xF0A7: return U'\u25AA'; // Wingdings small square
-    case 0xF0A8: return U'\u2666'; // Symbol diamond
-    case 0xF0A9: return U'\u2665';
-    case 0xF0AA: return U'\u2660';
-    case 0xF0A5: return U'\u221E';
-    case 0xF06E: return U'\u25A0'; // Wingdings black square
-    case 0xF06F: return U'\u25A1';
-    case 0xF0FC: return U'\u2713';
+    case 0xF0B7:
+        return U'\u2022'; // Symbol bullet
+    case 0xF0A7:
+        return U'\u25AA'; // Wingdings small square
+    case 0xF0A8:
+        return U'\u2666'; // Symbol diamond
+    case 0xF0A9:
+        return U'\u2665';
+    case 0xF0AA:
+        return U'\u2660';
+    case 0xF0A5:
+        return U'\u221E';
+    case 0xF06E:
+        return U'\u25A0'; // Wingdings black square
+    case 0xF06F:
+        return U'\u25A1';
+    case 0xF0FC:
+        return U'\u2713';
     case 0xF0D8: // Wingdings arrowheads and other ornaments stand as a bullet
     case 0xF076:
     case 0xF071:
-    case 0xF0D2: return U'\u2022';
-    default: return std::nullopt;
+    case 0xF0D2:
+        return U'\u2022';
+    default:
+        return std::nullopt;
     }
 }
 
@@ -528,7 +553,8 @@ void WordPerfectWriter::text(std::u32string_view text)
             writeAscii(static_cast<char>(c));
         else if (c < 0x20 || c == 0xFEFF || (c >= 0x200B && c <= 0x200D))
             ; // controls and invisible marks carry nothing WordPerfect can show
-        else if (!writeCharacter(text.substr(i), used) && !writeSymbolFontCharacter(c) && !writeOtherWidth(c)) {
+        else if (!writeCharacter(text.substr(i), used) && !writeSymbolFontCharacter(c) &&
+                 !writeOtherWidth(c)) {
             if (writeAsKatakana(c)) {
                 lose(loss::hiraganaAsKatakana);
             } else {
@@ -609,7 +635,9 @@ void WordPerfectWriter::tab()
     const ParagraphFormat &format = stream.paragraph;
     const int em = (stream.written.size ? stream.written.size : 600) * 1200 / 3600;
     const int width = stream.lineCharacters * em / 2;
-    const int at = stream.lineAt + (stream.lineAlignment == 0 ? width : stream.lineAlignment == 1 ? width / 2 : 0);
+    const int at = stream.lineAt + (stream.lineAlignment == 0   ? width
+                                    : stream.lineAlignment == 1 ? width / 2
+                                                                : 0);
     std::optional<TabStop> next;
     auto consider = [&](TabStop stop) {
         if (stop.position > at && (!next || stop.position < next->position))
@@ -622,7 +650,7 @@ void WordPerfectWriter::tab()
     if (format.firstLine < 0) // a hanging line's first tab goes to the paragraph's indent
         consider({page.left + format.leftIndent, 0, false});
     if (!next) // past the last stop: WordPerfect's default stops, every half inch from the edge
-        next = TabStop {(std::max(0, at) / defaultTabSpacing + 1) * defaultTabSpacing, 0, false};
+        next = TabStop{(std::max(0, at) / defaultTabSpacing + 1) * defaultTabSpacing, 0, false};
     writeTab(*next);
     stream.lineAt = next->position;
     stream.lineAlignment = next->kind;
@@ -678,10 +706,22 @@ void WordPerfectWriter::closeListLevel()
         listIndents.pop_back();
 }
 
-void WordPerfectWriter::openOrderedListLevel(const RVNGPropertyList &propList) { openListLevel(propList, true); }
-void WordPerfectWriter::openUnorderedListLevel(const RVNGPropertyList &propList) { openListLevel(propList, false); }
-void WordPerfectWriter::closeOrderedListLevel() { closeListLevel(); }
-void WordPerfectWriter::closeUnorderedListLevel() { closeListLevel(); }
+void WordPerfectWriter::openOrderedListLevel(const RVNGPropertyList &propList)
+{
+    openListLevel(propList, true);
+}
+void WordPerfectWriter::openUnorderedListLevel(const RVNGPropertyList &propList)
+{
+    openListLevel(propList, false);
+}
+void WordPerfectWriter::closeOrderedListLevel()
+{
+    closeListLevel();
+}
+void WordPerfectWriter::closeUnorderedListLevel()
+{
+    closeListLevel();
+}
 
 void WordPerfectWriter::openListElement(const RVNGPropertyList &propList)
 {
@@ -695,7 +735,8 @@ void WordPerfectWriter::openListElement(const RVNGPropertyList &propList)
     } else if (!listIndents.empty() && !propList["fo:text-indent"]) {
         properties.insert("fo:text-indent", -listIndents.back().second / 1200.0, librevenge::RVNG_INCH);
     }
-    if (const librevenge::RVNGProperty *restart = propList["text:start-value"]; restart && numbering.depth() > 0)
+    if (const librevenge::RVNGProperty *restart = propList["text:start-value"];
+        restart && numbering.depth() > 0)
         numbering.restartAt(restart->getInt());
     startParagraph(properties, numbering.depth() > 0 ? numbering.nextLabel() : std::string(), true);
 }
@@ -723,17 +764,32 @@ void WordPerfectWriter::closeNote(bool endnote)
     writeNote(endnote, number, body, mark);
 }
 
-void WordPerfectWriter::openFootnote(const RVNGPropertyList &propList) { openNote(propList); }
-void WordPerfectWriter::closeFootnote() { closeNote(false); }
-void WordPerfectWriter::openEndnote(const RVNGPropertyList &propList) { openNote(propList); }
-void WordPerfectWriter::closeEndnote() { closeNote(true); }
+void WordPerfectWriter::openFootnote(const RVNGPropertyList &propList)
+{
+    openNote(propList);
+}
+void WordPerfectWriter::closeFootnote()
+{
+    closeNote(false);
+}
+void WordPerfectWriter::openEndnote(const RVNGPropertyList &propList)
+{
+    openNote(propList);
+}
+void WordPerfectWriter::closeEndnote()
+{
+    closeNote(true);
+}
 void WordPerfectWriter::openComment(const RVNGPropertyList &)
 {
     // libwpd reads no comment back from either version.
     lose(loss::comments);
     ++hidden;
 }
-void WordPerfectWriter::closeComment() { --hidden; }
+void WordPerfectWriter::closeComment()
+{
+    --hidden;
+}
 // A text box (an image's caption, a side note) becomes a WordPerfect text box where the format has
 // one libwpd reads back (6); elsewhere its paragraphs follow the paragraph it is anchored in.
 void WordPerfectWriter::openTextBox(const RVNGPropertyList &)

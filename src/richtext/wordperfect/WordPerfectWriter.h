@@ -17,8 +17,16 @@ namespace richtext::wordperfect {
 
 // WordPerfect attribute numbers, the same in 5.1 and 6.
 enum Attribute : int {
-    superscript = 5, subscript = 6, outline = 7, italic = 8, shadow = 9,
-    doubleUnderline = 0x0B, bold = 0x0C, strikeout = 0x0D, underline = 0x0E, smallCaps = 0x0F,
+    superscript = 5,
+    subscript = 6,
+    outline = 7,
+    italic = 8,
+    shadow = 9,
+    doubleUnderline = 0x0B,
+    bold = 0x0C,
+    strikeout = 0x0D,
+    underline = 0x0E,
+    smallCaps = 0x0F,
 };
 
 struct CharacterFormat {
@@ -40,21 +48,24 @@ struct ParagraphFormat {
     int justification = 0; // 0 left, 1 full, 2 centre, 3 right
     int leftIndent = 0;    // WPU, from the page margin
     int rightIndent = 0;
-    int firstLine = 0;     // WPU, relative to leftIndent
+    int firstLine = 0;         // WPU, relative to leftIndent
     int lineSpacing = 0x10000; // 16.16
     std::vector<TabStop> tabs;
     bool operator==(const ParagraphFormat &) const = default;
 };
 
 struct PageSetup {
-    int width = 10200, height = 13200;   // WPU (US Letter)
+    int width = 10200, height = 13200; // WPU (US Letter)
     int top = 1200, bottom = 1200, left = 1200, right = 1200;
 };
 
 // What the document's metadata says, as WordPerfect's document summary holds it.
 struct DocumentSummary {
     std::string title, author, subject, description, keywords;
-    bool empty() const { return title.empty() && author.empty() && subject.empty() && description.empty() && keywords.empty(); }
+    bool empty() const
+    {
+        return title.empty() && author.empty() && subject.empty() && description.empty() && keywords.empty();
+    }
 };
 
 struct Raster;
@@ -73,7 +84,7 @@ struct CellShape {
     int columnSpan = 1;
     int rowSpan = 1;
     bool coveredFromAbove = false;
-    int borders = 0; // bit 0 left, 1 right, 2 top, 3 bottom: lines are drawn
+    int borders = 0;                   // bit 0 left, 1 right, 2 top, 3 bottom: lines are drawn
     std::optional<std::uint32_t> fill; // 0xRRGGBB background
     int verticalAlign = 0;             // 0 top, 1 middle, 2 bottom
     // Of the row a row's first cell opens: its height in WPU (0: as its text needs), whether that is
@@ -168,7 +179,7 @@ protected:
     // What each version writes; every one appends to out().
     virtual void writeAscii(char c) = 0; // 0x21..0x7E
     virtual void writeSpace() = 0;
-    virtual void writeHardSpace() = 0; // a space no line ends at
+    virtual void writeHardSpace() = 0;                                            // a space no line ends at
     virtual bool writeCharacter(std::u32string_view text, std::size_t &used) = 0; // false: no pair
     virtual const CharacterMap &characters() const = 0;
     virtual void writeSoftHyphen() = 0;
@@ -219,12 +230,12 @@ protected:
 private:
     struct Stream {
         std::string bytes;
-        CharacterFormat written;   // what the codes so far leave in force
-        CharacterFormat wanted;    // what the next text should have
-        ParagraphFormat paragraph; // in force
-        int pendingReturns = 0;    // paragraph ends not yet written
-        bool started = false;      // anything written yet
-        bool subDocument = false;  // a note, header or footer body
+        CharacterFormat written;        // what the codes so far leave in force
+        CharacterFormat wanted;         // what the next text should have
+        ParagraphFormat paragraph;      // in force
+        int pendingReturns = 0;         // paragraph ends not yet written
+        bool started = false;           // anything written yet
+        bool subDocument = false;       // a note, header or footer body
         std::vector<std::string> boxes; // text boxes anchored in the open paragraph
         // Where the line's text stands, as far as tabs need to know: the last tab's stop (from the
         // paper's edge) and alignment, or the line's start, and the characters written since.
@@ -242,9 +253,9 @@ private:
         int spacingAbove = 0;
         bool spacingListItem = false;
         int spacingInForce = 0;
-        bool joinCell = false; // the next paragraph opens a flattened table's next cell in the row
-        bool joinedLine = false; // on such a row's line: an empty cell's tab still counts
-        bool content = false; // any text, picture, note or field written
+        bool joinCell = false;         // the next paragraph opens a flattened table's next cell in the row
+        bool joinedLine = false;       // on such a row's line: an empty cell's tab still counts
+        bool content = false;          // any text, picture, note or field written
         bool paragraphContent = false; // the same, in the open paragraph
     };
     struct OpenTable {
@@ -259,7 +270,8 @@ private:
         bool degraded = false; // nested: a paragraph per row, its cells apart by tabs
     };
 
-    void startParagraph(const librevenge::RVNGPropertyList &propList, const std::string &label, bool listItem = false);
+    void startParagraph(const librevenge::RVNGPropertyList &propList, const std::string &label,
+                        bool listItem = false);
     void flushReturns();
     // between: the next paragraph follows now (not a table, page break or the end).
     void settleSpacing(int above, bool listItem = false, bool between = false);
@@ -296,7 +308,7 @@ private:
     std::vector<std::pair<int, int>> listIndents; // per open level: text indent and label width, WPU
     PageSetup page;
     bool pageSetupKnown = false;
-    bool pageJustBroken = false; // a new page span wrote the break its first paragraph asks for
+    bool pageJustBroken = false;     // a new page span wrote the break its first paragraph asks for
     std::vector<int> sectionColumns; // per open section: its column count (1: none)
     int pageColumns = 1;             // the page style's own columns, outside any section
     int pageColumnGap = 600;

@@ -61,7 +61,7 @@ std::string summaryText(const std::string &utf8, std::size_t room)
 std::string summaryPacket(const DocumentSummary &summary)
 {
     const std::time_t now = std::time(nullptr);
-    std::tm local {};
+    std::tm local{};
     localtime_r(&now, &local);
     char stamp[32];
     std::snprintf(stamp, sizeof stamp, "%02d-%02d-%02d %02d:%02d%c", local.tm_mday, local.tm_mon + 1,
@@ -75,8 +75,8 @@ std::string summaryPacket(const DocumentSummary &summary)
     data += name;
     data += std::string(20, ' ') + '\0';
     const std::pair<const std::string *, std::size_t> fields[] = {
-        {&summary.subject, 160}, {&summary.author, 60}, {nullptr, 60},
-        {&summary.description, 780}, {nullptr, 160}, {&summary.keywords, 160},
+        {&summary.subject, 160},     {&summary.author, 60}, {nullptr, 60},
+        {&summary.description, 780}, {nullptr, 160},        {&summary.keywords, 160},
     };
     for (const auto &[value, room] : fields) {
         if (value)
@@ -117,14 +117,32 @@ void Wp5Writer::fixed(int code, const std::string &data)
     put8(o, code);
 }
 
-void Wp5Writer::writeAscii(char c) { out() += c; }
-void Wp5Writer::writeSpace() { out() += ' '; }
-void Wp5Writer::writeHardSpace() { put8(out(), 0xA0); }
+void Wp5Writer::writeAscii(char c)
+{
+    out() += c;
+}
+void Wp5Writer::writeSpace()
+{
+    out() += ' ';
+}
+void Wp5Writer::writeHardSpace()
+{
+    put8(out(), 0xA0);
+}
 
-const CharacterMap &Wp5Writer::characters() const { return CharacterMap::wp5(); }
+const CharacterMap &Wp5Writer::characters() const
+{
+    return CharacterMap::wp5();
+}
 // WordPerfect's own codes: a hyphen shown only where a line breaks, and one no line breaks at.
-void Wp5Writer::writeSoftHyphen() { put8(out(), 0xAC); }
-void Wp5Writer::writeHardHyphen() { put8(out(), 0xA9); }
+void Wp5Writer::writeSoftHyphen()
+{
+    put8(out(), 0xAC);
+}
+void Wp5Writer::writeHardHyphen()
+{
+    put8(out(), 0xA9);
+}
 
 bool Wp5Writer::writeCharacter(std::u32string_view text, std::size_t &used)
 {
@@ -139,10 +157,19 @@ bool Wp5Writer::writeCharacter(std::u32string_view text, std::size_t &used)
     return true;
 }
 
-void Wp5Writer::writeHardReturn() { put8(out(), 0x0A); }
+void Wp5Writer::writeHardReturn()
+{
+    put8(out(), 0x0A);
+}
 // 5.1 has no line break inside a paragraph: a hard return is what its users typed.
-void Wp5Writer::writeLineBreak() { put8(out(), 0x0A); }
-void Wp5Writer::writePageBreak() { put8(out(), 0x0C); }
+void Wp5Writer::writeLineBreak()
+{
+    put8(out(), 0x0A);
+}
+void Wp5Writer::writePageBreak()
+{
+    put8(out(), 0x0C);
+}
 
 // Tab: its kind in the high bits (as 5.1 files hold them: left 00, decimal 40, right 48, centre C8,
 // with 02 for a stop of the tab set), the position the text starts at and the stop's position, both
@@ -237,10 +264,13 @@ void Wp5Writer::writeTabSet(const std::vector<TabStop> &tabs)
     std::string data(100, '\0');
     const std::size_t count = std::min<std::size_t>(tabs.size(), 40);
     for (std::size_t i = 0; i < 40; ++i)
-        put16(data, i < count ? static_cast<unsigned>(std::clamp(margin + tabs[i].position, 0, 0xFFFE)) : 0xFFFF);
+        put16(data,
+              i < count ? static_cast<unsigned>(std::clamp(margin + tabs[i].position, 0, 0xFFFE)) : 0xFFFF);
     for (std::size_t i = 0; i < 20; ++i) {
         // Alignment in the low two bits of each half, a dot leader in the third.
-        auto type = [&](std::size_t at) { return at < count ? tabs[at].kind | (tabs[at].dotLeader ? 4 : 0) : 0; };
+        auto type = [&](std::size_t at) {
+            return at < count ? tabs[at].kind | (tabs[at].dotLeader ? 4 : 0) : 0;
+        };
         const int even = type(2 * i);
         const int odd = type(2 * i + 1);
         put8(data, static_cast<unsigned>((even << 4) | odd));
@@ -326,7 +356,7 @@ void Wp5Writer::writeImage(const Raster &raster, int widthWpu, int heightWpu)
         data[offset + 1] = static_cast<char>((value >> 8) & 0xFF);
     };
     at16(0, static_cast<unsigned>(((index + 1) << 5) | 1)); // box number
-    data[2] = 0x06; // anchored to a character, aligned at its top
+    data[2] = 0x06;                                         // anchored to a character, aligned at its top
     data[3] = 0x00;
     at16(4, static_cast<unsigned>(std::min(widthWpu, 0xFFFF)));
     at16(6, static_cast<unsigned>(std::min(heightWpu, 0xFFFF)));
@@ -383,7 +413,10 @@ void Wp5Writer::writeCell(const CellShape &cell, bool firstInRow)
     function(0xDC, 0x00, data);
 }
 
-void Wp5Writer::writeTableEnd() { function(0xDC, 0x02, {}); }
+void Wp5Writer::writeTableEnd()
+{
+    function(0xDC, 0x02, {});
+}
 
 void Wp5Writer::writeNote(bool endnote, int number, const std::string &body, char mark)
 {
@@ -394,8 +427,8 @@ void Wp5Writer::writeNote(bool endnote, int number, const std::string &body, cha
     if (endnote) {
         data.append(4, '\0');
     } else {
-        put8(data, 0);          // no continuation pages
-        data.append(2, '\0');   // line count on the one page
+        put8(data, 0);        // no continuation pages
+        data.append(2, '\0'); // line count on the one page
         data.append(9, '\0');
     }
     data += body;
@@ -413,7 +446,10 @@ void Wp5Writer::writeHeaderFooter(bool footer, const std::string &occurrence, co
 }
 
 // ^B is 5.1's page number in a header or footer; libwpd reads it as nothing.
-void Wp5Writer::writePageNumber() { put8(out(), 0x02); }
+void Wp5Writer::writePageNumber()
+{
+    put8(out(), 0x02);
+}
 
 std::string Wp5Writer::assemble(const std::string &document)
 {

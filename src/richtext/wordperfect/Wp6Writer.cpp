@@ -24,7 +24,8 @@ constexpr FaceData sansFace{"Arial", {44, 8070, 4210, 1929, 0}, 0x4116, 0x17, 8}
 
 bool looksSans(const std::string &name)
 {
-    for (const char *word : {"Arial", "Helvetica", "Sans", "Liberation Sans", "Verdana", "Tahoma", "Calibri"}) {
+    for (const char *word :
+         {"Arial", "Helvetica", "Sans", "Liberation Sans", "Verdana", "Tahoma", "Calibri"}) {
         if (name.find(word) != std::string::npos)
             return true;
     }
@@ -54,7 +55,7 @@ void putWpString(std::string &out, std::u32string_view text)
 std::string documentSummaryData(const DocumentSummary &summary)
 {
     const std::pair<int, const std::string *> fields[] = {
-        {17, &summary.title}, {5, &summary.author}, {46, &summary.subject},
+        {17, &summary.title},      {5, &summary.author},    {46, &summary.subject},
         {1, &summary.description}, {26, &summary.keywords},
     };
     std::string data;
@@ -138,8 +139,8 @@ int Wp6Writer::fontPid(const std::string &name)
 int Wp6Writer::textPacket(const std::string &body)
 {
     std::string data;
-    put16(data, 1);   // one text block
-    put32(data, 10);  // where it starts, from the packet's start
+    put16(data, 1);  // one text block
+    put32(data, 10); // where it starts, from the packet's start
     put32(data, static_cast<std::uint32_t>(body.size()));
     data += body;
     const int pid = addPacket(0x08, 0x02, std::move(data));
@@ -147,14 +148,32 @@ int Wp6Writer::textPacket(const std::string &body)
     return pid;
 }
 
-void Wp6Writer::writeAscii(char c) { out() += c; }
-void Wp6Writer::writeSpace() { put8(out(), 0x80); } // 0x20 would read as a compact accented letter
-void Wp6Writer::writeHardSpace() { put8(out(), 0x81); }
+void Wp6Writer::writeAscii(char c)
+{
+    out() += c;
+}
+void Wp6Writer::writeSpace()
+{
+    put8(out(), 0x80);
+} // 0x20 would read as a compact accented letter
+void Wp6Writer::writeHardSpace()
+{
+    put8(out(), 0x81);
+}
 
-const CharacterMap &Wp6Writer::characters() const { return CharacterMap::wp6(); }
+const CharacterMap &Wp6Writer::characters() const
+{
+    return CharacterMap::wp6();
+}
 // WordPerfect's own codes: a hyphen shown only where a line breaks, and one no line breaks at.
-void Wp6Writer::writeSoftHyphen() { put8(out(), 0x82); }
-void Wp6Writer::writeHardHyphen() { put8(out(), 0x84); }
+void Wp6Writer::writeSoftHyphen()
+{
+    put8(out(), 0x82);
+}
+void Wp6Writer::writeHardHyphen()
+{
+    put8(out(), 0x84);
+}
 
 bool Wp6Writer::writeCharacter(std::u32string_view text, std::size_t &used)
 {
@@ -170,8 +189,14 @@ bool Wp6Writer::writeCharacter(std::u32string_view text, std::size_t &used)
     return true;
 }
 
-void Wp6Writer::writeHardReturn() { put8(out(), 0xCC); }
-void Wp6Writer::writePageBreak() { put8(out(), 0xC7); }
+void Wp6Writer::writeHardReturn()
+{
+    put8(out(), 0xCC);
+}
+void Wp6Writer::writePageBreak()
+{
+    put8(out(), 0xC7);
+}
 
 void Wp6Writer::writeLineBreak()
 {
@@ -250,7 +275,8 @@ void Wp6Writer::writeParagraphFormat(const ParagraphFormat &from, const Paragrap
         put32(data, static_cast<std::uint32_t>(to.lineSpacing));
         function(0xD3, 0x01, data);
     }
-    const std::pair<int, int> margins[] = {{0x0C, to.leftIndent - from.leftIndent}, {0x0D, to.rightIndent - from.rightIndent},
+    const std::pair<int, int> margins[] = {{0x0C, to.leftIndent - from.leftIndent},
+                                           {0x0D, to.rightIndent - from.rightIndent},
                                            {0x0B, to.firstLine - from.firstLine}};
     const int values[] = {to.leftIndent, to.rightIndent, to.firstLine};
     for (int i = 0; i < 3; ++i) {
@@ -288,7 +314,10 @@ void Wp6Writer::writeParagraphSpacing(int wpu)
     function(0xD3, 0x0A, data);
 }
 
-int Wp6Writer::tabOrigin(const ParagraphFormat &format) const { return pageSetup().left + format.leftIndent; }
+int Wp6Writer::tabOrigin(const ParagraphFormat &format) const
+{
+    return pageSetup().left + format.leftIndent;
+}
 
 // Define text columns: newspaper, single row spacing, the count, then each column's share of the
 // text area (16.16, as WordPerfect writes it) and the fixed gap after it; a count of 1 turns
@@ -310,7 +339,10 @@ void Wp6Writer::writeColumns(int count, int gap)
     function(0xD2, 0x02, data);
 }
 
-void Wp6Writer::writeColumnBreak() { put8(out(), 0xC9); } // hard end of column
+void Wp6Writer::writeColumnBreak()
+{
+    put8(out(), 0xC9);
+} // hard end of column
 
 void Wp6Writer::writePageSetup()
 {
@@ -328,13 +360,13 @@ void Wp6Writer::writePageSetup()
     put16(data, page.right);
     function(0xD2, 0x01, data);
     data.clear();
-    put8(data, 0);  // no form hash: WordPerfect matches the size against its form list
+    put8(data, 0); // no form hash: WordPerfect matches the size against its form list
     put16(data, 0);
     put16(data, static_cast<unsigned>(page.height));
     put16(data, static_cast<unsigned>(page.width));
-    put8(data, 0);  // form type: standard
-    put8(data, 0);  // the size is given as the page stands
-    put8(data, 0);  // unnamed
+    put8(data, 0); // form type: standard
+    put8(data, 0); // the size is given as the page stands
+    put8(data, 0); // unnamed
     function(0xD1, 0x11, data);
 }
 
@@ -363,7 +395,9 @@ void Wp6Writer::writeTextBox(const std::string &body, int widthWpu, int heightWp
 void Wp6Writer::writeBox(int contentType, int pid, int widthWpu, int heightWpu)
 {
     const BoxPlacement &at = boxPlacement();
-    const auto offset = [](int wpu) { return static_cast<unsigned>(static_cast<std::uint16_t>(std::clamp(wpu, -0x7FFF, 0x7FFF))); };
+    const auto offset = [](int wpu) {
+        return static_cast<unsigned>(static_cast<std::uint16_t>(std::clamp(wpu, -0x7FFF, 0x7FFF)));
+    };
     int anchoring = 0x00; // the function's subgroup: character, paragraph or page anchored
     std::string positioning;
     put16(positioning, 0x7C00); // general, horizontal, vertical, width, height follow
@@ -407,7 +441,7 @@ void Wp6Writer::writeBox(int contentType, int pid, int widthWpu, int heightWpu)
     put16(overrides, static_cast<unsigned>(content.size()));
     overrides += content;
 
-    std::string data(14, '\0'); // reserved
+    std::string data(14, '\0');                               // reserved
     put16(data, static_cast<unsigned>(overrides.size() + 4)); // override and wrap data, with both sizes
     put16(data, static_cast<unsigned>(overrides.size()));
     data += overrides;
@@ -444,7 +478,8 @@ void Wp6Writer::writeCell(const CellShape &cell, bool firstInRow)
     if (firstInRow && (cell.rowHeight > 0 || cell.headerRow)) {
         // Row information: a header row, and a height that is exact or the least the row takes.
         put8(data, 0x80);
-        put8(data, (cell.headerRow ? 0x04 : 0) | (cell.rowHeight > 0 ? 0x02 : 0) | (cell.rowAtLeast ? 0x10 : 0));
+        put8(data,
+             (cell.headerRow ? 0x04 : 0) | (cell.rowHeight > 0 ? 0x02 : 0) | (cell.rowAtLeast ? 0x10 : 0));
         put16(data, static_cast<unsigned>(cell.rowHeight));
         put8(data, 0x80);
     }
@@ -485,7 +520,10 @@ void Wp6Writer::writeCell(const CellShape &cell, bool firstInRow)
     function(0xD0, firstInRow ? 0x0B : 0x0A, data);
 }
 
-void Wp6Writer::writeTableEnd() { put8(out(), 0xBF); }
+void Wp6Writer::writeTableEnd()
+{
+    put8(out(), 0xBF);
+}
 
 void Wp6Writer::writeNote(bool endnote, int, const std::string &body, char)
 {
@@ -527,8 +565,8 @@ std::string Wp6Writer::assemble(const std::string &document)
     addPacket(0x25, 0x09, initial);
     packets.back().uses = 1;
     // Document flags as every real file has them; 0x08 asks WordPerfect to reformat on opening.
-    const unsigned char flags[] = {0x08, 0x33, 0x7C, 0x00, 0x78, 0x00, 0x00, 0x02, 0x00,
-                                   0x00, 0x00, 0x00, 0x00, 0x00, 0x03};
+    const unsigned char flags[] = {0x08, 0x33, 0x7C, 0x00, 0x78, 0x00, 0x00, 0x02,
+                                   0x00, 0x00, 0x00, 0x00, 0x00, 0x00, 0x03};
     addPacket(0x02, 0x08, std::string(reinterpret_cast<const char *>(flags), sizeof flags));
     packets.back().uses = 1;
 
@@ -551,9 +589,9 @@ std::string Wp6Writer::assemble(const std::string &document)
     put8(file, 1);    // 6.1 and later
     put16(file, 0);   // not encrypted
     put16(file, indexAt);
-    put16(file, 5);   // extended header
+    put16(file, 5); // extended header
     put16(file, 0);
-    put32(file, 0);   // file size, set below
+    put32(file, 0); // file size, set below
     file.resize(indexAt, '\0');
     put8(file, 2);
     put8(file, 0);

@@ -59,10 +59,11 @@ std::optional<Raster> decodeGif(std::string_view bytes)
 {
     struct Source {
         std::string_view rest;
-    } source {bytes};
+    } source{bytes};
     const InputFunc read = [](GifFileType *gif, GifByteType *into, int wanted) -> int {
         auto &from = static_cast<Source *>(gif->UserData)->rest;
-        const std::size_t count = std::min<std::size_t>(from.size(), static_cast<std::size_t>(std::max(wanted, 0)));
+        const std::size_t count =
+            std::min<std::size_t>(from.size(), static_cast<std::size_t>(std::max(wanted, 0)));
         std::copy_n(from.data(), count, into);
         from.remove_prefix(count);
         return static_cast<int>(count);
@@ -72,11 +73,12 @@ std::optional<Raster> decodeGif(std::string_view bytes)
     if (!gif)
         return std::nullopt;
     std::optional<Raster> result;
-    const auto area = static_cast<std::size_t>(std::max(0, gif->SWidth)) * static_cast<std::size_t>(std::max(0, gif->SHeight));
+    const auto area = static_cast<std::size_t>(std::max(0, gif->SWidth)) *
+                      static_cast<std::size_t>(std::max(0, gif->SHeight));
     if (area > 0 && area <= (64u << 20) && DGifSlurp(gif) == GIF_OK && gif->ImageCount > 0) {
         const SavedImage &frame = gif->SavedImages[0];
         const ColorMapObject *colours = frame.ImageDesc.ColorMap ? frame.ImageDesc.ColorMap : gif->SColorMap;
-        GraphicsControlBlock control {};
+        GraphicsControlBlock control{};
         control.TransparentColor = NO_TRANSPARENT_COLOR;
         DGifSavedExtensionToGCB(gif, 0, &control);
         Raster raster;
@@ -117,7 +119,8 @@ bool decodeJpegInto(std::string_view bytes, Raster &raster)
         return false;
     }
     jpeg_create_decompress(&info);
-    jpeg_mem_src(&info, reinterpret_cast<const unsigned char *>(bytes.data()), static_cast<unsigned long>(bytes.size()));
+    jpeg_mem_src(&info, reinterpret_cast<const unsigned char *>(bytes.data()),
+                 static_cast<unsigned long>(bytes.size()));
     jpeg_read_header(&info, TRUE);
     info.out_color_space = JCS_RGB;
     jpeg_start_decompress(&info);
@@ -335,9 +338,10 @@ std::string wpg1Records(const Raster &raster, int widthWpu, int heightWpu)
         for (int x = 0; x < raster.width; ++x) {
             const unsigned char *rgb = &raster.rgb[(std::size_t(y) * raster.width + x) * 3];
             if (exact) {
-                const std::uint32_t colour = std::uint32_t(rgb[0]) << 16 | std::uint32_t(rgb[1]) << 8 | rgb[2];
-                row[x] = static_cast<unsigned char>(
-                    std::lower_bound(exact->begin(), exact->end(), colour) - exact->begin());
+                const std::uint32_t colour =
+                    std::uint32_t(rgb[0]) << 16 | std::uint32_t(rgb[1]) << 8 | rgb[2];
+                row[x] = static_cast<unsigned char>(std::lower_bound(exact->begin(), exact->end(), colour) -
+                                                    exact->begin());
             } else {
                 row[x] = paletteIndex(rgb, x, y);
             }
@@ -373,7 +377,7 @@ std::string wpg1File(const Raster &raster, int widthWpu, int heightWpu)
     put8(file, 0x16); // graphics
     put8(file, 1);    // version 1
     put8(file, 0);
-    put16(file, 0);   // not encrypted
+    put16(file, 0); // not encrypted
     put16(file, 0);
     return file + wpg1Records(raster, widthWpu, heightWpu);
 }
