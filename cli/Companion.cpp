@@ -4,6 +4,7 @@
 #include "destination/Destination.h"
 #include "support/ConversionError.h"
 #include "engine/Converter.h"
+#include "engine/Job.h"
 #include "settings/Settings.h"
 #include "support/Log.h"
 #include "support/PlatformError.h"
@@ -283,6 +284,7 @@ void Companion::start()
                 << failure.what() << "\n";
         }
     }
+    startOfficeBatch();
     onTerminal = &out == &std::cout && ProgressLine::outputIsTerminal();
     progressLine.emplace(out, onTerminal, files.size());
     if (files.empty())
@@ -294,9 +296,10 @@ void Companion::startNext()
 {
     // The intake hands each file's job to launch(), or reports why there is none.
     while (running < options.jobs && next < files.size()) {
+        prefetchOffice();
         reporting = files[next++];
         started[reporting] = std::chrono::steady_clock::now();
-        intake.open(reporting);
+        openNext(reporting);
     }
     finishIfDone();
 }
@@ -304,6 +307,7 @@ void Companion::startNext()
 void Companion::launch(const Intake::Start &start)
 {
     ++running;
+    launched = true;
     std::error_code error;
     fs::create_directories(start.to.parent_path(), error); // a mirrored folder under --output-dir
     Log::write("convert: " + start.name + " \u2192 " + start.to.filename().string());
@@ -421,5 +425,45 @@ void Companion::finishIfDone()
     for (const auto &failure : failures)
         out << "  failed: " << failure << "\n";
     out.flush();
+    officeBatch.reset(); // its LibreOffice and work folders go before the run ends
     Q_EMIT finished(failures.empty() ? 0 : 1);
+}
+
+void Companion::startOfficeBatch()
+{
+    officeBatch = std::make_unique<ConversionTools::OfficeBatchImport>(options.jobs);
+}
+
+// Keeps LibreOffice's queue full: an office document further on in the list
+// starts converting now, so that one LibreOffice start takes many.
+void Companion::prefetchOffice()
+{
+    if (!officeBatch || !officeBatch->enabled())
+        return;
+    const std::size_t window = 32 * static_cast<std::size_t>(options.jobs);
+    const std::size_t horizon = next + 4096; // how far to classify ahead when office documents are rare
+    lookedAhead = std::max(lookedAhead, next);
+    while (lookedAhead < files.size() && lookedAhead < horizon && officeBatch->waiting() < window) {
+        const fs::path &file = files[lookedAhead++];
+        const Item item = Intake::examine(file, settings, options.tryUnknown);
+        if (!item.plan || !std::holds_alternative<JobCase::officeToWP>(item.plan->job))
+            continue;
+        if (intake.upToDate) {
+            const fs::path placed = options.outputDir ? placeOutput(file) : file;
+            const fs::path output = Destination::proposedURL(placed, item.plan->ext);
+            std::error_code error;
+            if (fs::exists(output, error) && intake.upToDate(file, output))
+                continue;
+        }
+        officeBatch->prefetch(file);
+    }
+}
+
+// A prefetched document the intake gives no job (refused, skipped) is not waited for.
+void Companion::openNext(const fs::path &input)
+{
+    launched = false;
+    intake.open(input);
+    if (!launched && officeBatch)
+        officeBatch->discard(input);
 }
