@@ -350,6 +350,14 @@ void Companion::complete(const Intake::Start &start, const std::exception_ptr &e
 void Companion::reportFile(const fs::path &input, Report::Status status, const std::string &reason,
                            const std::optional<fs::path> &output, const std::string &job)
 {
+    // The file is done: an archive of millions would otherwise keep every start time.
+    std::optional<std::int64_t> milliseconds;
+    if (const auto began = started.find(input); began != started.end()) {
+        milliseconds = std::chrono::duration_cast<std::chrono::milliseconds>(std::chrono::steady_clock::now() -
+                                                                              began->second)
+                           .count();
+        started.erase(began);
+    }
     if (!reportWriter)
         return;
     Report::Entry entry;
@@ -375,10 +383,8 @@ void Companion::reportFile(const fs::path &input, Report::Status status, const s
     entry.status = status;
     if (!reason.empty())
         entry.reason = reason;
-    if (const auto began = started.find(input); began != started.end())
-        entry.milliseconds = std::chrono::duration_cast<std::chrono::milliseconds>(
-                                 std::chrono::steady_clock::now() - began->second)
-                                 .count();
+    if (milliseconds)
+        entry.milliseconds = *milliseconds;
     try {
         reportWriter->write(entry);
     } catch (const std::exception &failure) {
