@@ -446,7 +446,8 @@ void Companion::prefetchOffice()
 {
     if (!officeBatch || !officeBatch->enabled())
         return;
-    const std::size_t window = 32 * static_cast<std::size_t>(options.jobs);
+    // Enough that a LibreOffice done with its documents finds about a hundred more waiting.
+    const std::size_t window = 100 * static_cast<std::size_t>(options.jobs);
     const std::size_t horizon = next + 4096; // how far to classify ahead when office documents are rare
     lookedAhead = std::max(lookedAhead, next);
     while (lookedAhead < files.size() && lookedAhead < horizon && officeBatch->waiting() < window) {
