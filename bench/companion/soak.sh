@@ -116,6 +116,11 @@ echo "companion resident memory: peak $((peakRSS / 1024)) MB (VmHWM; goal < 100 
 hz=$(getconf CLK_TCK)
 echo "companion CPU (itself, not its converters): $((allTicks / hz)) s, of which its main thread $((mainTicks / hz)) s"
 echo "companion descriptors: $firstFDs at the first sample, at most $maxFDs, $lastFDs at the last ($samples samples)"
+log="$XDG_STATE_HOME/Quillmorph/Quillmorph.log"
+if starts=$(grep -c 'run soffice: -env' "$log" 2>/dev/null); then
+    echo "LibreOffice: $starts starts for $(grep -c 'open: classified kind=office' "$log") office documents" \
+         "(the comparison runs' included)"
+fi
 echo "left behind: $left entries in its temporary folder, $running processes naming the run's folder"
 python3 - "$work/report.jsonl" "$made" <<'PY'
 import json, sys, collections
