@@ -4,6 +4,7 @@
 #include "destination/Destination.h"
 #include "support/ConversionError.h"
 #include "engine/Converter.h"
+#include "engine/Job.h"
 #include "settings/Settings.h"
 #include "support/Log.h"
 #include "support/PlatformError.h"
@@ -287,6 +288,7 @@ void Companion::start()
                 << failure.what() << "\n";
         }
     }
+    startOfficeBatch();
     onTerminal = &out == &std::cout && ProgressLine::outputIsTerminal();
     progressLine.emplace(out, onTerminal, files.size());
     if (files.empty())
@@ -298,9 +300,10 @@ void Companion::startNext()
 {
     // The intake hands each file's job to launch(), or reports why there is none.
     while (running < options.jobs && next < files.size()) {
+        prefetchOffice();
         reporting = files[next++];
         started[reporting] = std::chrono::steady_clock::now();
-        intake.open(reporting);
+        openNext(reporting);
     }
     finishIfDone();
 }
@@ -308,6 +311,7 @@ void Companion::startNext()
 void Companion::launch(const Intake::Start &start)
 {
     ++running;
+    launched = true;
     std::error_code error;
     fs::create_directories(start.to.parent_path(), error); // a mirrored folder under --output-dir
     Log::write("convert: " + start.name + " \u2192 " + start.to.filename().string());
@@ -361,6 +365,14 @@ void Companion::reportFile(const fs::path &input, Report::Status status, const s
                            const std::optional<fs::path> &output, const std::string &job,
                            const Converter::Losses &losses)
 {
+    // The file is done: an archive of millions would otherwise keep every start time.
+    std::optional<std::int64_t> milliseconds;
+    if (const auto began = started.find(input); began != started.end()) {
+        milliseconds = std::chrono::duration_cast<std::chrono::milliseconds>(std::chrono::steady_clock::now() -
+                                                                              began->second)
+                           .count();
+        started.erase(began);
+    }
     if (!reportWriter)
         return;
     Report::Entry entry;
@@ -387,10 +399,8 @@ void Companion::reportFile(const fs::path &input, Report::Status status, const s
     entry.losses = losses.kinds();
     if (!reason.empty())
         entry.reason = reason;
-    if (const auto began = started.find(input); began != started.end())
-        entry.milliseconds = std::chrono::duration_cast<std::chrono::milliseconds>(
-                                 std::chrono::steady_clock::now() - began->second)
-                                 .count();
+    if (milliseconds)
+        entry.milliseconds = *milliseconds;
     try {
         reportWriter->write(entry);
     } catch (const std::exception &failure) {
@@ -440,5 +450,46 @@ void Companion::finishIfDone()
     for (const auto &failure : failures)
         out << "  failed: " << failure << "\n";
     out.flush();
+    officeBatch.reset(); // its LibreOffice and work folders go before the run ends
     Q_EMIT finished(failures.empty() ? 0 : 1);
+}
+
+void Companion::startOfficeBatch()
+{
+    officeBatch = std::make_unique<ConversionTools::OfficeBatchImport>(options.jobs);
+}
+
+// Keeps LibreOffice's queue full: an office document further on in the list
+// starts converting now, so that one LibreOffice start takes many.
+void Companion::prefetchOffice()
+{
+    if (!officeBatch || !officeBatch->enabled())
+        return;
+    // Enough that a LibreOffice done with its documents finds about a hundred more waiting.
+    const std::size_t window = 100 * static_cast<std::size_t>(options.jobs);
+    const std::size_t horizon = next + 4096; // how far to classify ahead when office documents are rare
+    lookedAhead = std::max(lookedAhead, next);
+    while (lookedAhead < files.size() && lookedAhead < horizon && officeBatch->waiting() < window) {
+        const fs::path &file = files[lookedAhead++];
+        const Item item = Intake::examine(file, settings, options.tryUnknown);
+        if (!item.plan || !std::holds_alternative<JobCase::officeToWP>(item.plan->job))
+            continue;
+        if (intake.upToDate) {
+            const fs::path placed = options.outputDir ? placeOutput(file) : file;
+            const fs::path output = Destination::proposedURL(placed, item.plan->ext);
+            std::error_code error;
+            if (fs::exists(output, error) && intake.upToDate(file, output))
+                continue;
+        }
+        officeBatch->prefetch(file);
+    }
+}
+
+// A prefetched document the intake gives no job (refused, skipped) is not waited for.
+void Companion::openNext(const fs::path &input)
+{
+    launched = false;
+    intake.open(input);
+    if (!launched && officeBatch)
+        officeBatch->discard(input);
 }

@@ -8,6 +8,7 @@
 #include "engine/Converter.h"
 #include "workflow/Intake.h"
 #include "classify/InputFile.h"
+#include "tools/OfficeImport.h"
 
 #include <QObject>
 
@@ -89,6 +90,11 @@ private:
                     const std::optional<std::filesystem::path> &output, const std::string &job,
                     const Converter::Losses &losses = {});
 
+    // Office documents: LibreOffice converts them in batches, ahead of their turn.
+    void startOfficeBatch();
+    void prefetchOffice();
+    void openNext(const std::filesystem::path &input);
+
     CompanionOptions options;
     Settings &settings;
     std::ostream &out;
@@ -109,4 +115,8 @@ private:
     bool onTerminal = false;
     std::filesystem::path reporting; // the file the intake is taking up, whose outcome a prompter reports
     std::map<std::filesystem::path, std::chrono::steady_clock::time_point> started;
+
+    std::unique_ptr<ConversionTools::OfficeBatchImport> officeBatch;
+    std::size_t lookedAhead = 0; // files before this one were considered for prefetching
+    bool launched = false;       // the file being opened got a job
 };

@@ -151,27 +151,23 @@ void LibreOfficeBatch::work(int worker)
 std::vector<LibreOfficeBatch::Pending> LibreOfficeBatch::take()
 {
     std::unique_lock lock(mutex);
-    ++idle;
     while (true) {
         wake.wait(lock, [this] { return stopping || !queue.empty(); });
-        if (stopping) {
-            --idle;
+        if (stopping)
             return {};
-        }
         // Documents often arrive one by one: a moment's wait fills the start.
         wake.wait_for(lock, options.gatherDelay,
                       [this] { return stopping || queue.size() >= options.documentsPerStart; });
-        if (stopping) {
-            --idle;
+        if (stopping)
             return {};
-        }
         if (!queue.empty())
             break;
     }
-    // Shared with the other idle workers, so that a short queue keeps all of
-    // them busy and each start gets as many documents as it can.
-    const std::size_t share = (queue.size() + idle - 1) / idle;
-    --idle;
+    // Shared with every worker, busy or not: a worker that took the whole
+    // queue while another was busy would leave that one, once done, only the
+    // few documents that arrive next, and a start for each few.
+    const auto workerCount = static_cast<std::size_t>(std::max(1, options.workers));
+    const std::size_t share = (queue.size() + workerCount - 1) / workerCount;
     const std::size_t count = std::clamp<std::size_t>(share, 1, std::max<std::size_t>(1, options.documentsPerStart));
     std::vector<Pending> taken;
     for (std::size_t i = 0; i < count && !queue.empty(); ++i) {

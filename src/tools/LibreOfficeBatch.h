@@ -85,7 +85,6 @@ private:
     std::condition_variable wake;
     std::deque<Pending> queue;
     bool stopping = false;
-    std::size_t idle = 0; // workers waiting for documents
     Counts tally;
     std::vector<std::thread> workers;
 };

@@ -1,6 +1,7 @@
 #include "OfficeImport.h"
 
 #include "ConversionTools.h"
+#include "LibreOfficeBatch.h"
 #include "PandocRtf.h"
 #include "classify/InputFile.h"
 #include "support/ConversionError.h"
@@ -13,7 +14,8 @@
 #include <QUuid>
 
 #include <algorithm>
-
+#include <condition_variable>
+#include <map>
 #include <mutex>
 
 namespace fs = std::filesystem;
@@ -233,8 +235,158 @@ std::optional<std::string> pandocReaderFor(const fs::path &input)
     return "text";
 }
 
+namespace {
+
+// One prefetched or requested document: its result arrives on a batch
+// thread, and whoever asked for it may have gone by then.
+struct BatchSlot {
+    std::mutex mutex;
+    std::condition_variable arrived;
+    std::optional<LibreOfficeBatch::Result> result;
+    bool abandoned = false;
+};
+
+void removeResult(const LibreOfficeBatch::Result &result)
+{
+    if (const auto *odt = std::get_if<fs::path>(&result)) {
+        std::error_code ignored;
+        fs::remove_all(odt->parent_path(), ignored);
+    }
+}
+
+} // namespace
+
+struct OfficeBatchImport::Shared {
+    std::unique_ptr<LibreOfficeBatch> batch;
+    mutable std::mutex mutex;
+    std::map<fs::path, std::shared_ptr<BatchSlot>> prefetched;
+
+    ~Shared()
+    {
+        batch.reset(); // every completion has run once this returns
+        for (const auto &[input, slot] : prefetched) {
+            std::lock_guard lock(slot->mutex);
+            if (slot->result)
+                removeResult(*slot->result);
+            slot->abandoned = true;
+        }
+    }
+
+    std::shared_ptr<BatchSlot> submit(const fs::path &input)
+    {
+        auto slot = std::make_shared<BatchSlot>();
+        batch->submit(input, [slot](LibreOfficeBatch::Result result) {
+            std::lock_guard lock(slot->mutex);
+            if (slot->abandoned) {
+                removeResult(result);
+                return;
+            }
+            slot->result = std::move(result);
+            slot->arrived.notify_all();
+        });
+        return slot;
+    }
+
+    fs::path convert(const fs::path &input)
+    {
+        std::shared_ptr<BatchSlot> slot;
+        {
+            std::lock_guard lock(mutex);
+            if (const auto found = prefetched.find(input); found != prefetched.end()) {
+                slot = found->second;
+                prefetched.erase(found);
+            }
+        }
+        if (!slot)
+            slot = submit(input);
+        std::unique_lock lock(slot->mutex);
+        slot->arrived.wait(lock, [&] { return slot->result.has_value(); });
+        if (const auto *error = std::get_if<std::exception_ptr>(&*slot->result))
+            std::rethrow_exception(*error);
+        return std::get<fs::path>(*slot->result);
+    }
+};
+
+namespace {
+
+std::mutex activeMutex;
+std::shared_ptr<OfficeBatchImport::Shared> activeImport;
+
+std::shared_ptr<OfficeBatchImport::Shared> active()
+{
+    std::lock_guard lock(activeMutex);
+    return activeImport;
+}
+
+} // namespace
+
+OfficeBatchImport::OfficeBatchImport(int workers)
+{
+    const auto soffice = libreOfficeURL();
+    if (!soffice)
+        return;
+    LibreOfficeBatch::Options options;
+    options.soffice = *soffice;
+    options.workers = std::max(1, workers);
+    shared = std::make_shared<Shared>();
+    shared->batch = std::make_unique<LibreOfficeBatch>(options);
+    std::lock_guard lock(activeMutex);
+    activeImport = shared;
+}
+
+OfficeBatchImport::~OfficeBatchImport()
+{
+    std::lock_guard lock(activeMutex);
+    if (activeImport == shared)
+        activeImport.reset();
+    // A conversion still waiting keeps the batch until it has its result.
+}
+
+bool OfficeBatchImport::enabled() const
+{
+    return shared != nullptr;
+}
+
+void OfficeBatchImport::prefetch(const fs::path &input)
+{
+    if (!shared)
+        return;
+    std::lock_guard lock(shared->mutex);
+    if (!shared->prefetched.contains(input))
+        shared->prefetched.emplace(input, shared->submit(input));
+}
+
+void OfficeBatchImport::discard(const fs::path &input)
+{
+    if (!shared)
+        return;
+    std::shared_ptr<BatchSlot> slot;
+    {
+        std::lock_guard lock(shared->mutex);
+        const auto found = shared->prefetched.find(input);
+        if (found == shared->prefetched.end())
+            return;
+        slot = found->second;
+        shared->prefetched.erase(found);
+    }
+    std::lock_guard lock(slot->mutex);
+    if (slot->result)
+        removeResult(*slot->result);
+    slot->abandoned = true;
+}
+
+std::size_t OfficeBatchImport::waiting() const
+{
+    if (!shared)
+        return 0;
+    std::lock_guard lock(shared->mutex);
+    return shared->prefetched.size();
+}
+
 fs::path officeToODT(const fs::path &input)
 {
+    if (const auto batched = active())
+        return batched->convert(input);
     const fs::path workFolder = makeWorkFolder();
     std::string stem = input.filename().string();
     if (const auto dot = stem.rfind('.'); dot != std::string::npos && dot > 0)

@@ -1,6 +1,7 @@
 #include "FakeTools.h"
 #include "Companion.h"
 #include "settings/Settings.h"
+#include "tools/OfficeImport.h"
 
 #include <gtest/gtest.h>
 
@@ -233,4 +234,53 @@ TEST_F(CompanionRun, ReportsEachFileAndShardsSplitTheWork)
     EXPECT_EQ(taken.size(), 13u + 12u) << "every file once (the outputs of the first run are files too)";
     EXPECT_EQ(std::set<std::string>(taken.begin(), taken.end()).size(), taken.size());
     EXPECT_TRUE(std::holds_alternative<UsageError>(parseArguments({"--shard", "3/2", "a"}, 1)));
+}
+
+// Office documents reach LibreOffice many per start, ahead of their turn; one it refuses fails
+// alone; a repeated run with --skip-existing gives LibreOffice only what has no output yet.
+TEST_F(CompanionRun, OfficeDocumentsShareLibreOfficeStartsAndARefusedOneFailsAlone)
+{
+    tools.add("odt2wp5", "eval out=\\${$#}; printf wp > \"$out\"");
+    writeScript(tools.work("suite/soffice"), R"sh(echo "$*" >> "$(dirname "$0")/calls"
+shift 5; outdir=$1; shift
+for f in "$@"; do
+    name=$(basename "$f")
+    case "$(cat "$f")" in *FAIL*) echo "source file could not be loaded" >&2 ;; *) cp "$f" "$outdir/${name%.*}.odt" ;; esac
+done
+)sh");
+    ConversionTools::overrideLibreOfficePlaces(std::vector<fs::path> {tools.work("suite/soffice")});
+    fs::create_directories(tools.work("tmp"));
+    setenv("TMPDIR", tools.work("tmp").c_str(), 1);
+    fs::create_directories(docs() / "office");
+    for (int i = 0; i < 10; ++i)
+        writeFile(docs() / "office" / ("Note " + std::to_string(i) + ".rtf"), "{\\rtf1 note " + std::to_string(i) + "}");
+    writeFile(docs() / "office" / "Broken.rtf", "{\\rtf1 FAIL}");
+    const fs::path tree = tools.work("out");
+    const auto calls = [&] {
+        std::istringstream lines(readFile(tools.work("suite/calls")));
+        std::vector<std::string> starts;
+        for (std::string line; std::getline(lines, line);)
+            starts.push_back(line);
+        return starts;
+    };
+    ScriptedPasswords none({});
+    EXPECT_EQ(run({"--jobs", "2", "--skip-existing", "--output-dir", tree.string(), (docs() / "office").string()}, none),
+              1);
+    EXPECT_NE(out.str().find("10 converted, 1 failed, 0 skipped"), std::string::npos) << out.str();
+    EXPECT_NE(out.str().find("source file could not be loaded"), std::string::npos) << out.str();
+    EXPECT_EQ(readFile(tree / "Note 7.wp6"), "wp");
+    EXPECT_LT(calls().size(), 6u) << "eleven documents, a retry alone, and few starts";
+    EXPECT_TRUE(fs::is_empty(tools.work("tmp"))) << "no profile, batch or ODT left behind";
+
+    out.str("");
+    const std::size_t before = calls().size();
+    EXPECT_EQ(run({"--jobs", "2", "--skip-existing", "--output-dir", tree.string(), (docs() / "office").string()}, none),
+              1);
+    EXPECT_NE(out.str().find("0 converted, 1 failed, 10 skipped"), std::string::npos) << out.str();
+    ASSERT_EQ(calls().size(), before + 1) << "one start, for the document without an output";
+    EXPECT_NE(calls().back().find("--outdir"), std::string::npos);
+    EXPECT_EQ(calls().back().find("Note"), std::string::npos) << calls().back();
+    EXPECT_TRUE(fs::is_empty(tools.work("tmp")));
+    unsetenv("TMPDIR");
+    ConversionTools::overrideLibreOfficePlaces(std::nullopt);
 }

@@ -248,6 +248,56 @@ TEST_F(FakeBatch, StoppingEndsAHungOfficeAndFailsWhatIsLeft)
     EXPECT_EQ(leftIn(settings.workRoot), 1u) << "only the result of the first document";
 }
 
+// The companion's switch: while an OfficeBatchImport lives, officeToODT goes
+// through its batch; documents announced ahead share starts, and what was
+// converted and never taken is gone with it.
+TEST_F(FakeBatch, AnArchiveRunsOfficeImportSharesStartsAndKeepsOnlyWhatWasTaken)
+{
+    ConversionTools::overrideLibreOfficePlaces(std::vector<fs::path> {dir / "suite" / "soffice"});
+    std::vector<fs::path> inputs;
+    for (int i = 0; i < 8; ++i)
+        inputs.push_back(document("run/" + std::to_string(i) + ".docx", i == 3 ? "FAIL" : "text " + std::to_string(i)));
+    const auto outcome = [](const fs::path &input) {
+        try {
+            const fs::path odt = ConversionTools::officeToODT(input);
+            return readFile(odt) + " in " + odt.filename().string();
+        } catch (const ConversionError &error) {
+            return std::string(error.what());
+        }
+    };
+    std::vector<std::string> outcomes;
+    {
+        ConversionTools::OfficeBatchImport import(2);
+        ASSERT_TRUE(import.enabled());
+        for (const auto &input : inputs)
+            import.prefetch(input);
+        import.prefetch(inputs[0]);
+        EXPECT_EQ(import.waiting(), 8u) << "a document announced twice is converted once";
+        import.discard(inputs[7]);
+        for (int i = 0; i < 6; ++i)
+            outcomes.push_back(outcome(inputs[static_cast<std::size_t>(i)]));
+        outcomes.push_back(outcome(document("run/late.rtf", "late")));
+        EXPECT_EQ(import.waiting(), 1u) << "the sixth was announced and never asked for";
+    }
+    const std::vector<std::string> expected {"odt:text 0 in 0.odt", "odt:text 1 in 1.odt", "odt:text 2 in 2.odt",
+                                             "officeToolFailed(\"Error: source file could not be loaded\n\")",
+                                             "odt:text 4 in 4.odt", "odt:text 5 in 5.odt", "odt:late in late.odt"};
+    EXPECT_EQ(outcomes, expected);
+    std::size_t documents = 0;
+    for (const auto &start : starts())
+        documents += start.size();
+    EXPECT_LT(starts().size(), documents) << "several documents per start";
+    EXPECT_EQ(leftIn(dir / "tmp"), 6u) << "the results taken stay; the batch, the discarded and the untaken go";
+
+    outcomes.clear();
+    const std::size_t before = starts().size();
+    EXPECT_EQ(outcome(inputs[0]), "odt:text 0 in 0.odt");
+    EXPECT_EQ(starts().size(), before + 1) << "once it has ended, each call starts LibreOffice again";
+    ConversionTools::overrideLibreOfficePlaces(std::vector<fs::path> {});
+    EXPECT_FALSE(ConversionTools::OfficeBatchImport(2).enabled()) << "without LibreOffice there is nothing to batch";
+    ConversionTools::overrideLibreOfficePlaces(std::nullopt);
+}
+
 namespace {
 
 std::string mediaType(const fs::path &package)
