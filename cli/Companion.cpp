@@ -79,13 +79,14 @@ std::optional<std::string> optionValue(const std::vector<std::string> &args, std
         return arg.substr(name.size() + 1);
     if (arg == name || (!shortName.empty() && arg == shortName)) {
         if (i + 1 >= args.size())
-            throw UsageError {arg + " needs a value"};
+            throw UsageError{arg + " needs a value"};
         return args[++i];
     }
     return std::nullopt;
 }
 
-std::string oneOf(const std::string &value, const std::string &option, std::initializer_list<const char *> choices)
+std::string oneOf(const std::string &value, const std::string &option,
+                  std::initializer_list<const char *> choices)
 {
     std::string list;
     for (const char *choice : choices) {
@@ -93,7 +94,7 @@ std::string oneOf(const std::string &value, const std::string &option, std::init
             return value;
         list += (list.empty() ? "" : " or ") + std::string(choice);
     }
-    throw UsageError {option + " takes " + list + ", not \u201C" + value + "\u201D"};
+    throw UsageError{option + " takes " + list + ", not \u201C" + value + "\u201D"};
 }
 
 std::string yesNo(bool value)
@@ -104,7 +105,7 @@ std::string yesNo(bool value)
 } // namespace
 
 std::variant<CompanionOptions, UsageError, HelpRequest> parseArguments(const std::vector<std::string> &args,
-                                                                        int defaultJobs)
+                                                                       int defaultJobs)
 {
     CompanionOptions options;
     options.jobs = std::max(1, defaultJobs);
@@ -117,7 +118,7 @@ std::variant<CompanionOptions, UsageError, HelpRequest> parseArguments(const std
             } else if (arg == "--") {
                 onlyFiles = true;
             } else if (arg == "-h" || arg == "--help") {
-                return HelpRequest {};
+                return HelpRequest{};
             } else if (arg == "-n" || arg == "--dry-run") {
                 options.dryRun = true;
             } else if (arg == "--replace") {
@@ -129,7 +130,8 @@ std::variant<CompanionOptions, UsageError, HelpRequest> parseArguments(const std
             } else if (auto shard = optionValue(args, i, "--shard", "")) {
                 options.shard = Shard::parse(*shard);
                 if (!options.shard)
-                    return UsageError {"--shard needs K/N with 1 \u2264 K \u2264 N, not \u201C" + *shard + "\u201D"};
+                    return UsageError{"--shard needs K/N with 1 \u2264 K \u2264 N, not \u201C" + *shard +
+                                      "\u201D"};
             } else if (auto report = optionValue(args, i, "--report", "")) {
                 options.report = fs::absolute(*report);
             } else if (auto dir = optionValue(args, i, "--output-dir", "")) {
@@ -146,25 +148,29 @@ std::variant<CompanionOptions, UsageError, HelpRequest> parseArguments(const std
                 options.password = *password;
             } else if (auto jobs = optionValue(args, i, "--jobs", "-j")) {
                 if (!parsePositive(*jobs, options.jobs))
-                    return UsageError {"--jobs needs a whole number of at least 1, not \u201C" + *jobs + "\u201D"};
+                    return UsageError{"--jobs needs a whole number of at least 1, not \u201C" + *jobs +
+                                      "\u201D"};
             } else {
-                return UsageError {"unknown option " + arg};
+                return UsageError{"unknown option " + arg};
             }
         }
     } catch (const UsageError &error) {
         return error;
     }
     if (options.inputs.empty())
-        return UsageError {"no files given"};
+        return UsageError{"no files given"};
     return options;
 }
 
-Companion::Companion(CompanionOptions options, Settings &settings, PasswordSource &passwords, std::ostream &out)
+Companion::Companion(CompanionOptions options, Settings &settings, PasswordSource &passwords,
+                     std::ostream &out)
     : options(std::move(options)), settings(settings), out(out),
-      prompter({this->options.replace, this->options.skipExisting, this->options.tryUnknown, this->options.password},
-               passwords,
-               [this](const std::string &name, const std::string &reason) { recordFailure(name, reason); },
-               [this](const std::string &name, const std::string &reason) { recordSkip(name, reason); }),
+      prompter(
+          {this->options.replace, this->options.skipExisting, this->options.tryUnknown,
+           this->options.password},
+          passwords,
+          [this](const std::string &name, const std::string &reason) { recordFailure(name, reason); },
+          [this](const std::string &name, const std::string &reason) { recordSkip(name, reason); }),
       intake(prompter, settings, [this](const Intake::Start &job) { launch(job); })
 {
     const std::pair<const std::optional<std::string> &, const QString &> overrides[] = {
@@ -194,7 +200,8 @@ Companion::Companion(CompanionOptions options, Settings &settings, PasswordSourc
 fs::path Companion::placeOutput(const fs::path &input) const
 {
     const auto root = rootOf.find(input);
-    const fs::path relative = root == rootOf.end() ? input.filename() : input.lexically_relative(root->second);
+    const fs::path relative =
+        root == rootOf.end() ? input.filename() : input.lexically_relative(root->second);
     return *options.outputDir / relative;
 }
 
@@ -263,8 +270,8 @@ int Companion::dryRun()
             continue;
         }
         out << path.string() << "\t" << kindName(item.file.kind) << "\t" << versionFamilyOf(item.file)
-            << "\tencrypted=" << yesNo(item.file.isEncrypted) << "\twp6=" << yesNo(item.file.wpVersionIsWP6) << "\t"
-            << describeJob(item) << "\n";
+            << "\tencrypted=" << yesNo(item.file.isEncrypted) << "\twp6=" << yesNo(item.file.wpVersionIsWP6)
+            << "\t" << describeJob(item) << "\n";
     }
     out.flush();
     return status;
@@ -315,12 +322,14 @@ void Companion::launch(const Intake::Start &start)
     std::error_code error;
     fs::create_directories(start.to.parent_path(), error); // a mirrored folder under --output-dir
     Log::write("convert: " + start.name + " \u2192 " + start.to.filename().string());
-    Converter::perform(start.job, start.to, [this, start](Converter::Outcome error, Converter::Losses losses) {
-        complete(start, error, losses);
-    });
+    Converter::perform(start.job, start.to,
+                       [this, start](Converter::Outcome error, Converter::Losses losses) {
+                           complete(start, error, losses);
+                       });
 }
 
-void Companion::complete(const Intake::Start &start, const std::exception_ptr &error, const Converter::Losses &losses)
+void Companion::complete(const Intake::Start &start, const std::exception_ptr &error,
+                         const Converter::Losses &losses)
 {
     --running;
     intake.release(start.to);
@@ -368,8 +377,8 @@ void Companion::reportFile(const fs::path &input, Report::Status status, const s
     // The file is done: an archive of millions would otherwise keep every start time.
     std::optional<std::int64_t> milliseconds;
     if (const auto began = started.find(input); began != started.end()) {
-        milliseconds = std::chrono::duration_cast<std::chrono::milliseconds>(std::chrono::steady_clock::now() -
-                                                                              began->second)
+        milliseconds = std::chrono::duration_cast<std::chrono::milliseconds>(
+                           std::chrono::steady_clock::now() - began->second)
                            .count();
         started.erase(began);
     }

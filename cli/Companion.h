@@ -51,7 +51,7 @@ struct HelpRequest {};
 
 // Reads the command line; `defaultJobs` is used when --jobs is not given.
 std::variant<CompanionOptions, UsageError, HelpRequest> parseArguments(const std::vector<std::string> &args,
-                                                                        int defaultJobs);
+                                                                       int defaultJobs);
 std::string usageText();
 
 // quillmorph-convert: the app's classifier, settings, naming and engine,
@@ -80,7 +80,8 @@ private:
 
     void startNext();
     void launch(const Intake::Start &start);
-    void complete(const Intake::Start &start, const std::exception_ptr &error, const Converter::Losses &losses);
+    void complete(const Intake::Start &start, const std::exception_ptr &error,
+                  const Converter::Losses &losses);
     void recordFailure(const std::string &name, const std::string &reason);
     void recordSkip(const std::string &name, const std::string &reason);
     // `mustShow` lines are printed even while a terminal shows the progress line.

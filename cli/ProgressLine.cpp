@@ -9,8 +9,7 @@ namespace {
 
 constexpr const char *clearToEnd = "\x1b[K";
 
-template <typename Number>
-std::string spelled(Number value)
+template <typename Number> std::string spelled(Number value)
 {
     std::array<char, 32> digits;
     const auto end = std::to_chars(digits.data(), digits.data() + digits.size(), value).ptr;
@@ -44,7 +43,8 @@ std::string duration(double seconds)
 
 ProgressLine::ProgressLine(std::ostream &out, bool terminal, std::size_t total, Clock clock,
                            std::chrono::milliseconds interval)
-    : out(out), terminal(terminal), total(total), clock(std::move(clock)), interval(interval), started(this->clock())
+    : out(out), terminal(terminal), total(total), clock(std::move(clock)), interval(interval),
+      started(this->clock())
 {
 }
 

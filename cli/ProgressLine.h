@@ -16,7 +16,8 @@ public:
 
     // `clock` is for tests; redraws come at most every `interval`, and
     // always for the last file.
-    ProgressLine(std::ostream &out, bool terminal, std::size_t total, Clock clock = std::chrono::steady_clock::now,
+    ProgressLine(std::ostream &out, bool terminal, std::size_t total,
+                 Clock clock = std::chrono::steady_clock::now,
                  std::chrono::milliseconds interval = std::chrono::milliseconds(200));
 
     // Standard output is a terminal.

@@ -163,13 +163,27 @@ std::string jsonString(std::string_view bytes)
             continue;
         }
         switch (byte) {
-        case '"': out += "\\\""; break;
-        case '\\': out += "\\\\"; break;
-        case '\b': out += "\\b"; break;
-        case '\f': out += "\\f"; break;
-        case '\n': out += "\\n"; break;
-        case '\r': out += "\\r"; break;
-        case '\t': out += "\\t"; break;
+        case '"':
+            out += "\\\"";
+            break;
+        case '\\':
+            out += "\\\\";
+            break;
+        case '\b':
+            out += "\\b";
+            break;
+        case '\f':
+            out += "\\f";
+            break;
+        case '\n':
+            out += "\\n";
+            break;
+        case '\r':
+            out += "\\r";
+            break;
+        case '\t':
+            out += "\\t";
+            break;
         default:
             if (byte < 0x20)
                 appendEscape(out, "\\u00", byte);
@@ -196,8 +210,9 @@ std::string line(const Entry &entry)
            ",\"sha256\":" + stringOrNull(entry.sha256) + ",\"kind\":" + jsonString(entry.kind) +
            ",\"family\":" + jsonString(entry.family) + ",\"job\":" + stringOrNull(entry.job) +
            ",\"output\":" + stringOrNull(output) + ",\"outputSha256\":" + stringOrNull(entry.outputSha256) +
-           ",\"status\":" + jsonString(statusName(entry.status)) + ",\"reason\":" + stringOrNull(entry.reason) +
-           ",\"losses\":" + losses + ",\"milliseconds\":" + number(entry.milliseconds) + "}\n";
+           ",\"status\":" + jsonString(statusName(entry.status)) +
+           ",\"reason\":" + stringOrNull(entry.reason) + ",\"losses\":" + losses +
+           ",\"milliseconds\":" + number(entry.milliseconds) + "}\n";
 }
 
 std::string sha256Of(const fs::path &file)

@@ -17,10 +17,10 @@ enum class Status { converted, convertedWithLosses, failed, skipped };
 struct Entry {
     std::filesystem::path input;
     std::uintmax_t size = 0;
-    std::string sha256;      // of the input, lowercase hex; empty when it could not be read
-    std::string kind;        // the classifier's kind name
-    std::string family;      // the version family
-    std::string job;         // the job's name, empty when none
+    std::string sha256; // of the input, lowercase hex; empty when it could not be read
+    std::string kind;   // the classifier's kind name
+    std::string family; // the version family
+    std::string job;    // the job's name, empty when none
     std::optional<std::filesystem::path> output;
     std::optional<std::string> outputSha256;
     Status status = Status::failed;

@@ -30,7 +30,7 @@ std::optional<Shard> Shard::parse(std::string_view text)
     const auto count = wholeNumber(text.substr(slash + 1));
     if (!index || !count || *index < 1 || *index > *count)
         return std::nullopt;
-    return Shard {*index, *count};
+    return Shard{*index, *count};
 }
 
 fs::path Shard::keyOf(const fs::path &file, const fs::path &argument)
@@ -48,8 +48,8 @@ fs::path Shard::keyOf(const fs::path &file, const fs::path &argument)
 std::uint32_t Shard::of(const fs::path &key, std::uint32_t count)
 {
     const std::string bytes = key.generic_string();
-    const QByteArray digest = QCryptographicHash::hash(QByteArrayView(bytes.data(), static_cast<qsizetype>(bytes.size())),
-                                                       QCryptographicHash::Sha256);
+    const QByteArray digest = QCryptographicHash::hash(
+        QByteArrayView(bytes.data(), static_cast<qsizetype>(bytes.size())), QCryptographicHash::Sha256);
     std::uint64_t value = 0;
     for (int i = 0; i < 8; ++i)
         value = (value << 8) | static_cast<unsigned char>(digest[i]);

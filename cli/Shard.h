@@ -19,7 +19,8 @@ struct Shard {
     // The path that decides a file's shard: `file` relative to `argument`, the
     // folder named on the command line; a file named itself counts by its
     // name. Separators are '/', whatever the form of either path.
-    static std::filesystem::path keyOf(const std::filesystem::path &file, const std::filesystem::path &argument);
+    static std::filesystem::path keyOf(const std::filesystem::path &file,
+                                       const std::filesystem::path &argument);
 
     // The shard of a key, from 1: the first eight bytes of the SHA-256 of
     // its bytes, big-endian, modulo `count`, plus one. The same on every

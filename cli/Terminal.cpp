@@ -27,7 +27,7 @@ public:
     EchoOff &operator=(const EchoOff &) = delete;
 
 private:
-    termios saved {};
+    termios saved{};
     bool active = false;
 };
 

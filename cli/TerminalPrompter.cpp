@@ -1,7 +1,8 @@
 #include "TerminalPrompter.h"
 
 TerminalPrompter::TerminalPrompter(Choices choices, PasswordSource &passwords, Report failed, Report skipped)
-    : choices(std::move(choices)), passwords(passwords), failed(std::move(failed)), skipped(std::move(skipped))
+    : choices(std::move(choices)), passwords(passwords), failed(std::move(failed)),
+      skipped(std::move(skipped))
 {
 }
 
@@ -12,7 +13,8 @@ Prompter::Answer TerminalPrompter::run(const Alert &alert)
     constexpr int second = 1;
     switch (alert.topic) {
     case Topic::refusal:
-        failed(alert.file, alert.informative.empty() ? alert.message : alert.message + " " + alert.informative);
+        failed(alert.file,
+               alert.informative.empty() ? alert.message : alert.message + " " + alert.informative);
         return {.button = first};
     case Topic::unknownKind:
         if (choices.tryUnknown)
@@ -33,7 +35,8 @@ Prompter::Answer TerminalPrompter::run(const Alert &alert)
         return {.button = first, .suppressed = false, .text = *password};
     }
     case Topic::notice:
-    case Topic::other: break;
+    case Topic::other:
+        break;
     }
     return {.button = first};
 }

@@ -18,7 +18,8 @@ int main(int argc, char **argv)
     mallopt(M_MMAP_THRESHOLD, 128 * 1024);
     mallopt(M_ARENA_MAX, 2);
     QCoreApplication app(argc, argv);
-    const auto parsed = parseArguments(std::vector<std::string>(argv + 1, argv + argc), QThread::idealThreadCount());
+    const auto parsed =
+        parseArguments(std::vector<std::string>(argv + 1, argv + argc), QThread::idealThreadCount());
     if (std::holds_alternative<HelpRequest>(parsed)) {
         std::cout << usageText();
         return 0;
@@ -31,8 +32,9 @@ int main(int argc, char **argv)
     Companion companion(std::get<CompanionOptions>(parsed), Settings::shared(), passwords, std::cout);
     if (std::get<CompanionOptions>(parsed).dryRun)
         return companion.dryRun();
-    QObject::connect(&companion, &Companion::finished, &app, [](int status) { QCoreApplication::exit(status); },
-                     Qt::QueuedConnection);
+    QObject::connect(
+        &companion, &Companion::finished, &app, [](int status) { QCoreApplication::exit(status); },
+        Qt::QueuedConnection);
     companion.start();
     return app.exec();
 }

@@ -47,7 +47,8 @@ Figures onePerDocument(const std::vector<fs::path> &files)
     return figures;
 }
 
-Figures batched(const std::vector<fs::path> &files, const fs::path &soffice, int workers, LibreOfficeBatch::Counts &counts)
+Figures batched(const std::vector<fs::path> &files, const fs::path &soffice, int workers,
+                LibreOfficeBatch::Counts &counts)
 {
     Figures figures;
     const auto start = Clock::now();
@@ -118,9 +119,10 @@ int main(int argc, char **argv)
                     single.seconds / figures.seconds);
     }
     const Figures companion = companionPath(files, 2);
-    std::printf("officeToODT, batched import, 2 workers: %3zu of %zu converted, %6.1f s, %5.0f ms per document; "
-                "%.1fx faster per document\n",
-                companion.converted, files.size(), companion.seconds, 1000 * companion.seconds / count,
-                single.seconds / companion.seconds);
+    std::printf(
+        "officeToODT, batched import, 2 workers: %3zu of %zu converted, %6.1f s, %5.0f ms per document; "
+        "%.1fx faster per document\n",
+        companion.converted, files.size(), companion.seconds, 1000 * companion.seconds / count,
+        single.seconds / companion.seconds);
     return 0;
 }

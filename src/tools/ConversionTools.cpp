@@ -73,8 +73,8 @@ pid_t spawn(const fs::path &executable, const std::vector<std::string> &args, Pi
 void drain(Pipe &out, Pipe &err, std::string &outBytes, std::string &errBytes)
 {
     std::array<char, 65536> buffer;
-    std::array<pollfd, 2> fds {pollfd {out.read, POLLIN, 0}, pollfd {err.read, POLLIN, 0}};
-    std::array<std::string *, 2> sinks {&outBytes, &errBytes};
+    std::array<pollfd, 2> fds{pollfd{out.read, POLLIN, 0}, pollfd{err.read, POLLIN, 0}};
+    std::array<std::string *, 2> sinks{&outBytes, &errBytes};
     int open = 2;
     while (open > 0) {
         if (::poll(fds.data(), fds.size(), -1) < 0) {

@@ -23,7 +23,8 @@ bool isExecutableFile(const std::filesystem::path &path);
 std::optional<std::filesystem::path> toolURL(const std::string &name);
 
 // The same search from another program folder (tests, the install layout).
-std::optional<std::filesystem::path> toolURL(const std::string &name, const std::filesystem::path &programFolder);
+std::optional<std::filesystem::path> toolURL(const std::string &name,
+                                             const std::filesystem::path &programFolder);
 
 // <program folder>/../lib/quillmorph when that folder exists (an installed
 // program); a program in the build tree has none.
@@ -50,6 +51,7 @@ Output runBundledCapturing(const std::string &name, const std::vector<std::strin
 // Runs a program with stdin from /dev/null, both pipes drained together, and
 // logs the command line and the byte counts and exit status. A program ended
 // by a signal logs that signal's number as its status.
-Output run(const std::filesystem::path &executable, const std::vector<std::string> &args, const std::string &label);
+Output run(const std::filesystem::path &executable, const std::vector<std::string> &args,
+           const std::string &label);
 
 } // namespace ConversionTools

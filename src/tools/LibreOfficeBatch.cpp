@@ -45,7 +45,8 @@ std::string stemOf(const fs::path &input)
 std::string wordsOf(const std::string &stderrBytes)
 {
     QStringDecoder decoder(QStringDecoder::Utf8, QStringDecoder::Flag::Stateless);
-    const QString text = decoder.decode(QByteArrayView(stderrBytes.data(), static_cast<qsizetype>(stderrBytes.size())));
+    const QString text =
+        decoder.decode(QByteArrayView(stderrBytes.data(), static_cast<qsizetype>(stderrBytes.size())));
     return decoder.hasError() ? std::string("LibreOffice produced no output") : text.toStdString();
 }
 
@@ -57,8 +58,8 @@ bool fileThere(const fs::path &path)
 
 std::exception_ptr stoppedError()
 {
-    return std::make_exception_ptr(
-        ConversionError::officeToolFailed("The conversion was stopped before LibreOffice reached this document."));
+    return std::make_exception_ptr(ConversionError::officeToolFailed(
+        "The conversion was stopped before LibreOffice reached this document."));
 }
 
 } // namespace
@@ -119,7 +120,7 @@ void LibreOfficeBatch::submit(const fs::path &input, Completion completion)
 {
     {
         std::lock_guard lock(mutex);
-        queue.push_back(Pending {input, std::move(completion)});
+        queue.push_back(Pending{input, std::move(completion)});
     }
     wake.notify_one();
 }
@@ -168,7 +169,8 @@ std::vector<LibreOfficeBatch::Pending> LibreOfficeBatch::take()
     // few documents that arrive next, and a start for each few.
     const auto workerCount = static_cast<std::size_t>(std::max(1, options.workers));
     const std::size_t share = (queue.size() + workerCount - 1) / workerCount;
-    const std::size_t count = std::clamp<std::size_t>(share, 1, std::max<std::size_t>(1, options.documentsPerStart));
+    const std::size_t count =
+        std::clamp<std::size_t>(share, 1, std::max<std::size_t>(1, options.documentsPerStart));
     std::vector<Pending> taken;
     for (std::size_t i = 0; i < count && !queue.empty(); ++i) {
         taken.push_back(std::move(queue.front()));
@@ -209,8 +211,12 @@ void LibreOfficeBatch::convert(int worker, std::vector<Pending> documents)
     // Numbered links stand for the inputs: two documents named alike in
     // different folders would otherwise write the same output.
     Run run;
-    std::vector<std::string> args {"-env:UserInstallation=" + fileURL(profile), "--headless", "--convert-to", "odt",
-                                   "--outdir", out.string()};
+    std::vector<std::string> args{"-env:UserInstallation=" + fileURL(profile),
+                                  "--headless",
+                                  "--convert-to",
+                                  "odt",
+                                  "--outdir",
+                                  out.string()};
     for (std::size_t i = 0; i < documents.size(); ++i) {
         const std::string number = std::to_string(i + 1);
         const fs::path link = in / (number + documents[i].input.extension().string());
@@ -253,7 +259,8 @@ void LibreOfficeBatch::convert(int worker, std::vector<Pending> documents)
         }
         if (run.look())
             deliverBefore(run.highest);
-        const auto allowance = options.documentTimeout + (run.highest < 0 ? options.startAllowance : Clock::duration());
+        const auto allowance =
+            options.documentTimeout + (run.highest < 0 ? options.startAllowance : Clock::duration());
         return Clock::now() - run.lastProgress > allowance;
     };
     {
@@ -284,7 +291,8 @@ void LibreOfficeBatch::convert(int worker, std::vector<Pending> documents)
     // Beyond the first document without a whole output, an interrupted
     // LibreOffice never tried the rest: they go on together. The ones it
     // tried and failed, and the one it stopped on, are tried alone.
-    const std::size_t frontier = endedByItself ? run.documents.size() : static_cast<std::size_t>(run.highest + 1);
+    const std::size_t frontier =
+        endedByItself ? run.documents.size() : static_cast<std::size_t>(run.highest + 1);
     std::vector<Pending> untried;
     std::vector<Pending> suspects;
     for (std::size_t i = 0; i < run.documents.size(); ++i) {
@@ -293,9 +301,10 @@ void LibreOfficeBatch::convert(int worker, std::vector<Pending> documents)
         if (stopped)
             settle(i, stoppedError());
         else if (run.documents.size() == 1)
-            settle(i, std::make_exception_ptr(ConversionError::officeToolFailed(
-                          outcome.killed ? "LibreOffice stopped making progress on this document and was ended."
-                                         : wordsOf(outcome.stderr))));
+            settle(i,
+                   std::make_exception_ptr(ConversionError::officeToolFailed(
+                       outcome.killed ? "LibreOffice stopped making progress on this document and was ended."
+                                      : wordsOf(outcome.stderr))));
         else if (i <= frontier)
             suspects.push_back(std::move(run.documents[i]));
         else

@@ -31,11 +31,11 @@ public:
         int workers = 1;
         std::size_t documentsPerStart = 200;
         // A start that has produced no new document for this long is hung.
-        std::chrono::milliseconds documentTimeout {std::chrono::seconds(120)};
+        std::chrono::milliseconds documentTimeout{std::chrono::seconds(120)};
         // Added to the first document of a start: a fresh profile is slow.
-        std::chrono::milliseconds startAllowance {std::chrono::seconds(60)};
+        std::chrono::milliseconds startAllowance{std::chrono::seconds(60)};
         // How long a worker waits for more documents before starting with fewer.
-        std::chrono::milliseconds gatherDelay {100};
+        std::chrono::milliseconds gatherDelay{100};
         // Where the profiles, the batches and the results go; empty is $TMPDIR.
         std::filesystem::path workRoot;
     };
@@ -47,11 +47,11 @@ public:
     using Completion = std::function<void(Result)>;
 
     struct Counts {
-        std::size_t starts = 0;      // LibreOffice runs, retries included
+        std::size_t starts = 0; // LibreOffice runs, retries included
         std::size_t converted = 0;
         std::size_t failed = 0;
         std::size_t retriedAlone = 0;
-        std::size_t hung = 0;        // runs killed for making no progress
+        std::size_t hung = 0; // runs killed for making no progress
     };
 
     explicit LibreOfficeBatch(Options options);

@@ -124,7 +124,8 @@ fs::path rtfInUnicode(const fs::path &input, const fs::path &workFolder)
     const fs::path copy = workFolder / "unicode.rtf";
     QFile out(QString::fromStdString(copy.string()));
     if (!out.open(QIODevice::WriteOnly | QIODevice::Truncate) ||
-        out.write(rewritten.data(), static_cast<qint64>(rewritten.size())) != static_cast<qint64>(rewritten.size()))
+        out.write(rewritten.data(), static_cast<qint64>(rewritten.size())) !=
+            static_cast<qint64>(rewritten.size()))
         throw PlatformError(out.errorString().toStdString());
     return copy;
 }
@@ -133,10 +134,12 @@ fs::path withLibreOffice(const fs::path &soffice, const fs::path &input, const f
                          const fs::path &expected)
 {
     const std::string profile =
-        QUrl::fromLocalFile(QString::fromStdString((workFolder / "loprofile").string())).toString().toStdString();
+        QUrl::fromLocalFile(QString::fromStdString((workFolder / "loprofile").string()))
+            .toString()
+            .toStdString();
     const Output output = run(soffice,
-                              {"-env:UserInstallation=" + profile, "--headless", "--convert-to", "odt", "--outdir",
-                               workFolder.string(), input.string()},
+                              {"-env:UserInstallation=" + profile, "--headless", "--convert-to", "odt",
+                               "--outdir", workFolder.string(), input.string()},
                               "soffice");
     if (fileThere(expected))
         return expected;
@@ -176,7 +179,8 @@ std::optional<fs::path> templateWithoutTitleBlock(const fs::path &workFolder)
     const fs::path path = workFolder / "body-only.template";
     QFile file(QString::fromStdString(path.string()));
     if (!file.open(QIODevice::WriteOnly | QIODevice::Truncate) ||
-        file.write(bodyOnly->data(), static_cast<qint64>(bodyOnly->size())) != static_cast<qint64>(bodyOnly->size()))
+        file.write(bodyOnly->data(), static_cast<qint64>(bodyOnly->size())) !=
+            static_cast<qint64>(bodyOnly->size()))
         throw PlatformError(file.errorString().toStdString());
     return path;
 }
@@ -188,10 +192,10 @@ fs::path withPandoc(const fs::path &input, const fs::path &workFolder, const fs:
         throw ConversionError::officeToolFailed(
             "Word 97\u20132003 documents can only be read when LibreOffice is installed.");
     const bool plainText = *reader == "text";
-    const fs::path source = plainText ? textAsHTML(input, workFolder)
+    const fs::path source = plainText          ? textAsHTML(input, workFolder)
                             : *reader == "rtf" ? rtfInUnicode(input, workFolder)
                                                : input;
-    std::vector<std::string> args {"--from", plainText ? "html" : *reader, "--to", "odt"};
+    std::vector<std::string> args{"--from", plainText ? "html" : *reader, "--to", "odt"};
     if (*reader == "html" || *reader == "rtf") {
         if (const auto bodyOnly = templateWithoutTitleBlock(workFolder))
             args.push_back("--template=" + bodyOnly->string());
@@ -214,14 +218,16 @@ std::optional<std::string> pandocReaderFor(const fs::path &input)
     }
     const std::string ext = lowercaseExtension(input);
     const auto startsWith = [&header](std::initializer_list<std::uint8_t> signature) {
-        return header.size() >= signature.size() && std::equal(signature.begin(), signature.end(), header.begin());
+        return header.size() >= signature.size() &&
+               std::equal(signature.begin(), signature.end(), header.begin());
     };
     if (startsWith({0xD0, 0xCF, 0x11, 0xE0}))
         return std::nullopt;
     if (startsWith({0x50, 0x4B, 0x03, 0x04}))
         return ext == "odt" ? "odt" : "docx"; // an OpenDocument package whose media type came late
     const InputFile::Kind kind = InputFile::classifyHeader("no-extension", header).kind;
-    const std::string start(header.begin(), header.begin() + static_cast<long>(std::min<std::size_t>(8, header.size())));
+    const std::string start(header.begin(),
+                            header.begin() + static_cast<long>(std::min<std::size_t>(8, header.size())));
     if (start.find("{\\rtf") != std::string::npos)
         return "rtf";
     if (kind == InputFile::Kind::office)

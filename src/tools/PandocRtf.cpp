@@ -22,11 +22,25 @@ constexpr int leaveAlone = -2;       // symbol fonts: their bytes are glyph numb
 // Windows font character sets and the code pages they stand for.
 int codePageOfCharset(int charset)
 {
-    static const std::map<int, int> pages {
-        {0, documentCodePage}, {1, documentCodePage}, {2, leaveAlone}, {77, 10000}, {128, 932}, {129, 949},
-        {130, 1361},           {134, 936},            {136, 950},      {161, 1253}, {162, 1254}, {163, 1258},
-        {177, 1255},           {178, 1256},           {186, 1257},     {204, 1251}, {222, 874},  {238, 1250},
-        {255, 437}};
+    static const std::map<int, int> pages{{0, documentCodePage},
+                                          {1, documentCodePage},
+                                          {2, leaveAlone},
+                                          {77, 10000},
+                                          {128, 932},
+                                          {129, 949},
+                                          {130, 1361},
+                                          {134, 936},
+                                          {136, 950},
+                                          {161, 1253},
+                                          {162, 1254},
+                                          {163, 1258},
+                                          {177, 1255},
+                                          {178, 1256},
+                                          {186, 1257},
+                                          {204, 1251},
+                                          {222, 874},
+                                          {238, 1250},
+                                          {255, 437}};
     const auto found = pages.find(charset);
     return found == pages.end() ? documentCodePage : found->second;
 }
@@ -81,7 +95,7 @@ private:
         const auto found = handles.find(codePage);
         if (found != handles.end())
             return found->second;
-        const std::string name = codePage == 10000 ? "MACINTOSH"
+        const std::string name = codePage == 10000  ? "MACINTOSH"
                                  : codePage == 1361 ? "JOHAB"
                                                     : "CP" + std::to_string(codePage);
         return handles[codePage] = iconv_open("UTF-32LE", name.c_str());
@@ -91,8 +105,8 @@ private:
 };
 
 struct Group {
-    int font = -1;        // -1: the default font
-    int unicodeSkip = 1;  // \ucN
+    int font = -1;         // -1: the default font
+    int unicodeSkip = 1;   // \ucN
     bool verbatim = false; // list-level texts, pictures, object data: bytes are numbers
 };
 
@@ -241,7 +255,8 @@ private:
             }
             if (styleSheetDepth > 0) {
                 skipLeft = std::max(0, skipLeft - 1);
-                const bool plain = *byte >= 0x20 && *byte < 0x7F && std::string_view("\\{};").find(*byte) == std::string_view::npos;
+                const bool plain = *byte >= 0x20 && *byte < 0x7F &&
+                                   std::string_view("\\{};").find(*byte) == std::string_view::npos;
                 out += plain ? static_cast<char>(*byte) : '?';
                 return at + 4;
             }
@@ -272,7 +287,8 @@ private:
         }
         follow(word);
         if (word.name == "bin" && word.parameter && *word.parameter > 0) {
-            const size_t length = std::min<size_t>(static_cast<size_t>(*word.parameter), rtf.size() - word.end);
+            const size_t length =
+                std::min<size_t>(static_cast<size_t>(*word.parameter), rtf.size() - word.end);
             out.append(rtf, word.end, length);
             return word.end + length;
         }
@@ -323,7 +339,7 @@ private:
     std::map<int, int> fontPages;
     int ansiCodePage = 1252;
     int defaultFont = 0;
-    size_t fontTableDepth = 0; // the group depth of \fonttbl, 0 outside it
+    size_t fontTableDepth = 0;  // the group depth of \fonttbl, 0 outside it
     size_t styleSheetDepth = 0; // and of \stylesheet
     int tableFont = -1;
     int skipLeft = 0; // fallback characters of the last \uN still to pass
@@ -362,7 +378,7 @@ private:
     // The index of the '}' that closes the group opened at `open`, or npos.
     size_t groupEnd(size_t open) const
     {
-        const auto found = std::lower_bound(groups.begin(), groups.end(), std::pair {open, size_t(0)});
+        const auto found = std::lower_bound(groups.begin(), groups.end(), std::pair{open, size_t(0)});
         return found != groups.end() && found->first == open ? found->second : std::string::npos;
     }
 
@@ -384,7 +400,8 @@ private:
                 const size_t end = escapeEnd(i);
                 out.append(rtf, i, end - i);
                 i = end;
-            } else if (rtf[i] == '{' && (opensWith(i, "\\tc") || opensWith(i, "\\tcn") || opensWith(i, "\\xe"))) {
+            } else if (rtf[i] == '{' &&
+                       (opensWith(i, "\\tc") || opensWith(i, "\\tcn") || opensWith(i, "\\xe"))) {
                 // contents and index entries are never shown; pandoc shows them
                 const size_t end = groupEnd(i);
                 if (end == std::string::npos || end >= to) {
@@ -440,7 +457,7 @@ private:
             if (opensWith(i, "\\*\\fldinst") || opensWith(i, "\\fldinst"))
                 instruction = plainText(i, end);
             else if (opensWith(i, "\\fldrslt"))
-                result = std::pair {escapeEnd(i + 1), end};
+                result = std::pair{escapeEnd(i + 1), end};
             i = end + 1;
         }
         const std::string shown = result ? within(result->first, result->second, depth) : std::string();

@@ -54,13 +54,14 @@ pid_t spawnInNewGroup(const fs::path &executable, const std::vector<std::string>
 
     std::string program = executable.string();
     std::vector<std::string> copies(args);
-    std::vector<char *> argv {program.data()};
+    std::vector<char *> argv{program.data()};
     for (auto &arg : copies)
         argv.push_back(arg.data());
     argv.push_back(nullptr);
 
     pid_t pid = 0;
-    const int error = posix_spawn(&pid, executable.c_str(), &setup.files, &setup.attributes, argv.data(), environ);
+    const int error =
+        posix_spawn(&pid, executable.c_str(), &setup.files, &setup.attributes, argv.data(), environ);
     if (error != 0)
         throw PlatformError::fromErrno(error);
     return pid;
@@ -70,8 +71,9 @@ pid_t spawnInNewGroup(const fs::path &executable, const std::vector<std::string>
 // group id cannot be handed to another process before we kill the group.
 bool leaderExited(pid_t pid)
 {
-    siginfo_t info {};
-    return ::waitid(P_PID, static_cast<id_t>(pid), &info, WEXITED | WNOHANG | WNOWAIT) == 0 && info.si_pid == pid;
+    siginfo_t info{};
+    return ::waitid(P_PID, static_cast<id_t>(pid), &info, WEXITED | WNOHANG | WNOWAIT) == 0 &&
+           info.si_pid == pid;
 }
 
 void reap(pid_t pid, GroupOutcome &outcome)
@@ -101,8 +103,9 @@ std::string joined(const std::vector<std::string> &args)
 
 } // namespace
 
-GroupOutcome runAsGroup(const fs::path &executable, const std::vector<std::string> &args, const std::string &label,
-                        const std::function<bool()> &shouldKill, std::chrono::milliseconds tick)
+GroupOutcome runAsGroup(const fs::path &executable, const std::vector<std::string> &args,
+                        const std::string &label, const std::function<bool()> &shouldKill,
+                        std::chrono::milliseconds tick)
 {
     Pipe out;
     Pipe err;
@@ -113,8 +116,8 @@ GroupOutcome runAsGroup(const fs::path &executable, const std::vector<std::strin
 
     GroupOutcome outcome;
     std::array<char, 65536> buffer;
-    std::array<pollfd, 2> fds {pollfd {out.read, POLLIN, 0}, pollfd {err.read, POLLIN, 0}};
-    std::array<std::string *, 2> sinks {&outcome.stdout, &outcome.stderr};
+    std::array<pollfd, 2> fds{pollfd{out.read, POLLIN, 0}, pollfd{err.read, POLLIN, 0}};
+    std::array<std::string *, 2> sinks{&outcome.stdout, &outcome.stderr};
     int open = 2;
     bool leaderGone = false;
     int ticksSinceLeader = 0;

@@ -14,7 +14,7 @@ namespace ConversionTools {
 struct GroupOutcome {
     std::string stdout;
     std::string stderr;
-    int status = 0;        // the exit status, or the number of the signal that ended it
+    int status = 0;         // the exit status, or the number of the signal that ended it
     bool signalled = false; // ended by a signal, ours or another's
     bool killed = false;    // ended by us because `shouldKill` said so
 };

@@ -19,7 +19,9 @@ namespace {
 
 class ScriptedPasswords : public PasswordSource {
 public:
-    explicit ScriptedPasswords(std::deque<std::optional<std::string>> answers) : answers(std::move(answers)) {}
+    explicit ScriptedPasswords(std::deque<std::optional<std::string>> answers) : answers(std::move(answers))
+    {
+    }
     std::optional<std::string> ask(const std::string &name, bool retry) override
     {
         asked.push_back(name + (retry ? " (retry)" : ""));
@@ -37,7 +39,7 @@ private:
 
 std::vector<std::uint8_t> wordPerfectHeader(bool encrypted)
 {
-    std::vector<std::uint8_t> bytes {0xFF, 0x57, 0x50, 0x43, 16, 0, 0, 0, 1, 0x0A, 0, 1, 0, 0, 0, 0};
+    std::vector<std::uint8_t> bytes{0xFF, 0x57, 0x50, 0x43, 16, 0, 0, 0, 1, 0x0A, 0, 1, 0, 0, 0, 0};
     if (encrypted)
         bytes[12] = 0x42;
     return bytes;
@@ -51,8 +53,9 @@ protected:
     {
         fs::create_directories(docs());
         // Encrypted fixtures (Secret*, Other*) convert only with the password "right".
-        tools.add("wpd2odt", "case \"$*\" in '--password right '*) ;; *--password*|*Secret*|*Other*) exit 1;; esac\n"
-                             "eval out=\\${$#}; printf converted > \"$out\"");
+        tools.add("wpd2odt",
+                  "case \"$*\" in '--password right '*) ;; *--password*|*Secret*|*Other*) exit 1;; esac\n"
+                  "eval out=\\${$#}; printf converted > \"$out\"");
     }
     fs::path docs() const { return tools.work("docs"); }
 
@@ -83,18 +86,18 @@ protected:
 
 TEST(CompanionArguments, ParsesOptionsAndRefusesNonsense)
 {
-    const auto options = std::get<CompanionOptions>(
-        parseArguments({"--dry-run", "--replace", "--password=pw", "-j", "3", "--try-unknown", "a.wpd", "--",
-                        "--odd-name.wpd"},
-                       8));
+    const auto options =
+        std::get<CompanionOptions>(parseArguments({"--dry-run", "--replace", "--password=pw", "-j", "3",
+                                                   "--try-unknown", "a.wpd", "--", "--odd-name.wpd"},
+                                                  8));
     EXPECT_TRUE(options.dryRun && options.replace && options.tryUnknown);
     EXPECT_EQ(options.password, "pw");
     EXPECT_EQ(options.jobs, 3);
-    EXPECT_EQ(options.inputs, (std::vector<fs::path> {fs::absolute("a.wpd"), fs::absolute("--odd-name.wpd")}));
+    EXPECT_EQ(options.inputs, (std::vector<fs::path>{fs::absolute("a.wpd"), fs::absolute("--odd-name.wpd")}));
 
     EXPECT_EQ(std::get<CompanionOptions>(parseArguments({"x"}, 6)).jobs, 6) << "default: the cores";
     EXPECT_TRUE(std::holds_alternative<HelpRequest>(parseArguments({"a", "--help"}, 1)));
-    for (const auto &bad : std::vector<std::vector<std::string>> {
+    for (const auto &bad : std::vector<std::vector<std::string>>{
              {}, {"--jobs", "0", "a"}, {"--jobs", "two", "a"}, {"--bogus", "a"}, {"a", "--password"}}) {
         EXPECT_TRUE(std::holds_alternative<UsageError>(parseArguments(bad, 1)));
     }
@@ -110,12 +113,20 @@ TEST_F(CompanionRun, DryRunDescribesEveryFileOfAFolder)
     ScriptedPasswords none({});
     EXPECT_EQ(run({"--dry-run", docs().string()}, none), 0);
     const std::string d = docs().string();
-    EXPECT_EQ(out.str(),
-              d + "/Letter.odt\topenDocument\tno WordPerfect prefix\tencrypted=no\twp6=no\todtToWP \u2192 Letter.wp6\n" +
-                  d + "/Letter.wpd\twpDocument\tWordPerfect 5.x\tencrypted=no\twp6=no\twpToODT \u2192 Letter (1).odt\n" +
-                  d + "/sub/Secret.wp5\twpDocument\tWordPerfect 5.x\tencrypted=yes\twp6=no\twpToODT \u2192 Secret.odt\n" +
-                  d + "/sub/notes.dat\tunknown\tno WordPerfect prefix\tencrypted=no\twp6=no\tskipped: unknown type "
-                      "(--try-unknown converts it as a WordPerfect document)\n");
+    EXPECT_EQ(
+        out.str(),
+        d +
+            "/Letter.odt\topenDocument\tno WordPerfect prefix\tencrypted=no\twp6=no\todtToWP \u2192 "
+            "Letter.wp6\n" +
+            d +
+            "/Letter.wpd\twpDocument\tWordPerfect 5.x\tencrypted=no\twp6=no\twpToODT \u2192 Letter "
+            "(1).odt\n" +
+            d +
+            "/sub/Secret.wp5\twpDocument\tWordPerfect 5.x\tencrypted=yes\twp6=no\twpToODT \u2192 "
+            "Secret.odt\n" +
+            d +
+            "/sub/notes.dat\tunknown\tno WordPerfect prefix\tencrypted=no\twp6=no\tskipped: unknown type "
+            "(--try-unknown converts it as a WordPerfect document)\n");
     EXPECT_TRUE(none.asked.empty());
     EXPECT_FALSE(fs::exists(docs() / "Letter (1).odt")) << "a dry run converts nothing";
 }
@@ -128,7 +139,8 @@ TEST_F(CompanionRun, ConvertsKeepingBothUnlessToldToReplace)
     EXPECT_EQ(run({docs() / "Letter.wpd"}, none), 0);
     EXPECT_EQ(readFile(docs() / "Letter.odt"), "older");
     EXPECT_EQ(readFile(docs() / "Letter (1).odt"), "converted");
-    EXPECT_NE(out.str().find("[1/1] converted Letter.wpd \u2192 Letter (1).odt"), std::string::npos) << out.str();
+    EXPECT_NE(out.str().find("[1/1] converted Letter.wpd \u2192 Letter (1).odt"), std::string::npos)
+        << out.str();
 
     EXPECT_EQ(run({"--replace", docs() / "Letter.wpd"}, none), 0);
     EXPECT_EQ(readFile(docs() / "Letter.odt"), "converted");
@@ -152,8 +164,8 @@ TEST_F(CompanionRun, AsksAgainAfterAWrongPasswordUntilRightOrSkipped)
     writeFile(docs() / "Other.wpd", wordPerfectHeader(true));
     ScriptedPasswords answers({"wrong", "", "right", std::nullopt});
     EXPECT_EQ(run({"--jobs", "1", docs() / "Secret.wpd", docs() / "Other.wpd"}, answers), 0);
-    EXPECT_EQ(answers.asked, (std::vector<std::string> {"Secret.wpd", "Secret.wpd (retry)", "Secret.wpd (retry)",
-                                                        "Other.wpd"}));
+    EXPECT_EQ(answers.asked, (std::vector<std::string>{"Secret.wpd", "Secret.wpd (retry)",
+                                                       "Secret.wpd (retry)", "Other.wpd"}));
     EXPECT_EQ(readFile(docs() / "Secret.odt"), "converted");
     EXPECT_FALSE(fs::exists(docs() / "Other.odt"));
     EXPECT_NE(out.str().find("1 converted, 0 failed, 1 skipped"), std::string::npos) << out.str();
@@ -166,16 +178,19 @@ TEST_F(CompanionRun, FailuresAreCountedWithTheirReasons)
     wp6[10] = 2;
     writeFile(docs() / "Locked6.wpd", wp6);
     ScriptedPasswords none({});
-    EXPECT_EQ(run({"--password", "wrong", docs() / "Secret.wpd", docs() / "Locked6.wpd",
-                   docs() / "missing.wpd"},
-                  none),
-              1);
+    EXPECT_EQ(
+        run({"--password", "wrong", docs() / "Secret.wpd", docs() / "Locked6.wpd", docs() / "missing.wpd"},
+            none),
+        1);
     const std::string text = out.str();
     EXPECT_NE(text.find("0 converted, 3 failed, 0 skipped"), std::string::npos) << text;
     EXPECT_NE(text.find("failed: Secret.wpd: Incorrect password. Secret.wpd could not be decrypted."),
-              std::string::npos) << text;
-    EXPECT_NE(text.find("Locked6.wpd is an encrypted WordPerfect 6 file that I cannot open."), std::string::npos);
-    EXPECT_NE(text.find("I could not read missing.wpd. " + testing_support::systemMessage(ENOENT)), std::string::npos);
+              std::string::npos)
+        << text;
+    EXPECT_NE(text.find("Locked6.wpd is an encrypted WordPerfect 6 file that I cannot open."),
+              std::string::npos);
+    EXPECT_NE(text.find("I could not read missing.wpd. " + testing_support::systemMessage(ENOENT)),
+              std::string::npos);
     EXPECT_TRUE(none.asked.empty()) << "--password is not asked again";
 }
 
@@ -188,12 +203,14 @@ TEST_F(CompanionRun, WritesIntoAnOutputTreeAndSkipsWhatIsUpToDate)
     writeFile(docs() / "archive" / "sub" / "Memo.wpd", wordPerfectHeader(false));
     const fs::path tree = tools.work("out");
     ScriptedPasswords none({});
-    EXPECT_EQ(run({"--output-dir", tree.string(), "--skip-existing", (docs() / "archive").string()}, none), 0);
+    EXPECT_EQ(run({"--output-dir", tree.string(), "--skip-existing", (docs() / "archive").string()}, none),
+              0);
     EXPECT_EQ(readFile(tree / "Letter.odt"), "converted");
     EXPECT_EQ(readFile(tree / "sub" / "Memo.odt"), "converted");
     EXPECT_FALSE(fs::exists(docs() / "archive" / "Letter.odt")) << "nothing beside the inputs";
     this->out.str("");
-    EXPECT_EQ(run({"--output-dir", tree.string(), "--skip-existing", (docs() / "archive").string()}, none), 0);
+    EXPECT_EQ(run({"--output-dir", tree.string(), "--skip-existing", (docs() / "archive").string()}, none),
+              0);
     EXPECT_NE(this->out.str().find("0 converted, 0 failed, 2 skipped"), std::string::npos) << this->out.str();
     EXPECT_NE(this->out.str().find("Letter.wpd: up to date"), std::string::npos) << this->out.str();
     EXPECT_FALSE(fs::exists(tree / "Letter (1).odt")) << "no numbered copy on a repeated run";
@@ -248,12 +265,13 @@ for f in "$@"; do
     case "$(cat "$f")" in *FAIL*) echo "source file could not be loaded" >&2 ;; *) cp "$f" "$outdir/${name%.*}.odt" ;; esac
 done
 )sh");
-    ConversionTools::overrideLibreOfficePlaces(std::vector<fs::path> {tools.work("suite/soffice")});
+    ConversionTools::overrideLibreOfficePlaces(std::vector<fs::path>{tools.work("suite/soffice")});
     fs::create_directories(tools.work("tmp"));
     setenv("TMPDIR", tools.work("tmp").c_str(), 1);
     fs::create_directories(docs() / "office");
     for (int i = 0; i < 10; ++i)
-        writeFile(docs() / "office" / ("Note " + std::to_string(i) + ".rtf"), "{\\rtf1 note " + std::to_string(i) + "}");
+        writeFile(docs() / "office" / ("Note " + std::to_string(i) + ".rtf"),
+                  "{\\rtf1 note " + std::to_string(i) + "}");
     writeFile(docs() / "office" / "Broken.rtf", "{\\rtf1 FAIL}");
     const fs::path tree = tools.work("out");
     const auto calls = [&] {
@@ -264,8 +282,10 @@ done
         return starts;
     };
     ScriptedPasswords none({});
-    EXPECT_EQ(run({"--jobs", "2", "--skip-existing", "--output-dir", tree.string(), (docs() / "office").string()}, none),
-              1);
+    EXPECT_EQ(
+        run({"--jobs", "2", "--skip-existing", "--output-dir", tree.string(), (docs() / "office").string()},
+            none),
+        1);
     EXPECT_NE(out.str().find("10 converted, 1 failed, 0 skipped"), std::string::npos) << out.str();
     EXPECT_NE(out.str().find("source file could not be loaded"), std::string::npos) << out.str();
     EXPECT_EQ(readFile(tree / "Note 7.wp6"), "wp");
@@ -274,8 +294,10 @@ done
 
     out.str("");
     const std::size_t before = calls().size();
-    EXPECT_EQ(run({"--jobs", "2", "--skip-existing", "--output-dir", tree.string(), (docs() / "office").string()}, none),
-              1);
+    EXPECT_EQ(
+        run({"--jobs", "2", "--skip-existing", "--output-dir", tree.string(), (docs() / "office").string()},
+            none),
+        1);
     EXPECT_NE(out.str().find("0 converted, 1 failed, 10 skipped"), std::string::npos) << out.str();
     ASSERT_EQ(calls().size(), before + 1) << "one start, for the document without an output";
     EXPECT_NE(calls().back().find("--outdir"), std::string::npos);

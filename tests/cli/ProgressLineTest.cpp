@@ -59,9 +59,10 @@ TEST(ProgressLine, SaysFilesRateAndTimeLeftWithoutTheLocale)
 TEST(ProgressLine, RedrawsInPlaceOnATerminalAndKeepsFailuresAboveIt)
 {
     GermanLocale german;
-    Time now {};
+    Time now{};
     std::ostringstream out;
-    ProgressLine line(out, true, 4, [&now] { return now; }, 200ms);
+    ProgressLine line(
+        out, true, 4, [&now] { return now; }, 200ms);
     struct Step {
         std::chrono::milliseconds at;
         std::function<void()> act;
@@ -82,7 +83,7 @@ TEST(ProgressLine, RedrawsInPlaceOnATerminalAndKeepsFailuresAboveIt)
     for (const auto &step : steps) {
         SCOPED_TRACE(step.at.count());
         out.str("");
-        now = Time {} + step.at;
+        now = Time{} + step.at;
         step.act();
         EXPECT_EQ(out.str(), step.written);
     }
@@ -91,7 +92,7 @@ TEST(ProgressLine, RedrawsInPlaceOnATerminalAndKeepsFailuresAboveIt)
 TEST(ProgressLine, AnythingButATerminalGetsPlainLinesOnly)
 {
     std::ostringstream out;
-    Time now {};
+    Time now{};
     ProgressLine line(out, false, 3, [&now] { return now; });
     line.advance(1);
     now += 5s;

@@ -109,7 +109,8 @@ TEST(ReadOnlyArchive, ConvertsIntoAMirroredTreeReportsEveryFileAndRerunsMakeNoth
     fs::create_directories(archive / "office");
     for (const char *name : {"testRTF.rtf", "testWORD.docx", "test.html"})
         fs::copy(*corpus / "office" / name, archive / "office" / name);
-    ASSERT_EQ(::mount(nullptr, archive.c_str(), nullptr, MS_REMOUNT | MS_RDONLY, nullptr), 0) << systemMessage(errno);
+    ASSERT_EQ(::mount(nullptr, archive.c_str(), nullptr, MS_REMOUNT | MS_RDONLY, nullptr), 0)
+        << systemMessage(errno);
     ASSERT_NE(::access(archive.c_str(), W_OK), 0) << "the archive must be read-only";
     const std::set<fs::path> inputs = filesBelow(archive);
 
@@ -117,7 +118,8 @@ TEST(ReadOnlyArchive, ConvertsIntoAMirroredTreeReportsEveryFileAndRerunsMakeNoth
     const fs::path report = dir / "first.jsonl";
     qputenv("TMPDIR", QByteArray::fromStdString((dir / "tmp").string()));
     fs::create_directories(dir / "tmp");
-    const Outcome first = convert({"--jobs", "2", "--output-dir", q(tree), "--report", q(report), q(archive)});
+    const Outcome first =
+        convert({"--jobs", "2", "--output-dir", q(tree), "--report", q(report), q(archive)});
     ASSERT_NE(first.status, -1) << first.out;
 
     std::size_t lines = 0;
@@ -149,8 +151,8 @@ TEST(ReadOnlyArchive, ConvertsIntoAMirroredTreeReportsEveryFileAndRerunsMakeNoth
 
     const std::set<fs::path> made = filesBelow(tree);
     const fs::path again = dir / "again.jsonl";
-    const Outcome second =
-        convert({"--jobs", "2", "--skip-existing", "--output-dir", q(tree), "--report", q(again), q(archive)});
+    const Outcome second = convert(
+        {"--jobs", "2", "--skip-existing", "--output-dir", q(tree), "--report", q(again), q(archive)});
     const auto secondRecords = records(again, lines);
     EXPECT_EQ(lines, inputs.size());
     for (const auto &[input, record] : secondRecords) {

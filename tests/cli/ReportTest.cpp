@@ -34,7 +34,7 @@ std::vector<std::string> linesOf(const std::string &text)
 
 std::optional<QJsonObject> parsed(const std::string &line)
 {
-    QJsonParseError error {};
+    QJsonParseError error{};
     const QJsonDocument document = QJsonDocument::fromJson(QByteArray::fromStdString(line), &error);
     if (error.error != QJsonParseError::NoError || !document.isObject())
         return std::nullopt;
@@ -52,9 +52,10 @@ std::optional<std::vector<std::string>> pythonBytesOf(const std::vector<std::str
     for (const auto &literal : literals)
         text += literal + "\n";
     writeFile(dir / "literals", text);
-    const std::string command = "/usr/bin/python3 -c 'import json, os, sys\nfor l in open(sys.argv[1], encoding=\"utf-8\"):"
-                                " print(os.fsencode(json.loads(l)).hex())' " +
-                                (dir / "literals").string() + " > " + (dir / "bytes").string();
+    const std::string command =
+        "/usr/bin/python3 -c 'import json, os, sys\nfor l in open(sys.argv[1], encoding=\"utf-8\"):"
+        " print(os.fsencode(json.loads(l)).hex())' " +
+        (dir / "literals").string() + " > " + (dir / "bytes").string();
     if (std::system(command.c_str()) != 0)
         return std::nullopt;
     return linesOf(readFile(dir / "bytes"));
@@ -105,11 +106,11 @@ TEST(Report, StringsAreEscapedAndBadBytesKeptRecoverably)
         {"caf\xc3\xa9 \xe6\x97\xa5 \xf0\x9f\x93\x84", "\"caf\xc3\xa9 \xe6\x97\xa5 \xf0\x9f\x93\x84\""},
         {"caf\xe9.wpd", "\"caf\\udce9.wpd\""},
         {"\xff\xfe", "\"\\udcff\\udcfe\""},
-        {"\xc0\xaf", "\"\\udcc0\\udcaf\""},                           // overlong '/'
-        {"\xed\xa0\x80", "\"\\udced\\udca0\\udc80\""},                 // a surrogate spelled in UTF-8
-        {"\xf4\x90\x80\x80", "\"\\udcf4\\udc90\\udc80\\udc80\""},      // past U+10FFFF
-        {"end \xe6\x97", "\"end \\udce6\\udc97\""},                    // cut short
-        {"\xe6\x97\xa5\x80", "\"\xe6\x97\xa5\\udc80\""},               // a stray continuation byte
+        {"\xc0\xaf", "\"\\udcc0\\udcaf\""},                       // overlong '/'
+        {"\xed\xa0\x80", "\"\\udced\\udca0\\udc80\""},            // a surrogate spelled in UTF-8
+        {"\xf4\x90\x80\x80", "\"\\udcf4\\udc90\\udc80\\udc80\""}, // past U+10FFFF
+        {"end \xe6\x97", "\"end \\udce6\\udc97\""},               // cut short
+        {"\xe6\x97\xa5\x80", "\"\xe6\x97\xa5\\udc80\""},          // a stray continuation byte
     };
     std::vector<std::string> literals;
     for (const auto &row : rows) {
@@ -123,7 +124,8 @@ TEST(Report, StringsAreEscapedAndBadBytesKeptRecoverably)
         GTEST_SKIP() << "python3 is not installed to read the literals back";
     ASSERT_EQ(recovered->size(), rows.size());
     for (std::size_t i = 0; i < rows.size(); ++i)
-        EXPECT_EQ((*recovered)[i], hexOf(rows[i].bytes)) << "Python gets the very bytes back from " << literals[i];
+        EXPECT_EQ((*recovered)[i], hexOf(rows[i].bytes))
+            << "Python gets the very bytes back from " << literals[i];
 }
 
 TEST(Report, ALineHoldsEveryFieldWithNullsWhereNothingIs)
@@ -146,10 +148,12 @@ TEST(Report, ALineHoldsEveryFieldWithNullsWhereNothingIs)
         Report::Entry entry;
         const char *status;
     };
-    const Row rows[] = {{fullEntry(), "converted with losses"}, {converted, "converted"}, {failed, "failed"},
+    const Row rows[] = {{fullEntry(), "converted with losses"},
+                        {converted, "converted"},
+                        {failed, "failed"},
                         {skipped, "skipped"}};
-    const QStringList keys {"input", "size", "sha256", "kind", "family", "job", "output", "outputSha256",
-                            "status", "reason", "losses", "milliseconds"};
+    const QStringList keys{"input",  "size",         "sha256", "kind",   "family", "job",
+                           "output", "outputSha256", "status", "reason", "losses", "milliseconds"};
     for (const auto &row : rows) {
         SCOPED_TRACE(row.status);
         const std::string text = Report::line(row.entry);
@@ -286,7 +290,8 @@ TEST(Report, AKilledRunLeavesWholeLinesOnly)
         }
         const auto bothWriting = [&report] {
             const std::string text = fs::exists(report) ? readFile(report) : "";
-            return text.find("/archive/one/") != std::string::npos && text.find("/archive/two/") != std::string::npos;
+            return text.find("/archive/one/") != std::string::npos &&
+                   text.find("/archive/two/") != std::string::npos;
         };
         const auto deadline = std::chrono::steady_clock::now() + 60s;
         while (!bothWriting() && std::chrono::steady_clock::now() < deadline)
@@ -299,7 +304,8 @@ TEST(Report, AKilledRunLeavesWholeLinesOnly)
         const std::string text = readFile(report);
         ASSERT_FALSE(text.empty());
         const std::string tail = text.substr(text.rfind('\n') + 1);
-        EXPECT_EQ(tail.find_first_not_of(' '), std::string::npos) << "whole lines, at most blanks after them: " << tail;
+        EXPECT_EQ(tail.find_first_not_of(' '), std::string::npos)
+            << "whole lines, at most blanks after them: " << tail;
         std::map<std::string, int> perWriter;
         for (const auto &line : linesOf(text.substr(0, text.size() - tail.size()))) {
             const auto object = parsed(line);

@@ -16,12 +16,29 @@ TEST(Shard, ParsesOnlyKOfNWithKFromOneToN)
         std::optional<std::pair<std::uint32_t, std::uint32_t>> shard;
     };
     const Row rows[] = {
-        {"1/2", {{1, 2}}},   {"2/2", {{2, 2}}},     {"1/1", {{1, 1}}},  {"10/12", {{10, 12}}},
-        {"07/9", {{7, 9}}},  {"0/2", {}},           {"3/2", {}},        {"2/0", {}},
-        {"0/0", {}},         {"", {}},              {"/", {}},          {"1/", {}},
-        {"/2", {}},          {"a/2", {}},           {"1/b", {}},        {"1/2/3", {}},
-        {" 1/2", {}},        {"1/2 ", {}},          {"+1/2", {}},       {"-1/2", {}},
-        {"1.0/2", {}},       {"1:2", {}},           {"4294967296/4294967297", {}},
+        {"1/2", {{1, 2}}},
+        {"2/2", {{2, 2}}},
+        {"1/1", {{1, 1}}},
+        {"10/12", {{10, 12}}},
+        {"07/9", {{7, 9}}},
+        {"0/2", {}},
+        {"3/2", {}},
+        {"2/0", {}},
+        {"0/0", {}},
+        {"", {}},
+        {"/", {}},
+        {"1/", {}},
+        {"/2", {}},
+        {"a/2", {}},
+        {"1/b", {}},
+        {"1/2/3", {}},
+        {" 1/2", {}},
+        {"1/2 ", {}},
+        {"+1/2", {}},
+        {"-1/2", {}},
+        {"1.0/2", {}},
+        {"1:2", {}},
+        {"4294967296/4294967297", {}},
     };
     for (const auto &row : rows) {
         SCOPED_TRACE(std::string("\"") + row.text + "\"");
@@ -103,7 +120,7 @@ TEST(Shard, ShardsTogetherListEveryFileOfATreeExactlyOnce)
                     continue;
                 const std::string relative = entry.path().lexically_relative(root).generic_string();
                 for (std::uint32_t index = 1; index <= count; ++index) {
-                    if (Shard {index, count}.takes(entry.path(), root))
+                    if (Shard{index, count}.takes(entry.path(), root))
                         shardsOf[relative].push_back(index);
                 }
             }

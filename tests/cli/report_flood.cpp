@@ -16,9 +16,11 @@ int main(int argc, char **argv)
     entry.sha256 = std::string(64, 'a');
     entry.outputSha256 = std::string(64, 'b');
     for (int i = 0; i < 12; ++i)
-        entry.losses.push_back("a feature that did not survive, number " + std::to_string(i) + "\t\"quoted\"");
+        entry.losses.push_back("a feature that did not survive, number " + std::to_string(i) +
+                               "\t\"quoted\"");
     for (long n = 0;; ++n) {
-        entry.input = "/archive/" + std::string(argv[2]) + "/" + std::to_string(n) + "/Brief \"\xc3\xa4\" \xff.wpd";
+        entry.input =
+            "/archive/" + std::string(argv[2]) + "/" + std::to_string(n) + "/Brief \"\xc3\xa4\" \xff.wpd";
         entry.output = "/out/" + std::to_string(n) + ".odt";
         entry.size = static_cast<std::uintmax_t>(n);
         entry.milliseconds = n;

@@ -86,7 +86,7 @@ TEST(Runner, EmptyRunsAndNoArguments)
     EXPECT_TRUE(output.stdout.empty());
     EXPECT_TRUE(output.stderr.empty());
     EXPECT_EQ(tail.messagesContaining("run true: "),
-              (std::vector<std::string> {"run true: ", "run true: 0 bytes stdout, 0 bytes stderr, status 0"}));
+              (std::vector<std::string>{"run true: ", "run true: 0 bytes stdout, 0 bytes stderr, status 0"}));
 }
 
 TEST(Runner, DrainsBothPipesTogether)
@@ -95,7 +95,8 @@ TEST(Runner, DrainsBothPipesTogether)
     // end before the other would leave the child blocked forever.
     constexpr std::size_t size = 16u << 20;
     const auto output = ConversionTools::run(
-        "/bin/sh", {"-c", "yes e | head -c 16777216 >&2; yes o | head -c 16777216; yes e | head -c 16777216 >&2"},
+        "/bin/sh",
+        {"-c", "yes e | head -c 16777216 >&2; yes o | head -c 16777216; yes e | head -c 16777216 >&2"},
         "flood");
     ASSERT_EQ(output.stdout.size(), size);
     ASSERT_EQ(output.stderr.size(), 2 * size);
@@ -127,6 +128,6 @@ TEST(Runner, LaunchFailureThrowsThePlatformErrorAfterOneLine)
     const LogTail tail;
     EXPECT_THROW(ConversionTools::run(dir / "missing-program", {"x"}, "missing"), PlatformError);
     EXPECT_THROW(ConversionTools::run(dir / "broken", {}, "broken"), PlatformError);
-    EXPECT_EQ(tail.messagesContaining("run missing: "), (std::vector<std::string> {"run missing: x"}));
+    EXPECT_EQ(tail.messagesContaining("run missing: "), (std::vector<std::string>{"run missing: x"}));
     EXPECT_EQ(tail.messagesContaining("run broken: ").size(), 1u);
 }

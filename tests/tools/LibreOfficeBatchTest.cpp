@@ -113,7 +113,8 @@ protected:
         std::istringstream lines(readFile(dir / "suite" / "calls"));
         for (std::string line; std::getline(lines, line);) {
             std::istringstream words(line);
-            calls.emplace_back(std::istream_iterator<std::string>(words), std::istream_iterator<std::string>());
+            calls.emplace_back(std::istream_iterator<std::string>(words),
+                               std::istream_iterator<std::string>());
         }
         return calls;
     }
@@ -161,7 +162,8 @@ TEST_F(FakeBatch, DocumentsNamedAlikeConvertSeveralPerStartEachIntoItsOwnFolder)
 
 TEST_F(FakeBatch, EachWorkerKeepsItsOwnProfileFromStartToStart)
 {
-    writeScript(dir / "suite" / "soffice", "echo \"$1\" >> '" + (dir / "profiles").string() + "'\n" + fakeSuite);
+    writeScript(dir / "suite" / "soffice",
+                "echo \"$1\" >> '" + (dir / "profiles").string() + "'\n" + fakeSuite);
     LibreOfficeBatch::Options settings = options(2, 2);
     settings.workRoot = dir / "work";
     fs::create_directories(settings.workRoot);
@@ -171,12 +173,14 @@ TEST_F(FakeBatch, EachWorkerKeepsItsOwnProfileFromStartToStart)
         for (int i = 0; i < 8; ++i)
             results.push_back(batch.submit(document("d" + std::to_string(i) + ".doc", "x")));
         for (int i = 0; i < 8; ++i)
-            EXPECT_EQ(outcomeOf(results[static_cast<std::size_t>(i)]), "odt:x in d" + std::to_string(i) + ".odt");
+            EXPECT_EQ(outcomeOf(results[static_cast<std::size_t>(i)]),
+                      "odt:x in d" + std::to_string(i) + ".odt");
     }
     std::map<std::string, int> uses;
     std::istringstream lines(readFile(dir / "profiles"));
     for (std::string line; std::getline(lines, line);) {
-        EXPECT_TRUE(line.starts_with("-env:UserInstallation=file://" + settings.workRoot.string() + "/quillmorph-"))
+        EXPECT_TRUE(
+            line.starts_with("-env:UserInstallation=file://" + settings.workRoot.string() + "/quillmorph-"))
             << line;
         ++uses[line];
     }
@@ -191,17 +195,20 @@ TEST_F(FakeBatch, EachWorkerKeepsItsOwnProfileFromStartToStart)
 TEST_F(FakeBatch, ABadDocumentFailsAloneAndItsNeighboursConvert)
 {
     const std::string refused = "officeToolFailed(\"Error: source file could not be loaded\n\")";
-    const std::string hung = "officeToolFailed(\"LibreOffice stopped making progress on this document and was ended.\")";
+    const std::string hung =
+        "officeToolFailed(\"LibreOffice stopped making progress on this document and was ended.\")";
     struct Row {
         std::vector<std::string> contents;
         std::vector<std::string> outcomes;
     };
     const std::vector<Row> rows = {
         {{"one", "FAIL", "two"}, {"odt:one in 0.odt", refused, "odt:two in 2.odt"}},
-        {{"one", "HANG", "two", "three"}, {"odt:one in 0.odt", hung, "odt:two in 2.odt", "odt:three in 3.odt"}},
+        {{"one", "HANG", "two", "three"},
+         {"odt:one in 0.odt", hung, "odt:two in 2.odt", "odt:three in 3.odt"}},
         {{"HANG", "one"}, {hung, "odt:one in 1.odt"}},
         {{"one", "CRASH", "two"}, {"odt:one in 0.odt", "officeToolFailed(\"\")", "odt:two in 2.odt"}},
-        {{"FAIL", "HANG", "one", "FAIL", "two"}, {refused, hung, "odt:one in 2.odt", refused, "odt:two in 4.odt"}},
+        {{"FAIL", "HANG", "one", "FAIL", "two"},
+         {refused, hung, "odt:one in 2.odt", refused, "odt:two in 4.odt"}},
     };
     int round = 0;
     for (const auto &row : rows) {
@@ -253,10 +260,11 @@ TEST_F(FakeBatch, StoppingEndsAHungOfficeAndFailsWhatIsLeft)
 // converted and never taken is gone with it.
 TEST_F(FakeBatch, AnArchiveRunsOfficeImportSharesStartsAndKeepsOnlyWhatWasTaken)
 {
-    ConversionTools::overrideLibreOfficePlaces(std::vector<fs::path> {dir / "suite" / "soffice"});
+    ConversionTools::overrideLibreOfficePlaces(std::vector<fs::path>{dir / "suite" / "soffice"});
     std::vector<fs::path> inputs;
     for (int i = 0; i < 8; ++i)
-        inputs.push_back(document("run/" + std::to_string(i) + ".docx", i == 3 ? "FAIL" : "text " + std::to_string(i)));
+        inputs.push_back(
+            document("run/" + std::to_string(i) + ".docx", i == 3 ? "FAIL" : "text " + std::to_string(i)));
     const auto outcome = [](const fs::path &input) {
         try {
             const fs::path odt = ConversionTools::officeToODT(input);
@@ -279,22 +287,26 @@ TEST_F(FakeBatch, AnArchiveRunsOfficeImportSharesStartsAndKeepsOnlyWhatWasTaken)
         outcomes.push_back(outcome(document("run/late.rtf", "late")));
         EXPECT_EQ(import.waiting(), 1u) << "the sixth was announced and never asked for";
     }
-    const std::vector<std::string> expected {"odt:text 0 in 0.odt", "odt:text 1 in 1.odt", "odt:text 2 in 2.odt",
-                                             "officeToolFailed(\"Error: source file could not be loaded\n\")",
-                                             "odt:text 4 in 4.odt", "odt:text 5 in 5.odt", "odt:late in late.odt"};
+    const std::vector<std::string> expected{
+        "odt:text 0 in 0.odt", "odt:text 1 in 1.odt",
+        "odt:text 2 in 2.odt", "officeToolFailed(\"Error: source file could not be loaded\n\")",
+        "odt:text 4 in 4.odt", "odt:text 5 in 5.odt",
+        "odt:late in late.odt"};
     EXPECT_EQ(outcomes, expected);
     std::size_t documents = 0;
     for (const auto &start : starts())
         documents += start.size();
     EXPECT_LT(starts().size(), documents) << "several documents per start";
-    EXPECT_EQ(leftIn(dir / "tmp"), 6u) << "the results taken stay; the batch, the discarded and the untaken go";
+    EXPECT_EQ(leftIn(dir / "tmp"), 6u)
+        << "the results taken stay; the batch, the discarded and the untaken go";
 
     outcomes.clear();
     const std::size_t before = starts().size();
     EXPECT_EQ(outcome(inputs[0]), "odt:text 0 in 0.odt");
     EXPECT_EQ(starts().size(), before + 1) << "once it has ended, each call starts LibreOffice again";
-    ConversionTools::overrideLibreOfficePlaces(std::vector<fs::path> {});
-    EXPECT_FALSE(ConversionTools::OfficeBatchImport(2).enabled()) << "without LibreOffice there is nothing to batch";
+    ConversionTools::overrideLibreOfficePlaces(std::vector<fs::path>{});
+    EXPECT_FALSE(ConversionTools::OfficeBatchImport(2).enabled())
+        << "without LibreOffice there is nothing to batch";
     ConversionTools::overrideLibreOfficePlaces(std::nullopt);
 }
 
@@ -307,7 +319,8 @@ std::string mediaType(const fs::path &package)
         return "not a zip";
     std::string data(64, '\0');
     if (zip_file_t *file = zip_fopen(archive, "mimetype", 0)) {
-        data.resize(static_cast<std::size_t>(std::max<zip_int64_t>(0, zip_fread(file, data.data(), data.size()))));
+        data.resize(
+            static_cast<std::size_t>(std::max<zip_int64_t>(0, zip_fread(file, data.data(), data.size()))));
         zip_fclose(file);
     } else {
         data = "no mimetype";
@@ -328,9 +341,9 @@ TEST(RealLibreOfficeBatch, ConvertsCorpusDocumentsNamedAlikeAndFailsAMissingOneA
         GTEST_SKIP() << "../shared/corpus is not beside the checkout";
     TempDir dir;
     setenv("TMPDIR", dir.path().c_str(), 1);
-    const std::vector<fs::path> inputs {*corpus / "office" / "testWORD.doc", *corpus / "office" / "testWORD.docx",
-                                        dir / "missing.rtf", *corpus / "office" / "testRTF.rtf",
-                                        *corpus / "office" / "test.html"};
+    const std::vector<fs::path> inputs{*corpus / "office" / "testWORD.doc",
+                                       *corpus / "office" / "testWORD.docx", dir / "missing.rtf",
+                                       *corpus / "office" / "testRTF.rtf", *corpus / "office" / "test.html"};
     LibreOfficeBatch::Options options;
     options.soffice = *soffice;
     options.workers = 1;

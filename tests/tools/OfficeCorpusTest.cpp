@@ -47,9 +47,12 @@ std::vector<Source> officeDocuments(const fs::path &corpus, const std::vector<st
 void exportText(const std::vector<fs::path> &files, const fs::path &outdir)
 {
     const std::string profile =
-        "file://" + (fs::temp_directory_path() / ("quillmorph-lo-" + QUuid::createUuid().toString(QUuid::Id128).toStdString())).string();
-    std::vector<std::string> args {"-env:UserInstallation=" + profile, "--headless", "--norestore",
-                                   "--convert-to", "txt:Text (encoded):UTF8", "--outdir", outdir.string()};
+        "file://" + (fs::temp_directory_path() /
+                     ("quillmorph-lo-" + QUuid::createUuid().toString(QUuid::Id128).toStdString()))
+                        .string();
+    std::vector<std::string> args{
+        "-env:UserInstallation=" + profile, "--headless", "--norestore",  "--convert-to",
+        "txt:Text (encoded):UTF8",          "--outdir",   outdir.string()};
     for (const auto &file : files)
         args.push_back(file.string());
     ConversionTools::run(*ConversionTools::libreOfficeURL(), args, "soffice");
@@ -92,15 +95,21 @@ struct Known {
 using KnownDifferences = std::map<std::string, Known>;
 
 const KnownDifferences throughLibreOffice = {
-    {"2107-kde_pim-html", {"LibreOffice's own import to ODT drops the menu bar's nested table that its text export "
-                           "keeps; arrow pictures' places come out as '?'"}},
-    {"6953-tables-doc.wp5", {"5.1 has no text box libwpd reads: the box's table follows its anchor, and "
-                             "LibreOffice's export leaves text boxes out"}},
-    {"9005-various_lists-doc", {"one list's bullet is the letter p, which our file keeps; LibreOffice's text export "
-                                "shows every bullet as \u2022"}},
-    {"Sample_OpenXML_DOCX-docx.wp5", {"5.1 writes text frames as paragraphs; LibreOffice's export leaves frames out"}},
-    {"testRTFVarious-rtf.wp5", {"5.1 writes the text box as a paragraph; LibreOffice's export leaves it out"}},
-    {"testWORD_numbered_list-doc.wp5", {"5.1 writes the text box after its anchor; LibreOffice's export leaves it out"}},
+    {"2107-kde_pim-html",
+     {"LibreOffice's own import to ODT drops the menu bar's nested table that its text export "
+      "keeps; arrow pictures' places come out as '?'"}},
+    {"6953-tables-doc.wp5",
+     {"5.1 has no text box libwpd reads: the box's table follows its anchor, and "
+      "LibreOffice's export leaves text boxes out"}},
+    {"9005-various_lists-doc",
+     {"one list's bullet is the letter p, which our file keeps; LibreOffice's text export "
+      "shows every bullet as \u2022"}},
+    {"Sample_OpenXML_DOCX-docx.wp5",
+     {"5.1 writes text frames as paragraphs; LibreOffice's export leaves frames out"}},
+    {"testRTFVarious-rtf.wp5",
+     {"5.1 writes the text box as a paragraph; LibreOffice's export leaves it out"}},
+    {"testWORD_numbered_list-doc.wp5",
+     {"5.1 writes the text box after its anchor; LibreOffice's export leaves it out"}},
     {"wv-endnoteexample1-doc", {"custom note marks become numbers"}},
     {"wv-supported-footnote-1-features-doc", {"custom note marks become numbers"}},
 };
@@ -111,11 +120,14 @@ const KnownDifferences throughPandoc = {
     {"OpenXML_text_reference_v1_2-docx", {"pandoc leaves out fields, text boxes and tracked changes"}},
     {"Sample_OpenXML_DOCX-docx", {"pandoc drops headers and the table of contents' page numbers"}},
     {"testRTFListMicrosoftWord-rtf", {"pandoc's RTF reader numbers a list afresh after a nested list"}},
-    {"testRTFVarious-rtf", {"pandoc's RTF reader ends every list number with a full stop: \"1.\" for \"1)\""}},
+    {"testRTFVarious-rtf",
+     {"pandoc's RTF reader ends every list number with a full stop: \"1.\" for \"1)\""}},
     {"testWORD_embedded_pics-docx", {"pandoc drops the tracked deletion and captions differ"}},
     {"testWORD_endnote_table-docx", {"pandoc writes endnotes in another place"}},
-    {"testWORD_numbered_list-docx", {"pandoc's Word reader keeps number formats but not their punctuation or continuation"}},
-    {"text-iso8859-15-txt", {"LibreOffice reads this Latin-9 text as UTF-8: its umlauts become U+FFFD, ours stay"}},
+    {"testWORD_numbered_list-docx",
+     {"pandoc's Word reader keeps number formats but not their punctuation or continuation"}},
+    {"text-iso8859-15-txt",
+     {"LibreOffice reads this Latin-9 text as UTF-8: its umlauts become U+FFFD, ours stay"}},
 };
 
 class OfficeCorpus : public ::testing::Test {
@@ -138,10 +150,11 @@ protected:
         std::vector<std::pair<std::string, std::exception_ptr>> outcomes;
         int pending = 0;
         for (const auto &source : sources) {
-            for (const auto &[target, ext] : {std::pair {WPTarget::wp6, ".wp6"}, std::pair {WPTarget::wp5, ".wp5"}}) {
+            for (const auto &[target, ext] :
+                 {std::pair{WPTarget::wp6, ".wp6"}, std::pair{WPTarget::wp5, ".wp5"}}) {
                 const std::string name = source.key + ext;
                 ++pending;
-                Converter::perform(JobCase::officeToWP {source.path, target}, out / name,
+                Converter::perform(JobCase::officeToWP{source.path, target}, out / name,
                                    [&, name](Converter::Outcome outcome, const Converter::Losses &) {
                                        outcomes.emplace_back(name, outcome);
                                        --pending;
@@ -178,22 +191,26 @@ protected:
         // Copies named apart per version, so the two exports do not collide.
         std::vector<fs::path> named;
         for (const auto &file : ours) {
-            named.push_back(out / "named" / (file.stem().string() + "-" + file.extension().string().substr(1) + ".wpd"));
+            named.push_back(out / "named" /
+                            (file.stem().string() + "-" + file.extension().string().substr(1) + ".wpd"));
             fs::create_directories(named.back().parent_path());
             fs::copy_file(file, named.back());
         }
         exportText(named, oursText);
         for (const auto &source : sources) {
             const std::string expected = readFile(sourcesText / (source.key + ".txt"));
-            for (const auto &[ext, map] : {std::pair {"wp6", &CharacterMap::wp6()}, std::pair {"wp5", &CharacterMap::wp5()}}) {
+            for (const auto &[ext, map] :
+                 {std::pair{"wp6", &CharacterMap::wp6()}, std::pair{"wp5", &CharacterMap::wp5()}}) {
                 const std::string name = source.key + "." + ext;
                 SCOPED_TRACE(name);
                 if (failures.contains(name)) {
                     ADD_FAILURE() << "not converted: " << failures.at(name);
                     continue;
                 }
-                const std::string ours = plaintext::normalised(readFile(oursText / (source.key + "-" + ext + ".txt")), nullptr);
-                const std::string theirs = plaintext::matchingPrivateUse(plaintext::normalised(expected, map), ours);
+                const std::string ours =
+                    plaintext::normalised(readFile(oursText / (source.key + "-" + ext + ".txt")), nullptr);
+                const std::string theirs =
+                    plaintext::matchingPrivateUse(plaintext::normalised(expected, map), ours);
                 EXPECT_TRUE(theirs.empty() || !ours.empty()) << "LibreOffice read nothing from our file";
                 auto reason = known.find(source.key + "." + ext); // one version only
                 if (reason == known.end())
@@ -228,16 +245,17 @@ TEST_F(OfficeCorpus, WithoutLibreOfficePandocConvertsAndWordDocumentsAreRefused)
 {
     TempDir out;
     const auto all = officeDocuments(*corpus, {".docx", ".rtf", ".html", ".txt", ".doc"});
-    ConversionTools::overrideLibreOfficePlaces(std::vector<fs::path> {});
+    ConversionTools::overrideLibreOfficePlaces(std::vector<fs::path>{});
     auto failures = convertAll(all, out.path());
     ConversionTools::overrideLibreOfficePlaces(std::nullopt);
     std::vector<Source> converted;
     for (const auto &source : all) {
         if (source.key.ends_with("-doc")) {
             for (const char *ext : {".wp6", ".wp5"}) {
-                EXPECT_EQ(failures[source.key + ext],
-                          "officeToolFailed(\"Word 97\u20132003 documents can only be read when LibreOffice is "
-                          "installed.\")")
+                EXPECT_EQ(
+                    failures[source.key + ext],
+                    "officeToolFailed(\"Word 97\u20132003 documents can only be read when LibreOffice is "
+                    "installed.\")")
                     << source.key;
             }
         } else {

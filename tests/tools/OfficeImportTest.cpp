@@ -24,7 +24,8 @@ std::string zipEntry(const fs::path &package, const char *name)
     if (zip_stat(archive, name, 0, &stat) == 0) {
         if (zip_file_t *file = zip_fopen(archive, name, 0)) {
             data.resize(stat.size);
-            data.resize(static_cast<std::size_t>(std::max<zip_int64_t>(0, zip_fread(file, data.data(), stat.size))));
+            data.resize(
+                static_cast<std::size_t>(std::max<zip_int64_t>(0, zip_fread(file, data.data(), stat.size))));
             zip_fclose(file);
         }
     }
@@ -49,9 +50,10 @@ protected:
     }
     void suite(const std::string &body)
     {
-        writeScript(dir / "soffice", "for a in \"$@\"; do echo \"$a\"; done > '" + (dir / "args").string() + "'\n" +
-                                         "outdir=$6; name=$(basename \"$7\"); stem=${name%.*}\n" + body);
-        ConversionTools::overrideLibreOfficePlaces(std::vector<fs::path> {dir / "absent", dir / "soffice"});
+        writeScript(dir / "soffice", "for a in \"$@\"; do echo \"$a\"; done > '" + (dir / "args").string() +
+                                         "'\n" + "outdir=$6; name=$(basename \"$7\"); stem=${name%.*}\n" +
+                                         body);
+        ConversionTools::overrideLibreOfficePlaces(std::vector<fs::path>{dir / "absent", dir / "soffice"});
     }
     std::vector<std::string> arguments() const
     {
@@ -78,11 +80,11 @@ protected:
 TEST_F(FakeSuite, LibreOfficeIsFoundOnlyWhereExecutable)
 {
     writeFile(dir / "soffice", "#!/bin/sh\n");
-    ConversionTools::overrideLibreOfficePlaces(std::vector<fs::path> {dir / "soffice"});
+    ConversionTools::overrideLibreOfficePlaces(std::vector<fs::path>{dir / "soffice"});
     EXPECT_EQ(ConversionTools::libreOfficeURL(), std::nullopt) << "no execute permission: no suite";
     suite("exit 0");
     EXPECT_EQ(ConversionTools::libreOfficeURL(), dir / "soffice");
-    ConversionTools::overrideLibreOfficePlaces(std::vector<fs::path> {});
+    ConversionTools::overrideLibreOfficePlaces(std::vector<fs::path>{});
     EXPECT_EQ(ConversionTools::libreOfficeURL(), std::nullopt);
 }
 
@@ -97,9 +99,10 @@ TEST_F(FakeSuite, RunsTheSuiteWithItsSevenArgumentsAndAPrivateProfile)
     EXPECT_TRUE(work.filename().string().starts_with("quillmorph-"));
     EXPECT_EQ(work.filename().string().size(), std::string("quillmorph-").size() + 36) << "a UUID";
     EXPECT_EQ(readFile(odt), "odt") << "a failing status with the file there is success";
-    EXPECT_EQ(arguments(), (std::vector<std::string> {"-env:UserInstallation=file://" + (work / "loprofile").string(),
-                                                      "--headless", "--convert-to", "odt", "--outdir", work.string(),
-                                                      (dir / "docs" / "Report.final.rtf").string()}));
+    EXPECT_EQ(arguments(),
+              (std::vector<std::string>{"-env:UserInstallation=file://" + (work / "loprofile").string(),
+                                        "--headless", "--convert-to", "odt", "--outdir", work.string(),
+                                        (dir / "docs" / "Report.final.rtf").string()}));
     const fs::path again = ConversionTools::officeToODT(dir / "docs" / "Report.final.rtf");
     EXPECT_NE(again.parent_path(), work) << "every conversion has its own folder and profile";
 }
@@ -159,10 +162,11 @@ TEST_F(FakeSuite, WithoutTheSuitePandocConvertsAndWordDocumentsAreRefused)
 {
     if (!fs::exists("/usr/bin/pandoc"))
         GTEST_SKIP() << "pandoc is not installed (scripts/setup installs it)";
-    ConversionTools::overrideLibreOfficePlaces(std::vector<fs::path> {});
+    ConversionTools::overrideLibreOfficePlaces(std::vector<fs::path>{});
     writeFile(dir / "docs" / "Old.doc", std::string("\xD0\xCF\x11\xE0\xA1\xB1\x1A\xE1", 8));
-    EXPECT_EQ(failureOf(dir / "docs" / "Old.doc"),
-              "officeToolFailed(\"Word 97\u20132003 documents can only be read when LibreOffice is installed.\")");
+    EXPECT_EQ(
+        failureOf(dir / "docs" / "Old.doc"),
+        "officeToolFailed(\"Word 97\u20132003 documents can only be read when LibreOffice is installed.\")");
 
     writeFile(dir / "docs" / "notes.txt", "caf\xe9 & <tea>\r\nsecond line\n");
     const fs::path odt = ConversionTools::officeToODT(dir / "docs" / "notes.txt");
@@ -177,15 +181,17 @@ TEST_F(FakeSuite, WithoutTheSuiteDocumentPropertiesStayOutOfTheText)
 {
     if (!fs::exists("/usr/bin/pandoc"))
         GTEST_SKIP() << "pandoc is not installed (scripts/setup installs it)";
-    ConversionTools::overrideLibreOfficePlaces(std::vector<fs::path> {});
+    ConversionTools::overrideLibreOfficePlaces(std::vector<fs::path>{});
     struct Row {
         const char *name;
         const char *body;
         const char *title;
     };
     const Row rows[] = {
-        {"page.html", "<html><head><title>Page Title</title></head><body><p>Body words</p></body></html>", "Page Title"},
-        {"letter.rtf", "{\\rtf1\\ansi{\\info{\\title Letter Title}{\\author Ann Author}}Body words\\par}", "Letter Title"},
+        {"page.html", "<html><head><title>Page Title</title></head><body><p>Body words</p></body></html>",
+         "Page Title"},
+        {"letter.rtf", "{\\rtf1\\ansi{\\info{\\title Letter Title}{\\author Ann Author}}Body words\\par}",
+         "Letter Title"},
     };
     for (const auto &row : rows) {
         SCOPED_TRACE(row.name);
@@ -193,8 +199,10 @@ TEST_F(FakeSuite, WithoutTheSuiteDocumentPropertiesStayOutOfTheText)
         const fs::path odt = ConversionTools::officeToODT(dir / "docs" / row.name);
         const std::string content = zipEntry(odt, "content.xml");
         EXPECT_NE(content.find("Body words"), std::string::npos) << content;
-        EXPECT_EQ(content.find(row.title), std::string::npos) << "a browser or word processor shows no title above the text";
+        EXPECT_EQ(content.find(row.title), std::string::npos)
+            << "a browser or word processor shows no title above the text";
         EXPECT_EQ(content.find("Ann Author"), std::string::npos);
-        EXPECT_NE(zipEntry(odt, "meta.xml").find(row.title), std::string::npos) << "the title stays a property";
+        EXPECT_NE(zipEntry(odt, "meta.xml").find(row.title), std::string::npos)
+            << "the title stays a property";
     }
 }
