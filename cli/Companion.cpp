@@ -480,7 +480,7 @@ void Companion::prefetchOffice()
     lookedAhead = std::max(lookedAhead, next);
     while (lookedAhead < files.size() && lookedAhead < horizon && officeBatch->waiting() < window) {
         const fs::path &file = files[lookedAhead++];
-        const Item item = Intake::examine(file, settings, options.tryUnknown);
+        const Item item = Intake::examine(file, settings, options.tryUnknown, false);
         if (!item.plan || !std::holds_alternative<JobCase::officeToWP>(item.plan->job))
             continue;
         if (intake.upToDate) {

@@ -21,7 +21,7 @@ std::string drawnPicture(const std::string &svg, int width, int height, richtext
     if (std::optional<std::string> bitmap = SvgBitmap::lone(svg))
         return std::move(*bitmap);
     try {
-        return RsvgRenderer::renderPNG(svg, width, height);
+        return drawPNG(svg, width, height);
     } catch (const RsvgRenderer::Failure &) {
         losses.add(richtext::loss::unreadablePictures);
         return {};

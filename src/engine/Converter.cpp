@@ -23,6 +23,7 @@ void ensureWorkers()
     // hangs holds its worker: keep more workers than cores so others go on.
     static std::once_flag once;
     std::call_once(once, [] {
+        SVGRasterizer::setDrawer(steps::drawPNG);
         QThreadPool *pool = QThreadPool::globalInstance();
         pool->setMaxThreadCount(std::max(4, 2 * QThread::idealThreadCount()));
     });

@@ -3,10 +3,12 @@
 #include "support/ConversionError.h"
 #include "DocumentSteps.h"
 #include "support/PlatformError.h"
+#include "render/RsvgRenderer.h"
 #include "render/SvgImages.h"
 #include "tools/ConversionTools.h"
 
 #include <cerrno>
+#include <cstdlib>
 #include <fcntl.h>
 #include <unistd.h>
 
@@ -23,6 +25,37 @@ Drawing svgBytes(const std::filesystem::path &source)
     if (undrawn > 0)
         drawing.losses.add(richtext::loss::unreadablePictures);
     return drawing;
+}
+
+std::string drawPNG(const std::string &svg, int width, int height)
+{
+    const auto tool = ConversionTools::toolURL("svg2png");
+    if (!tool)
+        return RsvgRenderer::renderPNG(svg, width, height);
+    std::string path = (std::filesystem::temp_directory_path() / "quillmorph-drawing-XXXXXX").string();
+    const int fd = ::mkstemp(path.data());
+    if (fd < 0)
+        return RsvgRenderer::renderPNG(svg, width, height);
+    std::size_t done = 0;
+    while (done < svg.size()) {
+        const ssize_t wrote = ::write(fd, svg.data() + done, svg.size() - done);
+        if (wrote < 0 && errno == EINTR)
+            continue;
+        if (wrote <= 0)
+            break;
+        done += static_cast<std::size_t>(wrote);
+    }
+    ::close(fd);
+    ConversionTools::Output output;
+    if (done == svg.size())
+        output =
+            ConversionTools::run(*tool, {path, std::to_string(width), std::to_string(height)}, "svg2png");
+    removeQuietly(path);
+    if (done != svg.size())
+        throw RsvgRenderer::Failure("the drawing could not be handed over");
+    if (output.stdout.empty())
+        throw RsvgRenderer::Failure(output.stderr.empty() ? "svg2png drew nothing" : output.stderr);
+    return std::move(output.stdout);
 }
 
 void writeWhole(const std::filesystem::path &destination, const std::string &bytes)

@@ -16,6 +16,12 @@ std::set<std::shared_ptr<SVGRasterizer>> SVGRasterizer::active;
 
 namespace {
 
+SVGRasterizer::Drawer &drawer()
+{
+    static SVGRasterizer::Drawer current = RsvgRenderer::renderPNG;
+    return current;
+}
+
 // A bitmap past these bounds could not be allocated sensibly; refuse it
 // before trying.
 constexpr double maxSide = 32767;
@@ -126,6 +132,11 @@ SVGRasterizer::Size SVGRasterizer::scaledToPixels(Size natural)
     return {std::round(natural.width * scale), std::round(natural.height * scale)};
 }
 
+void SVGRasterizer::setDrawer(Drawer replacement)
+{
+    drawer() = replacement ? std::move(replacement) : Drawer(RsvgRenderer::renderPNG);
+}
+
 void SVGRasterizer::renderPNG(const std::string &svg, Completion done)
 {
     const auto reject = [&done](const char *why) { done(std::make_exception_ptr(Failure(why))); };
@@ -149,7 +160,7 @@ void SVGRasterizer::renderPNG(const std::string &svg, Completion done)
     QThreadPool::globalInstance()->start([self, markup = std::move(markup), w, h] {
         Result result = std::exception_ptr();
         try {
-            result = RsvgRenderer::renderPNG(markup, static_cast<int>(w), static_cast<int>(h));
+            result = drawer()(markup, static_cast<int>(w), static_cast<int>(h));
         } catch (...) {
             result = std::make_exception_ptr(Failure("snapshot failed"));
         }

@@ -29,6 +29,12 @@ public:
 
     static std::shared_ptr<SVGRasterizer> create();
 
+    // What draws the markup on a canvas of the given size and returns PNG
+    // bytes, throwing on failure; RsvgRenderer::renderPNG unless replaced.
+    // Set it before the first rasterizer starts.
+    using Drawer = std::function<std::string(const std::string &markup, int width, int height)>;
+    static void setDrawer(Drawer drawer);
+
     // Returns at once. Input that is not UTF-8, has no "<svg", or would need
     // too large a bitmap is refused before this returns; otherwise the
     // drawing happens on a worker and the completion runs later on the main thread.

@@ -268,11 +268,12 @@ void Intake::hand(Start job)
     start(job);
 }
 
-Intake::Examined Intake::examine(const fs::path &url, const Settings &settings, bool tryUnknown)
+Intake::Examined Intake::examine(const fs::path &url, const Settings &settings, bool tryUnknown, bool logged)
 {
     Examined item{InputFile{url}, std::nullopt, {}, false};
     const std::string name = displayName(url);
-    Log::write("open: " + url.string());
+    if (logged)
+        Log::write("open: " + url.string());
     std::error_code error;
     if (fs::is_directory(url, error)) {
         item.problem = name + " is a folder, not a document.";
@@ -285,7 +286,8 @@ Intake::Examined Intake::examine(const fs::path &url, const Settings &settings, 
         return item;
     }
     item.classified = true;
-    Log::write("open: classified kind=" + std::string(kindName(item.file.kind)));
+    if (logged)
+        Log::write("open: classified kind=" + std::string(kindName(item.file.kind)));
     InputFile::Kind treatAs = item.file.kind;
     if (treatAs == InputFile::Kind::unknown && tryUnknown)
         treatAs = InputFile::Kind::wpDocument;

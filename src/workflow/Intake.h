@@ -72,7 +72,10 @@ public:
         std::string problem; // why the file cannot be converted, when it cannot
         bool classified = false;
     };
-    static Examined examine(const std::filesystem::path &url, const Settings &settings, bool tryUnknown);
+    // `logged`: whether the log gets the file's "open:" lines (not when the
+    // companion only looks ahead).
+    static Examined examine(const std::filesystem::path &url, const Settings &settings, bool tryUnknown,
+                            bool logged = true);
 
 private:
     bool confirmUnknown(const InputFile &file);

@@ -35,6 +35,35 @@ TEST(GraphicJobs, WriteTheSVGOrItsPictureReplacingWhatWasThere)
               tools.work("Pic.wpg").string() + "\n" + tools.work("Pic.wpg").string() + "\n");
 }
 
+TEST(GraphicJobs, APictureIsDrawnBySvg2pngWhenItIsThere)
+{
+    FakeTools tools;
+    tools.add("wpg2svg", std::string("cat <<'SVG'\n") + redSquare + "SVG");
+    const struct {
+        const char *svg2png; // the stand-in's body
+        const char *outcome;
+        const char *written;
+    } rows[] = {
+        {"printf 'drawn elsewhere'", "success", "drawn elsewhere"},
+        {"echo 'svg2png: the SVG could not be read' >&2; exit 1", "conversionFailed(\"snapshot failed\")",
+         "older"},
+    };
+    for (const auto &row : rows) {
+        SCOPED_TRACE(row.svg2png);
+        tools.add("svg2png", row.svg2png);
+        writeFile(tools.work("Pic.png"), "older");
+        EXPECT_EQ(
+            outcomeText(performAndWait(JobCase::wpgToPNG{tools.work("Pic.wpg")}, tools.work("Pic.png"))),
+            row.outcome);
+        EXPECT_EQ(readFile(tools.work("Pic.png")), row.written);
+    }
+    // The canvas's size follows the drawing's, and the markup goes over in a file removed afterwards.
+    const std::string args = tools.argsOf("svg2png");
+    EXPECT_NE(args.find(" 1600 800\n"), std::string::npos) << args;
+    const std::string markupFile = args.substr(0, args.find(' '));
+    EXPECT_FALSE(fs::exists(markupFile)) << markupFile;
+}
+
 TEST(GraphicJobs, FailuresLeaveAnExistingFileAlone)
 {
     FakeTools tools;
