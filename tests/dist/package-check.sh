@@ -20,7 +20,7 @@ deb="$work/out/quillmorph_${version}_$(dpkg --print-architecture).deb"
 # Every file a user or the desktop looks for.
 dpkg-deb -c "$deb" | awk '{ print $6 }' | sed 's|^\./|/|' >"$work/listing"
 for path in /usr/bin/quillmorph /usr/bin/quillmorph-convert \
-            /usr/lib/quillmorph/Files/wpd2odt /usr/lib/quillmorph/Files/odt2wp5 \
+            /usr/lib/quillmorph/Files/wpd2odt /usr/lib/quillmorph/Files/odt2wp5 /usr/lib/quillmorph/Files/svg2png \
             /usr/lib/quillmorph/Files/wpd2html /usr/lib/quillmorph/Files/wpg2svg \
             /usr/lib/quillmorph/Help.html \
             /usr/share/applications/quillmorph.desktop \
