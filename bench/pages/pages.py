@@ -11,8 +11,8 @@ of the source to ODT (the ceiling) and the plain text of the source (the floor).
     bench/pages/pages.py [--work DIR] [--all-wp] [KIND...]
 
 --all-wp takes every WordPerfect document of the corpus that libwpd opens without a password
-instead of the twelve below. For ODT outputs a second look figure ("look without pictures")
-compares the source with the same ODT laid out again without its picture frames: LibreOffice's
+instead of the twelve below. For ODT and RTF outputs a second look figure ("look without pictures")
+compares the source with the same output laid out again without its pictures: LibreOffice's
 own WordPerfect import drops every WordPerfect graphic, frame and all, so the plain look punishes
 each picture we draw twice, once for its ink and once for the text it pushes down.
 
@@ -187,6 +187,49 @@ def remove_pictures(odt, target):
                 data = INNERMOST_FRAME.sub(drop, data.decode("utf-8")).encode("utf-8")
             copy.writestr(item, data, compress_type=zipfile.ZIP_STORED if item.filename == "mimetype"
                           else zipfile.ZIP_DEFLATED)
+
+
+def rtf_group_end(text, start):
+    """The index just past the group that opens at text[start] ('{'), escapes skipped."""
+    depth = 0
+    i = start
+    while i < len(text):
+        c = text[i]
+        if c == "\\":
+            i += 2
+            continue
+        if c == "{":
+            depth += 1
+        elif c == "}":
+            depth -= 1
+            if depth == 0:
+                return i + 1
+        i += 1
+    return len(text)
+
+
+RTF_PICTURE_GROUP = re.compile(r"\{\\(?:shp(?![a-z])|\*\\shppict|nonshppict|pict(?![a-z]))")
+
+
+def remove_rtf_pictures(rtf, target):
+    """A copy of the RTF without its pictures: every shape that holds a picture and no text, and
+    every picture group, is taken out, and the text flows on as if it had never been there."""
+    text = rtf.read_text("latin-1")
+    out = []
+    pos = 0
+    while True:
+        match = RTF_PICTURE_GROUP.search(text, pos)
+        if not match:
+            break
+        end = rtf_group_end(text, match.start())
+        group = text[match.start():end]
+        out.append(text[pos:match.start()])
+        if "\\pict" not in group or "\\shptxt" in group:
+            out.append(group[:len(match.group(0))])  # keep it, look inside it next
+            end = match.start() + len(match.group(0))
+        pos = end
+    out.append(text[pos:])
+    target.write_text("".join(out), "latin-1")
 
 
 # --- reading PDFs ---------------------------------------------------------------------------
@@ -522,15 +565,18 @@ def main():
         made = [p for p in outputs.values() if p.exists() and p.stat().st_size > 0]
         office.convert(made, "pdf", outdir / "pdf", "WordPerfect" if kind.ext in ("wp6", "wp5") else None)
         bare_dir = None
-        if kind.ext == "odt" and kind.role == "output":
+        if kind.ext in ("odt", "rtf") and kind.role == "output":
             bare_dir = outdir / "without-pictures"
             bare_dir.mkdir(parents=True, exist_ok=True)
-            for odt in made:
+            for made_file in made:
                 try:
-                    remove_pictures(odt, bare_dir / odt.name)
+                    if kind.ext == "odt":
+                        remove_pictures(made_file, bare_dir / made_file.name)
+                    else:
+                        remove_rtf_pictures(made_file, bare_dir / made_file.name)
                 except zipfile.BadZipFile:
                     pass
-            office.convert(sorted(bare_dir.glob("*.odt")), "pdf", bare_dir / "pdf")
+            office.convert(sorted(bare_dir.glob(f"*.{kind.ext}")), "pdf", bare_dir / "pdf")
         results = []
         for src in sources[kind.sources]:
             out_pdf = outdir / "pdf" / f"{src.stem}.pdf"
