@@ -177,6 +177,10 @@ void OdtContent::headersAndFooters(const OdtStyles::MasterPage &master)
     const OdtStyles::MasterPage *next = master.nextStyle.empty() || master.nextStyle == master.name
                                             ? nullptr
                                             : sheet.masterPage(master.nextStyle);
+    // Left and right page styles that name each other alternate; only a next style that goes on
+    // by itself makes the first page one of its own.
+    if (next && !next->nextStyle.empty() && next->nextStyle != next->name)
+        next = nullptr;
     const OdtStyles::MasterPage &regular = next ? *next : master;
     auto shown = [](const OdtStyles::MasterPage &page, const std::string &part) -> const xmlNode * {
         const auto found = page.parts.find(part);

@@ -543,6 +543,12 @@ INSTANTIATE_TEST_SUITE_P(
                   R"(<style:master-page style:name="First_20_Page" style:next-style-name="First_20_Page">
             <style:footer><text:p>foot</text:p></style:footer></style:master-page>)",
                   {"footer all: foot"}},
+        FirstPage{"right and left page styles that alternate are no first page",
+                  R"(<style:master-page style:name="Left" style:next-style-name="First_20_Page">
+            <style:footer><text:p>left</text:p></style:footer></style:master-page>
+            <style:master-page style:name="First_20_Page" style:next-style-name="Left">
+            <style:footer><text:p>right</text:p></style:footer></style:master-page>)",
+                  {"footer all: right"}},
         FirstPage{"a next style that does not exist",
                   R"(<style:master-page style:name="First_20_Page" style:next-style-name="Gone">
             <style:footer><text:p>foot</text:p></style:footer></style:master-page>)",
