@@ -169,26 +169,54 @@ void OdtContent::openPageSpan(const OdtStyles::MasterPage *master, const xmlNode
         headersAndFooters(*master);
 }
 
+// A master page whose next style is another one is a first page: Word's "different first page"
+// comes from LibreOffice so. Its headers and footers are the first page's, the next style's are
+// those of the pages after it, all in one page span since the reader does not lay out pages.
 void OdtContent::headersAndFooters(const OdtStyles::MasterPage &master)
 {
+    const OdtStyles::MasterPage *next = master.nextStyle.empty() || master.nextStyle == master.name
+                                            ? nullptr
+                                            : sheet.masterPage(master.nextStyle);
+    // Left and right page styles that name each other alternate; only a next style that goes on
+    // by itself makes the first page one of its own.
+    if (next && !next->nextStyle.empty() && next->nextStyle != next->name)
+        next = nullptr;
+    const OdtStyles::MasterPage &regular = next ? *next : master;
+    auto shown = [](const OdtStyles::MasterPage &page, const std::string &part) -> const xmlNode * {
+        const auto found = page.parts.find(part);
+        if (found == page.parts.end() ||
+            Xml::attribute(found->second, style, "display").value_or("") == "false")
+            return nullptr;
+        return found->second;
+    };
     const OdtStyles::Scope saved = currentScope;
     currentScope = OdtStyles::Scope::masterPages;
     for (const bool footer : {false, true}) {
         const std::string kind = footer ? "footer" : "header";
-        const bool hasLeft = master.parts.count(kind + "-left") != 0;
-        const std::pair<std::string, std::string> parts[] = {
-            {kind, hasLeft ? "odd" : "all"}, {kind + "-left", "even"}, {kind + "-first", "first"}};
-        for (const auto &[part, occurrence] : parts) {
-            const auto found = master.parts.find(part);
-            if (found == master.parts.end() ||
-                Xml::attribute(found->second, style, "display").value_or("") == "false")
-                continue;
+        auto emit = [&](const OdtStyles::MasterPage &page, const xmlNode *content, const char *occurrence) {
             const RVNGPropertyList properties = OdtProperties::headerFooter(
-                sheet.pageLayout(master.pageLayout, footer ? "footer-style" : "header-style"), occurrence);
+                sheet.pageLayout(page.pageLayout, footer ? "footer-style" : "header-style"), occurrence);
             footer ? sink.openFooter(properties) : sink.openHeader(properties);
-            blocks(found->second);
+            if (content)
+                blocks(content);
             footer ? sink.closeFooter() : sink.closeHeader();
+        };
+        const xmlNode *left = shown(regular, kind + "-left");
+        if (const xmlNode *every = shown(regular, kind))
+            emit(regular, every, left ? "odd" : "all");
+        if (left)
+            emit(regular, left, "even");
+        if (!next) {
+            if (const xmlNode *first = shown(master, kind + "-first"))
+                emit(master, first, "first");
+            continue;
         }
+        const xmlNode *first = shown(master, kind + "-first");
+        if (!first)
+            first = shown(master, kind);
+        // An empty one keeps the later pages' header off the first page.
+        if (first || shown(regular, kind) || left)
+            emit(master, first, "first");
     }
     currentScope = saved;
 }

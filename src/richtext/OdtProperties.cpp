@@ -46,6 +46,34 @@ OdfProperties expanded(const OdfProperties &properties)
     return result;
 }
 
+// Columns as librevenge gives them: the count and the gap always, and "style:columns" with one
+// entry per column (its relative width and indents) when the columns give their widths.
+void addColumns(RVNGPropertyList &list, const OdfProperties &odf)
+{
+    librevenge::RVNGPropertyListVector columns;
+    for (int number = 1;; ++number) {
+        const std::string prefix = "column" + std::to_string(number) + "/";
+        if (!odf.count(prefix + "style:rel-width"))
+            break;
+        OdfProperties column;
+        for (const char *name : {"style:rel-width", "fo:start-indent", "fo:end-indent"})
+            if (const auto found = odf.find(prefix + name); found != odf.end())
+                column[name] = found->second;
+        RVNGPropertyList entry;
+        addLength(entry, column, "fo:start-indent");
+        addLength(entry, column, "fo:end-indent");
+        addText(entry, column, "style:rel-width");
+        columns.append(entry);
+    }
+    const auto count = odf.find("columns/fo:column-count");
+    if (count != odf.end() && std::atoi(count->second.c_str()) > 1) {
+        list.insert("fo:column-count", std::atoi(count->second.c_str()));
+        addLength(list, odf, "columns/fo:column-gap", "fo:column-gap");
+    }
+    if (columns.count() > 1)
+        list.insert("style:columns", columns);
+}
+
 } // namespace
 
 void addParagraph(RVNGPropertyList &into, const OdfProperties &odf,
@@ -114,6 +142,7 @@ RVNGPropertyList pageSpan(const OdfProperties &odf)
         addLength(list, page, name);
     addText(list, page, "style:print-orientation");
     addText(list, page, "style:num-format");
+    addColumns(list, page);
     return list;
 }
 
@@ -268,29 +297,7 @@ RVNGPropertyList section(const OdfProperties &odf)
     for (const char *name : {"fo:margin-left", "fo:margin-right"})
         addLength(list, odf, name);
     addText(list, odf, "text:dont-balance-text-columns");
-    librevenge::RVNGPropertyListVector columns;
-    for (int number = 1;; ++number) {
-        const std::string prefix = "column" + std::to_string(number) + "/";
-        if (!odf.count(prefix + "style:rel-width"))
-            break;
-        OdfProperties column;
-        for (const char *name : {"style:rel-width", "fo:start-indent", "fo:end-indent"})
-            if (const auto found = odf.find(prefix + name); found != odf.end())
-                column[name] = found->second;
-        RVNGPropertyList entry;
-        addLength(entry, column, "fo:start-indent");
-        addLength(entry, column, "fo:end-indent");
-        addText(entry, column, "style:rel-width");
-        columns.append(entry);
-    }
-    // The count and the gap always; the widths too when the columns give them.
-    const auto count = odf.find("columns/fo:column-count");
-    if (count != odf.end() && std::atoi(count->second.c_str()) > 1) {
-        list.insert("fo:column-count", std::atoi(count->second.c_str()));
-        addLength(list, odf, "columns/fo:column-gap", "fo:column-gap");
-    }
-    if (columns.count() > 1)
-        list.insert("style:columns", columns);
+    addColumns(list, odf);
     return list;
 }
 

@@ -34,6 +34,25 @@ OdfProperties attributesOf(const xmlNode *node)
     return properties;
 }
 
+// A section's or page layout's columns as "columns/fo:column-count" and "column1/fo:start-indent"...,
+// numbered from 1.
+void addColumns(const xmlNode *group, OdfProperties &properties)
+{
+    const xmlNode *columns = Xml::child(group, style, "columns");
+    if (!columns)
+        return;
+    for (auto &[name, value] : attributesOf(columns))
+        properties["columns/" + name] = value;
+    int number = 0;
+    for (const xmlNode *column : Xml::children(columns)) {
+        if (!Xml::is(column, style, "column"))
+            continue;
+        const std::string prefix = "column" + std::to_string(++number) + "/";
+        for (auto &[name, value] : attributesOf(column))
+            properties[prefix + name] = value;
+    }
+}
+
 std::string unquoted(std::string family)
 {
     if (family.size() >= 2 && (family.front() == '\'' || family.front() == '"') &&
@@ -85,10 +104,11 @@ void OdtStyles::load(const xmlNode *root, Scope automaticScope)
                 if (Xml::is(element, style, "page-layout")) {
                     auto &layout = pageLayouts[Xml::attribute(element, style, "name").value_or("")];
                     for (const xmlNode *group : Xml::children(element)) {
-                        if (Xml::is(group, style, "page-layout-properties"))
+                        if (Xml::is(group, style, "page-layout-properties")) {
                             layout["page"] = attributesOf(group);
-                        else if (Xml::is(group, style, "header-style") ||
-                                 Xml::is(group, style, "footer-style"))
+                            addColumns(group, layout["page"]);
+                        } else if (Xml::is(group, style, "header-style") ||
+                                   Xml::is(group, style, "footer-style"))
                             layout[Xml::localName(group)] =
                                 attributesOf(Xml::child(group, style, "header-footer-properties"));
                     }
@@ -101,6 +121,7 @@ void OdtStyles::load(const xmlNode *root, Scope automaticScope)
                 MasterPage master;
                 master.name = Xml::attribute(element, style, "name").value_or("");
                 master.pageLayout = Xml::attribute(element, style, "page-layout-name").value_or("");
+                master.nextStyle = Xml::attribute(element, style, "next-style-name").value_or("");
                 for (xmlNode *content : Xml::children(element)) {
                     const std::string ns = Xml::nameSpaceOf(content);
                     if (ns == style || ns == loext)
@@ -132,19 +153,7 @@ void OdtStyles::loadStyles(const xmlNode *container, StyleMap &into, bool withDe
             OdfProperties &properties = entry.groups[groupName];
             for (auto &[name, value] : attributesOf(group))
                 properties[name] = value;
-            // Section columns as "column1/fo:start-indent"..., numbered from 1.
-            if (const xmlNode *columns = Xml::child(group, style, "columns")) {
-                for (auto &[name, value] : attributesOf(columns))
-                    properties["columns/" + name] = value;
-                int number = 0;
-                for (const xmlNode *column : Xml::children(columns)) {
-                    if (!Xml::is(column, style, "column"))
-                        continue;
-                    const std::string prefix = "column" + std::to_string(++number) + "/";
-                    for (auto &[name, value] : attributesOf(column))
-                        properties[prefix + name] = value;
-                }
-            }
+            addColumns(group, properties);
             if (const xmlNode *stops = Xml::child(group, style, "tab-stops")) {
                 entry.hasTabStops = true;
                 for (const xmlNode *stop : Xml::children(stops))

@@ -30,6 +30,7 @@ public:
     struct MasterPage {
         std::string name;
         std::string pageLayout;
+        std::string nextStyle; // the master page of the pages after the first ("" or its own name: itself)
         // style:header, style:header-left, style:header-first, and the same for footers.
         std::map<std::string, xmlNode *> parts;
     };

@@ -4,6 +4,7 @@
 
 using namespace fixtures;
 using richtext::Inline;
+using richtext::Properties;
 
 namespace {
 
@@ -400,6 +401,158 @@ TEST(OdtReader, FollowsMasterPagesWithHeadersAndFooters)
         EXPECT_EQ(document.pageSpans[1].blocks[0].paragraph()->text(), "turned");
     }
 }
+
+// Columns reach librevenge as its count, gap and per-column widths, from a page layout as from a
+// section style.
+struct Columns {
+    const char *why;
+    std::string automatic;
+    std::string body;
+    bool section; // the first section's properties; else the page span's
+    Properties expected;
+};
+
+void PrintTo(const Columns &c, std::ostream *out)
+{
+    *out << c.why;
+}
+
+class ColumnsOf : public testing::TestWithParam<Columns> {};
+
+TEST_P(ColumnsOf, PassesCountGapAndWidths)
+{
+    Odt odt;
+    odt.automaticStyles = GetParam().automatic;
+    odt.masterStyles = R"(<style:master-page style:name="Standard" style:page-layout-name="PL"/>)";
+    odt.body = GetParam().body;
+    const richtext::Document document = readOdt(odt.package());
+    ASSERT_EQ(document.pageSpans.size(), 1u);
+    const richtext::PageSpan &span = document.pageSpans[0];
+    if (GetParam().section) {
+        ASSERT_EQ(span.sections.size(), 1u);
+    }
+    const Properties &properties = GetParam().section ? span.sections[0] : span.properties;
+    for (const auto &[name, value] : GetParam().expected)
+        EXPECT_EQ(property(properties, name), value) << name;
+}
+
+const std::string twoColumnLayout = R"(<style:page-layout style:name="PL"><style:page-layout-properties
+    fo:page-width="8.5in" fo:page-height="11in"><style:columns fo:column-count="2" fo:column-gap="0.5in">
+    <style:column style:rel-width="4000*" fo:start-indent="0in" fo:end-indent="0.25in"/>
+    <style:column style:rel-width="6000*" fo:start-indent="0.25in" fo:end-indent="0in"/>
+    </style:columns></style:page-layout-properties></style:page-layout>)";
+
+INSTANTIATE_TEST_SUITE_P(
+    OdtReader, ColumnsOf,
+    testing::Values(
+        Columns{"a page layout's columns with their widths",
+                twoColumnLayout,
+                "<text:p>x</text:p>",
+                false,
+                {{"fo:column-count", "2"},
+                 {"fo:column-gap", "0.5000in"},
+                 {"style:columns", "2"},
+                 {"style:columns/0/style:rel-width", "4000*"},
+                 {"style:columns/1/fo:start-indent", "0.2500in"},
+                 {"fo:page-width", "8.5000in"}}},
+        Columns{"a page layout's equal columns: count and gap only",
+                R"(<style:page-layout style:name="PL">
+            <style:page-layout-properties><style:columns fo:column-count="3" fo:column-gap="1cm"/>
+            </style:page-layout-properties></style:page-layout>)",
+                "<text:p>x</text:p>",
+                false,
+                {{"fo:column-count", "3"}, {"fo:column-gap", "0.3937in"}, {"style:columns", ""}}},
+        Columns{"one column is none",
+                R"(<style:page-layout style:name="PL"><style:page-layout-properties>
+            <style:columns fo:column-count="1" fo:column-gap="0in"/></style:page-layout-properties>
+            </style:page-layout>)",
+                "<text:p>x</text:p>",
+                false,
+                {{"fo:column-count", ""}, {"fo:column-gap", ""}}},
+        Columns{"a section's columns",
+                R"(<style:style style:name="S" style:family="section">
+            <style:section-properties><style:columns fo:column-count="2" fo:column-gap="0.2in"/>
+            </style:section-properties></style:style>)",
+                R"(<text:section text:name="s" text:style-name="S"><text:p>x</text:p></text:section>)",
+                true,
+                {{"fo:column-count", "2"}, {"fo:column-gap", "0.2000in"}}}));
+
+// Word's "different first page" comes from LibreOffice as a master page whose next style is the
+// regular one: its header and footer are the first page's only, the next style's those of the rest.
+struct FirstPage {
+    const char *why;
+    std::string masters;
+    std::vector<std::string> expected; // "footer first: text" per header and footer, in order
+};
+
+void PrintTo(const FirstPage &c, std::ostream *out)
+{
+    *out << c.why;
+}
+
+class FirstPageOf : public testing::TestWithParam<FirstPage> {};
+
+TEST_P(FirstPageOf, GivesTheFirstPageItsOwnHeaders)
+{
+    Odt odt;
+    odt.automaticStyles = R"(<style:style style:name="P1" style:family="paragraph"
+        style:master-page-name="First_20_Page"/>)";
+    odt.masterStyles = GetParam().masters;
+    odt.body = R"(<text:p text:style-name="P1">one</text:p><text:p>two</text:p>)";
+    const richtext::Document document = readOdt(odt.flat());
+    ASSERT_EQ(document.pageSpans.size(), 1u) << "the reader does not lay out pages";
+    std::vector<std::string> parts;
+    for (const richtext::HeaderFooter &part : document.pageSpans[0].headersAndFooters) {
+        std::string text;
+        for (const richtext::Block &block : part.blocks)
+            if (block.paragraph())
+                text += block.paragraph()->text();
+        parts.push_back(std::string(part.footer ? "footer " : "header ") + part.occurrence + ": " + text);
+    }
+    EXPECT_EQ(parts, GetParam().expected);
+}
+
+INSTANTIATE_TEST_SUITE_P(
+    OdtReader, FirstPageOf,
+    testing::Values(
+        FirstPage{
+            "a first page master with its own footer",
+            R"(<style:master-page style:name="Standard"><style:footer><text:p>foot</text:p></style:footer>
+            </style:master-page><style:master-page style:name="First_20_Page" style:next-style-name="Standard">
+            <style:footer><text:p>first foot</text:p></style:footer></style:master-page>)",
+            {"footer all: foot", "footer first: first foot"}},
+        FirstPage{
+            "a first page without the others' header has an empty one",
+            R"(<style:master-page style:name="Standard"><style:header><text:p>head</text:p></style:header>
+            </style:master-page><style:master-page style:name="First_20_Page"
+            style:next-style-name="Standard"/>)",
+            {"header all: head", "header first: "}},
+        FirstPage{
+            "left and right pages after the first",
+            R"(<style:master-page style:name="Standard"><style:header><text:p>odd</text:p></style:header>
+            <style:header-left><text:p>even</text:p></style:header-left></style:master-page>
+            <style:master-page style:name="First_20_Page" style:next-style-name="Standard"><style:header>
+            <text:p>title</text:p></style:header></style:master-page>)",
+            {"header odd: odd", "header even: even", "header first: title"}},
+        FirstPage{"a first page header in the master page itself",
+                  R"(<style:master-page style:name="First_20_Page"><style:header><text:p>head</text:p>
+            </style:header><style:header-first><text:p>letterhead</text:p></style:header-first>
+            </style:master-page>)",
+                  {"header all: head", "header first: letterhead"}},
+        FirstPage{"a master page that is its own next style",
+                  R"(<style:master-page style:name="First_20_Page" style:next-style-name="First_20_Page">
+            <style:footer><text:p>foot</text:p></style:footer></style:master-page>)",
+                  {"footer all: foot"}},
+        FirstPage{"right and left page styles that alternate are no first page",
+                  R"(<style:master-page style:name="Left" style:next-style-name="First_20_Page">
+            <style:footer><text:p>left</text:p></style:footer></style:master-page>
+            <style:master-page style:name="First_20_Page" style:next-style-name="Left">
+            <style:footer><text:p>right</text:p></style:footer></style:master-page>)",
+                  {"footer all: right"}},
+        FirstPage{"a next style that does not exist",
+                  R"(<style:master-page style:name="First_20_Page" style:next-style-name="Gone">
+            <style:footer><text:p>foot</text:p></style:footer></style:master-page>)",
+                  {"footer all: foot"}}));
 
 TEST(OdtReader, ReadsLinksFieldsAndPictures)
 {

@@ -577,6 +577,67 @@ TEST_P(OdtToWordPerfect, SetsASectionsTextInColumns)
     }
 }
 
+TEST_P(OdtToWordPerfect, SetsAPageStylesTextInColumns)
+{
+    const std::string styles =
+        "<style:page-layout style:name=\"PL\"><style:page-layout-properties fo:page-width=\"8.5in\""
+        " fo:page-height=\"11in\"><style:columns fo:column-count=\"2\" fo:column-gap=\"0.3in\"/>"
+        "</style:page-layout-properties></style:page-layout>"
+        "<style:style style:name=\"CB\" style:family=\"paragraph\"><style:paragraph-properties"
+        " fo:break-before=\"column\"/></style:style>";
+    ProgramRun run;
+    const auto back =
+        convert(wptest::flatOdt(styles, "<text:p>left</text:p><text:p text:style-name=\"CB\">right</text:p>",
+                                "<style:master-page style:name=\"Standard\" style:page-layout-name=\"PL\"/>"),
+                &run);
+    std::vector<std::string> texts;
+    for (const richtext::Paragraph *paragraph : back.document.paragraphs())
+        texts.push_back(paragraph->text());
+    EXPECT_EQ(texts, (std::vector<std::string>{"left", "right"}));
+    std::vector<std::string> columns;
+    for (const richtext::PageSpan &span : back.document.pageSpans)
+        for (const richtext::Properties &section : span.sections)
+            columns.push_back(wptest::property(section, "style:columns"));
+    const std::vector<std::string> losses = richtext::Losses::fromStderr(run.err).kinds();
+    if (std::string(GetParam().option) == "--wp6") {
+        EXPECT_EQ(columns, std::vector<std::string>{"2"});
+        const richtext::Paragraph *right = wptest::paragraphWith(back.document, "right");
+        ASSERT_NE(right, nullptr);
+        EXPECT_EQ(wptest::property(right->properties, "fo:break-before"), "column");
+        EXPECT_TRUE(losses.empty());
+    } else { // libwpd reads no 5.1 columns; the writer says so
+        EXPECT_EQ(losses, std::vector<std::string>{std::string(richtext::loss::textColumns)});
+    }
+}
+
+// Word's different first page, as LibreOffice gives it: a first page style whose next style is the
+// regular one. The regular footer runs on every page; the first page's is not repeated.
+TEST_P(OdtToWordPerfect, AFirstPageStylesFooterStaysOffTheLaterPages)
+{
+    const std::string masters =
+        "<style:master-page style:name=\"Standard\"><style:footer><text:p>running foot</text:p>"
+        "</style:footer></style:master-page><style:master-page style:name=\"First_20_Page\""
+        " style:next-style-name=\"Standard\"><style:footer><text:p>title foot</text:p></style:footer>"
+        "</style:master-page>";
+    const std::string styles = "<style:style style:name=\"P1\" style:family=\"paragraph\""
+                               " style:master-page-name=\"First_20_Page\"/>";
+    ProgramRun run;
+    const auto back = convert(
+        wptest::flatOdt(styles, "<text:p text:style-name=\"P1\">one</text:p><text:p>two</text:p>", masters),
+        &run);
+    std::vector<std::string> footers;
+    for (const auto &span : back.document.pageSpans)
+        for (const auto &part : span.headersAndFooters)
+            footers.push_back(part.blocks.front().paragraph()->text());
+    EXPECT_EQ(footers, std::vector<std::string>{"running foot"});
+    std::vector<std::string> texts;
+    for (const richtext::Paragraph *paragraph : back.document.paragraphs())
+        texts.push_back(paragraph->text());
+    EXPECT_EQ(texts, (std::vector<std::string>{"title foot", "one", "two"}));
+    EXPECT_EQ(richtext::Losses::fromStderr(run.err).kinds(),
+              std::vector<std::string>{std::string(richtext::loss::firstPageHeaders)});
+}
+
 // An empty header or footer still takes its room on the page; one whose only words stand in a
 // text box is not empty.
 TEST_P(OdtToWordPerfect, KeepsEmptyHeadersAndOnesHoldingOnlyABox)
