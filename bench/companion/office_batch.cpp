@@ -13,6 +13,7 @@
 #include <chrono>
 #include <cstdio>
 #include <filesystem>
+#include <functional>
 #include <vector>
 
 namespace fs = std::filesystem;
@@ -32,19 +33,25 @@ void removeResult(const fs::path &odt)
     fs::remove_all(odt.parent_path(), ignored);
 }
 
-Figures onePerDocument(const std::vector<fs::path> &files)
+// Converts every file in turn and times the whole; a file that fails is not counted.
+Figures timed(const std::vector<fs::path> &files, const std::function<fs::path(const fs::path &)> &convert)
 {
     Figures figures;
     const auto start = Clock::now();
     for (const auto &file : files) {
         try {
-            removeResult(ConversionTools::officeToODT(file));
+            removeResult(convert(file));
             ++figures.converted;
         } catch (...) {
         }
     }
     figures.seconds = std::chrono::duration<double>(Clock::now() - start).count();
     return figures;
+}
+
+Figures onePerDocument(const std::vector<fs::path> &files)
+{
+    return timed(files, [](const fs::path &file) { return ConversionTools::officeToODT(file); });
 }
 
 Figures batched(const std::vector<fs::path> &files, const fs::path &soffice, int workers,
@@ -74,20 +81,10 @@ Figures batched(const std::vector<fs::path> &files, const fs::path &soffice, int
 // The companion's path: documents announced ahead, then asked for one by one.
 Figures companionPath(const std::vector<fs::path> &files, int workers)
 {
-    Figures figures;
-    const auto start = Clock::now();
     ConversionTools::OfficeBatchImport import(workers);
     for (const auto &file : files)
         import.prefetch(file);
-    for (const auto &file : files) {
-        try {
-            removeResult(ConversionTools::officeToODT(file));
-            ++figures.converted;
-        } catch (...) {
-        }
-    }
-    figures.seconds = std::chrono::duration<double>(Clock::now() - start).count();
-    return figures;
+    return timed(files, [](const fs::path &file) { return ConversionTools::officeToODT(file); });
 }
 
 } // namespace
