@@ -108,25 +108,19 @@ public:
     const richtext::Losses &losses() const { return lost; }
 
     void setDocumentMetaData(const librevenge::RVNGPropertyList &propList) override;
-    void startDocument(const librevenge::RVNGPropertyList &) override {}
     void endDocument() override;
-    void definePageStyle(const librevenge::RVNGPropertyList &) override {}
-    void defineEmbeddedFont(const librevenge::RVNGPropertyList &) override {}
     void openPageSpan(const librevenge::RVNGPropertyList &propList) override;
     void closePageSpan() override {}
     void openHeader(const librevenge::RVNGPropertyList &propList) override;
     void closeHeader() override;
     void openFooter(const librevenge::RVNGPropertyList &propList) override;
     void closeFooter() override;
-    void defineParagraphStyle(const librevenge::RVNGPropertyList &) override {}
     void openParagraph(const librevenge::RVNGPropertyList &propList) override;
     void closeParagraph() override;
-    void defineCharacterStyle(const librevenge::RVNGPropertyList &) override {}
     void openSpan(const librevenge::RVNGPropertyList &propList) override;
     void closeSpan() override;
     void openLink(const librevenge::RVNGPropertyList &) override {}
     void closeLink() override {}
-    void defineSectionStyle(const librevenge::RVNGPropertyList &) override {}
     void openSection(const librevenge::RVNGPropertyList &propList) override;
     void closeSection() override;
     void insertTab() override;
@@ -139,7 +133,6 @@ public:
     void closeOrderedListLevel() override;
     void closeUnorderedListLevel() override;
     void openListElement(const librevenge::RVNGPropertyList &propList) override;
-    void closeListElement() override { closeParagraph(); }
     void openFootnote(const librevenge::RVNGPropertyList &propList) override;
     void closeFootnote() override;
     void openEndnote(const librevenge::RVNGPropertyList &propList) override;
