@@ -2,6 +2,8 @@
 
 #include "EmbeddedPictures.h"
 
+#include "richtext/Utf8.h"
+
 #include <algorithm>
 #include <cstring>
 #include <string_view>
@@ -17,85 +19,45 @@ bool isXmlCharacter(char32_t c)
            (c >= 0x10000 && c <= 0x10FFFF);
 }
 
-// Length of the UTF-8 sequence at the start of text and the character it encodes, or 0 when the
-// bytes are not well-formed UTF-8 (overlong forms and surrogates included).
-size_t decodeUtf8(std::string_view text, char32_t &c)
+} // namespace
+
+// Damaged documents can carry control codes and stray bytes that XML does not allow at all; the
+// codes are dropped and the stray bytes become U+FFFD, so the output always parses.
+void appendEscapedXml(std::string &out, std::string_view text, bool inAttribute)
 {
-    const auto byte = [&text](size_t i) { return static_cast<unsigned char>(text[i]); };
-    const unsigned char lead = byte(0);
-    size_t length = 0;
-    if (lead < 0x80) {
-        c = lead;
-        return 1;
-    } else if (lead >= 0xC2 && lead <= 0xDF) {
-        length = 2;
-        c = lead & 0x1F;
-    } else if (lead >= 0xE0 && lead <= 0xEF) {
-        length = 3;
-        c = lead & 0x0F;
-    } else if (lead >= 0xF0 && lead <= 0xF4) {
-        length = 4;
-        c = lead & 0x07;
-    } else {
-        return 0;
+    for (const char32_t c : richtext::Utf8::decode(text)) {
+        if (!isXmlCharacter(c))
+            continue;
+        switch (c) {
+        case '&':
+            out += "&amp;";
+            break;
+        case '<':
+            out += "&lt;";
+            break;
+        case '>':
+            out += "&gt;";
+            break;
+        case '"':
+            out += inAttribute ? "&quot;" : "\"";
+            break;
+        // Attribute values would have these normalised to spaces by any reader.
+        case '\t':
+            out += inAttribute ? "&#9;" : "\t";
+            break;
+        case '\n':
+            out += inAttribute ? "&#10;" : "\n";
+            break;
+        case '\r':
+            out += "&#13;";
+            break;
+        default:
+            richtext::Utf8::append(out, c);
+        }
     }
-    if (text.size() < length)
-        return 0;
-    for (size_t i = 1; i < length; ++i) {
-        if ((byte(i) & 0xC0) != 0x80)
-            return 0;
-        c = (c << 6) | (byte(i) & 0x3F);
-    }
-    const bool overlong = (length == 3 && c < 0x800) || (length == 4 && c < 0x10000);
-    if (overlong || c > 0x10FFFF || (c >= 0xD800 && c <= 0xDFFF))
-        return 0;
-    return length;
 }
 
-// Escapes text for XML. Damaged documents can carry control codes and stray bytes that XML does
-// not allow at all; the codes are dropped and the stray bytes become U+FFFD, so the output always
-// parses.
-void appendEscaped(std::string &out, std::string_view text, bool inAttribute)
-{
-    while (!text.empty()) {
-        char32_t c = 0;
-        const size_t length = decodeUtf8(text, c);
-        if (length == 0) {
-            out += "\xEF\xBF\xBD";
-            text.remove_prefix(1);
-            continue;
-        }
-        if (isXmlCharacter(c)) {
-            switch (c) {
-            case '&':
-                out += "&amp;";
-                break;
-            case '<':
-                out += "&lt;";
-                break;
-            case '>':
-                out += "&gt;";
-                break;
-            case '"':
-                out += inAttribute ? "&quot;" : "\"";
-                break;
-            // Attribute values would have these normalised to spaces by any reader.
-            case '\t':
-                out += inAttribute ? "&#9;" : "\t";
-                break;
-            case '\n':
-                out += inAttribute ? "&#10;" : "\n";
-                break;
-            case '\r':
-                out += "&#13;";
-                break;
-            default:
-                out.append(text.data(), length);
-            }
-        }
-        text.remove_prefix(length);
-    }
-}
+namespace {
 
 std::string spaceElement(std::size_t count)
 {
@@ -113,7 +75,7 @@ std::string serialiseAttributes(const librevenge::RVNGPropertyList &attributes)
         result += ' ';
         result += i.key();
         result += "=\"";
-        appendEscaped(result, i()->getStr().cstr(), true);
+        appendEscapedXml(result, i()->getStr().cstr(), true);
         result += '"';
     }
     return result;
@@ -181,7 +143,7 @@ void OdfXmlWriter::endElement(const char *name)
         const librevenge::RVNGBinaryData data(pictureData.c_str());
         std::string bytes(reinterpret_cast<const char *>(data.getDataBuffer()), data.size());
         std::string reference = " xlink:href=\"";
-        appendEscaped(reference, pictures->add(std::move(bytes)), true);
+        appendEscapedXml(reference, pictures->add(std::move(bytes)), true);
         reference += "\" xlink:type=\"simple\" xlink:show=\"embed\" xlink:actuate=\"onLoad\"";
         writeStartTag(imageElement, *heldImage + reference);
         heldImage.reset();
@@ -228,7 +190,7 @@ void OdfXmlWriter::characters(const librevenge::RVNGString &text)
         if (*rest)
             writeLeadingSpaces(false);
     }
-    appendEscaped(out, rest, false);
+    appendEscapedXml(out, rest, false);
 }
 
 void OdfXmlWriter::writeLeadingSpaces(bool whereMet)

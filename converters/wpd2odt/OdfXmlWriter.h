@@ -5,9 +5,13 @@
 #include <cstddef>
 #include <optional>
 #include <string>
+#include <string_view>
 #include <vector>
 
 class EmbeddedPictures;
+
+// Appends UTF-8 text escaped for XML content, or for an attribute value in double quotes.
+void appendEscapedXml(std::string &out, std::string_view text, bool inAttribute);
 
 // Turns the element stream of libodfgen into one XML document held in memory.
 //

@@ -1,5 +1,7 @@
 #include "OdtPackageWriter.h"
 
+#include "OdfXmlWriter.h"
+
 #include <zip.h>
 
 #include <memory>
@@ -54,25 +56,6 @@ std::string readAll(zip_source_t *source)
     return bytes;
 }
 
-void appendAttributeValue(std::string &out, const std::string &value)
-{
-    for (const char c : value) {
-        switch (c) {
-        case '&':
-            out += "&amp;";
-            break;
-        case '<':
-            out += "&lt;";
-            break;
-        case '"':
-            out += "&quot;";
-            break;
-        default:
-            out += c;
-        }
-    }
-}
-
 } // namespace
 
 void OdtPackageWriter::add(std::string path, std::string mediaType, std::string data)
@@ -91,9 +74,9 @@ std::string OdtPackageWriter::manifest() const
     xml += "\"/>\n";
     for (const Entry &entry : entries) {
         xml += " <manifest:file-entry manifest:full-path=\"";
-        appendAttributeValue(xml, entry.path);
+        appendEscapedXml(xml, entry.path, true);
         xml += "\" manifest:media-type=\"";
-        appendAttributeValue(xml, entry.mediaType);
+        appendEscapedXml(xml, entry.mediaType, true);
         xml += "\"/>\n";
     }
     xml += "</manifest:manifest>\n";

@@ -23,25 +23,19 @@ public:
     static Properties propertiesOf(const librevenge::RVNGPropertyList &list);
 
     void setDocumentMetaData(const librevenge::RVNGPropertyList &propList) override;
-    void startDocument(const librevenge::RVNGPropertyList &) override {}
     void endDocument() override {}
-    void definePageStyle(const librevenge::RVNGPropertyList &) override {}
-    void defineEmbeddedFont(const librevenge::RVNGPropertyList &) override {}
     void openPageSpan(const librevenge::RVNGPropertyList &propList) override;
     void closePageSpan() override {}
     void openHeader(const librevenge::RVNGPropertyList &propList) override;
     void closeHeader() override { leave(); }
     void openFooter(const librevenge::RVNGPropertyList &propList) override;
     void closeFooter() override { leave(); }
-    void defineParagraphStyle(const librevenge::RVNGPropertyList &) override {}
     void openParagraph(const librevenge::RVNGPropertyList &propList) override;
     void closeParagraph() override;
-    void defineCharacterStyle(const librevenge::RVNGPropertyList &) override {}
     void openSpan(const librevenge::RVNGPropertyList &propList) override;
     void closeSpan() override;
     void openLink(const librevenge::RVNGPropertyList &propList) override;
     void closeLink() override;
-    void defineSectionStyle(const librevenge::RVNGPropertyList &) override {}
     void openSection(const librevenge::RVNGPropertyList &propList) override;
     void closeSection() override {}
     void insertTab() override;
@@ -54,7 +48,6 @@ public:
     void closeOrderedListLevel() override { numbering.closeLevel(); }
     void closeUnorderedListLevel() override { numbering.closeLevel(); }
     void openListElement(const librevenge::RVNGPropertyList &propList) override;
-    void closeListElement() override { closeParagraph(); }
     void openFootnote(const librevenge::RVNGPropertyList &propList) override;
     void closeFootnote() override { leave(); }
     void openEndnote(const librevenge::RVNGPropertyList &propList) override;

@@ -36,10 +36,7 @@ public:
     const richtext::Losses &losses() const { return lost; }
 
     void setDocumentMetaData(const librevenge::RVNGPropertyList &propList) override;
-    void startDocument(const librevenge::RVNGPropertyList &) override {}
     void endDocument() override;
-    void definePageStyle(const librevenge::RVNGPropertyList &) override {}
-    void defineEmbeddedFont(const librevenge::RVNGPropertyList &) override {}
     void openPageSpan(const librevenge::RVNGPropertyList &propList) override;
     void closePageSpan() override;
     void openHeader(const librevenge::RVNGPropertyList &propList) override
@@ -52,18 +49,15 @@ public:
         openHeaderOrFooter(propList, true);
     }
     void closeFooter() override { closeHeaderOrFooter(); }
-    void defineParagraphStyle(const librevenge::RVNGPropertyList &) override {}
     void openParagraph(const librevenge::RVNGPropertyList &propList) override
     {
         beginParagraph(propList, {}, {});
     }
     void closeParagraph() override;
-    void defineCharacterStyle(const librevenge::RVNGPropertyList &) override {}
     void openSpan(const librevenge::RVNGPropertyList &propList) override;
     void closeSpan() override;
     void openLink(const librevenge::RVNGPropertyList &propList) override;
     void closeLink() override;
-    void defineSectionStyle(const librevenge::RVNGPropertyList &) override {}
     void openSection(const librevenge::RVNGPropertyList &propList) override;
     void closeSection() override;
     void insertTab() override;
@@ -82,7 +76,6 @@ public:
     void closeOrderedListLevel() override { endListLevel(); }
     void closeUnorderedListLevel() override { endListLevel(); }
     void openListElement(const librevenge::RVNGPropertyList &propList) override;
-    void closeListElement() override { closeParagraph(); }
     void openFootnote(const librevenge::RVNGPropertyList &) override { openNote(false); }
     void closeFootnote() override { closeNote(); }
     void openEndnote(const librevenge::RVNGPropertyList &) override { openNote(true); }

@@ -4,7 +4,7 @@
 
 #include "OdtFile.h"
 #include "ProgramRun.h"
-#include "ScratchFolder.h"
+#include "TestFiles.h"
 
 #include <gtest/gtest.h>
 
@@ -52,7 +52,7 @@ protected:
     std::string odtOf(size_t i) const { return scratch.file(std::to_string(i) + ".odt"); }
 
     std::vector<std::string> files;
-    ScratchFolder scratch;
+    testing_support::TempDir scratch;
 };
 
 // wpd2text is the oracle: what it reads, wpd2odt converts; what it rejects, wpd2odt rejects for
@@ -139,7 +139,7 @@ TEST_F(CorpusTest, KeepsEveryEmbeddedGraphic)
 
 std::string normalisedText(const std::string &path)
 {
-    std::string text = ScratchFolder::readFile(path);
+    std::string text = testing_support::readFile(path);
     if (text.starts_with("\xEF\xBB\xBF"))
         text.erase(0, 3);
     text = std::regex_replace(text, std::regex("[ \\t\\r\\n\\f\\v]+"), " ");

@@ -1,7 +1,7 @@
 // How wpd2odt fails: a non-zero status, one line on stderr saying why, and nothing left behind.
 
 #include "ProgramRun.h"
-#include "ScratchFolder.h"
+#include "TestFiles.h"
 #include "WordPerfectFixtures.h"
 
 #include <gtest/gtest.h>
@@ -21,7 +21,7 @@ namespace {
 struct FailureCase {
     std::string name;
     // Creates what the case needs and returns the source path; empty when the case cannot run.
-    std::function<std::string(const ScratchFolder &)> source;
+    std::function<std::string(const testing_support::TempDir &)> source;
     std::string destination; // inside the scratch folder
     // The stderr line must hold this, with {source} and {destination} filled in, and then the
     // system's words for error when it is not 0.
@@ -58,7 +58,7 @@ class FailureTest : public testing::TestWithParam<FailureCase> {};
 
 TEST_P(FailureTest, ReportsWhyAndLeavesNothingBehind)
 {
-    ScratchFolder folder;
+    testing_support::TempDir folder;
     const std::string source = GetParam().source(folder);
     if (source.empty())
         GTEST_SKIP() << "this case needs the WordPerfect samples beside the checkout";
@@ -76,18 +76,19 @@ TEST_P(FailureTest, ReportsWhyAndLeavesNothingBehind)
         expectOneLine(ProgramRun::of({WPD2ODT_PATH, "--stdout", source}), 1, "wpd2odt: " + message);
 }
 
-std::function<std::string(const ScratchFolder &)> file(const std::string &name, const std::string &bytes)
+std::function<std::string(const testing_support::TempDir &)> file(const std::string &name,
+                                                                  const std::string &bytes)
 {
-    return [name, bytes](const ScratchFolder &folder) { return folder.write(name, bytes); };
+    return [name, bytes](const testing_support::TempDir &folder) { return folder.write(name, bytes); };
 }
 
 const auto validSource = file("valid.wp", WordPerfectFixtures::wp51({"Some text"}));
 
 const FailureCase failureCases[] = {
-    {"MissingSource", [](const ScratchFolder &f) { return f.file("absent.wp"); }, "out.odt",
+    {"MissingSource", [](const testing_support::TempDir &f) { return f.file("absent.wp"); }, "out.odt",
      "cannot read {source}", ENOENT},
-    {"SourceIsAFolder", [](const ScratchFolder &f) { return f.path(); }, "out.odt", "cannot read {source}",
-     EISDIR},
+    {"SourceIsAFolder", [](const testing_support::TempDir &f) { return f.path(); }, "out.odt",
+     "cannot read {source}", EISDIR},
     {"EmptyFile", file("empty.wp", ""), "out.odt", "{source} is not a WordPerfect document"},
     {"PlainText", file("notes.wp", "Dear diary,\nnothing to see.\n"), "out.odt",
      "{source} is not a WordPerfect document"},
@@ -95,8 +96,8 @@ const FailureCase failureCases[] = {
      "{source} is damaged"},
     {"GarbledWp6", file("g.wpd", WordPerfectFixtures::garbledWp6()), "out.odt", "{source} is damaged"},
     {"TruncatedSample",
-     [](const ScratchFolder &f) {
-         const std::string sample = ScratchFolder::readFile(std::string(QM_SAMPLES_DIR) + "/min51.wp5");
+     [](const testing_support::TempDir &f) {
+         const std::string sample = testing_support::readFile(std::string(QM_SAMPLES_DIR) + "/min51.wp5");
          return sample.empty() ? std::string() : f.write("cut.wp5", sample.substr(0, 200));
      },
      "out.odt", "{source} is damaged"},
@@ -104,14 +105,14 @@ const FailureCase failureCases[] = {
      "{source} is an encrypted WordPerfect 6"},
     {"DestinationFolderMissing", validSource, "no/such/out.odt", "cannot write {destination}", ENOENT},
     {"DestinationUnderAFile",
-     [](const ScratchFolder &f) {
+     [](const testing_support::TempDir &f) {
          f.write("plain", "x");
          return validSource(f);
      },
      "plain/out.odt", "cannot write {destination}", ENOTDIR},
     // The temporary file exists by the time the rename fails: it must be cleaned away.
     {"DestinationIsAFolder",
-     [](const ScratchFolder &f) {
+     [](const testing_support::TempDir &f) {
          fs::create_directory(f.file("out.odt"));
          return validSource(f);
      },
@@ -126,7 +127,7 @@ INSTANTIATE_TEST_SUITE_P(Cases, FailureTest, testing::ValuesIn(failureCases),
 // Root writes anywhere, so as root the converter runs as nobody here.
 TEST(FailureTest, ReadOnlyDestinationFolderIsReportedAndLeftEmpty)
 {
-    ScratchFolder folder;
+    testing_support::TempDir folder;
     const auto readable = fs::perms::owner_all | fs::perms::group_read | fs::perms::group_exec |
                           fs::perms::others_read | fs::perms::others_exec;
     fs::permissions(folder.path(), readable);
@@ -147,18 +148,18 @@ TEST(FailureTest, ReadOnlyDestinationFolderIsReportedAndLeftEmpty)
 
 TEST(FailureTest, ExistingDestinationSurvivesAFailedConversion)
 {
-    ScratchFolder folder;
+    testing_support::TempDir folder;
     const std::string source = folder.write("notes.wp", "no WordPerfect here");
     const std::string destination = folder.write("out.odt", "the earlier result");
 
     EXPECT_EQ(ProgramRun::of({WPD2ODT_PATH, source, destination}).status, 1);
-    EXPECT_EQ(ScratchFolder::readFile(destination), "the earlier result");
+    EXPECT_EQ(testing_support::readFile(destination), "the earlier result");
     EXPECT_EQ(folder.names(), (std::set<std::string>{"notes.wp", "out.odt"}));
 }
 
 TEST(FailureTest, AConverterKilledMidWayLeavesNoFileBehind)
 {
-    ScratchFolder folder;
+    testing_support::TempDir folder;
     // A gigabyte (sparse) keeps libwpd busy for seconds, long enough to be killed while at work.
     const std::string source = folder.write("huge.wp", WordPerfectFixtures::wp51({"first words"}));
     std::filesystem::resize_file(source, std::uintmax_t{1} << 30);

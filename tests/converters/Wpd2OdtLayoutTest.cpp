@@ -4,7 +4,7 @@
 // around them.
 
 #include "ProgramRun.h"
-#include "ScratchFolder.h"
+#include "TestFiles.h"
 
 #include <gtest/gtest.h>
 
@@ -59,7 +59,7 @@ TEST(LayoutTest, LibreOfficeBreaksOurLinesWhereItsOwnImportDoes)
         {"TOPOPREC.WPD", 1},      {"expectation_document.wpd", 0}, {"opinion_wpd.wpd", 0},  {"test5.wp", 0},
         {"header_footer.wpd", 0}, {"9140-columns.wpd", 0},         {"feature_test.wpd", 0},
     };
-    ScratchFolder scratch;
+    testing_support::TempDir scratch;
     for (const char *folder : {"originals", "converted", "pdf-originals", "pdf-converted", "home"})
         fs::create_directory(scratch.file(folder));
     std::vector<std::string> originals, converted;

@@ -2,7 +2,7 @@
 
 #include "OdtFile.h"
 #include "ProgramRun.h"
-#include "ScratchFolder.h"
+#include "TestFiles.h"
 #include "WordPerfectFixtures.h"
 
 #include <gtest/gtest.h>
@@ -16,7 +16,7 @@ const std::string odtMediaType = "application/vnd.oasis.opendocument.text";
 
 // The built-in fixture (XML's reserved characters included), or one of the samples beside the
 // source tree (with accents, Greek, typographic quotes, a table and a note); empty if absent.
-std::string sourceFor(const std::string &name, const ScratchFolder &folder)
+std::string sourceFor(const std::string &name, const testing_support::TempDir &folder)
 {
     if (name == "fixture")
         return folder.write("fixture.wp", WordPerfectFixtures::wp51({"Plain words & <markup> \"quoted\"",
@@ -38,7 +38,7 @@ class OutputTest : public testing::TestWithParam<std::string> {};
 
 TEST_P(OutputTest, PackageIsCompleteAndValid)
 {
-    ScratchFolder folder;
+    testing_support::TempDir folder;
     const std::string source = sourceFor(GetParam(), folder);
     if (source.empty())
         GTEST_SKIP() << "sample " << GetParam() << " not found in " << QM_SAMPLES_DIR;
@@ -49,7 +49,7 @@ TEST_P(OutputTest, PackageIsCompleteAndValid)
     EXPECT_EQ(run.err, "");
 
     // mimetype first and stored, so the type sits at byte 38 where sniffers look for it.
-    const std::string raw = ScratchFolder::readFile(destination);
+    const std::string raw = testing_support::readFile(destination);
     ASSERT_GT(raw.size(), 38 + odtMediaType.size());
     EXPECT_EQ(raw.substr(0, 4), "PK\x03\x04");
     EXPECT_EQ(raw.substr(30, 8 + odtMediaType.size()), "mimetype" + odtMediaType);
@@ -87,8 +87,8 @@ TEST_P(OutputTest, PackageIsCompleteAndValid)
 
 TEST_P(OutputTest, StdoutGivesOneFlatDocumentAndTouchesNoFile)
 {
-    ScratchFolder folder;
-    ScratchFolder workFolder;
+    testing_support::TempDir folder;
+    testing_support::TempDir workFolder;
     const std::string source = sourceFor(GetParam(), folder);
     if (source.empty())
         GTEST_SKIP() << "sample " << GetParam() << " not found in " << QM_SAMPLES_DIR;
@@ -114,7 +114,7 @@ INSTANTIATE_TEST_SUITE_P(Sources, OutputTest, testing::Values("fixture", "min51.
 
 TEST(OutputTest, ReplacesAnExistingDestination)
 {
-    ScratchFolder folder;
+    testing_support::TempDir folder;
     const std::string source = folder.write("doc.wp", WordPerfectFixtures::wp51({"Fresh text"}));
     const std::string destination = folder.write("out.odt", "an older file");
 
@@ -143,7 +143,7 @@ TEST(OutputTest, SpacesThatOpenAParagraphAreKeptWhenTextFollows)
     };
     for (const auto &c : cases) {
         SCOPED_TRACE(std::string("paragraph \"") + c.paragraph + "\"");
-        ScratchFolder folder;
+        testing_support::TempDir folder;
         const std::string source =
             folder.write("doc.wp", WordPerfectFixtures::wp51({"before", c.paragraph, "after"}));
         const ProgramRun run = ProgramRun::of({WPD2ODT_PATH, "--stdout", source});
@@ -171,7 +171,7 @@ TEST(OutputTest, SpacesThatOpenAParagraphAreKeptWhenTextFollows)
 // every line is wider), and the layout flags LibreOffice otherwise sets to an old suite's values.
 TEST(OutputTest, AsksForTheLayoutOfANewLibreOfficeDocument)
 {
-    ScratchFolder folder;
+    testing_support::TempDir folder;
     const std::string source = folder.write("doc.wp", WordPerfectFixtures::wp51({"Kerned words"}));
     const std::string destination = folder.file("out.odt");
     ASSERT_EQ(ProgramRun::of({WPD2ODT_PATH, source, destination}).status, 0);

@@ -2,7 +2,7 @@
 
 #include "OdtFile.h"
 #include "ProgramRun.h"
-#include "ScratchFolder.h"
+#include "TestFiles.h"
 #include "WordPerfectFixtures.h"
 
 #include <gtest/gtest.h>
@@ -22,7 +22,7 @@ std::set<std::string> secretWords()
     return OdtFile::wordsOfPlainText(all);
 }
 
-std::string writeEncryptedFixture(const ScratchFolder &folder)
+std::string writeEncryptedFixture(const testing_support::TempDir &folder)
 {
     return folder.write("secret.wp",
                         WordPerfectFixtures::encryptWp5(WordPerfectFixtures::wp51(paragraphs), password));
@@ -37,7 +37,7 @@ bool containsAll(const std::set<std::string> &words, const std::set<std::string>
 // a genuine encrypted document, whatever wpd2odt makes of it.
 TEST(PasswordTest, FixtureIsEncryptedAsLibwpdExpects)
 {
-    ScratchFolder folder;
+    testing_support::TempDir folder;
     const std::string source = writeEncryptedFixture(folder);
     const ProgramRun decrypted = ProgramRun::of({WPD2TEXT_PATH, "--password", password, source});
     EXPECT_TRUE(containsAll(OdtFile::wordsOfPlainText(decrypted.out), secretWords())) << decrypted.out;
@@ -60,7 +60,7 @@ class PasswordTest : public testing::TestWithParam<PasswordCase> {};
 
 TEST_P(PasswordTest, DecryptsOnlyWithTheRightPassword)
 {
-    ScratchFolder folder;
+    testing_support::TempDir folder;
     const std::string source = writeEncryptedFixture(folder);
     const std::string destination = folder.file("out.odt");
     std::vector<std::string> argv = {WPD2ODT_PATH};
@@ -108,7 +108,7 @@ INSTANTIATE_TEST_SUITE_P(
 
 TEST(PasswordTest, PasswordForAPlainDocumentIsIgnored)
 {
-    ScratchFolder folder;
+    testing_support::TempDir folder;
     const std::string source = folder.write("plain.wp", WordPerfectFixtures::wp51(paragraphs));
     const ProgramRun run = ProgramRun::of({WPD2ODT_PATH, "--stdout", "--password", password, source});
     ASSERT_EQ(run.status, 0) << run.err;
@@ -118,10 +118,10 @@ TEST(PasswordTest, PasswordForAPlainDocumentIsIgnored)
 // A real document, its prefix packets encrypted too, converts exactly as the plain one does.
 TEST(PasswordTest, EncryptedSampleMatchesThePlainOne)
 {
-    const std::string plain = ScratchFolder::readFile(std::string(QM_SAMPLES_DIR) + "/min51.wp5");
+    const std::string plain = testing_support::readFile(std::string(QM_SAMPLES_DIR) + "/min51.wp5");
     if (plain.empty())
         GTEST_SKIP() << "min51.wp5 not found in " << QM_SAMPLES_DIR;
-    ScratchFolder folder;
+    testing_support::TempDir folder;
     const std::string source = folder.write("secret.wp5", WordPerfectFixtures::encryptWp5(plain, password));
     const ProgramRun decrypted = ProgramRun::of({WPD2ODT_PATH, "--stdout", "--password", password, source});
     const ProgramRun reference =

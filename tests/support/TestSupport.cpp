@@ -10,55 +10,10 @@
 
 #include <cstdlib>
 #include <fstream>
-#include <sstream>
 
 namespace fs = std::filesystem;
 
 namespace testing_support {
-
-TempDir::TempDir()
-{
-    std::string pattern = (fs::temp_directory_path() / "quillmorph-test-XXXXXX").string();
-    if (!mkdtemp(pattern.data()))
-        throw std::runtime_error("cannot make a temporary folder");
-    root = pattern;
-}
-
-TempDir::~TempDir()
-{
-    std::error_code ignored;
-    fs::permissions(root, fs::perms::owner_all, fs::perm_options::add, ignored);
-    fs::remove_all(root, ignored);
-}
-
-void writeFile(const fs::path &path, const std::string &bytes)
-{
-    std::ofstream out(path, std::ios::binary | std::ios::trunc);
-    out.write(bytes.data(), static_cast<std::streamsize>(bytes.size()));
-    if (!out)
-        throw std::runtime_error("cannot write " + path.string());
-}
-
-void writeFile(const fs::path &path, const std::vector<std::uint8_t> &bytes)
-{
-    writeFile(path, std::string(bytes.begin(), bytes.end()));
-}
-
-std::string readFile(const fs::path &path)
-{
-    std::ifstream in(path, std::ios::binary);
-    std::ostringstream text;
-    text << in.rdbuf();
-    return text.str();
-}
-
-void writeScript(const fs::path &path, const std::string &body)
-{
-    fs::create_directories(path.parent_path());
-    writeFile(path, "#!/bin/sh\n" + body + "\n");
-    fs::permissions(path, fs::perms::owner_all | fs::perms::group_read | fs::perms::group_exec |
-                              fs::perms::others_read | fs::perms::others_exec);
-}
 
 std::optional<fs::path> corpusDir()
 {

@@ -1,5 +1,7 @@
 #pragma once
 
+#include "TestFiles.h"
+
 #include <cstdint>
 #include <filesystem>
 #include <functional>
@@ -8,28 +10,6 @@
 #include <vector>
 
 namespace testing_support {
-
-// A fresh folder under /tmp, removed with everything in it at the end.
-class TempDir {
-public:
-    TempDir();
-    ~TempDir();
-    TempDir(const TempDir &) = delete;
-    TempDir &operator=(const TempDir &) = delete;
-
-    const std::filesystem::path &path() const { return root; }
-    std::filesystem::path operator/(const std::string &name) const { return root / name; }
-
-private:
-    std::filesystem::path root;
-};
-
-void writeFile(const std::filesystem::path &path, const std::string &bytes);
-void writeFile(const std::filesystem::path &path, const std::vector<std::uint8_t> &bytes);
-std::string readFile(const std::filesystem::path &path);
-
-// A shell script at `folder`/`name`, executable.
-void writeScript(const std::filesystem::path &path, const std::string &body);
 
 // The shared corpus beside the checkout, when it is there.
 std::optional<std::filesystem::path> corpusDir();

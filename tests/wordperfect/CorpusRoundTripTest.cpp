@@ -6,7 +6,7 @@
 #include "OdtFile.h"
 #include "PlainText.h"
 #include "ProgramRun.h"
-#include "ScratchFolder.h"
+#include "TestFiles.h"
 
 #include "richtext/wordperfect/CharacterMap.h"
 
@@ -68,7 +68,7 @@ TEST(CorpusRoundTrip, LibreOfficeReadsTheSameTextFromOurWordPerfectFiles)
     if (std::string(SOFFICE_PATH).empty())
         GTEST_SKIP() << "LibreOffice (soffice) is not installed";
 
-    ScratchFolder scratch;
+    testing_support::TempDir scratch;
     const std::string profile = scratch.file("profile");
     const std::string sourceText = scratch.file("source-text");
     const std::string ourText = scratch.file("wp-text");
@@ -96,14 +96,14 @@ TEST(CorpusRoundTrip, LibreOfficeReadsTheSameTextFromOurWordPerfectFiles)
     ASSERT_TRUE(convertAll("odt", ourInputs, ourOdt, "WordPerfect", profile));
 
     for (const Source &source : sources) {
-        const std::string expectedRaw = ScratchFolder::readFile(sourceText + "/" + source.key + ".txt");
+        const std::string expectedRaw = testing_support::readFile(sourceText + "/" + source.key + ".txt");
         EXPECT_FALSE(expectedRaw.empty()) << source.key << ": LibreOffice exported no text from the source";
         for (const char *version : versions) {
             const CharacterMap &map =
                 std::string(version) == "wp6" ? CharacterMap::wp6() : CharacterMap::wp5();
             const std::string name = std::string(version) + "-" + source.key;
             const std::string ours =
-                plaintext::normalised(ScratchFolder::readFile(ourText + "/" + name + ".txt"), nullptr);
+                plaintext::normalised(testing_support::readFile(ourText + "/" + name + ".txt"), nullptr);
             if (const auto known = knownDifferences.find(source.key); known != knownDifferences.end())
                 EXPECT_NE(ours, plaintext::normalised(expectedRaw, &map))
                     << name << " now matches: take it off the list";
@@ -124,7 +124,7 @@ TEST(CorpusRoundTrip, ThePasswordProtectedDocumentFailsInPlainWords)
     const fs::path encrypted = fs::path(QM_CORPUS_DIR) / "office" / "testODTEncrypted.odt";
     if (!fs::exists(encrypted))
         GTEST_SKIP() << "../shared/corpus/office/testODTEncrypted.odt is absent";
-    ScratchFolder scratch;
+    testing_support::TempDir scratch;
     for (const char *version : {"--wp6", "--wp5"}) {
         const ProgramRun run =
             ProgramRun::of({ODT2WP5_PATH, version, encrypted.string(), scratch.file("x.wpd")});

@@ -1,7 +1,7 @@
 #include "IndependentReaders.h"
 
 #include "ProgramRun.h"
-#include "ScratchFolder.h"
+#include "TestFiles.h"
 
 #include <algorithm>
 #include <charconv>
@@ -66,13 +66,13 @@ Reading wp2latex(const std::string &path)
     if (!(reading.available = installed(WP2LATEX_PATH)))
         return reading;
     // It writes pictures and helper files beside its output: give it a folder of its own.
-    ScratchFolder scratch;
+    testing_support::TempDir scratch;
     const std::string output = scratch.file("out.tex");
     const std::string source = std::filesystem::absolute(path).string();
     const ProgramRun run = ProgramRun::of({WP2LATEX_PATH, "-i", source, "-o", output}, scratch.path());
     reading.status = run.status;
     reading.complaints = complaintsIn(run.out + "\n" + run.err, {});
-    reading.text = ScratchFolder::readFile(output);
+    reading.text = testing_support::readFile(output);
     return reading;
 }
 
@@ -84,7 +84,7 @@ Reading wp2x(const std::string &path)
     // A description that writes the text alone, each paragraph on a line; wp2x finds it in its
     // working folder. Codes it has no expansion for it names on stderr ("No expansion for Bold"),
     // which is about the description, not the file.
-    ScratchFolder scratch;
+    testing_support::TempDir scratch;
     // Hyphens of every kind as '-' (a soft one included, as libwpd's U+00AD also splits words).
     scratch.write("plain.cfg", "BEGIN=\"\"\nEND=\"\"\nHRt=\"\\n\"\nSRt=\"\\n\"\nHPg=\"\\n\"\n"
                                "-=\"-\"\n\\--=\"-\"\n\\-=\"-\"\n--=\"-\"\n==\"-\"\n");

@@ -4,7 +4,7 @@
 
 #include "IndependentReaders.h"
 #include "ProgramRun.h"
-#include "ScratchFolder.h"
+#include "TestFiles.h"
 #include "WpTestSupport.h"
 
 #include <gtest/gtest.h>
@@ -46,7 +46,7 @@ std::vector<fs::path> officeFiles(const std::vector<std::string> &extensions)
 
 // The corpus's own OpenDocument texts, and its Word, RTF and HTML documents as LibreOffice
 // saves them in OpenDocument (one run for all, with a private profile).
-std::vector<Source> sources(const ScratchFolder &scratch)
+std::vector<Source> sources(const testing_support::TempDir &scratch)
 {
     std::vector<Source> all;
     for (const fs::path &path : officeFiles({".odt", ".fodt"}))
@@ -87,7 +87,7 @@ TEST(IndependentReadersCorpus, ReadEveryFileWeWriteWithoutComplaint)
         GTEST_SKIP() << "../shared/corpus/office is absent";
     if (std::string(WP2LATEX_PATH).empty() || std::string(WP2X_PATH).empty())
         GTEST_SKIP() << "wp2latex or wp2x is not installed";
-    ScratchFolder scratch;
+    testing_support::TempDir scratch;
     const std::vector<Source> documents = sources(scratch);
     ASSERT_FALSE(documents.empty());
     int files = 0;
@@ -101,7 +101,7 @@ TEST(IndependentReadersCorpus, ReadEveryFileWeWriteWithoutComplaint)
             ++files;
             const readers::Reading reference = readers::libwpd(output);
             EXPECT_EQ(reference.status, 0) << name;
-            const wptest::ReadBack model = wptest::readWordPerfect(ScratchFolder::readFile(output));
+            const wptest::ReadBack model = wptest::readWordPerfect(testing_support::readFile(output));
             ASSERT_TRUE(model.ok) << name;
 
             const readers::Reading latex = readers::wp2latex(output);
@@ -163,7 +163,7 @@ TEST(IndependentReadersCorpus, Wp2latexTakesWordPerfectsOwnTabsNearTheEdgeForNeg
     EXPECT_NE(
         std::find(latex.complaints.begin(), latex.complaints.end(), "Warning: Negative tabular, fixed!"),
         latex.complaints.end());
-    const wptest::ReadBack model = wptest::readWordPerfect(ScratchFolder::readFile(file.string()));
+    const wptest::ReadBack model = wptest::readWordPerfect(testing_support::readFile(file.string()));
     ASSERT_TRUE(model.ok);
     EXPECT_EQ(readers::beyondWp2latexLimits(latex.complaints, model.document), std::vector<std::string>{});
 }
@@ -187,7 +187,7 @@ TEST(IndependentReadersCorpus, Wp2xMissesTheSameOnWordPerfectsOwnFiles)
     // Measured the way our files are, WordPerfect's own files pass too: the limits are wp2x's.
     for (const char *file : {"test5.wp", "prn_test5.wp", "testWordPerfect_5_1.wp", "equation5.wp"}) {
         const std::string path = (corpus / "wp" / file).string();
-        const wptest::ReadBack model = wptest::readWordPerfect(ScratchFolder::readFile(path));
+        const wptest::ReadBack model = wptest::readWordPerfect(testing_support::readFile(path));
         ASSERT_TRUE(model.ok) << file;
         const readers::WordShare share =
             readers::shareOfWords(readers::asWp2xReadsIt(model.document), readers::wp2x(path).text);

@@ -4,7 +4,7 @@
 
 #include "IndependentReaders.h"
 #include "ProgramRun.h"
-#include "ScratchFolder.h"
+#include "TestFiles.h"
 #include "WpTestSupport.h"
 
 #include <gtest/gtest.h>
@@ -160,7 +160,7 @@ class IndependentReaders : public ::testing::TestWithParam<Case> {};
 TEST_P(IndependentReaders, ReadOurFileWithoutComplaintAndFindLibwpdsWords)
 {
     const Case &param = GetParam();
-    ScratchFolder scratch;
+    testing_support::TempDir scratch;
     const std::string source = scratch.write("source.fodt", document(*param.fixture));
     const std::string output = scratch.file("out.wp");
     const ProgramRun run = ProgramRun::of({ODT2WP5_PATH, param.option, source, output});
@@ -170,7 +170,7 @@ TEST_P(IndependentReaders, ReadOurFileWithoutComplaintAndFindLibwpdsWords)
     ASSERT_EQ(reference.status, 0);
     EXPECT_TRUE(reference.complaints.empty()) << reference.complaints.front();
     ASSERT_GE(readers::words(reference.text).size(), 2u) << reference.text;
-    const wptest::ReadBack model = wptest::readWordPerfect(ScratchFolder::readFile(output));
+    const wptest::ReadBack model = wptest::readWordPerfect(testing_support::readFile(output));
     ASSERT_TRUE(model.ok);
 
     const readers::Reading latex = readers::wp2latex(output);

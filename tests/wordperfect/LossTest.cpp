@@ -2,7 +2,7 @@
 // thing a version has no code libwpd reads back, and nothing when the file holds it all.
 
 #include "ProgramRun.h"
-#include "ScratchFolder.h"
+#include "TestFiles.h"
 #include "WpTestSupport.h"
 #include "richtext/Losses.h"
 
@@ -121,7 +121,7 @@ class Losses : public ::testing::TestWithParam<Conversion> {};
 TEST_P(Losses, NamesEachKindTheVersionCannotCarryOnOneLine)
 {
     const Conversion &param = GetParam();
-    ScratchFolder scratch;
+    testing_support::TempDir scratch;
     const std::string source =
         scratch.write("source.fodt", wptest::flatOdt(param.c->styles, param.c->body, param.c->masterStyles));
     const std::string output = scratch.file("out.wp");
@@ -134,7 +134,7 @@ TEST_P(Losses, NamesEachKindTheVersionCannotCarryOnOneLine)
     const richtext::Losses said = richtext::Losses::fromStderr(run.err);
     EXPECT_EQ(said.kinds(), expected) << run.err;
     EXPECT_EQ(run.err, said.stderrLine("odt2wp5")) << "nothing else on stderr";
-    EXPECT_TRUE(wptest::readWordPerfect(ScratchFolder::readFile(output)).ok);
+    EXPECT_TRUE(wptest::readWordPerfect(testing_support::readFile(output)).ok);
 }
 
 std::vector<Conversion> conversions()

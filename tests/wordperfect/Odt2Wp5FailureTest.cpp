@@ -1,7 +1,7 @@
 // odt2wp5's failures: one line on stderr, a non-zero status, and never a destination file.
 
 #include "ProgramRun.h"
-#include "ScratchFolder.h"
+#include "TestFiles.h"
 #include "WpTestSupport.h"
 
 #include <sys/stat.h>
@@ -67,7 +67,7 @@ struct Case {
 
 TEST(Odt2Wp5Failures, SayWhyInOneLineAndLeaveNoFile)
 {
-    ScratchFolder scratch;
+    testing_support::TempDir scratch;
     const std::string good = scratch.write("good.fodt", wptest::flatOdt("", "<text:p>text</text:p>"));
     const std::string encrypted = scratch.write("locked.odt", encryptedPackage());
     const std::string garbage = scratch.write("garbage.odt", "PK\x03\x04 this is not really a zip");
@@ -98,7 +98,7 @@ TEST(Odt2Wp5Failures, SayWhyInOneLineAndLeaveNoFile)
         EXPECT_NE(result.err.find(run.expected.messagePart), std::string::npos)
             << run.expected.name << ": " << result.err;
         EXPECT_EQ(result.out, "") << run.expected.name;
-        EXPECT_FALSE(ScratchFolder::readFile(run.destination).size()) << run.expected.name;
+        EXPECT_FALSE(testing_support::readFile(run.destination).size()) << run.expected.name;
     }
     // Nothing but the inputs is left: no temporary file beside the destination.
     EXPECT_EQ(scratch.names(), (std::set<std::string>{"good.fodt", "locked.odt", "garbage.odt"}));
@@ -106,7 +106,7 @@ TEST(Odt2Wp5Failures, SayWhyInOneLineAndLeaveNoFile)
 
 TEST(Odt2Wp5Failures, ReplacesAnOldDestinationWhole)
 {
-    ScratchFolder scratch;
+    testing_support::TempDir scratch;
     const std::string source = scratch.write("a.fodt", wptest::flatOdt("", "<text:p>fresh words</text:p>"));
     const std::string destination = scratch.write("a.wpd", "old content");
     const ProgramRun run = ProgramRun::of({ODT2WP5_PATH, "--wp6", source, destination});
@@ -125,7 +125,7 @@ TEST(Odt2Wp5Failures, ReplacesAnOldDestinationWhole)
 
 TEST(Odt2Wp5Output, APackageNeverReachesOutsideItself)
 {
-    ScratchFolder scratch;
+    testing_support::TempDir scratch;
     const std::string content =
         "<?xml version=\"1.0\" encoding=\"UTF-8\"?><office:document-content"
         " xmlns:office=\"urn:oasis:names:tc:opendocument:xmlns:office:1.0\""
@@ -151,14 +151,14 @@ TEST(Odt2Wp5Output, APackageNeverReachesOutsideItself)
     EXPECT_EQ(scratch.names(), (std::set<std::string>{"deep"}));
     EXPECT_FALSE(std::filesystem::exists(scratch.file("escaped.txt")));
     EXPECT_FALSE(std::filesystem::exists("/tmp/quillmorph-absolute.txt"));
-    const std::string written = ScratchFolder::readFile(destination);
+    const std::string written = testing_support::readFile(destination);
     EXPECT_NE(written.find("inside"), std::string::npos);
     EXPECT_EQ(written.find("root:"), std::string::npos) << "a file of this machine was read in";
 }
 
 TEST(Odt2Wp5Output, ADestinationNameAsLongAsAllowedIsWritten)
 {
-    ScratchFolder scratch;
+    testing_support::TempDir scratch;
     const std::string source = scratch.write("a.fodt", wptest::flatOdt("", "<text:p>long</text:p>"));
     const std::string name = std::string(251, 'n') + ".wpd";
     const ProgramRun run = ProgramRun::of({ODT2WP5_PATH, "--wp5", source, scratch.file(name)});
@@ -174,7 +174,7 @@ TEST(Odt2Wp5Output, ADestinationNameAsLongAsAllowedIsWritten)
 TEST(Odt2Wp5Output, APictureWithDamagedBase64IsLeftOut)
 {
     for (const char *version : {"--wp6", "--wp5"}) {
-        ScratchFolder scratch;
+        testing_support::TempDir scratch;
         const std::string source = scratch.write(
             "a.fodt", wptest::flatOdt("", "<text:p>kept<draw:frame><draw:image><office:binary-data>"
                                           "iVBORw0KGgo=="

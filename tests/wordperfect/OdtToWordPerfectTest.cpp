@@ -2,7 +2,7 @@
 // back by libwpd (and wpd2text) as the independent judges.
 
 #include "ProgramRun.h"
-#include "ScratchFolder.h"
+#include "TestFiles.h"
 #include "WpTestSupport.h"
 #include "richtext/Losses.h"
 
@@ -35,12 +35,12 @@ protected:
         const ProgramRun text = ProgramRun::of({WPD2TEXT_PATH, destination});
         EXPECT_EQ(text.status, 0);
         EXPECT_EQ(text.err, "");
-        wptest::ReadBack back = wptest::readWordPerfect(ScratchFolder::readFile(destination));
+        wptest::ReadBack back = wptest::readWordPerfect(testing_support::readFile(destination));
         EXPECT_TRUE(back.ok);
         return back;
     }
 
-    ScratchFolder scratch;
+    testing_support::TempDir scratch;
 };
 
 const std::string characterStyles =

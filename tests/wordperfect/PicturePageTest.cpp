@@ -2,7 +2,7 @@
 // libwpd (the box and its graphic) and libwpg (the pixels in the graphic).
 
 #include "ProgramRun.h"
-#include "ScratchFolder.h"
+#include "TestFiles.h"
 #include "WpTestSupport.h"
 
 #include "richtext/ModelBuilder.h"
@@ -148,13 +148,13 @@ protected:
         EXPECT_EQ(run.status, 0) << run.err;
         if (warnings)
             *warnings = run.err;
-        wptest::ReadBack back = wptest::readWordPerfect(ScratchFolder::readFile(destination));
+        wptest::ReadBack back = wptest::readWordPerfect(testing_support::readFile(destination));
         EXPECT_TRUE(back.ok);
         return back;
     }
     bool wp6() const { return std::string(GetParam().option) == "--wp6"; }
 
-    ScratchFolder scratch;
+    testing_support::TempDir scratch;
 };
 
 std::string pictureBody(const std::string &mime, const std::string &bytes)
@@ -306,11 +306,11 @@ TEST_P(PicturesAndPages, CorpusPicturesBecomeGraphicsBoxes)
         SCOPED_TRACE(name);
         const std::string path = (office / name).string();
         richtext::ModelBuilder source;
-        richtext::OdtReader::read(ScratchFolder::readFile(path), source);
+        richtext::OdtReader::read(testing_support::readFile(path), source);
         const std::string destination = scratch.file(std::string("corpus.") + GetParam().extension);
         const ProgramRun run = ProgramRun::of({ODT2WP5_PATH, GetParam().option, path, destination});
         ASSERT_EQ(run.status, 0) << run.err;
-        const auto back = wptest::readWordPerfect(ScratchFolder::readFile(destination));
+        const auto back = wptest::readWordPerfect(testing_support::readFile(destination));
         ASSERT_TRUE(back.ok);
         EXPECT_EQ(imagesOf(back.document).size(), imagesOf(source.document()).size());
         for (const richtext::Inline *image : imagesOf(back.document))
@@ -341,11 +341,11 @@ std::string withMetadata(const std::string &title)
 // Only WordPerfect 6 has a document summary libwpd reads.
 TEST(WordPerfect6Summary, CarriesTheDocumentMetadata)
 {
-    ScratchFolder scratch;
+    testing_support::TempDir scratch;
     const std::string odt = withMetadata("Quarterly Report");
     const std::string destination = scratch.file("summary.wpd");
     ASSERT_EQ(ProgramRun::of({ODT2WP5_PATH, "--wp6", scratch.write("s.fodt", odt), destination}).status, 0);
-    const auto back = wptest::readWordPerfect(ScratchFolder::readFile(destination));
+    const auto back = wptest::readWordPerfect(testing_support::readFile(destination));
     ASSERT_TRUE(back.ok);
     const std::pair<const char *, const char *> expected[] = {
         {"librevenge:descriptive-name", "Quarterly Report"},
@@ -412,17 +412,17 @@ TEST(WordPerfect51Summary, IsLaidOutAsRealFilesHaveIt)
     // A document WordPerfect 5.1 itself saved shows the layout the writer follows.
     const std::filesystem::path sample = std::filesystem::path(QM_CORPUS_DIR) / "wp" / "SANYIG01.C3P";
     if (std::filesystem::exists(sample)) {
-        const Summary51 real = readSummary51(summaryPacketOf(ScratchFolder::readFile(sample.string())));
+        const Summary51 real = readSummary51(summaryPacketOf(testing_support::readFile(sample.string())));
         EXPECT_TRUE(real.markers);
         EXPECT_EQ(real.type, std::string("pecha 01") + std::string(12, ' ') + '\0');
         EXPECT_EQ(real.year, 1994);
     }
 
-    ScratchFolder scratch;
+    testing_support::TempDir scratch;
     const std::string odt = withMetadata("Quarterly R\u00E9port");
     const std::string destination = scratch.file("summary.wp5");
     ASSERT_EQ(ProgramRun::of({ODT2WP5_PATH, "--wp5", scratch.write("s.fodt", odt), destination}).status, 0);
-    const std::string file = ScratchFolder::readFile(destination);
+    const std::string file = testing_support::readFile(destination);
     EXPECT_TRUE(wptest::readWordPerfect(file).ok) << "libwpd still reads the file";
     const Summary51 ours = readSummary51(summaryPacketOf(file));
     EXPECT_TRUE(ours.markers);

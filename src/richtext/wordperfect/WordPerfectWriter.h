@@ -108,25 +108,19 @@ public:
     const richtext::Losses &losses() const { return lost; }
 
     void setDocumentMetaData(const librevenge::RVNGPropertyList &propList) override;
-    void startDocument(const librevenge::RVNGPropertyList &) override {}
     void endDocument() override;
-    void definePageStyle(const librevenge::RVNGPropertyList &) override {}
-    void defineEmbeddedFont(const librevenge::RVNGPropertyList &) override {}
     void openPageSpan(const librevenge::RVNGPropertyList &propList) override;
     void closePageSpan() override {}
     void openHeader(const librevenge::RVNGPropertyList &propList) override;
     void closeHeader() override;
     void openFooter(const librevenge::RVNGPropertyList &propList) override;
     void closeFooter() override;
-    void defineParagraphStyle(const librevenge::RVNGPropertyList &) override {}
     void openParagraph(const librevenge::RVNGPropertyList &propList) override;
     void closeParagraph() override;
-    void defineCharacterStyle(const librevenge::RVNGPropertyList &) override {}
     void openSpan(const librevenge::RVNGPropertyList &propList) override;
     void closeSpan() override;
     void openLink(const librevenge::RVNGPropertyList &) override {}
     void closeLink() override {}
-    void defineSectionStyle(const librevenge::RVNGPropertyList &) override {}
     void openSection(const librevenge::RVNGPropertyList &propList) override;
     void closeSection() override;
     void insertTab() override;
@@ -139,7 +133,6 @@ public:
     void closeOrderedListLevel() override;
     void closeUnorderedListLevel() override;
     void openListElement(const librevenge::RVNGPropertyList &propList) override;
-    void closeListElement() override { closeParagraph(); }
     void openFootnote(const librevenge::RVNGPropertyList &propList) override;
     void closeFootnote() override;
     void openEndnote(const librevenge::RVNGPropertyList &propList) override;
@@ -177,20 +170,30 @@ protected:
     virtual int tabOrigin(const ParagraphFormat &) const { return page.left; }
 
     // What each version writes; every one appends to out().
-    virtual void writeAscii(char c) = 0; // 0x21..0x7E
-    virtual void writeSpace() = 0;
-    virtual void writeHardSpace() = 0;                                            // a space no line ends at
+    // The codes of one byte, where the versions differ only in its value.
+    struct OneByteCodes {
+        unsigned char space;
+        unsigned char hardSpace;  // a space no line ends at
+        unsigned char softHyphen; // a hyphen shown only where a line breaks
+        unsigned char hardHyphen; // a hyphen no line ends at
+        unsigned char hardReturn;
+        unsigned char pageBreak;
+    };
+    virtual const OneByteCodes &oneByteCodes() const = 0;
+    void writeAscii(char c) { out() += c; } // 0x21..0x7E, the same in both versions
+    void writeSpace() { out() += static_cast<char>(oneByteCodes().space); }
+    void writeHardSpace() { out() += static_cast<char>(oneByteCodes().hardSpace); }
+    void writeSoftHyphen() { out() += static_cast<char>(oneByteCodes().softHyphen); }
+    void writeHardHyphen() { out() += static_cast<char>(oneByteCodes().hardHyphen); }
+    void writeHardReturn() { out() += static_cast<char>(oneByteCodes().hardReturn); }
+    void writePageBreak() { out() += static_cast<char>(oneByteCodes().pageBreak); }
     virtual bool writeCharacter(std::u32string_view text, std::size_t &used) = 0; // false: no pair
     virtual const CharacterMap &characters() const = 0;
-    virtual void writeSoftHyphen() = 0;
-    virtual void writeHardHyphen() = 0; // a hyphen no line ends at
     // Word's private-use Symbol and Wingdings glyphs, written as what they mean.
     bool writeSymbolFontCharacter(char32_t c);
     bool writeOtherWidth(char32_t c);
     bool writeAsKatakana(char32_t c);
-    virtual void writeHardReturn() = 0;
     virtual void writeLineBreak() = 0;
-    virtual void writePageBreak() = 0;
     // A tab to `stop`, whose position is measured from the paper's left edge.
     virtual void writeTab(const TabStop &stop) = 0;
     virtual void writeAttribute(int attribute, bool on) = 0;

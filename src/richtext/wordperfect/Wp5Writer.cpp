@@ -117,31 +117,15 @@ void Wp5Writer::fixed(int code, const std::string &data)
     put8(o, code);
 }
 
-void Wp5Writer::writeAscii(char c)
-{
-    out() += c;
-}
-void Wp5Writer::writeSpace()
-{
-    out() += ' ';
-}
-void Wp5Writer::writeHardSpace()
-{
-    put8(out(), 0xA0);
-}
-
 const CharacterMap &Wp5Writer::characters() const
 {
     return CharacterMap::wp5();
 }
-// WordPerfect's own codes: a hyphen shown only where a line breaks, and one no line breaks at.
-void Wp5Writer::writeSoftHyphen()
+
+const WordPerfectWriter::OneByteCodes &Wp5Writer::oneByteCodes() const
 {
-    put8(out(), 0xAC);
-}
-void Wp5Writer::writeHardHyphen()
-{
-    put8(out(), 0xA9);
+    static constexpr OneByteCodes codes{' ', 0xA0, 0xAC, 0xA9, 0x0A, 0x0C};
+    return codes;
 }
 
 bool Wp5Writer::writeCharacter(std::u32string_view text, std::size_t &used)
@@ -157,18 +141,10 @@ bool Wp5Writer::writeCharacter(std::u32string_view text, std::size_t &used)
     return true;
 }
 
-void Wp5Writer::writeHardReturn()
-{
-    put8(out(), 0x0A);
-}
 // 5.1 has no line break inside a paragraph: a hard return is what its users typed.
 void Wp5Writer::writeLineBreak()
 {
     put8(out(), 0x0A);
-}
-void Wp5Writer::writePageBreak()
-{
-    put8(out(), 0x0C);
 }
 
 // Tab: its kind in the high bits (as 5.1 files hold them: left 00, decimal 40, right 48, centre C8,

@@ -11,16 +11,10 @@ namespace richtext::wordperfect {
 // bodies sit inline.
 class Wp5Writer : public WordPerfectWriter {
 protected:
-    void writeAscii(char c) override;
-    void writeSpace() override;
-    void writeHardSpace() override;
+    const OneByteCodes &oneByteCodes() const override;
     bool writeCharacter(std::u32string_view text, std::size_t &used) override;
     const CharacterMap &characters() const override;
-    void writeSoftHyphen() override;
-    void writeHardHyphen() override;
-    void writeHardReturn() override;
     void writeLineBreak() override;
-    void writePageBreak() override;
     void writeTab(const TabStop &stop) override;
     void writeAttribute(int attribute, bool on) override;
     void writeFont(const CharacterFormat &format) override;

@@ -148,31 +148,16 @@ int Wp6Writer::textPacket(const std::string &body)
     return pid;
 }
 
-void Wp6Writer::writeAscii(char c)
-{
-    out() += c;
-}
-void Wp6Writer::writeSpace()
-{
-    put8(out(), 0x80);
-} // 0x20 would read as a compact accented letter
-void Wp6Writer::writeHardSpace()
-{
-    put8(out(), 0x81);
-}
-
 const CharacterMap &Wp6Writer::characters() const
 {
     return CharacterMap::wp6();
 }
-// WordPerfect's own codes: a hyphen shown only where a line breaks, and one no line breaks at.
-void Wp6Writer::writeSoftHyphen()
+
+const WordPerfectWriter::OneByteCodes &Wp6Writer::oneByteCodes() const
 {
-    put8(out(), 0x82);
-}
-void Wp6Writer::writeHardHyphen()
-{
-    put8(out(), 0x84);
+    // A space is 0x80: 0x20 would read as a compact accented letter.
+    static constexpr OneByteCodes codes{0x80, 0x81, 0x82, 0x84, 0xCC, 0xC7};
+    return codes;
 }
 
 bool Wp6Writer::writeCharacter(std::u32string_view text, std::size_t &used)
@@ -187,15 +172,6 @@ bool Wp6Writer::writeCharacter(std::u32string_view text, std::size_t &used)
     put8(o, 0xF0);
     used = match->length;
     return true;
-}
-
-void Wp6Writer::writeHardReturn()
-{
-    put8(out(), 0xCC);
-}
-void Wp6Writer::writePageBreak()
-{
-    put8(out(), 0xC7);
 }
 
 void Wp6Writer::writeLineBreak()
