@@ -77,6 +77,19 @@ void rasterize(const steps::Drawing &drawing, const fs::path &to, const Completi
         });
 }
 
+// A graphic's SVG made on a worker, then `use` on the main thread.
+void withDrawing(const fs::path &source, Completion completion,
+                 std::function<void(const steps::Drawing &, const Completion &)> use)
+{
+    background<steps::Drawing>(
+        [source] { return steps::svgBytes(source); },
+        [completion = std::move(completion), use = std::move(use)](const Result<steps::Drawing> &drawing) {
+            if (const auto *error = std::get_if<std::exception_ptr>(&drawing))
+                return completion(*error, {});
+            use(std::get<steps::Drawing>(drawing), completion);
+        });
+}
+
 struct Dispatch {
     const fs::path &to;
     Completion &completion;
@@ -107,26 +120,19 @@ struct Dispatch {
 
     void operator()(const JobCase::wpgToPNG &job)
     {
-        background<steps::Drawing>(
-            [source = job.source] { return steps::svgBytes(source); },
-            [to = to, completion = std::move(completion)](const Result<steps::Drawing> &drawing) {
-                if (const auto *error = std::get_if<std::exception_ptr>(&drawing))
-                    return completion(*error, {});
-                rasterize(std::get<steps::Drawing>(drawing), to, completion);
-            });
+        withDrawing(job.source, std::move(completion),
+                    [to = to](const steps::Drawing &drawing, const Completion &done) {
+                        rasterize(drawing, to, done);
+                    });
     }
 
     void operator()(const JobCase::wpgToSVG &job)
     {
-        background<steps::Drawing>(
-            [source = job.source] { return steps::svgBytes(source); },
-            [to = to, completion = std::move(completion)](const Result<steps::Drawing> &drawing) {
-                if (const auto *error = std::get_if<std::exception_ptr>(&drawing))
-                    return completion(*error, {});
-                const auto &done = std::get<steps::Drawing>(drawing);
-                const Outcome written = writeCatching(to, done.svg);
-                completion(written, written ? Losses() : done.losses);
-            });
+        withDrawing(job.source, std::move(completion),
+                    [to = to](const steps::Drawing &drawing, const Completion &done) {
+                        const Outcome written = writeCatching(to, drawing.svg);
+                        done(written, written ? Losses() : drawing.losses);
+                    });
     }
 
     void operator()(const JobCase::odtToWP &job)

@@ -48,24 +48,30 @@ int Table::columnCount() const
     return static_cast<int>(count);
 }
 
-std::vector<const Paragraph *> Document::paragraphs() const
+namespace {
+
+// The blocks of the main text that hold a T, in order.
+template <typename T>
+std::vector<const T *> mainBlocksHolding(const Document &document, const T *(Block::*holding)() const)
 {
-    std::vector<const Paragraph *> result;
-    forEachMainBlock(*this, [&](const Block &block) {
-        if (const Paragraph *paragraph = block.paragraph())
-            result.push_back(paragraph);
+    std::vector<const T *> result;
+    forEachMainBlock(document, [&](const Block &block) {
+        if (const T *found = (block.*holding)())
+            result.push_back(found);
     });
     return result;
 }
 
+} // namespace
+
+std::vector<const Paragraph *> Document::paragraphs() const
+{
+    return mainBlocksHolding(*this, &Block::paragraph);
+}
+
 std::vector<const Table *> Document::tables() const
 {
-    std::vector<const Table *> result;
-    forEachMainBlock(*this, [&](const Block &block) {
-        if (const Table *table = block.table())
-            result.push_back(table);
-    });
-    return result;
+    return mainBlocksHolding(*this, &Block::table);
 }
 
 std::vector<const Inline *> Document::notes(Inline::Kind kind) const

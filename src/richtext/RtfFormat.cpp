@@ -5,6 +5,7 @@
 
 #include <cmath>
 #include <cstdio>
+#include <map>
 #include <sstream>
 
 namespace richtext {
@@ -138,22 +139,15 @@ std::string tabStops(const RVNGPropertyList &paragraph)
         const auto at = Units::inches(stop, "style:position");
         if (!at)
             continue;
-        const std::string type = text(stop, "style:type");
-        if (type == "right")
-            words += "\\tqr";
-        else if (type == "center")
-            words += "\\tqc";
-        else if (type == "char")
-            words += "\\tqdec";
-        const std::string leader = text(stop, "style:leader-text");
-        if (leader == ".")
-            words += "\\tldot";
-        else if (leader == "-")
-            words += "\\tlhyph";
-        else if (leader == "_")
-            words += "\\tlul";
-        else if (leader == "\xC2\xB7")
-            words += "\\tlmdot";
+        // A left stop and a stop without leader need no word of their own.
+        static const std::map<std::string, std::string> alignments{
+            {"right", "\\tqr"}, {"center", "\\tqc"}, {"char", "\\tqdec"}};
+        static const std::map<std::string, std::string> leaders{
+            {".", "\\tldot"}, {"-", "\\tlhyph"}, {"_", "\\tlul"}, {"\xC2\xB7", "\\tlmdot"}};
+        if (const auto alignment = alignments.find(text(stop, "style:type")); alignment != alignments.end())
+            words += alignment->second;
+        if (const auto leader = leaders.find(text(stop, "style:leader-text")); leader != leaders.end())
+            words += leader->second;
         words += number("\\tx", indent + *at);
     }
     return words;

@@ -72,9 +72,7 @@ pid_t spawn(const fs::path &executable, const std::vector<std::string> &args, Pi
 // wait on the other never stalls.
 void drain(Pipe &out, Pipe &err, std::string &outBytes, std::string &errBytes)
 {
-    std::array<char, 65536> buffer;
     std::array<pollfd, 2> fds{pollfd{out.read, POLLIN, 0}, pollfd{err.read, POLLIN, 0}};
-    std::array<std::string *, 2> sinks{&outBytes, &errBytes};
     int open = 2;
     while (open > 0) {
         if (::poll(fds.data(), fds.size(), -1) < 0) {
@@ -82,17 +80,7 @@ void drain(Pipe &out, Pipe &err, std::string &outBytes, std::string &errBytes)
                 continue;
             break;
         }
-        for (std::size_t i = 0; i < fds.size(); ++i) {
-            if (fds[i].fd < 0 || fds[i].revents == 0)
-                continue;
-            const ssize_t got = ::read(fds[i].fd, buffer.data(), buffer.size());
-            if (got > 0) {
-                sinks[i]->append(buffer.data(), static_cast<std::size_t>(got));
-            } else if (got == 0 || errno != EINTR) {
-                fds[i].fd = -1; // end of stream, or an error: that stream is done
-                --open;
-            }
-        }
+        readReady(fds, {&outBytes, &errBytes}, open);
     }
 }
 

@@ -115,26 +115,14 @@ GroupOutcome runAsGroup(const fs::path &executable, const std::vector<std::strin
     err.closeWrite();
 
     GroupOutcome outcome;
-    std::array<char, 65536> buffer;
     std::array<pollfd, 2> fds{pollfd{out.read, POLLIN, 0}, pollfd{err.read, POLLIN, 0}};
-    std::array<std::string *, 2> sinks{&outcome.stdout, &outcome.stderr};
     int open = 2;
     bool leaderGone = false;
     int ticksSinceLeader = 0;
     while (open > 0 || !leaderGone) {
         if (::poll(fds.data(), fds.size(), static_cast<int>(tick.count())) < 0 && errno != EINTR)
             break;
-        for (std::size_t i = 0; i < fds.size(); ++i) {
-            if (fds[i].fd < 0 || fds[i].revents == 0)
-                continue;
-            const ssize_t got = ::read(fds[i].fd, buffer.data(), buffer.size());
-            if (got > 0) {
-                sinks[i]->append(buffer.data(), static_cast<std::size_t>(got));
-            } else if (got == 0 || errno != EINTR) {
-                fds[i].fd = -1;
-                --open;
-            }
-        }
+        readReady(fds, {&outcome.stdout, &outcome.stderr}, open);
         if (!leaderGone && leaderExited(pid)) {
             leaderGone = true;
             ::kill(-pid, SIGKILL); // whatever it left running

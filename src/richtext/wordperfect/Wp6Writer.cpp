@@ -324,18 +324,16 @@ void Wp6Writer::writePageSetup()
 {
     const PageSetup &page = pageSetup();
     std::string data;
-    put16(data, page.top);
-    function(0xD1, 0x00, data);
-    data.clear();
-    put16(data, page.bottom);
-    function(0xD1, 0x01, data);
-    data.clear();
-    put16(data, page.left);
-    function(0xD2, 0x00, data);
-    data.clear();
-    put16(data, page.right);
-    function(0xD2, 0x01, data);
-    data.clear();
+    // Top and bottom margins are one group's two codes, left and right the next group's.
+    const struct {
+        int group, code, value;
+    } margins[] = {
+        {0xD1, 0x00, page.top}, {0xD1, 0x01, page.bottom}, {0xD2, 0x00, page.left}, {0xD2, 0x01, page.right}};
+    for (const auto &margin : margins) {
+        put16(data, margin.value);
+        function(margin.group, margin.code, data);
+        data.clear();
+    }
     put8(data, 0); // no form hash: WordPerfect matches the size against its form list
     put16(data, 0);
     put16(data, static_cast<unsigned>(page.height));
