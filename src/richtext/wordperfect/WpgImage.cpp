@@ -319,6 +319,15 @@ std::string wpg1Records(const Raster &raster, int widthWpu, int heightWpu)
     }
     putRecord(out, 0x0E, palette);
 
+    // No pen, and a line of no length drawn with it: libwpg hands a bitmap to the drawing with
+    // the last style a shape set, and with none LibreOffice outlines the picture.
+    std::string pen;
+    put8(pen, 0); // line style: none
+    put8(pen, 0);
+    put16(pen, 0);
+    putRecord(out, 0x02, pen);
+    putRecord(out, 0x05, std::string(8, '\0'));
+
     std::string bitmap;
     put16(bitmap, 0); // rotation
     put16(bitmap, 0); // lower-left corner
