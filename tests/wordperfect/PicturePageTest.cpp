@@ -96,10 +96,29 @@ std::string base64(const std::string &bytes)
     return data.getBase64Data().cstr();
 }
 
-// What libwpg draws from a WordPerfect graphic: the bitmap's top-left and top-right pixels.
+// What libwpg draws from a WordPerfect graphic: the bitmap's top-left and top-right pixels, and
+// the line style in force when it is drawn (a drawing program outlines the picture with it).
 struct Drawn {
     bool bitmap = false;
     unsigned leftPixel = 0, rightPixel = 0; // 0xRRGGBB
+    std::string outline;
+};
+
+class StyleWatch : public librevenge::RVNGSVGDrawingGenerator {
+public:
+    using RVNGSVGDrawingGenerator::RVNGSVGDrawingGenerator;
+    void setStyle(const librevenge::RVNGPropertyList &style) override
+    {
+        if (style["draw:stroke"])
+            stroke = style["draw:stroke"]->getStr().cstr();
+        RVNGSVGDrawingGenerator::setStyle(style);
+    }
+    void drawGraphicObject(const librevenge::RVNGPropertyList &object) override
+    {
+        outline = stroke;
+        RVNGSVGDrawingGenerator::drawGraphicObject(object);
+    }
+    std::string stroke, outline;
 };
 
 Drawn drawnBy(const std::string &graphic)
@@ -107,7 +126,7 @@ Drawn drawnBy(const std::string &graphic)
     librevenge::RVNGStringStream input(reinterpret_cast<const unsigned char *>(graphic.data()),
                                        static_cast<unsigned>(graphic.size()));
     librevenge::RVNGStringVector pages;
-    librevenge::RVNGSVGDrawingGenerator svg(pages, "");
+    StyleWatch svg(pages, "");
     // WordPerfect 5.1 keeps its graphics without the 16-byte prefix: version 1 records.
     const bool prefixed = graphic.rfind("\xFFWPC", 0) == 0;
     libwpg::WPGraphics::parse(&input, &svg, prefixed ? libwpg::WPG_AUTODETECT : libwpg::WPG_WPG1);
@@ -135,7 +154,7 @@ Drawn drawnBy(const std::string &graphic)
     auto rgb = [&](unsigned x) {
         return unsigned(top[x * 4 + 2]) << 16 | unsigned(top[x * 4 + 1]) << 8 | top[x * 4];
     };
-    return {true, rgb(0), rgb(width - 1)};
+    return {true, rgb(0), rgb(width - 1), svg.outline};
 }
 
 class PicturesAndPages : public ::testing::TestWithParam<Version> {
@@ -215,7 +234,8 @@ TEST_P(PicturesAndPages, WritesPicturesAsGraphicsBoxesAndCountsTheOthers)
     }
 }
 
-// A picture of few colours keeps them exactly, none of them dithered to the nearest of a fixed set.
+// A picture of few colours keeps them exactly, none of them dithered to the nearest of a fixed set,
+// and gets no outline.
 TEST_P(PicturesAndPages, KeepsTheExactColoursOfAPictureOfFewColours)
 {
     const auto back = convert(wptest::flatOdt("", pictureBody("image/png", redBluePng(0x3A7BD5, 0xF2E6C9))));
@@ -225,6 +245,7 @@ TEST_P(PicturesAndPages, KeepsTheExactColoursOfAPictureOfFewColours)
     ASSERT_TRUE(drawn.bitmap);
     EXPECT_EQ(drawn.leftPixel, 0x3A7BD5u);
     EXPECT_EQ(drawn.rightPixel, 0xF2E6C9u);
+    EXPECT_EQ(drawn.outline, "none");
 }
 
 // A picture centred on a line of its own stays centred; one standing in the text stays in its line.
