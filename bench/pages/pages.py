@@ -11,10 +11,10 @@ of the source to ODT (the ceiling) and the plain text of the source (the floor).
     bench/pages/pages.py [--work DIR] [--all-wp] [KIND...]
 
 --all-wp takes every WordPerfect document of the corpus that libwpd opens without a password
-instead of the twelve below. For ODT and RTF outputs a second look figure ("look without pictures")
-compares the source with the same output laid out again without its pictures: LibreOffice's
-own WordPerfect import drops every WordPerfect graphic, frame and all, so the plain look punishes
-each picture we draw twice, once for its ink and once for the text it pushes down.
+instead of the twelve below. --without-pictures adds, for ODT and RTF outputs, a second look
+figure ("look without pictures"): the source against the same output laid out again without its
+pictures. It is for a LibreOffice without its Draw filters, whose WordPerfect import shows every
+WordPerfect graphic as a blank; scripts/setup installs them, so by default the look counts pictures.
 
 Environment: KEEP=DIR keeps the worst pages of each kind side by side (source left, output
 right) as PNG; WORST=N sets how many (default 6). Python standard library only.
@@ -492,6 +492,8 @@ def main():
     parser.add_argument("--work", help="keep intermediate files here; the layouts of the sources are reused")
     parser.add_argument("--all-wp", action="store_true",
                         help="every WordPerfect document of the corpus libwpd opens, not only the twelve")
+    parser.add_argument("--without-pictures", action="store_true",
+                        help="also lay out ODT and RTF outputs without their pictures (a look figure of its own)")
     parser.add_argument("--kind", action="append", default=[], metavar="NAME:SOURCES:EXT:COMMAND",
                         help="an extra kind: SOURCES is wp or office, COMMAND uses $SRC and $OUT")
     args = parser.parse_args()
@@ -565,7 +567,7 @@ def main():
         made = [p for p in outputs.values() if p.exists() and p.stat().st_size > 0]
         office.convert(made, "pdf", outdir / "pdf", "WordPerfect" if kind.ext in ("wp6", "wp5") else None)
         bare_dir = None
-        if kind.ext in ("odt", "rtf") and kind.role == "output":
+        if kind.ext in ("odt", "rtf") and kind.role == "output" and args.without_pictures:
             bare_dir = outdir / "without-pictures"
             bare_dir.mkdir(parents=True, exist_ok=True)
             for made_file in made:

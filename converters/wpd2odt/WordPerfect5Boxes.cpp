@@ -81,6 +81,8 @@ WordPerfect5Boxes::Contents WordPerfect5Boxes::read(const std::vector<unsigned c
             box.height = readU16(bytes, body + 6) / unitsPerInch;
             box.x = readU16(bytes, body + 8) / unitsPerInch;
             box.y = readU16(bytes, body + 10) / unitsPerInch;
+            box.graphicWidth = readU16(bytes, body + 34) / unitsPerInch;
+            box.graphicHeight = readU16(bytes, body + 36) / unitsPerInch;
             found.pictures.push_back(box);
         } else if (content == graphicContent) {
             // libwpd reads pictures from figure boxes only.
@@ -120,7 +122,20 @@ void WordPerfect5Boxes::openFrame(const librevenge::RVNGPropertyList &propList)
         return;
     }
     librevenge::RVNGPropertyList placed(propList);
-    placed.insert("svg:height", box.height, librevenge::RVNG_INCH);
+    // The frame takes the graphic as WordPerfect showed it in the box: as large as fits, in its own
+    // proportions, centred (a drawing stretched to a full-width box is what libwpd gives).
+    const double boxWidth = box.fullWidth ? width->getDouble() : box.width;
+    double shownWidth = boxWidth, shownHeight = box.height;
+    // (A box WordPerfect sized to its graphic keeps its recorded size, rounding and all.)
+    if (box.graphicWidth > 0 && box.graphicHeight > 0 && boxWidth > 0 && box.height > 0 &&
+        std::abs(boxWidth / box.height - box.graphicWidth / box.graphicHeight) >
+            0.01 * box.graphicWidth / box.graphicHeight) {
+        const double scale = std::min(boxWidth / box.graphicWidth, box.height / box.graphicHeight);
+        shownWidth = box.graphicWidth * scale;
+        shownHeight = box.graphicHeight * scale;
+    }
+    placed.insert("svg:width", shownWidth, librevenge::RVNG_INCH);
+    placed.insert("svg:height", shownHeight, librevenge::RVNG_INCH);
     // WordPerfect keeps where it last laid the box out on the page, and lines fall differently
     // here; a paragraph box hangs from its paragraph, the first at its top (WordPerfect's
     // default offset) and the others as far below it as WordPerfect had them.
@@ -128,11 +143,16 @@ void WordPerfect5Boxes::openFrame(const librevenge::RVNGPropertyList &propList)
         paragraphTop = box.y;
     placed.insert("style:vertical-rel", "paragraph");
     placed.insert("style:vertical-pos", "from-top");
-    placed.insert("svg:y", std::max(0.0, box.y - *paragraphTop), librevenge::RVNG_INCH);
-    if (!box.fullWidth) {
+    placed.insert("svg:y", std::max(0.0, box.y - *paragraphTop + (box.height - shownHeight) / 2),
+                  librevenge::RVNG_INCH);
+    if (box.fullWidth) {
+        placed.insert("style:horizontal-rel", "paragraph");
+        placed.insert("style:horizontal-pos", "center");
+        placed.remove("svg:x");
+    } else {
         placed.insert("style:horizontal-rel", "page");
         placed.insert("style:horizontal-pos", "from-left");
-        placed.insert("svg:x", box.x, librevenge::RVNG_INCH);
+        placed.insert("svg:x", box.x + (box.width - shownWidth) / 2, librevenge::RVNG_INCH);
     }
     OdtGenerator::openFrame(placed);
 }

@@ -26,6 +26,10 @@ public:
         double y = 0; // top edge from the page's top edge
         bool paragraphAnchored = false;
         bool fullWidth = false;
+        // The graphic's own size: WordPerfect fits it into the box, keeping its proportions,
+        // centred.
+        double graphicWidth = 0;
+        double graphicHeight = 0;
     };
 
     struct Contents {

@@ -7,6 +7,7 @@
 #include <libwpg/libwpg.h>
 
 #include <string>
+#include <string_view>
 #include <utility>
 
 namespace {
@@ -30,7 +31,9 @@ try {
     std::string document = "<?xml version=\"1.0\" encoding=\"UTF-8\" standalone=\"no\"?>\n";
     // Office suites show an SVG's metafile images as blanks, so they go in drawn.
     int undrawn = 0;
-    document += SvgImages::compressBitmaps(SvgImages::drawMetafiles(pages[0].cstr(), &undrawn));
+    const std::string drawn = SvgImages::placeWpg1Bitmaps(
+        pages[0].cstr(), std::string_view(reinterpret_cast<const char *>(wpg.getDataBuffer()), wpg.size()));
+    document += SvgImages::compressBitmaps(SvgImages::drawMetafiles(drawn, &undrawn));
     if (undrawn > 0)
         losses.add(richtext::loss::unreadablePictures);
     svg.clear();

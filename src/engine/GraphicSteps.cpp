@@ -10,6 +10,8 @@
 #include <cerrno>
 #include <cstdlib>
 #include <fcntl.h>
+#include <fstream>
+#include <iterator>
 #include <unistd.h>
 
 namespace Converter::steps {
@@ -21,7 +23,10 @@ Drawing svgBytes(const std::filesystem::path &source)
         throw ConversionError::conversionFailed("");
     Drawing drawing;
     int undrawn = 0;
-    drawing.svg = SvgImages::compressBitmaps(SvgImages::drawMetafiles(svg, &undrawn));
+    std::ifstream file(source, std::ios::binary);
+    const std::string wpg((std::istreambuf_iterator<char>(file)), std::istreambuf_iterator<char>());
+    drawing.svg =
+        SvgImages::compressBitmaps(SvgImages::drawMetafiles(SvgImages::placeWpg1Bitmaps(svg, wpg), &undrawn));
     if (undrawn > 0)
         drawing.losses.add(richtext::loss::unreadablePictures);
     return drawing;

@@ -5,11 +5,15 @@
 #include <gdk-pixbuf/gdk-pixbuf.h>
 #include <librevenge/librevenge.h>
 
+#include <charconv>
+#include <cstdint>
 #include <functional>
 #include <initializer_list>
 #include <memory>
 #include <optional>
 #include <string_view>
+#include <utility>
+#include <vector>
 
 namespace SvgImages {
 namespace {
@@ -124,7 +128,106 @@ std::optional<std::string> bitmapAsPng(std::string_view bytes)
     return result;
 }
 
+unsigned u16At(std::string_view bytes, std::size_t at)
+{
+    return static_cast<unsigned char>(bytes[at]) | static_cast<unsigned char>(bytes[at + 1]) << 8;
+}
+
+// The bitmaps of a WPG 1 graphic in the order libwpg draws them, with the dots per inch of each
+// positioned one (record 0x14); none for the unpositioned kind (0x0B), which libwpg sizes rightly.
+std::vector<std::optional<std::pair<int, int>>> wpg1Bitmaps(std::string_view wpg)
+{
+    std::vector<std::optional<std::pair<int, int>>> bitmaps;
+    std::size_t at = 0;
+    if (wpg.size() >= 16 && wpg.substr(0, 4) == "\xFFWPC") {
+        if (wpg[10] != 1) // a WPG 2 graphic places its bitmaps itself
+            return bitmaps;
+        at = u16At(wpg, 4) | std::size_t(u16At(wpg, 6)) << 16;
+    }
+    while (at + 2 <= wpg.size()) {
+        const unsigned type = static_cast<unsigned char>(wpg[at]);
+        std::size_t length = static_cast<unsigned char>(wpg[at + 1]);
+        at += 2;
+        if (length == 0xFF) {
+            if (at + 2 > wpg.size())
+                break;
+            length = u16At(wpg, at);
+            at += 2;
+            if (length & 0x8000) {
+                if (at + 2 > wpg.size())
+                    break;
+                length = (length & 0x7FFF) << 16 | u16At(wpg, at);
+                at += 2;
+            }
+        }
+        if (length > wpg.size() - at || type == 0x10)
+            break;
+        if (type == 0x0B) {
+            bitmaps.emplace_back();
+        } else if (type == 0x14 && length >= 20) {
+            bitmaps.emplace_back(std::pair(static_cast<std::int16_t>(u16At(wpg, at + 16)),
+                                           static_cast<std::int16_t>(u16At(wpg, at + 18))));
+        }
+        at += length;
+    }
+    return bitmaps;
+}
+
+// The attribute's number in `element` multiplied by `factor`, written back in its place.
+void scaleAttribute(std::string &element, std::string_view name, double factor)
+{
+    const std::string key = " " + std::string(name) + "=\"";
+    const std::size_t start = element.find(key);
+    if (start == std::string::npos)
+        return;
+    const std::size_t from = start + key.size();
+    const std::size_t end = element.find('"', from);
+    double value = 0;
+    if (end == std::string::npos ||
+        std::from_chars(element.data() + from, element.data() + end, value).ptr != element.data() + end)
+        return;
+    char number[32];
+    const auto written =
+        std::to_chars(number, number + sizeof number, value * factor, std::chars_format::fixed, 4);
+    element.replace(from, end - from, std::string(number, written.ptr));
+}
+
 } // namespace
+
+std::string placeWpg1Bitmaps(const std::string &svg, std::string_view wpg)
+{
+    if (svg.find("data:image/bmp;base64,") == std::string::npos)
+        return svg;
+    const auto bitmaps = wpg1Bitmaps(wpg);
+    std::string result;
+    std::size_t from = 0, next = 0;
+    while (next < bitmaps.size()) {
+        const std::size_t at = svg.find("image x=\"", from);
+        if (at == std::string::npos)
+            break;
+        const std::size_t href = svg.find("href=\"", at);
+        if (href == std::string::npos)
+            break;
+        result.append(svg, from, at - from);
+        std::string element = svg.substr(at, href - at);
+        from = href;
+        if (svg.compare(href + 6, 22, "data:image/bmp;base64,") != 0) {
+            result += element;
+            continue;
+        }
+        if (const auto &dpi = bitmaps[next++]; dpi && dpi->first > 0 && dpi->second > 0) {
+            element = " " + element; // every attribute after a space
+            for (const char *name : {"x", "width"})
+                scaleAttribute(element, name, dpi->first / 1200.0);
+            for (const char *name : {"y", "height"})
+                scaleAttribute(element, name, dpi->second / 1200.0);
+            element.erase(0, 1);
+        }
+        result += element;
+    }
+    result.append(svg, from, std::string::npos);
+    return result;
+}
 
 std::string drawMetafiles(const std::string &svg, int *undrawn)
 {

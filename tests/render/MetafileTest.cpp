@@ -3,6 +3,10 @@
 #include "render/SvgImages.h"
 #include "render/WmfRenderer.h"
 
+#include <librevenge-stream/librevenge-stream.h>
+#include <librevenge/librevenge.h>
+#include <libwpg/libwpg.h>
+
 #include <gtest/gtest.h>
 
 #include <QByteArray>
@@ -201,6 +205,45 @@ TEST(SvgImages, StoreBitmapsAsTheSamePixelsInPng)
 
     const std::string damaged = svgWith("data:image/bmp;base64," + base64("BM not a bitmap"));
     EXPECT_EQ(SvgImages::compressBitmaps(damaged), damaged);
+}
+
+// A WordPerfect 5 graphic whose positioned bitmap has 75 dots per inch: libwpg puts it sixteen
+// times too far out, off the drawing; the bitmap comes back to the inch its record gives.
+TEST(SvgImages, PutAWordPerfect5BitmapWhereItsRecordSays)
+{
+    std::string wpg = std::string("\xFFWPC", 4);
+    put32(wpg, 16);
+    wpg += std::string("\x01\x16\x01\x00", 4) + std::string(4, '\0'); // WordPerfect graphics, version 1
+    auto record = [&](int type, const std::string &data) {
+        wpg += char(type);
+        wpg += char(data.size());
+        wpg += data;
+    };
+    std::string start = std::string("\x01\x00", 2);
+    put16(start, 2400); // two inches square
+    put16(start, 2400);
+    record(0x0F, start);
+    std::string bitmap;
+    for (const int value : {0, 600, 600, 1800, 1800, 1, 1, 1, 75, 75}) // corners in 1/1200 inch
+        put16(bitmap, value);
+    bitmap += std::string("\x01\x80", 2); // one white pixel
+    record(0x14, bitmap);
+    record(0x10, "");
+
+    librevenge::RVNGStringStream input(reinterpret_cast<const unsigned char *>(wpg.data()),
+                                       static_cast<unsigned>(wpg.size()));
+    librevenge::RVNGStringVector pages;
+    librevenge::RVNGSVGDrawingGenerator generator(pages, "");
+    ASSERT_TRUE(libwpg::WPGraphics::parse(&input, &generator));
+    ASSERT_FALSE(pages.empty());
+    const std::string svg = pages[0].cstr();
+    ASSERT_NE(svg.find("image x=\"576"), std::string::npos) << "libwpg has changed: " << svg.substr(0, 400);
+
+    const std::string placed = SvgImages::placeWpg1Bitmaps(svg, wpg);
+    EXPECT_NE(placed.find("image x=\"36.0000\" y=\"36.0000\" width=\"72.0000\" height=\"72.0000\""),
+              std::string::npos)
+        << placed.substr(0, 400);
+    EXPECT_EQ(SvgImages::placeWpg1Bitmaps(svg, "not a graphic"), svg);
 }
 
 // An SVG that is nothing but one bitmap is that bitmap; anything more is drawn.
