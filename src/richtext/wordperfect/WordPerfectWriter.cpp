@@ -136,7 +136,7 @@ void WordPerfectWriter::closeHeaderFooter(bool footer)
     if (streams.size() < 2 || headerOccurrence.empty())
         return;
     if (!headerGaps.empty()) {
-        settleSpacing(headerGaps.back());
+        settleSpacing(headerGaps.back(), false, true); // in 5.1 a blank line closing the header
         headerGaps.pop_back();
     }
     // Formatting codes with nothing to show are no header to libwpd, which keeps the one before
@@ -262,6 +262,9 @@ void WordPerfectWriter::settleSpacing(int above, bool listItem, bool between)
         if (stream.written.font.empty() || !stream.written.size)
             writeFont(restored);
         writeFont(blank);
+        // A hard space holds the font: readers size a line with nothing in it (an ordinary space
+        // counts as nothing) by the paragraph's default font, whatever codes it holds.
+        writeHardSpace();
         writeHardReturn();
         writeFont(restored); // the next paragraph's text has the font it had before
         stream.written.font = restored.font;
