@@ -136,6 +136,11 @@ void WordPerfectWriter::closeHeaderFooter(bool footer)
     if (streams.size() < 2 || headerOccurrence.empty())
         return;
     if (!headerGaps.empty()) {
+        // A header that ends in an empty paragraph (as Word's do) keeps it: its line is part of the
+        // room below the header, and the room's spacing needs a paragraph to hold it.
+        Stream &stream = streams.back();
+        if (stream.spacingAt && *stream.spacingAt == out().size() && stream.pendingReturns > 0)
+            flushReturns();
         settleSpacing(headerGaps.back(), false, true); // in 5.1 a blank line closing the header
         headerGaps.pop_back();
     }
