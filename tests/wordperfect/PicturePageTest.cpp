@@ -66,21 +66,21 @@ std::vector<const richtext::Inline *> imagesOf(const richtext::Document &documen
     return images;
 }
 
-// A 4 x 2 PNG: the left half one colour, the right half another (red and blue unless told).
-std::string redBluePng(unsigned left = 0xFF0000, unsigned right = 0x0000FF)
+// A PNG of the given size whose pixel at (x, y) has colour(x, y) as 0xRRGGBB.
+template <typename Colour> std::string pngOf(int width, int height, Colour colour)
 {
     std::vector<unsigned char> pixels;
-    for (int y = 0; y < 2; ++y)
-        for (int x = 0; x < 4; ++x) {
-            const unsigned rgb = x < 2 ? left : right;
+    for (int y = 0; y < height; ++y)
+        for (int x = 0; x < width; ++x) {
+            const unsigned rgb = colour(x, y);
             pixels.insert(pixels.end(),
                           {static_cast<unsigned char>(rgb >> 16), static_cast<unsigned char>(rgb >> 8),
                            static_cast<unsigned char>(rgb)});
         }
     png_image image{};
     image.version = PNG_IMAGE_VERSION;
-    image.width = 4;
-    image.height = 2;
+    image.width = static_cast<png_uint_32>(width);
+    image.height = static_cast<png_uint_32>(height);
     image.format = PNG_FORMAT_RGB;
     png_alloc_size_t size = 0;
     png_image_write_to_memory(&image, nullptr, &size, 0, pixels.data(), 0, nullptr);
@@ -88,6 +88,12 @@ std::string redBluePng(unsigned left = 0xFF0000, unsigned right = 0x0000FF)
     png_image_write_to_memory(&image, png.data(), &size, 0, pixels.data(), 0, nullptr);
     png.resize(size);
     return png;
+}
+
+// A 4 x 2 PNG: the left half one colour, the right half another (red and blue unless told).
+std::string redBluePng(unsigned left = 0xFF0000, unsigned right = 0x0000FF)
+{
+    return pngOf(4, 2, [&](int x, int) { return x < 2 ? left : right; });
 }
 
 std::string base64(const std::string &bytes)
@@ -234,18 +240,40 @@ TEST_P(PicturesAndPages, WritesPicturesAsGraphicsBoxesAndCountsTheOthers)
     }
 }
 
-// A picture of few colours keeps them exactly, none of them dithered to the nearest of a fixed set,
-// and gets no outline.
-TEST_P(PicturesAndPages, KeepsTheExactColoursOfAPictureOfFewColours)
+// A picture keeps its colours exactly, none of them dithered to the nearest of a fixed set, and gets
+// no outline: one of few colours in both versions, a photo of thousands in WordPerfect 6, whose
+// graphics hold 24-bit pixels (5.1's hold 256 colours).
+TEST_P(PicturesAndPages, KeepsTheExactColoursOfAPicture)
 {
-    const auto back = convert(wptest::flatOdt("", pictureBody("image/png", redBluePng(0x3A7BD5, 0xF2E6C9))));
-    const auto images = imagesOf(back.document);
-    ASSERT_EQ(images.size(), 1u);
-    const Drawn drawn = drawnBy(images.front()->data);
-    ASSERT_TRUE(drawn.bitmap);
-    EXPECT_EQ(drawn.leftPixel, 0x3A7BD5u);
-    EXPECT_EQ(drawn.rightPixel, 0xF2E6C9u);
-    EXPECT_EQ(drawn.outline, "none");
+    const struct {
+        const char *what;
+        std::string png;
+        bool exactIn51;
+    } pictures[] = {
+        {"few colours", redBluePng(0x3A7BD5, 0xF2E6C9), true},
+        {"a photo",
+         pngOf(64, 32,
+               [](int x, int y) {
+                   return x == 0 && y == 0 ? 0x3A7BD5u
+                          : x == 63 && y == 0
+                              ? 0xF2E6C9u
+                              : unsigned(x * 4) << 16 | unsigned(y * 8) << 8 | unsigned(x + y);
+               }),
+         false},
+    };
+    for (const auto &picture : pictures) {
+        SCOPED_TRACE(picture.what);
+        const auto back = convert(wptest::flatOdt("", pictureBody("image/png", picture.png)));
+        const auto images = imagesOf(back.document);
+        ASSERT_EQ(images.size(), 1u);
+        const Drawn drawn = drawnBy(images.front()->data);
+        ASSERT_TRUE(drawn.bitmap);
+        if (wp6() || picture.exactIn51) {
+            EXPECT_EQ(drawn.leftPixel, 0x3A7BD5u);
+            EXPECT_EQ(drawn.rightPixel, 0xF2E6C9u);
+        }
+        EXPECT_EQ(drawn.outline, "none");
+    }
 }
 
 // A picture centred on a line of its own stays centred; one standing in the text stays in its line.

@@ -346,7 +346,7 @@ void Wp6Writer::writePageSetup()
 
 void Wp6Writer::writeImage(const Raster &raster, int widthWpu, int heightWpu)
 {
-    const int picture = addPacket(0x6F, 0x00, wpg1File(raster, widthWpu, heightWpu));
+    const int picture = addPacket(0x6F, 0x00, wp6Graphic(raster, widthWpu, heightWpu));
     packets[picture - 1].uses = 1;
     std::string names;
     put16(names, 1); // child packets: the picture data

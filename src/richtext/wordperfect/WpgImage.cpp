@@ -9,6 +9,7 @@
 #include <png.h>
 
 #include <algorithm>
+#include <cmath>
 #include <csetjmp>
 #include <cstdio>
 #include <cstdlib>
@@ -389,6 +390,118 @@ std::string wpg1File(const Raster &raster, int widthWpu, int heightWpu)
     put16(file, 0); // not encrypted
     put16(file, 0);
     return file + wpg1Records(raster, widthWpu, heightWpu);
+}
+
+namespace {
+
+// WordPerfect Graphics 2 records: a class byte (unused by readers), the type, the count of records
+// it holds (none here), then the length as in version 1.
+void putRecord2(std::string &out, int type, const std::string &data)
+{
+    put8(out, 0);
+    std::string record;
+    putRecord(record, type, data);
+    out += record.substr(0, 1);
+    put8(out, 0);
+    out += record.substr(1);
+}
+
+// 24-bit pixels run-length coded three bytes at a time: 7D 03 sets the unit, 80|n p = n+1 times p,
+// n p.. = n+1 literal pixels. Counts stop short of the codes 7D-7F and FD-FF, which mean other
+// things.
+std::string trueColourRuns(const Raster &raster)
+{
+    std::string out = "\x7D\x03";
+    const std::size_t pixels = std::size_t(raster.width) * raster.height;
+    auto same = [&](std::size_t a, std::size_t b) {
+        return std::equal(&raster.rgb[a * 3], &raster.rgb[a * 3 + 3], &raster.rgb[b * 3]);
+    };
+    auto pixel = [&](std::size_t at) { out.append(reinterpret_cast<const char *>(&raster.rgb[at * 3]), 3); };
+    constexpr std::size_t longest = 125;
+    std::size_t at = 0;
+    while (at < pixels) {
+        std::size_t run = 1;
+        while (at + run < pixels && run < longest && same(at, at + run))
+            ++run;
+        if (run > 1) {
+            put8(out, static_cast<unsigned>(0x80 | (run - 1)));
+            pixel(at);
+            at += run;
+            continue;
+        }
+        std::size_t literal = 1;
+        while (at + literal < pixels && literal < longest &&
+               !(at + literal + 1 < pixels && same(at + literal, at + literal + 1)))
+            ++literal;
+        put8(out, static_cast<unsigned>(literal - 1));
+        for (std::size_t i = 0; i < literal; ++i)
+            pixel(at + i);
+        at += literal;
+    }
+    return out;
+}
+
+std::string wpg2TrueColourFile(const Raster &raster, int widthWpu, int heightWpu)
+{
+    std::string file = "\xFFWPC";
+    put32(file, 16);
+    put8(file, 1);    // WordPerfect
+    put8(file, 0x16); // graphics
+    put8(file, 2);    // version 2
+    put8(file, 0);
+    put16(file, 0);
+    put16(file, 0);
+
+    std::string start;
+    put16(start, 1200); // units per inch, across and down
+    put16(start, 1200);
+    put8(start, 0);               // 16-bit coordinates
+    for (int i = 0; i < 2; ++i) { // the viewport, then the image's own extent
+        put16(start, 0);
+        put16(start, 0);
+        put16(start, static_cast<unsigned>(widthWpu));
+        put16(start, static_cast<unsigned>(heightWpu));
+    }
+    putRecord2(file, 0x01, start);
+
+    // A line of no length, neither framed nor filled: as in version 1, the bitmap is drawn with the
+    // style the last shape set, and with none LibreOffice outlines it.
+    std::string line;
+    put16(line, 0); // not framed, not filled
+    put16(line, 2);
+    line.append(8, '\0');
+    putRecord2(file, 0x15, line);
+
+    std::string bitmap;
+    put16(bitmap, 0); // no rotation, scaling or other object attributes
+    put16(bitmap, 0);
+    put16(bitmap, 0);
+    put16(bitmap, static_cast<unsigned>(widthWpu));
+    put16(bitmap, static_cast<unsigned>(heightWpu));
+    put16(bitmap, static_cast<unsigned>(std::lround(raster.pixelsPerInch)));
+    put16(bitmap, static_cast<unsigned>(std::lround(raster.pixelsPerInch)));
+    putRecord2(file, 0x1B, bitmap);
+
+    std::string data;
+    put16(data, static_cast<unsigned>(raster.width));
+    put16(data, static_cast<unsigned>(raster.height));
+    put8(data, 8); // 24-bit RGB
+    put8(data, 1); // run-length coded
+    data += trueColourRuns(raster);
+    putRecord2(file, 0x0E, data);
+    putRecord2(file, 0x02, {});
+    return file;
+}
+
+} // namespace
+
+std::string wp6Graphic(const Raster &raster, int widthWpu, int heightWpu)
+{
+    widthWpu = std::clamp(widthWpu, 1, 0x7FFF);
+    heightWpu = std::clamp(heightWpu, 1, 0x7FFF);
+    if (exactColours(raster) || raster.width > 0xFFFF || raster.height > 0xFFFF)
+        return wpg1File(raster, widthWpu, heightWpu);
+    return wpg2TrueColourFile(raster, widthWpu, heightWpu);
 }
 
 } // namespace richtext::wordperfect

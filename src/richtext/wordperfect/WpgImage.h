@@ -32,4 +32,9 @@ bool isRasterFormat(std::string_view bytes);
 std::string wpg1Records(const Raster &raster, int widthWpu, int heightWpu);
 std::string wpg1File(const Raster &raster, int widthWpu, int heightWpu);
 
+// The graphic a WordPerfect 6 document embeds: a picture of at most 256 colours as WordPerfect
+// Graphics 1 (its colours kept exactly), one of more as WordPerfect Graphics 2 with 24-bit pixels,
+// which version 1 cannot hold without dithering them to 256.
+std::string wp6Graphic(const Raster &raster, int widthWpu, int heightWpu);
+
 } // namespace richtext::wordperfect
