@@ -764,7 +764,8 @@ TEST_P(OdtToWordPerfect, KeepsTheRoomBelowAHeader)
         SCOPED_TRACE(c.header);
         const auto back = convert(wptest::flatOdt(
             "<style:page-layout style:name=\"pm\"><style:page-layout-properties fo:page-width=\"8.5in\""
-            " fo:page-height=\"11in\"/><style:header-style><style:header-footer-properties "
+            " fo:page-height=\"11in\" fo:margin-left=\"0.75in\" "
+            "fo:margin-right=\"0.75in\"/><style:header-style><style:header-footer-properties "
             "fo:min-height=\"0in\""
             " fo:margin-bottom=\"0.2in\"/></style:header-style></style:page-layout>",
             "<text:p>body words</text:p>",
@@ -775,8 +776,11 @@ TEST_P(OdtToWordPerfect, KeepsTheRoomBelowAHeader)
         for (const richtext::PageSpan &span : back.document.pageSpans)
             for (const richtext::HeaderFooter &part : span.headersAndFooters)
                 for (const richtext::Block &block : part.blocks)
-                    if (const richtext::Paragraph *paragraph = block.paragraph())
+                    if (const richtext::Paragraph *paragraph = block.paragraph()) {
                         below.push_back(wptest::property(paragraph->properties, "fo:margin-bottom"));
+                        // On a page of other margins than WordPerfect's inch, still at the margin.
+                        EXPECT_EQ(wptest::property(paragraph->properties, "fo:margin-left"), "0.0000in");
+                    }
         if (wp6)
             EXPECT_EQ(below, c.below);
         else // 5.1 has no such space; its header keeps its words

@@ -129,6 +129,7 @@ void WordPerfectWriter::openHeaderFooter(const RVNGPropertyList &propList, bool 
     // The room between a header and the text below it: the space after the header's last paragraph.
     headerGaps.push_back(footer ? 0 : std::max(0, wpu(inchesOf(propList, "fo:margin-bottom").value_or(0))));
     pushStream(true);
+    writeSideMargins();
 }
 
 void WordPerfectWriter::closeHeaderFooter(bool footer)

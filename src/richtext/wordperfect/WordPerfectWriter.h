@@ -207,6 +207,9 @@ protected:
     // At the start of every paragraph, after its format: for what a format holds only per paragraph.
     virtual void writeParagraphStart(const ParagraphFormat &) {}
     virtual void writePageSetup() = 0;
+    // The page's left and right margins again: readers lay a header, footer or note out from their
+    // own default margins unless its text sets the page's.
+    virtual void writeSideMargins() = 0;
     // Newspaper columns from here on (count 1: columns off), and a break to the next column; only
     // where the version has codes libwpd reads.
     virtual bool writesColumns() const { return false; }

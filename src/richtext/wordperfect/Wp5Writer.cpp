@@ -277,16 +277,21 @@ void Wp5Writer::writeParagraphStart(const ParagraphFormat &format)
     fixed(0xC1, data);
 }
 
-void Wp5Writer::writePageSetup()
+void Wp5Writer::writeSideMargins()
 {
-    const PageSetup &page = pageSetup();
     std::string data;
     put16(data, 1200);
     put16(data, 1200);
-    put16(data, page.left);
-    put16(data, page.right);
+    put16(data, pageSetup().left);
+    put16(data, pageSetup().right);
     function(0xD0, 0x01, data);
-    data.clear();
+}
+
+void Wp5Writer::writePageSetup()
+{
+    const PageSetup &page = pageSetup();
+    writeSideMargins();
+    std::string data;
     put16(data, 1200);
     put16(data, 1200);
     put16(data, page.top);

@@ -23,6 +23,7 @@ protected:
     void writeParagraphStart(const ParagraphFormat &format) override;
     void writeTabSet(const std::vector<TabStop> &tabs);
     void writePageSetup() override;
+    void writeSideMargins() override;
     void writeTableStart(const std::vector<int> &widths) override;
     void writeCell(const CellShape &cell, bool firstInRow) override;
     void writeTableEnd() override;

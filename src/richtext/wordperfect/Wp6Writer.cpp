@@ -320,6 +320,16 @@ void Wp6Writer::writeColumnBreak()
     put8(out(), 0xC9);
 } // hard end of column
 
+void Wp6Writer::writeSideMargins()
+{
+    for (const auto &[code, value] :
+         {std::pair{0x00, pageSetup().left}, std::pair{0x01, pageSetup().right}}) {
+        std::string data;
+        put16(data, static_cast<unsigned>(value));
+        function(0xD2, code, data);
+    }
+}
+
 void Wp6Writer::writePageSetup()
 {
     const PageSetup &page = pageSetup();

@@ -24,6 +24,7 @@ protected:
     bool writesParagraphSpacing() const override { return true; }
     void writeParagraphSpacing(int wpu) override;
     void writePageSetup() override;
+    void writeSideMargins() override;
     bool writesColumns() const override { return true; }
     void writeColumns(int count, int gap) override;
     void writeColumnBreak() override;
