@@ -154,6 +154,8 @@ RVNGPropertyList headerFooter(const OdfProperties &odf, const std::string &occur
     for (const char *name :
          {"fo:min-height", "fo:margin-bottom", "fo:margin-top", "fo:margin-left", "fo:margin-right"})
         addLength(list, properties, name);
+    // Word's headers: the spacing shrinks as the header grows, within the least height.
+    addText(list, properties, "style:dynamic-spacing");
     return list;
 }
 

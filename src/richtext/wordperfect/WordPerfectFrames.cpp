@@ -117,6 +117,7 @@ void WordPerfectWriter::insertBinaryObject(const RVNGPropertyList &propList)
     }
     text(U"");
     writeImage(*raster, std::max(1, wpu(width)), std::max(1, wpu(height)));
+    streams.back().lineHeights += std::max(1, wpu(height)); // a header's height, for the room below it
 }
 
 } // namespace richtext::wordperfect

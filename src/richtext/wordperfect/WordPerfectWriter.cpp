@@ -126,24 +126,47 @@ std::string WordPerfectWriter::popStream(bool separateText)
 void WordPerfectWriter::openHeaderFooter(const RVNGPropertyList &propList, bool footer)
 {
     headerOccurrence.push_back(textOf(propList, "librevenge:occurrence"));
-    // The room between a header and the text below it: the space after the header's last paragraph.
-    headerGaps.push_back(footer ? 0 : std::max(0, wpu(inchesOf(propList, "fo:margin-bottom").value_or(0))));
+    HeaderRoom room;
+    room.minimum = std::max(0, wpu(inchesOf(propList, "fo:min-height").value_or(0)));
+    room.spacing =
+        std::max(0, wpu(inchesOf(propList, footer ? "fo:margin-top" : "fo:margin-bottom").value_or(0)));
+    room.spacingInMinimum = textOf(propList, "style:dynamic-spacing") == "true";
     pushStream(true);
     writeSideMargins();
+    room.start = out().size();
+    headerRooms.push_back(room);
 }
 
 void WordPerfectWriter::closeHeaderFooter(bool footer)
 {
     if (streams.size() < 2 || headerOccurrence.empty())
         return;
-    if (!headerGaps.empty()) {
-        // A header that ends in an empty paragraph (as Word's do) keeps it: its line is part of the
-        // room below the header, and the room's spacing needs a paragraph to hold it.
+    if (!headerRooms.empty()) {
+        // Readers drop a header's last paragraph spacing: the room between a header and the text
+        // is a blank line of its own, below the header's lines (above a footer's).
+        const HeaderRoom room = headerRooms.back();
+        headerRooms.pop_back();
         Stream &stream = streams.back();
-        if (stream.spacingAt && *stream.spacingAt == out().size() && stream.pendingReturns > 0)
+        stream.spacingAt.reset();
+        // A header that ends in an empty paragraph (as Word's do) keeps it: its line is part of the
+        // header's height.
+        if (!stream.paragraphContent && stream.content && stream.pendingReturns > 0)
             flushReturns();
-        settleSpacing(headerGaps.back(), false, true); // in 5.1 a blank line closing the header
-        headerGaps.pop_back();
+        const int lines = stream.lineHeights;
+        const int blank =
+            room.spacingInMinimum ? room.minimum - lines : std::max(room.minimum - lines, room.spacing);
+        if (stream.content && blank >= 60) {
+            if (footer) {
+                flushReturns();
+                const std::size_t end = out().size();
+                writeBlankLine(blank, false);
+                const std::string line = out().substr(end);
+                out().resize(end);
+                out().insert(std::min(room.start, end), line);
+            } else {
+                writeBlankLine(blank, true);
+            }
+        }
     }
     // Formatting codes with nothing to show are no header to libwpd, which keeps the one before
     // on the pages that should have an empty one: such a header is written as empty.
@@ -252,29 +275,10 @@ void WordPerfectWriter::settleSpacing(int above, bool listItem, bool between)
     const bool sameList = listItem && stream.spacingListItem && above == stream.spacingAbove;
     const int spacing = sameList ? 0 : std::clamp(stream.spacingBelow + above, 0, 0x7FFF);
     if (!writesParagraphSpacing()) {
-        // 5.1 has no such code: its users typed an empty line, here one whose font is as high as
-        // the space (a line is about 1.15 times its font's size; WPU times 3 is 1/50 point).
+        // 5.1 has no such code: its users typed an empty line, here one as high as the space.
         if (!between || spacing < 60 || stream.pendingReturns == 0 || stream.subDocument)
             return;
-        flushReturns();
-        CharacterFormat restored = stream.written;
-        if (restored.font.empty())
-            restored.font = "Times New Roman";
-        if (!restored.size)
-            restored.size = 600;
-        CharacterFormat blank = restored;
-        blank.size = std::clamp(static_cast<int>(std::lround(spacing * 3 / 1.15)), 100, 7200);
-        // With no font chosen yet, the first one written is the document's own for libwpd.
-        if (stream.written.font.empty() || !stream.written.size)
-            writeFont(restored);
-        writeFont(blank);
-        // A hard space holds the font: readers size a line with nothing in it (an ordinary space
-        // counts as nothing) by the paragraph's default font, whatever codes it holds.
-        writeHardSpace();
-        writeHardReturn();
-        writeFont(restored); // the next paragraph's text has the font it had before
-        stream.written.font = restored.font;
-        stream.written.size = restored.size;
+        writeBlankLine(spacing, false);
         return;
     }
     if (spacing == stream.spacingInForce || at > out().size())
@@ -285,6 +289,37 @@ void WordPerfectWriter::settleSpacing(int above, bool listItem, bool between)
     out().resize(end);
     out().insert(at, code);
     stream.spacingInForce = spacing;
+}
+
+// A line of nothing but a hard space in a font as high as the room it stands for (a line is about
+// 1.15 times its font's size; WPU times 3 is 1/50 point). Readers size a line with nothing in it
+// (an ordinary space counts as nothing) by the paragraph's default font, whatever codes it holds.
+// Closing: the text ends on it, with no return and no font to restore.
+void WordPerfectWriter::writeBlankLine(int height, bool closing)
+{
+    Stream &stream = streams.back();
+    flushReturns();
+    CharacterFormat restored = stream.written;
+    if (restored.font.empty())
+        restored.font = "Times New Roman";
+    if (!restored.size)
+        restored.size = 600;
+    CharacterFormat blank = restored;
+    blank.size = std::clamp(static_cast<int>(std::lround(height * 3 / 1.15)), 100, 7200);
+    // With no font chosen yet, the first one written is the document's own for libwpd.
+    if (stream.written.font.empty() || !stream.written.size)
+        writeFont(restored);
+    writeFont(blank);
+    writeHardSpace();
+    if (closing) {
+        stream.written.font = blank.font;
+        stream.written.size = blank.size;
+        return;
+    }
+    writeHardReturn();
+    writeFont(restored); // the next paragraph's text has the font it had before
+    stream.written.font = restored.font;
+    stream.written.size = restored.size;
 }
 
 void WordPerfectWriter::flushReturns()
@@ -357,6 +392,8 @@ void WordPerfectWriter::startParagraph(const RVNGPropertyList &propList, const s
     }
     stream.pendingStart = format;
     stream.paragraphContent = false;
+    stream.lineHeights +=
+        static_cast<int>(std::lround((stream.written.size ? stream.written.size : 600) * 1.15 / 3));
     startLine(page.left + format.leftIndent + format.firstLine);
     stream.started = true;
     stream.wanted.attributes = 0;

@@ -263,6 +263,7 @@ private:
         bool joinedLine = false;       // on such a row's line: an empty cell's tab still counts
         bool content = false;          // any text, picture, note or field written
         bool paragraphContent = false; // the same, in the open paragraph
+        int lineHeights = 0;           // WPU, about: a line per paragraph at its font's size
     };
     struct OpenTable {
         std::vector<int> widths; // WPU per column
@@ -309,7 +310,16 @@ private:
     std::vector<Stream> streams;
     std::vector<OpenTable> tables;
     std::vector<std::string> headerOccurrence;
-    std::vector<int> headerGaps; // per open header or footer, WPU
+    // Per open header or footer, WPU: the least height its area takes, and the room between it and
+    // the text (already part of that height when the room shrinks as the header grows, as in Word).
+    struct HeaderRoom {
+        int minimum = 0;
+        int spacing = 0;
+        bool spacingInMinimum = false;
+        std::size_t start = 0; // where its text starts, after the margins
+    };
+    std::vector<HeaderRoom> headerRooms;
+    void writeBlankLine(int height, bool closing);
     ListNumbering numbering;
     std::vector<std::pair<int, int>> listIndents; // per open level: text indent and label width, WPU
     PageSetup page;
