@@ -757,6 +757,7 @@ TEST_P(OdtToWordPerfect, KeepsTheRoomBelowAHeader)
         const char *header;
         const char *room; // header-footer-properties
         std::vector<std::string> texts;
+        const char *part = "header"; // a footer's room stands above it
     } cases[] = {
         {"<text:p>first head</text:p><text:p>last head</text:p>",
          "fo:min-height=\"0in\" fo:margin-bottom=\"0.2in\"",
@@ -768,6 +769,10 @@ TEST_P(OdtToWordPerfect, KeepsTheRoomBelowAHeader)
         {"<text:p>first head</text:p><text:p>last head</text:p>",
          "fo:min-height=\"0.2in\" fo:margin-bottom=\"0.1in\" style:dynamic-spacing=\"true\"",
          {"first head", "last head"}},
+        {"<text:p>foot</text:p>",
+         "fo:min-height=\"0in\" fo:margin-top=\"0.2in\"",
+         {"\u00A0", "foot"},
+         "footer"},
     };
     for (const auto &c : cases) {
         SCOPED_TRACE(c.header);
@@ -775,12 +780,12 @@ TEST_P(OdtToWordPerfect, KeepsTheRoomBelowAHeader)
             std::string(
                 "<style:page-layout style:name=\"pm\"><style:page-layout-properties fo:page-width=\"8.5in\""
                 " fo:page-height=\"11in\" fo:margin-left=\"0.75in\" fo:margin-right=\"0.75in\"/>"
-                "<style:header-style><style:header-footer-properties ") +
-                c.room + "/></style:header-style></style:page-layout>",
+                "<style:") +
+                c.part + "-style><style:header-footer-properties " + c.room + "/></style:" + c.part +
+                "-style></style:page-layout>",
             "<text:p>body words</text:p>",
-            std::string(
-                "<style:master-page style:name=\"Standard\" style:page-layout-name=\"pm\"><style:header>") +
-                c.header + "</style:header></style:master-page>"));
+            std::string("<style:master-page style:name=\"Standard\" style:page-layout-name=\"pm\"><style:") +
+                c.part + ">" + c.header + "</style:" + c.part + "></style:master-page>"));
         std::vector<std::string> texts;
         for (const richtext::PageSpan &span : back.document.pageSpans)
             for (const richtext::HeaderFooter &part : span.headersAndFooters)
