@@ -28,6 +28,14 @@ std::string flatOdt(const std::string &automaticStyles, const std::string &body,
            "</office:text></office:body></office:document>";
 }
 
+std::string style(const std::string &name, const std::string &family, const std::string &attributes,
+                  const std::string &children)
+{
+    const std::string element = "style:" + family + "-properties";
+    return "<style:style style:name=\"" + name + "\" style:family=\"" + family + "\"><" + element + " " +
+           attributes + (children.empty() ? "/>" : ">" + children + "</" + element + ">") + "</style:style>";
+}
+
 ReadBack readWordPerfect(const std::string &bytes)
 {
     ReadBack result;
@@ -107,6 +115,96 @@ std::string property(const richtext::Properties &properties, const std::string &
 {
     const auto found = properties.find(name);
     return found == properties.end() ? std::string() : found->second;
+}
+
+std::vector<std::string> texts(const richtext::Document &document)
+{
+    std::vector<std::string> result;
+    for (const richtext::Paragraph *paragraph : document.paragraphs())
+        result.push_back(paragraph->text());
+    return result;
+}
+
+namespace {
+
+void words(const richtext::Blocks &blocks, std::string &into)
+{
+    for (const richtext::Block &block : blocks) {
+        if (const richtext::Paragraph *paragraph = block.paragraph()) {
+            into += paragraph->text();
+            for (const richtext::Inline &piece : paragraph->content)
+                if (piece.content)
+                    words(*piece.content, into);
+        } else if (const richtext::Table *table = block.table()) {
+            for (const richtext::Row &row : table->rows)
+                for (const richtext::Cell &cell : row.cells)
+                    words(cell.blocks, into += " ");
+        }
+    }
+}
+
+void collect(const richtext::Blocks &blocks, richtext::Inline::Kind kind,
+             std::vector<const richtext::Inline *> &into)
+{
+    for (const richtext::Block &block : blocks) {
+        if (const richtext::Paragraph *paragraph = block.paragraph()) {
+            for (const richtext::Inline &piece : paragraph->content) {
+                if (piece.kind == kind && (kind != richtext::Inline::Kind::image || !piece.data.empty()))
+                    into.push_back(&piece);
+                if (piece.content)
+                    collect(*piece.content, kind, into);
+            }
+        } else if (const richtext::Table *table = block.table()) {
+            for (const richtext::Row &row : table->rows)
+                for (const richtext::Cell &cell : row.cells)
+                    collect(cell.blocks, kind, into);
+        }
+    }
+}
+
+} // namespace
+
+std::vector<std::string> headersAndFooters(const richtext::Document &document)
+{
+    std::vector<std::string> result;
+    for (const richtext::PageSpan &span : document.pageSpans)
+        for (const richtext::HeaderFooter &part : span.headersAndFooters)
+            words(part.blocks, result.emplace_back(part.footer ? "footer:" : "header:"));
+    return result;
+}
+
+std::vector<std::string> sectionColumns(const richtext::Document &document)
+{
+    std::vector<std::string> result;
+    for (const richtext::PageSpan &span : document.pageSpans)
+        for (const richtext::Properties &section : span.sections)
+            result.push_back(property(section, "style:columns"));
+    return result;
+}
+
+std::vector<const richtext::Inline *> piecesOf(const richtext::Document &document,
+                                               richtext::Inline::Kind kind)
+{
+    std::vector<const richtext::Inline *> result;
+    for (const richtext::PageSpan &span : document.pageSpans)
+        collect(span.blocks, kind, result);
+    return result;
+}
+
+ReadBack VersionTest::convert(const std::string &odt, ProgramRun *run)
+{
+    const std::string source = scratch.write("source.fodt", odt);
+    const std::string destination = scratch.file(std::string("out.") + GetParam().extension);
+    const ProgramRun conversion = ProgramRun::of({ODT2WP5_PATH, GetParam().option, source, destination});
+    EXPECT_EQ(conversion.status, 0) << conversion.err;
+    if (run)
+        *run = conversion;
+    const ProgramRun text = ProgramRun::of({WPD2TEXT_PATH, destination});
+    EXPECT_EQ(text.status, 0);
+    EXPECT_EQ(text.err, "");
+    ReadBack back = readWordPerfect(testing_support::readFile(destination));
+    EXPECT_TRUE(back.ok);
+    return back;
 }
 
 } // namespace wptest
