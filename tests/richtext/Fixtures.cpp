@@ -286,6 +286,17 @@ void everything(librevenge::RVNGTextInterface &sink)
     sink.endDocument();
 }
 
+std::string png2x3()
+{
+    static const char header[] = "\x89PNG\r\n\x1a\n\0\0\0\rIHDR\0\0\0\x02\0\0\0\x03\x08\x02\0\0\0";
+    return std::string(header, sizeof header - 1);
+}
+
+librevenge::RVNGBinaryData binary(const std::string &bytes)
+{
+    return librevenge::RVNGBinaryData(reinterpret_cast<const unsigned char *>(bytes.data()), bytes.size());
+}
+
 bool balanced(const std::string &rtf)
 {
     int depth = 0;

@@ -46,6 +46,11 @@ std::string property(const richtext::Properties &properties, const std::string &
 // A document that uses every callback our writers implement, told to `sink`.
 void everything(librevenge::RVNGTextInterface &sink);
 
+// A PNG's signature and size alone: 2 by 3 pixels.
+std::string png2x3();
+// office:binary-data of these bytes.
+librevenge::RVNGBinaryData binary(const std::string &bytes);
+
 // Whether the groups of an RTF text open and close in pairs, escapes aside.
 bool balanced(const std::string &rtf);
 
