@@ -1,4 +1,5 @@
 #include "engine/ClassicRTF.h"
+#include "EngineRun.h"
 #include "FakeTools.h"
 #include "support/ConversionError.h"
 #include "engine/Converter.h"
@@ -12,9 +13,6 @@
 #include <gtest/gtest.h>
 
 #include <cerrno>
-
-#include <QCoreApplication>
-#include <QThread>
 
 namespace fs = std::filesystem;
 using namespace testing_support;
@@ -157,26 +155,11 @@ TEST(WriteClassicRTF, AFailedWriteIsThePlatformsError)
     }
 }
 
-// The whole job, with stand-ins for the converters.
-struct Job {
-    std::exception_ptr outcome;
-    int calls = 0;
-    bool onMainThread = false;
-
-    Job(const FakeTools &tools, RTFCharset charset, const fs::path &to)
-    {
-        Converter::perform(JobCase::wpToRTF{tools.work("Letter.wpd"), std::nullopt, charset}, to,
-                           [this](Converter::Outcome result, const Converter::Losses &) {
-                               ++calls;
-                               onMainThread =
-                                   QThread::currentThread() == QCoreApplication::instance()->thread();
-                               outcome = result;
-                           });
-        if (!waitUntil([this] { return calls > 0; }))
-            ADD_FAILURE() << "no completion";
-        waitUntil([] { return false; }, 0.1);
-    }
-};
+// The whole job, with stand-ins for the converters: "success" or the error.
+std::string wpToRTF(const FakeTools &tools, RTFCharset charset, const fs::path &to)
+{
+    return outcomeText(performAndWait(JobCase::wpToRTF{tools.work("Letter.wpd"), std::nullopt, charset}, to));
+}
 
 TEST(WordPerfectToRTF, ConvertsThroughWpd2odt)
 {
@@ -185,10 +168,7 @@ TEST(WordPerfectToRTF, ConvertsThroughWpd2odt)
     tools.add("wpd2odt", "cat '" + tools.work("decoded.fodt").string() + "'");
     const fs::path to = tools.work("Letter.rtf");
     writeFile(to, "older");
-    const Job job(tools, RTFCharset::mac, to);
-    EXPECT_EQ(job.calls, 1);
-    EXPECT_TRUE(job.onMainThread);
-    EXPECT_EQ(job.outcome, nullptr);
+    EXPECT_EQ(wpToRTF(tools, RTFCharset::mac, to), "success");
     EXPECT_EQ(readFile(to), RTFDowngrade::classic(modernRTF(decoded(Decoded::Type::openDocumentText)),
                                                   RTFDowngrade::Charset::mac));
     EXPECT_EQ(tools.argsOf("wpd2odt"), "--stdout " + tools.work("Letter.wpd").string() + "\n");
@@ -200,8 +180,7 @@ TEST(WordPerfectToRTF, FallsBackToWpd2html)
     writeFile(tools.work("decoded.html"), html());
     tools.add("wpd2odt", "exit 1");
     tools.add("wpd2html", "cat '" + tools.work("decoded.html").string() + "'");
-    const Job job(tools, RTFCharset::ansi, tools.work("Letter.rtf"));
-    EXPECT_EQ(job.outcome, nullptr);
+    EXPECT_EQ(wpToRTF(tools, RTFCharset::ansi, tools.work("Letter.rtf")), "success");
     EXPECT_NE(readFile(tools.work("Letter.rtf")).find("Caf\\'e9"), std::string::npos);
 }
 
@@ -213,28 +192,11 @@ TEST(WordPerfectToRTF, PassesFailuresOnAndLeavesTheDestinationAlone)
 
     tools.add("wpd2odt", "exit 1");
     tools.add("wpd2html", "exit 1");
-    const Job nothing(tools, RTFCharset::ansi, to);
-    ASSERT_TRUE(nothing.outcome);
-    try {
-        std::rethrow_exception(nothing.outcome);
-    } catch (const ConversionError &error) {
-        EXPECT_EQ(error, ConversionError::conversionFailed(""));
-    } catch (...) {
-        ADD_FAILURE() << "not a ConversionError";
-    }
+    EXPECT_EQ(wpToRTF(tools, RTFCharset::ansi, to), "conversionFailed(\"\")");
     EXPECT_EQ(readFile(to), "older");
 
     tools.add("wpd2odt", "printf 'this is no document'");
-    const Job unreadable(tools, RTFCharset::ansi, to);
-    EXPECT_EQ(unreadable.calls, 1);
-    ASSERT_TRUE(unreadable.outcome);
-    try {
-        std::rethrow_exception(unreadable.outcome);
-    } catch (const PlatformError &error) {
-        EXPECT_NE(std::string(error.what()).find("OpenDocument"), std::string::npos) << error.what();
-    } catch (...) {
-        ADD_FAILURE() << "not a PlatformError";
-    }
+    EXPECT_NE(wpToRTF(tools, RTFCharset::ansi, to).find("OpenDocument"), std::string::npos);
     EXPECT_EQ(readFile(to), "older");
 }
 
