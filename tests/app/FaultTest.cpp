@@ -2,6 +2,7 @@
 // application's engine with the real converters, or stand-ins that crash, hang or babble.
 
 #include "FakeTools.h"
+#include "OdtFile.h"
 #include "ScriptedPrompter.h"
 #include "app/AppDelegate.h"
 #include "settings/Settings.h"
@@ -29,15 +30,6 @@ namespace {
 
 const fs::path samples = QM_SAMPLES_DIR;
 const fs::path graphic = fs::path(QM_SHARED_DIR) / "corpus" / "wpg" / "WPG.wpg";
-
-std::string flatODT(const std::string &text)
-{
-    return "<?xml version=\"1.0\" encoding=\"UTF-8\"?><office:document "
-           "xmlns:office=\"urn:oasis:names:tc:opendocument:xmlns:office:1.0\" "
-           "xmlns:text=\"urn:oasis:names:tc:opendocument:xmlns:text:1.0\" office:version=\"1.2\" "
-           "office:mimetype=\"application/vnd.oasis.opendocument.text\"><office:body><office:text><text:p>" +
-           text + "</text:p></office:text></office:body></office:document>";
-}
 
 // Mounts made here vanish with the test process: it gets a mount namespace of its own.
 bool mountTmpfs(const fs::path &at, const std::string &options)
@@ -127,7 +119,7 @@ protected:
         fs::copy_file(samples / "min51.wp5", folder / "Letter.wp5");
         fs::copy_file(samples / "min51.wp5", folder / "Memo.wp5");
         fs::copy_file(graphic, folder / "Picture.wpg");
-        writeFile(folder / "Note.fodt", flatODT("A note."));
+        writeFile(folder / "Note.fodt", Odt{.body = "<text:p>A note.</text:p>"}.flat());
     }
 
     static inline const std::set<std::string> oneOfEach = {"Letter.wp5", "Memo.wp5", "Picture.wpg",

@@ -3,6 +3,7 @@
 // its report, and a conversion that loses nothing says neither.
 
 #include "CompanionRun.h"
+#include "OdtFile.h"
 #include "ScriptedPrompter.h"
 #include "TestSupport.h"
 #include "app/AppDelegate.h"
@@ -25,16 +26,7 @@ namespace {
 
 std::string flatOdt(const std::string &body, const std::string &masterStyles = {})
 {
-    return "<?xml version=\"1.0\" encoding=\"UTF-8\"?><office:document"
-           " xmlns:office=\"urn:oasis:names:tc:opendocument:xmlns:office:1.0\""
-           " xmlns:style=\"urn:oasis:names:tc:opendocument:xmlns:style:1.0\""
-           " xmlns:text=\"urn:oasis:names:tc:opendocument:xmlns:text:1.0\""
-           " xmlns:svg=\"urn:oasis:names:tc:opendocument:xmlns:svg-compatible:1.0\""
-           " xmlns:draw=\"urn:oasis:names:tc:opendocument:xmlns:drawing:1.0\""
-           " office:version=\"1.3\" office:mimetype=\"application/vnd.oasis.opendocument.text\">"
-           "<office:automatic-styles/><office:master-styles>" +
-           masterStyles + "</office:master-styles><office:body><office:text>" + body +
-           "</office:text></office:body></office:document>";
+    return Odt{.masterStyles = masterStyles, .body = body}.flat();
 }
 
 std::string pictureOdt(const std::string &base64)

@@ -1,6 +1,7 @@
 #include "engine/ClassicRTF.h"
 #include "EngineRun.h"
 #include "FakeTools.h"
+#include "OdtFile.h"
 #include "support/ConversionError.h"
 #include "engine/Converter.h"
 #include "render/RTFDowngrade.h"
@@ -24,16 +25,10 @@ const std::string words = "Caf\xC3\xA9 \xE2\x80\x9Cquoted\xE2\x80\x9D \xC5\xA0 \
 
 std::string flatOdt()
 {
-    return "<?xml version=\"1.0\" encoding=\"UTF-8\"?><office:document "
-           "xmlns:office=\"urn:oasis:names:tc:opendocument:xmlns:office:1.0\" "
-           "xmlns:style=\"urn:oasis:names:tc:opendocument:xmlns:style:1.0\" "
-           "xmlns:text=\"urn:oasis:names:tc:opendocument:xmlns:text:1.0\" "
-           "xmlns:fo=\"urn:oasis:names:tc:opendocument:xmlns:xsl-fo-compatible:1.0\" office:version=\"1.1\">"
-           "<office:automatic-styles><style:style style:name=\"B\" "
-           "style:family=\"text\"><style:text-properties "
-           "fo:font-weight=\"bold\"/></style:style></office:automatic-styles><office:body><office:text>"
-           "<text:p><text:span text:style-name=\"B\">Bold</text:span> " +
-           words + "</text:p></office:text></office:body></office:document>";
+    return Odt{.automaticStyles = R"(<style:style style:name="B" style:family="text"><style:text-properties
+               fo:font-weight="bold"/></style:style>)",
+               .body = R"(<text:p><text:span text:style-name="B">Bold</text:span> )" + words + "</text:p>"}
+        .flat();
 }
 
 std::string html()

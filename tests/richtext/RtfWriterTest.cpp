@@ -516,7 +516,7 @@ TEST(RtfWriter, NumbersPagesInTheFieldsOwnFormat)
 // What the ODT reader finds of sections and page numbering reaches the RTF.
 TEST(RtfWriter, CarriesSectionsAndPageNumbersReadFromOdt)
 {
-    fixtures::Odt odt;
+    Odt odt;
     odt.automaticStyles =
         R"(<style:style style:name="Cols" style:family="section"><style:section-properties>
         <style:columns fo:column-count="3"><style:column style:rel-width="1*" fo:start-indent="0in"

@@ -1,6 +1,7 @@
 // Pictures, paper size and the document summary through odt2wp5's command line, read back by
 // libwpd (the box and its graphic) and libwpg (the pixels in the graphic).
 
+#include "OdtFile.h"
 #include "ProgramRun.h"
 #include "TestFiles.h"
 #include "WpTestSupport.h"
@@ -268,18 +269,13 @@ INSTANTIATE_TEST_SUITE_P(BothVersions, PicturesAndPages, testing::ValuesIn(wptes
 // A one-paragraph flat document whose metadata fills every field of a document summary.
 std::string withMetadata(const std::string &title)
 {
-    return "<?xml version=\"1.0\" encoding=\"UTF-8\"?><office:document"
-           " xmlns:office=\"urn:oasis:names:tc:opendocument:xmlns:office:1.0\""
-           " xmlns:text=\"urn:oasis:names:tc:opendocument:xmlns:text:1.0\""
-           " xmlns:dc=\"http://purl.org/dc/elements/1.1/\" "
-           "xmlns:meta=\"urn:oasis:names:tc:opendocument:xmlns:meta:1.0\""
-           " office:version=\"1.3\" office:mimetype=\"application/vnd.oasis.opendocument.text\"><office:meta>"
-           "<dc:title>" +
-           title +
-           "</dc:title><meta:initial-creator>Ada Lovelace</meta:initial-creator>"
-           "<dc:subject>Finances</dc:subject><dc:description>A short summary</dc:description>"
-           "<meta:keyword>money</meta:keyword></office:meta><office:body><office:text><text:p>x</text:p>"
-           "</office:text></office:body></office:document>";
+    return Odt{.body = "<text:p>x</text:p>",
+               .meta =
+                   "<dc:title>" + title +
+                   "</dc:title><meta:initial-creator>Ada Lovelace</meta:initial-creator><dc:subject>Finances"
+                   "</dc:subject><dc:description>A short summary</dc:description><meta:keyword>money"
+                   "</meta:keyword>"}
+        .flat();
 }
 
 // Only WordPerfect 6 has a document summary libwpd reads.

@@ -1,5 +1,7 @@
 #include "WpTestSupport.h"
 
+#include "OdtFile.h"
+
 #include "richtext/ModelBuilder.h"
 
 #include <libwpd/libwpd.h>
@@ -10,22 +12,7 @@ namespace wptest {
 std::string flatOdt(const std::string &automaticStyles, const std::string &body,
                     const std::string &masterStyles)
 {
-    return "<?xml version=\"1.0\" encoding=\"UTF-8\"?>"
-           "<office:document"
-           " xmlns:office=\"urn:oasis:names:tc:opendocument:xmlns:office:1.0\""
-           " xmlns:style=\"urn:oasis:names:tc:opendocument:xmlns:style:1.0\""
-           " xmlns:text=\"urn:oasis:names:tc:opendocument:xmlns:text:1.0\""
-           " xmlns:table=\"urn:oasis:names:tc:opendocument:xmlns:table:1.0\""
-           " xmlns:fo=\"urn:oasis:names:tc:opendocument:xmlns:xsl-fo-compatible:1.0\""
-           " xmlns:svg=\"urn:oasis:names:tc:opendocument:xmlns:svg-compatible:1.0\""
-           " xmlns:dc=\"http://purl.org/dc/elements/1.1/\""
-           " xmlns:meta=\"urn:oasis:names:tc:opendocument:xmlns:meta:1.0\""
-           " xmlns:draw=\"urn:oasis:names:tc:opendocument:xmlns:drawing:1.0\""
-           " office:version=\"1.3\" office:mimetype=\"application/vnd.oasis.opendocument.text\">"
-           "<office:automatic-styles>" +
-           automaticStyles + "</office:automatic-styles><office:master-styles>" + masterStyles +
-           "</office:master-styles><office:body><office:text>" + body +
-           "</office:text></office:body></office:document>";
+    return Odt{.automaticStyles = automaticStyles, .masterStyles = masterStyles, .body = body}.flat();
 }
 
 std::string style(const std::string &name, const std::string &family, const std::string &attributes,
