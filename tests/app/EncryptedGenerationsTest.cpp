@@ -60,24 +60,6 @@ protected:
     Settings settings;
 };
 
-class ScriptedPasswords : public PasswordSource {
-public:
-    explicit ScriptedPasswords(std::deque<std::string> answers) : answers(std::move(answers)) {}
-    std::optional<std::string> ask(const std::string &, bool retry) override
-    {
-        retries += retry ? 1 : 0;
-        if (answers.empty())
-            return std::nullopt;
-        auto next = answers.front();
-        answers.pop_front();
-        return next;
-    }
-    int retries = 0;
-
-private:
-    std::deque<std::string> answers;
-};
-
 } // namespace
 
 TEST_F(EncryptedGenerations, AreRecognisedAndConvertWithTheRightPasswordInTheApp)
@@ -125,7 +107,7 @@ TEST_F(EncryptedGenerations, ConvertWithTheRightPasswordInTheCompanion)
             ScriptedPasswords passwords({"wrong", password});
             std::ostringstream out;
             EXPECT_EQ(runCompanion(args, settings, passwords, out, 1), 0) << out.str();
-            EXPECT_EQ(passwords.retries, onTheCommandLine ? 0 : 1);
+            EXPECT_EQ(passwords.retries(), onTheCommandLine ? 0 : 1);
             const fs::path output = source.parent_path() / (source.stem().string() + ".rtf");
             if (generation.textComesBack) {
                 EXPECT_NE(readFile(output).find("Closed meeting minutes"), std::string::npos) << out.str();
