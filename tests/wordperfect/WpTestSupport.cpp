@@ -98,20 +98,6 @@ const richtext::Paragraph *paragraphWith(const richtext::Document &document, con
     return nullptr;
 }
 
-std::string property(const richtext::Properties &properties, const std::string &name)
-{
-    const auto found = properties.find(name);
-    return found == properties.end() ? std::string() : found->second;
-}
-
-std::vector<std::string> texts(const richtext::Document &document)
-{
-    std::vector<std::string> result;
-    for (const richtext::Paragraph *paragraph : document.paragraphs())
-        result.push_back(paragraph->text());
-    return result;
-}
-
 namespace {
 
 void words(const richtext::Blocks &blocks, std::string &into)

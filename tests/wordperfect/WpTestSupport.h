@@ -1,5 +1,6 @@
 #pragma once
 
+#include "Fixtures.h"
 #include "ProgramRun.h"
 #include "TestFiles.h"
 #include "richtext/Document.h"
@@ -30,12 +31,12 @@ ReadBack readWordPerfect(const std::string &bytes);
 // The first text piece of the main text, notes and cells included, that contains needle.
 const richtext::Inline *pieceWith(const richtext::Document &document, const std::string &needle);
 const richtext::Paragraph *paragraphWith(const richtext::Document &document, const std::string &needle);
-std::string property(const richtext::Properties &properties, const std::string &name);
+using fixtures::property;
 
 // The main text's paragraphs as strings; the headers' and footers' ("header:" or "footer:" and their
 // words, boxes' words included); each section's style:columns; the text boxes and pictures
 // (with data) anywhere in the main text.
-std::vector<std::string> texts(const richtext::Document &document);
+using fixtures::texts;
 std::vector<std::string> headersAndFooters(const richtext::Document &document);
 std::vector<std::string> sectionColumns(const richtext::Document &document);
 std::vector<const richtext::Inline *> piecesOf(const richtext::Document &document,
