@@ -55,14 +55,6 @@ void fill(const fs::path &file)
     ::close(fd);
 }
 
-std::set<std::string> names(const fs::path &folder)
-{
-    std::set<std::string> found;
-    for (const auto &entry : fs::directory_iterator(folder))
-        found.insert(entry.path().filename().string());
-    return found;
-}
-
 // The real wpd2odt, except that files whose arguments mention `held` wait (up to five minutes)
 // until `go` exists.
 void holdWpd2odt(FakeTools &tools, const std::string &held, const fs::path &go)
@@ -161,7 +153,7 @@ TEST_F(Faults, AFullOrReadOnlyDiskFailsEachJobAndIsLeftAsItWas)
                                               "I could not convert Picture.wpg. / " + systemMessage(error),
                                               "I was unable to convert Note.fodt." + unableToConvert,
                                           }));
-        EXPECT_EQ(names(disk), expected) << "no output, no temporary file";
+        EXPECT_EQ(namesIn(disk), expected) << "no output, no temporary file";
     }
     EXPECT_TRUE(revealer.revealed.empty());
 }
@@ -181,7 +173,7 @@ TEST_F(Faults, ConvertersThatCrashOrBabbleAreJudgedByWhatTheyLeave)
                                                 "I was unable to convert Picture.wpg." + unableToConvert,
                                                 "I was unable to convert Note.fodt." + unableToConvert,
                                             }));
-    for (const auto &name : names(dir.path()))
+    for (const auto &name : namesIn(dir.path()))
         EXPECT_FALSE(name.ends_with(".odt") || name.ends_with(".rtf") || name.ends_with(".png") ||
                      name.ends_with(".wp6"))
             << name << " was left by a crash";
@@ -310,7 +302,7 @@ TEST_F(Faults, OddNamesAndSymbolicLinksConvertBesideWhatTheUserDropped)
     }
     EXPECT_EQ(readFile(dir / "elsewhere" / "precious.odt"), "precious")
         << "a link is replaced, never its target";
-    EXPECT_EQ(names(dir / "elsewhere"), (std::set<std::string>{"real.wp5", "precious.odt"}));
+    EXPECT_EQ(namesIn(dir / "elsewhere"), (std::set<std::string>{"real.wp5", "precious.odt"}));
     EXPECT_EQ(tail.messagesContaining("converted \u2192 ").size(), 9u);
 }
 
