@@ -516,9 +516,9 @@ TEST(RtfWriter, NumbersPagesInTheFieldsOwnFormat)
 // What the ODT reader finds of sections and page numbering reaches the RTF.
 TEST(RtfWriter, CarriesSectionsAndPageNumbersReadFromOdt)
 {
-    Odt odt;
-    odt.automaticStyles =
-        R"(<style:style style:name="Cols" style:family="section"><style:section-properties>
+    const Odt odt{
+        .automaticStyles =
+            R"(<style:style style:name="Cols" style:family="section"><style:section-properties>
         <style:columns fo:column-count="3"><style:column style:rel-width="1*" fo:start-indent="0in"
         fo:end-indent="0.1in"/><style:column style:rel-width="1*" fo:start-indent="0.1in" fo:end-indent="0.1in"/>
         <style:column style:rel-width="1*" fo:start-indent="0.1in" fo:end-indent="0in"/></style:columns>
@@ -528,13 +528,13 @@ TEST(RtfWriter, CarriesSectionsAndPageNumbersReadFromOdt)
         <style:style style:name="Restart" style:family="paragraph" style:master-page-name="Roman">
         <style:paragraph-properties style:page-number="3"/></style:style>
         <style:page-layout style:name="RomanLayout"><style:page-layout-properties fo:page-width="8.5in"
-        style:num-format="I"/></style:page-layout>)";
-    odt.masterStyles = R"(<style:master-page style:name="Standard"/>
-        <style:master-page style:name="Roman" style:page-layout-name="RomanLayout"/>)";
-    odt.body =
-        R"(<text:p>before</text:p><text:section text:name="S" text:style-name="Cols"><text:p>in three</text:p>
+        style:num-format="I"/></style:page-layout>)",
+        .masterStyles = R"(<style:master-page style:name="Standard"/>
+        <style:master-page style:name="Roman" style:page-layout-name="RomanLayout"/>)",
+        .body =
+            R"(<text:p>before</text:p><text:section text:name="S" text:style-name="Cols"><text:p>in three</text:p>
         </text:section><text:section text:name="T" text:style-name="Even"><text:p>in two</text:p></text:section>
-        <text:p text:style-name="Restart">page three</text:p>)";
+        <text:p text:style-name="Restart">page three</text:p>)"};
     RtfWriter out;
     richtext::OdtReader::read(odt.flat(), out);
     const std::string rtf = out.rtf();
