@@ -47,6 +47,10 @@ struct Version {
     const char *extension;
 };
 inline const Version versions[] = {{"--wp6", "wpd"}, {"--wp5", "wp5"}};
+inline void PrintTo(const Version &version, std::ostream *out)
+{
+    *out << version.option;
+}
 inline std::string versionName(const testing::TestParamInfo<Version> &info)
 {
     return info.param.option + 2;
