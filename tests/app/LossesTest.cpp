@@ -81,6 +81,9 @@ std::vector<Case> cases()
 {
     using namespace richtext;
     const std::string czech = flatOdt("<text:p>\u0160\u00E1rka drove a \u0160koda</text:p>");
+    const auto unreadablePicture = [](const fs::path &work) {
+        return withUnreadablePicture(wordPerfect(work, pictureOdt(gifBase64), "--wp6"));
+    };
     return {
         {"a character Mac Roman lacks",
          "Czech.wp5",
@@ -120,17 +123,13 @@ std::vector<Case> cases()
          std::string(loss::pictureFormats)},
         {"a picture that cannot be read, to ODT",
          "Broken.wpd",
-         [](const fs::path &work) {
-             return withUnreadablePicture(wordPerfect(work, pictureOdt(gifBase64), "--wp6"));
-         },
+         unreadablePicture,
          {"--document-target", "odt"},
          "Broken.odt",
          std::string(loss::unreadablePictures)},
         {"a picture that cannot be read, to RTF",
          "Broken.wpd",
-         [](const fs::path &work) {
-             return withUnreadablePicture(wordPerfect(work, pictureOdt(gifBase64), "--wp6"));
-         },
+         unreadablePicture,
          {"--document-target", "rtf"},
          "Broken.rtf",
          std::string(loss::unreadablePictures)},
@@ -142,11 +141,6 @@ std::vector<Case> cases()
          ""},
     };
 }
-
-class NoPasswords : public PasswordSource {
-public:
-    std::optional<std::string> ask(const std::string &, bool) override { return std::nullopt; }
-};
 
 class Losses : public ::testing::Test {
 protected:
@@ -217,7 +211,7 @@ TEST_F(Losses, TheCompanionSaysWhatWasLostOnTheFilesLineAndInItsReport)
         const fs::path report = source.parent_path() / "report.jsonl";
         std::vector<std::string> args = item.options;
         args.insert(args.end(), {"--report", report.string(), source.string()});
-        NoPasswords passwords;
+        ScriptedPasswords passwords({});
         std::ostringstream out;
         EXPECT_EQ(runCompanion(args, settings, passwords, out, 1), 0) << "a loss is no failure\n"
                                                                       << out.str();
