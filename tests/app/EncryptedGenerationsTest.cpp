@@ -13,8 +13,6 @@
 #include <gtest/gtest.h>
 
 #include <deque>
-#include <fstream>
-#include <iterator>
 #include <sstream>
 
 namespace fs = std::filesystem;
@@ -34,45 +32,19 @@ struct Generation {
     bool textComesBack;
 };
 
-std::string wp5(const std::string &text)
-{
-    // The 16-byte prefix with the document right after it, then the cipher over everything after byte 15.
-    std::string plain{'\xFF', 'W', 'P', 'C', 16, 0, 0, 0, 1, 0x0A, 0, 1, 0, 0, 0, 0};
-    plain += text;
-    const std::uint16_t sum = WordPerfectCipher::checksum(password);
-    plain[12] = static_cast<char>(sum >> 8);
-    plain[13] = static_cast<char>(sum & 0xFF);
-    std::string key;
-    for (const char c : password)
-        key += static_cast<char>(std::toupper(static_cast<unsigned char>(c)));
-    for (std::size_t i = 16; i < plain.size(); ++i) {
-        const std::size_t n = i - 16;
-        plain[i] = static_cast<char>(plain[i] ^ key[n % key.size()] ^
-                                     static_cast<unsigned char>(key.size() + 1 + n));
-    }
-    return plain;
-}
-
 std::vector<Generation> generations()
 {
     return {
-        {"WordPerfect 5", "Minutes5.wp5", wp5("Closed meeting minutes\x0A"), "WordPerfect 5.x", true},
+        {"WordPerfect 5", "Minutes5.wp5",
+         WordPerfectCipher::wp5(std::string{'\xFF', 'W', 'P', 'C', 16, 0, 0, 0, 1, 0x0A, 0, 1, 0, 0, 0, 0} +
+                                    "Closed meeting minutes\x0A",
+                                password),
+         "WordPerfect 5.x", true},
         {"Macintosh", "MinutesMac.wp", WordPerfectCipher::macintosh("Closed meeting minutes\x0D", password),
          "WordPerfect for Macintosh, encrypted", true},
         {"WordPerfect 4.2", "MINUTES.DOC", WordPerfectCipher::wp42("Closed meeting minutes\x0A", password),
          "WordPerfect 4.2, encrypted", false},
     };
-}
-
-void write(const fs::path &file, const std::string &bytes)
-{
-    std::ofstream(file, std::ios::binary) << bytes;
-}
-
-std::string read(const fs::path &file)
-{
-    std::ifstream in(file, std::ios::binary);
-    return {std::istreambuf_iterator<char>(in), std::istreambuf_iterator<char>()};
 }
 
 class EncryptedGenerations : public ::testing::Test {
@@ -88,24 +60,6 @@ protected:
     Settings settings;
 };
 
-class ScriptedPasswords : public PasswordSource {
-public:
-    explicit ScriptedPasswords(std::deque<std::string> answers) : answers(std::move(answers)) {}
-    std::optional<std::string> ask(const std::string &, bool retry) override
-    {
-        retries += retry ? 1 : 0;
-        if (answers.empty())
-            return std::nullopt;
-        auto next = answers.front();
-        answers.pop_front();
-        return next;
-    }
-    int retries = 0;
-
-private:
-    std::deque<std::string> answers;
-};
-
 } // namespace
 
 TEST_F(EncryptedGenerations, AreRecognisedAndConvertWithTheRightPasswordInTheApp)
@@ -113,7 +67,7 @@ TEST_F(EncryptedGenerations, AreRecognisedAndConvertWithTheRightPasswordInTheApp
     for (const auto &generation : generations()) {
         SCOPED_TRACE(generation.name);
         const fs::path source = folder.path() / generation.file;
-        write(source, generation.bytes);
+        writeFile(source, generation.bytes);
         const InputFile file = InputFile::classify(source);
         EXPECT_EQ(file.kind, InputFile::Kind::wpDocument);
         EXPECT_TRUE(file.isEncrypted);
@@ -131,7 +85,7 @@ TEST_F(EncryptedGenerations, AreRecognisedAndConvertWithTheRightPasswordInTheApp
         ASSERT_EQ(prompter.shown.size(), 2u) << "the password, then again after the wrong one";
         EXPECT_TRUE(prompter.shown[0].alert.passwordField);
         EXPECT_TRUE(prompter.shown[1].alert.passwordField);
-        const std::string rtf = read(revealer.revealed[0]);
+        const std::string rtf = readFile(revealer.revealed[0]);
         EXPECT_EQ(rtf.rfind("{\\rtf1", 0), 0u);
         if (generation.textComesBack) {
             EXPECT_NE(rtf.find("Closed meeting minutes"), std::string::npos);
@@ -145,7 +99,7 @@ TEST_F(EncryptedGenerations, ConvertWithTheRightPasswordInTheCompanion)
     for (const auto &generation : generations()) {
         SCOPED_TRACE(generation.name);
         const fs::path source = folder.path() / generation.file;
-        write(source, generation.bytes);
+        writeFile(source, generation.bytes);
         for (const bool onTheCommandLine : {false, true}) {
             std::vector<std::string> args{source.string()};
             if (onTheCommandLine)
@@ -153,10 +107,10 @@ TEST_F(EncryptedGenerations, ConvertWithTheRightPasswordInTheCompanion)
             ScriptedPasswords passwords({"wrong", password});
             std::ostringstream out;
             EXPECT_EQ(runCompanion(args, settings, passwords, out, 1), 0) << out.str();
-            EXPECT_EQ(passwords.retries, onTheCommandLine ? 0 : 1);
+            EXPECT_EQ(passwords.retries(), onTheCommandLine ? 0 : 1);
             const fs::path output = source.parent_path() / (source.stem().string() + ".rtf");
             if (generation.textComesBack) {
-                EXPECT_NE(read(output).find("Closed meeting minutes"), std::string::npos) << out.str();
+                EXPECT_NE(readFile(output).find("Closed meeting minutes"), std::string::npos) << out.str();
             }
             fs::remove(output);
         }

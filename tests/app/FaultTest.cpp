@@ -2,6 +2,7 @@
 // application's engine with the real converters, or stand-ins that crash, hang or babble.
 
 #include "FakeTools.h"
+#include "OdtFile.h"
 #include "ScriptedPrompter.h"
 #include "app/AppDelegate.h"
 #include "settings/Settings.h"
@@ -30,15 +31,6 @@ namespace {
 const fs::path samples = QM_SAMPLES_DIR;
 const fs::path graphic = fs::path(QM_SHARED_DIR) / "corpus" / "wpg" / "WPG.wpg";
 
-std::string flatODT(const std::string &text)
-{
-    return "<?xml version=\"1.0\" encoding=\"UTF-8\"?><office:document "
-           "xmlns:office=\"urn:oasis:names:tc:opendocument:xmlns:office:1.0\" "
-           "xmlns:text=\"urn:oasis:names:tc:opendocument:xmlns:text:1.0\" office:version=\"1.2\" "
-           "office:mimetype=\"application/vnd.oasis.opendocument.text\"><office:body><office:text><text:p>" +
-           text + "</text:p></office:text></office:body></office:document>";
-}
-
 // Mounts made here vanish with the test process: it gets a mount namespace of its own.
 bool mountTmpfs(const fs::path &at, const std::string &options)
 {
@@ -63,14 +55,6 @@ void fill(const fs::path &file)
     ::close(fd);
 }
 
-std::set<std::string> names(const fs::path &folder)
-{
-    std::set<std::string> found;
-    for (const auto &entry : fs::directory_iterator(folder))
-        found.insert(entry.path().filename().string());
-    return found;
-}
-
 // The real wpd2odt, except that files whose arguments mention `held` wait (up to five minutes)
 // until `go` exists.
 void holdWpd2odt(FakeTools &tools, const std::string &held, const fs::path &go)
@@ -91,7 +75,11 @@ protected:
     }
     ~Faults() override { ConversionTools::overrideProgramFolder({}); }
 
-    bool haveSamples() const { return fs::exists(samples / "min51.wp5") && fs::exists(graphic); }
+    void SetUp() override
+    {
+        if (!fs::exists(samples / "min51.wp5"))
+            GTEST_SKIP() << "needs the WordPerfect samples beside the checkout";
+    }
 
     // One input of each job (WordPerfect to ODT and to RTF, graphic to PNG, ODT to WordPerfect 6) in
     // `folder`, each converted with its own setting; returns "message / informative" of each alert.
@@ -123,7 +111,7 @@ protected:
         fs::copy_file(samples / "min51.wp5", folder / "Letter.wp5");
         fs::copy_file(samples / "min51.wp5", folder / "Memo.wp5");
         fs::copy_file(graphic, folder / "Picture.wpg");
-        writeFile(folder / "Note.fodt", flatODT("A note."));
+        writeFile(folder / "Note.fodt", Odt{.body = "<text:p>A note.</text:p>"}.flat());
     }
 
     static inline const std::set<std::string> oneOfEach = {"Letter.wp5", "Memo.wp5", "Picture.wpg",
@@ -140,51 +128,40 @@ const std::string unableToConvert = " / It may be a file type that the conversio
 
 } // namespace
 
-TEST_F(Faults, AFullDiskFailsEachJobAndLeavesNoPartFile)
+// A full disk, then a read-only one: each job fails with the system's words or its own, and leaves
+// the folder as it was.
+TEST_F(Faults, AFullOrReadOnlyDiskFailsEachJobAndIsLeftAsItWas)
 {
-    if (!haveSamples())
-        GTEST_SKIP() << "needs the WordPerfect samples and ../shared/corpus/wpg beside the checkout";
-    const fs::path disk = dir / "disk";
-    if (!mountTmpfs(disk, "size=1m"))
-        GTEST_SKIP() << "cannot mount a small file system here (needs root in a mount namespace)";
-    placeOneOfEach(disk);
-    fill(disk / "filler");
-
-    EXPECT_EQ(convertOneOfEach(disk), (std::vector<std::string>{
-                                          "I was unable to convert Letter.wp5." + unableToConvert,
-                                          "I could not convert Memo.wp5. / " + systemMessage(ENOSPC),
-                                          "I could not convert Picture.wpg. / " + systemMessage(ENOSPC),
-                                          "I was unable to convert Note.fodt." + unableToConvert,
-                                      }));
-    auto expected = oneOfEach;
-    expected.insert("filler");
-    EXPECT_EQ(names(disk), expected) << "no output, no temporary file";
+    if (!fs::exists(graphic))
+        GTEST_SKIP() << "needs ../shared/corpus/wpg beside the checkout";
+    for (const int error : {ENOSPC, EROFS}) {
+        SCOPED_TRACE(systemMessage(error));
+        const fs::path disk = dir / std::to_string(error);
+        if (!mountTmpfs(disk, "size=1m"))
+            GTEST_SKIP() << "cannot mount a small file system here (needs root in a mount namespace)";
+        placeOneOfEach(disk);
+        auto expected = oneOfEach;
+        if (error == ENOSPC) {
+            fill(disk / "filler");
+            expected.insert("filler");
+        } else {
+            ASSERT_TRUE(remountReadOnly(disk));
+        }
+        EXPECT_EQ(convertOneOfEach(disk), (std::vector<std::string>{
+                                              "I was unable to convert Letter.wp5." + unableToConvert,
+                                              "I could not convert Memo.wp5. / " + systemMessage(error),
+                                              "I could not convert Picture.wpg. / " + systemMessage(error),
+                                              "I was unable to convert Note.fodt." + unableToConvert,
+                                          }));
+        EXPECT_EQ(namesIn(disk), expected) << "no output, no temporary file";
+    }
     EXPECT_TRUE(revealer.revealed.empty());
-}
-
-TEST_F(Faults, AReadOnlyFolderFailsEachJobAndIsLeftAsItWas)
-{
-    if (!haveSamples())
-        GTEST_SKIP() << "needs the WordPerfect samples and ../shared/corpus/wpg beside the checkout";
-    const fs::path folder = dir / "readonly";
-    if (!mountTmpfs(folder, "size=4m"))
-        GTEST_SKIP() << "cannot mount a file system here (needs root in a mount namespace)";
-    placeOneOfEach(folder);
-    ASSERT_TRUE(remountReadOnly(folder));
-
-    EXPECT_EQ(convertOneOfEach(folder), (std::vector<std::string>{
-                                            "I was unable to convert Letter.wp5." + unableToConvert,
-                                            "I could not convert Memo.wp5. / " + systemMessage(EROFS),
-                                            "I could not convert Picture.wpg. / " + systemMessage(EROFS),
-                                            "I was unable to convert Note.fodt." + unableToConvert,
-                                        }));
-    EXPECT_EQ(names(folder), oneOfEach);
 }
 
 TEST_F(Faults, ConvertersThatCrashOrBabbleAreJudgedByWhatTheyLeave)
 {
-    if (!haveSamples())
-        GTEST_SKIP() << "needs the WordPerfect samples and ../shared/corpus/wpg beside the checkout";
+    if (!fs::exists(graphic))
+        GTEST_SKIP() << "needs ../shared/corpus/wpg beside the checkout";
     placeOneOfEach(dir.path());
     FakeTools tools;
     // Crashing after a partial write into a temporary file, as a real converter would die.
@@ -196,7 +173,7 @@ TEST_F(Faults, ConvertersThatCrashOrBabbleAreJudgedByWhatTheyLeave)
                                                 "I was unable to convert Picture.wpg." + unableToConvert,
                                                 "I was unable to convert Note.fodt." + unableToConvert,
                                             }));
-    for (const auto &name : names(dir.path()))
+    for (const auto &name : namesIn(dir.path()))
         EXPECT_FALSE(name.ends_with(".odt") || name.ends_with(".rtf") || name.ends_with(".png") ||
                      name.ends_with(".wp6"))
             << name << " was left by a crash";
@@ -221,8 +198,6 @@ TEST_F(Faults, ConvertersThatCrashOrBabbleAreJudgedByWhatTheyLeave)
 
 TEST_F(Faults, AHungConverterHoldsOnlyItsOwnFile)
 {
-    if (!haveSamples())
-        GTEST_SKIP() << "needs the WordPerfect samples beside the checkout";
     FakeTools tools;
     const fs::path go = tools.work("go");
     holdWpd2odt(tools, "Hung", go);
@@ -244,8 +219,6 @@ TEST_F(Faults, AHungConverterHoldsOnlyItsOwnFile)
 
 TEST_F(Faults, InputsRemovedOrReplacedWhileQueuedAreReadWhenTheirTurnComes)
 {
-    if (!haveSamples())
-        GTEST_SKIP() << "needs the WordPerfect samples beside the checkout";
     FakeTools tools;
     const fs::path go = tools.work("go");
     holdWpd2odt(tools, "Hold", go);
@@ -286,8 +259,6 @@ TEST_F(Faults, InputsRemovedOrReplacedWhileQueuedAreReadWhenTheirTurnComes)
 
 TEST_F(Faults, OddNamesAndSymbolicLinksConvertBesideWhatTheUserDropped)
 {
-    if (!haveSamples())
-        GTEST_SKIP() << "needs the WordPerfect samples beside the checkout";
     const std::string longest(251, 'L');
     const std::string odd[] = {"with spaces.wp5", "quotes \"double\" 'single'.wp5",
                                "line\nbreak.wp5", "caf\xE9 latin-1.wp5",
@@ -331,7 +302,7 @@ TEST_F(Faults, OddNamesAndSymbolicLinksConvertBesideWhatTheUserDropped)
     }
     EXPECT_EQ(readFile(dir / "elsewhere" / "precious.odt"), "precious")
         << "a link is replaced, never its target";
-    EXPECT_EQ(names(dir / "elsewhere"), (std::set<std::string>{"real.wp5", "precious.odt"}));
+    EXPECT_EQ(namesIn(dir / "elsewhere"), (std::set<std::string>{"real.wp5", "precious.odt"}));
     EXPECT_EQ(tail.messagesContaining("converted \u2192 ").size(), 9u);
 }
 
@@ -340,8 +311,6 @@ TEST_F(Faults, AOneGigabyteDocumentConverts)
 #ifndef QM_SLOW_TESTS
     GTEST_SKIP() << "a gigabyte through libwpd takes minutes under the sanitizers; in the full suite only";
 #endif
-    if (!haveSamples())
-        GTEST_SKIP() << "needs the WordPerfect samples beside the checkout";
     const fs::path big = dir / "Huge.wp5";
     fs::copy_file(samples / "min51.wp5", big);
     fs::resize_file(big, std::uintmax_t{1} << 30);
@@ -357,8 +326,6 @@ TEST_F(Faults, AOneGigabyteDocumentConverts)
 
 TEST_F(Faults, FilesOfOneNameDroppedTogetherNeverShareAnOutput)
 {
-    if (!haveSamples())
-        GTEST_SKIP() << "needs the WordPerfect samples beside the checkout";
     fs::copy_file(samples / "min51.wp5", dir / "Letter.wp5");
     fs::copy_file(samples / "min6.wpd", dir / "Letter.wpd");
     writeFile(dir / "Letter (1).odt", "older");

@@ -161,22 +161,33 @@ TEST(SingleInstanceTest, ALaterLaunchHandsItsFilesToTheFirst)
     EXPECT_EQ(events[0], files) << "names that are not UTF-8 arrive byte for byte";
 }
 
+// A socket file of this name that no Quillmorph answers on: bound and closed, as a crashed instance
+// leaves it, or listening but never accepting. Returns the descriptor (-1 when closed) and the path.
+std::pair<int, QString> unansweredSocket(const QString &name, bool listening)
+{
+    QLocalServer probe;
+    EXPECT_TRUE(probe.listen(name));
+    const QString path = probe.fullServerName();
+    probe.close();
+    int fd = ::socket(AF_UNIX, SOCK_STREAM, 0);
+    sockaddr_un address{};
+    address.sun_family = AF_UNIX;
+    std::strncpy(address.sun_path, path.toLocal8Bit().constData(), sizeof address.sun_path - 1);
+    EXPECT_EQ(::bind(fd, reinterpret_cast<sockaddr *>(&address), sizeof address), 0);
+    if (listening) {
+        EXPECT_EQ(::listen(fd, 4), 0); // connections wait in the backlog, unanswered
+    } else {
+        ::close(fd);
+        fd = -1;
+    }
+    EXPECT_TRUE(fs::exists(path.toStdString()));
+    return {fd, path};
+}
+
 TEST(SingleInstanceTest, AStaleSocketIsReplaced)
 {
     const QString name = "quillmorph-test-" + QUuid::createUuid().toString(QUuid::Id128);
-    // A socket file that nobody listens on, as a crashed instance leaves it.
-    QLocalServer dead;
-    ASSERT_TRUE(dead.listen(name));
-    const QString path = dead.fullServerName();
-    const int fd = ::socket(AF_UNIX, SOCK_STREAM, 0);
-    sockaddr_un address{};
-    address.sun_family = AF_UNIX;
-    dead.close();
-    std::strncpy(address.sun_path, path.toLocal8Bit().constData(), sizeof address.sun_path - 1);
-    ASSERT_EQ(::bind(fd, reinterpret_cast<sockaddr *>(&address), sizeof address), 0);
-    ::close(fd);
-    ASSERT_TRUE(fs::exists(path.toStdString()));
-
+    unansweredSocket(name, false);
     SingleInstance launch(name);
     EXPECT_EQ(launch.handOff({"/a.wpd"}, 500), SingleInstance::HandOff::noInstance);
     EXPECT_TRUE(launch.listen());
@@ -187,18 +198,7 @@ TEST(SingleInstanceTest, AStaleSocketIsReplaced)
 TEST(SingleInstanceTest, ASilentLiveInstanceKeepsItsSocket)
 {
     const QString name = "quillmorph-test-" + QUuid::createUuid().toString(QUuid::Id128);
-    QLocalServer probe;
-    ASSERT_TRUE(probe.listen(name));
-    const QString path = probe.fullServerName();
-    probe.close();
-    // Listening but never accepting: connections wait in the backlog, unanswered.
-    const int fd = ::socket(AF_UNIX, SOCK_STREAM, 0);
-    sockaddr_un address{};
-    address.sun_family = AF_UNIX;
-    std::strncpy(address.sun_path, path.toLocal8Bit().constData(), sizeof address.sun_path - 1);
-    ASSERT_EQ(::bind(fd, reinterpret_cast<sockaddr *>(&address), sizeof address), 0);
-    ASSERT_EQ(::listen(fd, 4), 0);
-
+    const auto [fd, path] = unansweredSocket(name, true);
     SingleInstance launch(name);
     EXPECT_EQ(launch.handOff({"/a.wpd"}, 300), SingleInstance::HandOff::failed);
     EXPECT_TRUE(fs::exists(path.toStdString())) << "a live instance's socket was removed";

@@ -3,6 +3,7 @@
 // its report, and a conversion that loses nothing says neither.
 
 #include "CompanionRun.h"
+#include "OdtFile.h"
 #include "ScriptedPrompter.h"
 #include "TestSupport.h"
 #include "app/AppDelegate.h"
@@ -25,16 +26,7 @@ namespace {
 
 std::string flatOdt(const std::string &body, const std::string &masterStyles = {})
 {
-    return "<?xml version=\"1.0\" encoding=\"UTF-8\"?><office:document"
-           " xmlns:office=\"urn:oasis:names:tc:opendocument:xmlns:office:1.0\""
-           " xmlns:style=\"urn:oasis:names:tc:opendocument:xmlns:style:1.0\""
-           " xmlns:text=\"urn:oasis:names:tc:opendocument:xmlns:text:1.0\""
-           " xmlns:svg=\"urn:oasis:names:tc:opendocument:xmlns:svg-compatible:1.0\""
-           " xmlns:draw=\"urn:oasis:names:tc:opendocument:xmlns:drawing:1.0\""
-           " office:version=\"1.3\" office:mimetype=\"application/vnd.oasis.opendocument.text\">"
-           "<office:automatic-styles/><office:master-styles>" +
-           masterStyles + "</office:master-styles><office:body><office:text>" + body +
-           "</office:text></office:body></office:document>";
+    return Odt{.masterStyles = masterStyles, .body = body}.flat();
 }
 
 std::string pictureOdt(const std::string &base64)
@@ -89,6 +81,9 @@ std::vector<Case> cases()
 {
     using namespace richtext;
     const std::string czech = flatOdt("<text:p>\u0160\u00E1rka drove a \u0160koda</text:p>");
+    const auto unreadablePicture = [](const fs::path &work) {
+        return withUnreadablePicture(wordPerfect(work, pictureOdt(gifBase64), "--wp6"));
+    };
     return {
         {"a character Mac Roman lacks",
          "Czech.wp5",
@@ -128,17 +123,13 @@ std::vector<Case> cases()
          std::string(loss::pictureFormats)},
         {"a picture that cannot be read, to ODT",
          "Broken.wpd",
-         [](const fs::path &work) {
-             return withUnreadablePicture(wordPerfect(work, pictureOdt(gifBase64), "--wp6"));
-         },
+         unreadablePicture,
          {"--document-target", "odt"},
          "Broken.odt",
          std::string(loss::unreadablePictures)},
         {"a picture that cannot be read, to RTF",
          "Broken.wpd",
-         [](const fs::path &work) {
-             return withUnreadablePicture(wordPerfect(work, pictureOdt(gifBase64), "--wp6"));
-         },
+         unreadablePicture,
          {"--document-target", "rtf"},
          "Broken.rtf",
          std::string(loss::unreadablePictures)},
@@ -150,11 +141,6 @@ std::vector<Case> cases()
          ""},
     };
 }
-
-class NoPasswords : public PasswordSource {
-public:
-    std::optional<std::string> ask(const std::string &, bool) override { return std::nullopt; }
-};
 
 class Losses : public ::testing::Test {
 protected:
@@ -225,7 +211,7 @@ TEST_F(Losses, TheCompanionSaysWhatWasLostOnTheFilesLineAndInItsReport)
         const fs::path report = source.parent_path() / "report.jsonl";
         std::vector<std::string> args = item.options;
         args.insert(args.end(), {"--report", report.string(), source.string()});
-        NoPasswords passwords;
+        ScriptedPasswords passwords({});
         std::ostringstream out;
         EXPECT_EQ(runCompanion(args, settings, passwords, out, 1), 0) << "a loss is no failure\n"
                                                                       << out.str();

@@ -175,15 +175,6 @@ TEST(InputFile, VersionFamilyNamesThePrefix)
     EXPECT_EQ(versionFamily(prefix(8)), "WordPerfect prefix cut short");
 }
 
-TEST(InputFile, ExtensionSetsHoldTheKnownNames)
-{
-    EXPECT_EQ(InputFile::wpDocumentExtensions(),
-              (std::unordered_set<std::string>{"wp", "wp4", "wp5", "wp6", "wpd", "wpt"}));
-    EXPECT_EQ(InputFile::wpGraphicExtensions(), (std::unordered_set<std::string>{"wpg"}));
-    EXPECT_EQ(InputFile::officeExtensions(),
-              (std::unordered_set<std::string>{"docx", "doc", "rtf", "html", "htm", "txt", "text"}));
-}
-
 // Where the bytes leave it open, libwpd decides; plain text stays text whatever its heuristics say.
 TEST(InputFile, LibwpdRecognisesWhatThePrefixDoesNotShow)
 {

@@ -1,5 +1,5 @@
+#include "CompanionRun.h"
 #include "FakeTools.h"
-#include "Companion.h"
 #include "settings/Settings.h"
 #include "tools/OfficeImport.h"
 
@@ -16,26 +16,6 @@ namespace fs = std::filesystem;
 using namespace testing_support;
 
 namespace {
-
-class ScriptedPasswords : public PasswordSource {
-public:
-    explicit ScriptedPasswords(std::deque<std::optional<std::string>> answers) : answers(std::move(answers))
-    {
-    }
-    std::optional<std::string> ask(const std::string &name, bool retry) override
-    {
-        asked.push_back(name + (retry ? " (retry)" : ""));
-        if (answers.empty())
-            return std::nullopt;
-        auto answer = answers.front();
-        answers.pop_front();
-        return answer;
-    }
-    std::vector<std::string> asked;
-
-private:
-    std::deque<std::optional<std::string>> answers;
-};
 
 std::vector<std::uint8_t> wordPerfectHeader(bool encrypted)
 {
@@ -59,22 +39,9 @@ protected:
     }
     fs::path docs() const { return tools.work("docs"); }
 
-    int run(std::vector<std::string> args, PasswordSource &passwords)
+    int run(const std::vector<std::string> &args, PasswordSource &passwords)
     {
-        const auto parsed = parseArguments(args, 2);
-        if (!std::holds_alternative<CompanionOptions>(parsed)) {
-            ADD_FAILURE() << "arguments refused";
-            return -1;
-        }
-        Companion companion(std::get<CompanionOptions>(parsed), settings, passwords, out);
-        int status = -1;
-        QObject::connect(&companion, &Companion::finished, [&](int s) { status = s; });
-        if (std::get<CompanionOptions>(parsed).dryRun)
-            return companion.dryRun();
-        companion.start();
-        if (!waitUntil([&] { return status != -1; }))
-            ADD_FAILURE() << "the companion never finished";
-        return status;
+        return runCompanion(args, settings, passwords, out);
     }
 
     FakeTools tools;

@@ -1,6 +1,5 @@
 #include "WordPerfectFixtures.h"
 
-#include <cctype>
 #include <cstdint>
 #include <random>
 
@@ -24,25 +23,6 @@ std::string WordPerfectFixtures::wp51(const std::vector<std::string> &paragraphs
     std::string document = prefix(16, 0, 1);
     for (const std::string &paragraph : paragraphs)
         document += paragraph + '\x0A';
-    return document;
-}
-
-std::string WordPerfectFixtures::encryptWp5(std::string document, const std::string &password)
-{
-    std::string key;
-    for (const char c : password)
-        key += static_cast<char>(std::toupper(static_cast<unsigned char>(c)));
-    uint16_t checksum = 0;
-    for (const char c : key)
-        checksum = static_cast<uint16_t>(((checksum >> 1) | (checksum << 15)) ^
-                                         (static_cast<unsigned char>(c) << 8));
-    document[12] = static_cast<char>(checksum >> 8);
-    document[13] = static_cast<char>(checksum & 0xFF);
-    for (size_t i = 16; i < document.size(); ++i) {
-        const size_t n = i - 16;
-        const auto mask = static_cast<unsigned char>(key.size() + 1 + n);
-        document[i] = static_cast<char>(document[i] ^ key[n % key.size()] ^ mask);
-    }
     return document;
 }
 

@@ -10,10 +10,6 @@ public:
     // by a hard return.
     static std::string wp51(const std::vector<std::string> &paragraphs);
 
-    // The document encrypted as WordPerfect 5 does it: key checksum in bytes 12-13, everything
-    // after the prefix XORed with the upper-cased password and a running counter.
-    static std::string encryptWp5(std::string document, const std::string &password);
-
     // A WordPerfect 5.1 prefix whose document pointer lies past the end of the file.
     static std::string truncatedWp51();
     // A WordPerfect 6 prefix followed by bytes that are no WordPerfect structure.

@@ -3,6 +3,7 @@
 #include "OdtFile.h"
 #include "ProgramRun.h"
 #include "TestFiles.h"
+#include "WordPerfectCipher.h"
 #include "WordPerfectFixtures.h"
 
 #include <gtest/gtest.h>
@@ -24,8 +25,8 @@ std::set<std::string> secretWords()
 
 std::string writeEncryptedFixture(const testing_support::TempDir &folder)
 {
-    return folder.write("secret.wp",
-                        WordPerfectFixtures::encryptWp5(WordPerfectFixtures::wp51(paragraphs), password));
+    return folder.write("secret.wp", testing_support::WordPerfectCipher::wp5(
+                                         WordPerfectFixtures::wp51(paragraphs), password));
 }
 
 bool containsAll(const std::set<std::string> &words, const std::set<std::string> &wanted)
@@ -122,7 +123,8 @@ TEST(PasswordTest, EncryptedSampleMatchesThePlainOne)
     if (plain.empty())
         GTEST_SKIP() << "min51.wp5 not found in " << QM_SAMPLES_DIR;
     testing_support::TempDir folder;
-    const std::string source = folder.write("secret.wp5", WordPerfectFixtures::encryptWp5(plain, password));
+    const std::string source =
+        folder.write("secret.wp5", testing_support::WordPerfectCipher::wp5(plain, password));
     const ProgramRun decrypted = ProgramRun::of({WPD2ODT_PATH, "--stdout", "--password", password, source});
     const ProgramRun reference =
         ProgramRun::of({WPD2ODT_PATH, "--stdout", std::string(QM_SAMPLES_DIR) + "/min51.wp5"});

@@ -1,5 +1,7 @@
 #include "engine/ClassicRTF.h"
+#include "EngineRun.h"
 #include "FakeTools.h"
+#include "OdtFile.h"
 #include "support/ConversionError.h"
 #include "engine/Converter.h"
 #include "render/RTFDowngrade.h"
@@ -13,9 +15,6 @@
 
 #include <cerrno>
 
-#include <QCoreApplication>
-#include <QThread>
-
 namespace fs = std::filesystem;
 using namespace testing_support;
 
@@ -26,16 +25,10 @@ const std::string words = "Caf\xC3\xA9 \xE2\x80\x9Cquoted\xE2\x80\x9D \xC5\xA0 \
 
 std::string flatOdt()
 {
-    return "<?xml version=\"1.0\" encoding=\"UTF-8\"?><office:document "
-           "xmlns:office=\"urn:oasis:names:tc:opendocument:xmlns:office:1.0\" "
-           "xmlns:style=\"urn:oasis:names:tc:opendocument:xmlns:style:1.0\" "
-           "xmlns:text=\"urn:oasis:names:tc:opendocument:xmlns:text:1.0\" "
-           "xmlns:fo=\"urn:oasis:names:tc:opendocument:xmlns:xsl-fo-compatible:1.0\" office:version=\"1.1\">"
-           "<office:automatic-styles><style:style style:name=\"B\" "
-           "style:family=\"text\"><style:text-properties "
-           "fo:font-weight=\"bold\"/></style:style></office:automatic-styles><office:body><office:text>"
-           "<text:p><text:span text:style-name=\"B\">Bold</text:span> " +
-           words + "</text:p></office:text></office:body></office:document>";
+    return Odt{.automaticStyles = R"(<style:style style:name="B" style:family="text"><style:text-properties
+               fo:font-weight="bold"/></style:style>)",
+               .body = R"(<text:p><text:span text:style-name="B">Bold</text:span> )" + words + "</text:p>"}
+        .flat();
 }
 
 std::string html()
@@ -87,6 +80,8 @@ TEST_P(WriteClassicRTF, WritesTheDocumentInTheCharset)
     const std::string written = readFile(to);
     for (const std::string &part : GetParam().contains)
         EXPECT_NE(written.find(part), std::string::npos) << "no " << part << " in\n" << written;
+    EXPECT_EQ(written.find("ansi") == std::string::npos, GetParam().charset == RTFCharset::mac)
+        << "Mac holds no \\ansi nor \\ansicpg";
     EXPECT_EQ(written, RTFDowngrade::classic(modernRTF(document),
                                              Converter::steps::downgradeCharset(GetParam().charset)))
         << "the file is the classic rewriting, byte for byte";
@@ -102,16 +97,6 @@ INSTANTIATE_TEST_SUITE_P(ClassicRTF, WriteClassicRTF,
                                          Case{Decoded::Type::openDocumentText, RTFCharset::mac, mac},
                                          Case{Decoded::Type::html, RTFCharset::ansi, ansi},
                                          Case{Decoded::Type::html, RTFCharset::mac, mac}));
-
-TEST(WriteClassicRTF, MacHoldsNoAnsi)
-{
-    TempDir dir;
-    Converter::steps::writeClassicRTF(decoded(Decoded::Type::openDocumentText), RTFCharset::mac,
-                                      dir / "m.rtf");
-    const std::string written = readFile(dir / "m.rtf");
-    EXPECT_EQ(written.find("\\ansi"), std::string::npos);
-    EXPECT_EQ(written.find("ansicpg"), std::string::npos);
-}
 
 struct Unreadable {
     const char *why;
@@ -165,26 +150,11 @@ TEST(WriteClassicRTF, AFailedWriteIsThePlatformsError)
     }
 }
 
-// The whole job, with stand-ins for the converters.
-struct Job {
-    std::exception_ptr outcome;
-    int calls = 0;
-    bool onMainThread = false;
-
-    Job(const FakeTools &tools, RTFCharset charset, const fs::path &to)
-    {
-        Converter::perform(JobCase::wpToRTF{tools.work("Letter.wpd"), std::nullopt, charset}, to,
-                           [this](Converter::Outcome result, const Converter::Losses &) {
-                               ++calls;
-                               onMainThread =
-                                   QThread::currentThread() == QCoreApplication::instance()->thread();
-                               outcome = result;
-                           });
-        if (!waitUntil([this] { return calls > 0; }))
-            ADD_FAILURE() << "no completion";
-        waitUntil([] { return false; }, 0.1);
-    }
-};
+// The whole job, with stand-ins for the converters: "success" or the error.
+std::string wpToRTF(const FakeTools &tools, RTFCharset charset, const fs::path &to)
+{
+    return outcomeText(performAndWait(JobCase::wpToRTF{tools.work("Letter.wpd"), std::nullopt, charset}, to));
+}
 
 TEST(WordPerfectToRTF, ConvertsThroughWpd2odt)
 {
@@ -193,10 +163,7 @@ TEST(WordPerfectToRTF, ConvertsThroughWpd2odt)
     tools.add("wpd2odt", "cat '" + tools.work("decoded.fodt").string() + "'");
     const fs::path to = tools.work("Letter.rtf");
     writeFile(to, "older");
-    const Job job(tools, RTFCharset::mac, to);
-    EXPECT_EQ(job.calls, 1);
-    EXPECT_TRUE(job.onMainThread);
-    EXPECT_EQ(job.outcome, nullptr);
+    EXPECT_EQ(wpToRTF(tools, RTFCharset::mac, to), "success");
     EXPECT_EQ(readFile(to), RTFDowngrade::classic(modernRTF(decoded(Decoded::Type::openDocumentText)),
                                                   RTFDowngrade::Charset::mac));
     EXPECT_EQ(tools.argsOf("wpd2odt"), "--stdout " + tools.work("Letter.wpd").string() + "\n");
@@ -208,8 +175,7 @@ TEST(WordPerfectToRTF, FallsBackToWpd2html)
     writeFile(tools.work("decoded.html"), html());
     tools.add("wpd2odt", "exit 1");
     tools.add("wpd2html", "cat '" + tools.work("decoded.html").string() + "'");
-    const Job job(tools, RTFCharset::ansi, tools.work("Letter.rtf"));
-    EXPECT_EQ(job.outcome, nullptr);
+    EXPECT_EQ(wpToRTF(tools, RTFCharset::ansi, tools.work("Letter.rtf")), "success");
     EXPECT_NE(readFile(tools.work("Letter.rtf")).find("Caf\\'e9"), std::string::npos);
 }
 
@@ -221,28 +187,11 @@ TEST(WordPerfectToRTF, PassesFailuresOnAndLeavesTheDestinationAlone)
 
     tools.add("wpd2odt", "exit 1");
     tools.add("wpd2html", "exit 1");
-    const Job nothing(tools, RTFCharset::ansi, to);
-    ASSERT_TRUE(nothing.outcome);
-    try {
-        std::rethrow_exception(nothing.outcome);
-    } catch (const ConversionError &error) {
-        EXPECT_EQ(error, ConversionError::conversionFailed(""));
-    } catch (...) {
-        ADD_FAILURE() << "not a ConversionError";
-    }
+    EXPECT_EQ(wpToRTF(tools, RTFCharset::ansi, to), "conversionFailed(\"\")");
     EXPECT_EQ(readFile(to), "older");
 
     tools.add("wpd2odt", "printf 'this is no document'");
-    const Job unreadable(tools, RTFCharset::ansi, to);
-    EXPECT_EQ(unreadable.calls, 1);
-    ASSERT_TRUE(unreadable.outcome);
-    try {
-        std::rethrow_exception(unreadable.outcome);
-    } catch (const PlatformError &error) {
-        EXPECT_NE(std::string(error.what()).find("OpenDocument"), std::string::npos) << error.what();
-    } catch (...) {
-        ADD_FAILURE() << "not a PlatformError";
-    }
+    EXPECT_NE(wpToRTF(tools, RTFCharset::ansi, to).find("OpenDocument"), std::string::npos);
     EXPECT_EQ(readFile(to), "older");
 }
 

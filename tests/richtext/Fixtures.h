@@ -1,5 +1,6 @@
 #pragma once
 
+#include "OdtFile.h"
 #include "richtext/Document.h"
 #include "richtext/InflateLimits.h"
 
@@ -13,27 +14,6 @@
 // readers make of them.
 namespace fixtures {
 
-// A zip archive of the entries, in order; `compress` deflates them (mimetype always stored).
-std::string zipOf(const std::vector<std::pair<std::string, std::string>> &entries, bool compress = true);
-
-// The parts of an OpenDocument text; each holds the XML inside its element.
-struct Odt {
-    std::string fontFaces;
-    std::string styles;          // office:styles
-    std::string automaticStyles; // office:automatic-styles (of the content)
-    std::string masterStyles;    // office:master-styles
-    std::string body;            // office:text
-
-    std::string flat() const;
-    // content.xml and styles.xml in a package; master pages and their layouts go to styles.xml.
-    std::string package(const std::vector<std::pair<std::string, std::string>> &extra = {}) const;
-    std::string contentXml() const;
-    std::string stylesXml() const;
-};
-
-// The root element with every ODF namespace declared.
-std::string odfRoot(const char *element);
-
 richtext::Document readOdt(const std::string &bytes, richtext::InflateLimits limits = {});
 richtext::Document readHtml(const std::string &bytes);
 
@@ -45,6 +25,11 @@ std::string property(const richtext::Properties &properties, const std::string &
 
 // A document that uses every callback our writers implement, told to `sink`.
 void everything(librevenge::RVNGTextInterface &sink);
+
+// A PNG's signature and size alone: 2 by 3 pixels.
+std::string png2x3();
+// office:binary-data of these bytes.
+librevenge::RVNGBinaryData binary(const std::string &bytes);
 
 // Whether the groups of an RTF text open and close in pairs, escapes aside.
 bool balanced(const std::string &rtf);

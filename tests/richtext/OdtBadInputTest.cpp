@@ -13,8 +13,7 @@ namespace {
 
 Odt oneParagraph(const std::string &text = "fine")
 {
-    Odt odt;
-    odt.body = "<text:p>" + text + "</text:p>";
+    const Odt odt{.body = "<text:p>" + text + "</text:p>"};
     return odt;
 }
 
@@ -200,24 +199,25 @@ INSTANTIATE_TEST_SUITE_P(
                  },
                  "",
                  {"no styles"}},
-        BadInput{"elements nobody knows",
-                 [] {
-                     Odt odt;
-                     odt.body =
-                         R"(<text:p>keep <x:y xmlns:x="urn:x">inner</x:y> this<text:unknown>too</text:unknown>
-                          </text:p><x:block xmlns:x="urn:x"><text:p>para in unknown</text:p></x:block>)";
-                     return odt.flat();
-                 },
-                 "",
-                 {"keep inner thistoo ", "para in unknown"}},
+        BadInput{
+            "elements nobody knows",
+            [] {
+                const Odt odt{
+                    .body =
+                        R"(<text:p>keep <x:y xmlns:x="urn:x">inner</x:y> this<text:unknown>too</text:unknown>
+                          </text:p><x:block xmlns:x="urn:x"><text:p>para in unknown</text:p></x:block>)"};
+                return odt.flat();
+            },
+            "",
+            {"keep inner thistoo ", "para in unknown"}},
         BadInput{"very deep nesting", [] { return nested(1500); }, "", {""}},
         BadInput{"absurd repeat counts",
                  [] {
-                     Odt odt;
-                     odt.body = R"(<table:table><table:table-row table:number-rows-repeated="2000000000">
+                     const Odt odt{
+                         .body = R"(<table:table><table:table-row table:number-rows-repeated="2000000000">
                           <table:table-cell
                               table:number-columns-repeated="2000000000"/></table:table-row></table:table>
-                              <text:p>after</text:p>)";
+                              <text:p>after</text:p>)"};
                      return odt.flat();
                  },
                  "",

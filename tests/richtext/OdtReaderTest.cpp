@@ -11,16 +11,16 @@ namespace {
 // The same small document in both forms must read the same.
 Odt letter()
 {
-    Odt odt;
-    odt.fontFaces = R"(<style:font-face style:name="Serif1" svg:font-family="'Liberation Serif'"/>)";
-    odt.styles =
-        R"(<style:default-style style:family="paragraph"><style:text-properties
+    const Odt odt{
+        .fontFaces = R"(<style:font-face style:name="Serif1" svg:font-family="'Liberation Serif'"/>)",
+        .styles =
+            R"(<style:default-style style:family="paragraph"><style:text-properties
             fo:font-size="12pt"/></style:default-style>
         <style:style style:name="Standard" style:family="paragraph"/>
         <style:style style:name="Emphasis" style:family="text"><style:text-properties
-            fo:font-style="italic"/></style:style>)";
-    odt.automaticStyles =
-        R"(<style:style style:name="P1" style:family="paragraph" style:parent-style-name="Standard">
+            fo:font-style="italic"/></style:style>)",
+        .automaticStyles =
+            R"(<style:style style:name="P1" style:family="paragraph" style:parent-style-name="Standard">
             <style:paragraph-properties fo:text-align="center" fo:margin-left="2.54cm"/>
             <style:text-properties style:font-name="Serif1"/></style:style>
         <style:style style:name="T1" style:family="text"><style:text-properties
@@ -28,11 +28,11 @@ Odt letter()
         <style:page-layout style:name="PL1"><style:page-layout-properties fo:page-width="8.5in"
             fo:page-height="11in"
             fo:margin-left="1in" fo:margin-right="1in" fo:margin-top="1in" fo:margin-bottom="1in"/>
-            </style:page-layout>)";
-    odt.masterStyles = R"(<style:master-page style:name="Standard" style:page-layout-name="PL1">
-        <style:header><text:p>Head</text:p></style:header></style:master-page>)";
-    odt.body = R"(<text:p text:style-name="P1">Caf&#xE9; <text:span text:style-name="T1">bold</text:span> and
-        <text:span text:style-name="Emphasis">slanted</text:span></text:p><text:p>second</text:p>)";
+            </style:page-layout>)",
+        .masterStyles = R"(<style:master-page style:name="Standard" style:page-layout-name="PL1">
+        <style:header><text:p>Head</text:p></style:header></style:master-page>)",
+        .body = R"(<text:p text:style-name="P1">Caf&#xE9; <text:span text:style-name="T1">bold</text:span> and
+        <text:span text:style-name="Emphasis">slanted</text:span></text:p><text:p>second</text:p>)"};
     return odt;
 }
 
@@ -92,10 +92,8 @@ class StyleInheritance : public testing::TestWithParam<Inheritance> {};
 
 TEST_P(StyleInheritance, GivesTheResolvedProperty)
 {
-    Odt odt;
-    odt.styles = GetParam().styles;
-    odt.automaticStyles = GetParam().automatic;
-    odt.body = GetParam().paragraph;
+    const Odt odt{
+        .styles = GetParam().styles, .automaticStyles = GetParam().automatic, .body = GetParam().paragraph};
     const richtext::Document document = readOdt(odt.flat());
     const Inline *piece = pieceWith(document, "x");
     ASSERT_TRUE(piece);
@@ -154,24 +152,22 @@ INSTANTIATE_TEST_SUITE_P(
 
 TEST(OdtReader, CollapsesWhitespaceAsOdfSays)
 {
-    Odt odt;
-    odt.body = "<text:p>  lead   and\n\ttrail <text:s "
-               "text:c=\"3\"/>spaced<text:tab/>tab<text:line-break/>next </text:p>";
+    const Odt odt{.body = "<text:p>  lead   and\n\ttrail <text:s "
+                          "text:c=\"3\"/>spaced<text:tab/>tab<text:line-break/>next </text:p>"};
     EXPECT_EQ(texts(readOdt(odt.flat())), (std::vector<std::string>{"lead and trail    spaced\ttab\nnext "}));
 }
 
 TEST(OdtReader, ReadsListsWithTheirLabels)
 {
-    Odt odt;
-    odt.automaticStyles = R"~(<text:list-style style:name="L1">
+    const Odt odt{.automaticStyles = R"~(<text:list-style style:name="L1">
         <text:list-level-style-number text:level="1" style:num-format="A" style:num-suffix="."
             text:start-value="2"/>
         <text:list-level-style-number text:level="2" style:num-format="i" style:num-prefix="("
             style:num-suffix=")"/>
         </text:list-style><text:list-style style:name="L2"><text:list-level-style-bullet text:level="1"
         text:bullet-char="*"/></text:list-style><text:list-style style:name="L3"><text:list-level-style-image
-        text:level="1" xlink:href="Pictures/dot.png"/></text:list-style>)~";
-    odt.body = R"(<text:list text:style-name="L1">
+        text:level="1" xlink:href="Pictures/dot.png"/></text:list-style>)~",
+                  .body = R"(<text:list text:style-name="L1">
         <text:list-item><text:p>one</text:p>
           <text:list><text:list-item><text:p>inner</text:p></text:list-item>
                      <text:list-item><text:p>inner two</text:p></text:list-item></text:list></text:list-item>
@@ -182,7 +178,7 @@ TEST(OdtReader, ReadsListsWithTheirLabels)
         <text:list text:style-name="L2"><text:list-item><text:p>dot</text:p></text:list-item></text:list>
         <text:list text:style-name="L1"><text:list-item text:start-value="7"><text:p>seventh</text:p>
         </text:list-item><text:list-item><text:p>eighth</text:p></text:list-item></text:list>
-        <text:list text:style-name="L3"><text:list-item><text:p>pictured</text:p></text:list-item></text:list>)";
+        <text:list text:style-name="L3"><text:list-item><text:p>pictured</text:p></text:list-item></text:list>)"};
     const richtext::Document document = readOdt(odt.flat());
     std::vector<std::tuple<std::string, int, std::string>> seen;
     for (const richtext::Paragraph *paragraph : document.paragraphs())
@@ -197,14 +193,13 @@ TEST(OdtReader, ReadsListsWithTheirLabels)
 
 TEST(OdtReader, NumbersContinuedListsLevelByLevelAsWordProcessorsDo)
 {
-    Odt odt;
-    odt.automaticStyles = R"~(<text:list-style style:name="L1">
+    const Odt odt{.automaticStyles = R"~(<text:list-style style:name="L1">
         <text:list-level-style-number text:level="1" style:num-format="1" style:num-suffix=")"/>
         <text:list-level-style-number text:level="2" style:num-format="a" style:num-suffix=")"/>
         <text:list-level-style-number text:level="3" style:num-format="i" loext:num-list-format="%1%.%2%.%3%"
             text:display-levels="1"/>
-        </text:list-style>)~";
-    odt.body = R"(<text:list xml:id="first" text:style-name="L1">
+        </text:list-style>)~",
+                  .body = R"(<text:list xml:id="first" text:style-name="L1">
         <text:list-item><text:p>one</text:p><text:list><text:list-item><text:p>one a</text:p>
           <text:list><text:list-item><text:p>deep</text:p></text:list-item></text:list></text:list-item>
         </text:list></text:list-item></text:list>
@@ -215,7 +210,7 @@ TEST(OdtReader, NumbersContinuedListsLevelByLevelAsWordProcessorsDo)
           <text:list-item><text:p>two</text:p></text:list-item></text:list>
         <text:list text:style-name="L1"><text:list-item><text:list><text:list-item><text:p>under nothing</text:p>
           </text:list-item></text:list></text:list-item><text:list-item><text:p>after it</text:p></text:list-item>
-        </text:list>)";
+        </text:list>)"};
     const richtext::Document document = readOdt(odt.flat());
     std::vector<std::pair<std::string, std::string>> seen;
     for (const richtext::Paragraph *paragraph : document.paragraphs())
@@ -237,17 +232,17 @@ TEST(OdtReader, NumbersContinuedListsLevelByLevelAsWordProcessorsDo)
 
 TEST(OdtReader, NumbersHeadingsFromTheOutlineStyle)
 {
-    Odt odt;
-    odt.styles = R"(<text:outline-style style:name="Outline">
+    const Odt odt{
+        .styles = R"(<text:outline-style style:name="Outline">
         <text:outline-level-style text:level="1" style:num-format="1" style:num-suffix="."/>
         <text:outline-level-style text:level="2" style:num-format="1" text:display-levels="2"><style:list-level-properties>
           <style:list-level-label-alignment text:label-followed-by="listtab"/></style:list-level-properties>
         </text:outline-level-style>
-        <text:outline-level-style text:level="3" style:num-format=""/></text:outline-style>)";
-    odt.body = R"(<text:h text:outline-level="1">Intro</text:h><text:h text:outline-level="2">Scope</text:h>
+        <text:outline-level-style text:level="3" style:num-format=""/></text:outline-style>)",
+        .body = R"(<text:h text:outline-level="1">Intro</text:h><text:h text:outline-level="2">Scope</text:h>
         <text:h text:outline-level="2">Terms</text:h><text:h text:outline-level="3">Plain</text:h>
         <text:h text:outline-level="1">Method</text:h><text:h text:outline-level="2">Data</text:h>
-        <text:h text:outline-level="1" text:is-list-header="true">Unnumbered</text:h>)";
+        <text:h text:outline-level="1" text:is-list-header="true">Unnumbered</text:h>)"};
     EXPECT_EQ(texts(readOdt(odt.flat())),
               (std::vector<std::string>{"1. Intro", "1.1\tScope", "1.2\tTerms", "Plain", "2. Method",
                                         "2.1\tData", "Unnumbered"}));
@@ -255,22 +250,21 @@ TEST(OdtReader, NumbersHeadingsFromTheOutlineStyle)
 
 TEST(OdtReader, KeepsTheBaseOfRubyTextAsTextExportsDo)
 {
-    Odt odt;
-    odt.body =
-        R"(<text:p>see <text:ruby><text:ruby-base>base</text:ruby-base><text:ruby-text>aid</text:ruby-text>
-        </text:ruby> here</text:p>)";
+    const Odt odt{
+        .body =
+            R"(<text:p>see <text:ruby><text:ruby-base>base</text:ruby-base><text:ruby-text>aid</text:ruby-text>
+        </text:ruby> here</text:p>)"};
     EXPECT_EQ(texts(readOdt(odt.flat())), (std::vector<std::string>{"see base here"}));
 }
 
 TEST(OdtReader, ShowsTrackedDeletionsStruckOutWhereTheyStood)
 {
-    Odt odt;
-    odt.body = R"(<text:tracked-changes><text:changed-region text:id="c1"><text:deletion>
+    const Odt odt{.body = R"(<text:tracked-changes><text:changed-region text:id="c1"><text:deletion>
         <office:change-info><dc:creator>A</dc:creator></office:change-info>
         <text:p>removed words</text:p><text:p>and more<text:change text:change-id="c1"/></text:p></text:deletion>
         </text:changed-region><text:changed-region text:id="c2"><text:insertion/></text:changed-region>
         </text:tracked-changes>
-        <text:p>kept <text:change text:change-id="c1"/>after<text:change text:change-id="c2"/></text:p>)";
+        <text:p>kept <text:change text:change-id="c1"/>after<text:change text:change-id="c2"/></text:p>)"};
     const richtext::Document document = readOdt(odt.flat());
     EXPECT_EQ(texts(document), (std::vector<std::string>{"kept removed words and moreafter"}));
     const richtext::Inline *removed = nullptr;
@@ -283,12 +277,12 @@ TEST(OdtReader, ShowsTrackedDeletionsStruckOutWhereTheyStood)
 
 TEST(OdtReader, ReadsTablesWithSpansAndRepeats)
 {
-    Odt odt;
-    odt.automaticStyles = R"(<style:style style:name="C1" style:family="table-column">
+    const Odt odt{
+        .automaticStyles = R"(<style:style style:name="C1" style:family="table-column">
         <style:table-column-properties style:column-width="1in"/></style:style>
         <style:style style:name="Cell" style:family="table-cell"><style:table-cell-properties
-        fo:background-color="#ff0000"/></style:style>)";
-    odt.body = R"(<table:table><table:table-column table:style-name="C1" table:number-columns-repeated="3"/>
+        fo:background-color="#ff0000"/></style:style>)",
+        .body = R"(<table:table><table:table-column table:style-name="C1" table:number-columns-repeated="3"/>
         <table:table-header-rows><table:table-row>
           <table:table-cell table:number-columns-spanned="2"
               table:style-name="Cell"><text:p>wide</text:p></table:table-cell>
@@ -304,7 +298,7 @@ TEST(OdtReader, ReadsTablesWithSpansAndRepeats)
           <text:p>inner</text:p>
           </table:table-cell></table:table-row></table:table></table:table-cell><table:table-cell/>
           </table:table-row>
-        </table:table>)";
+        </table:table>)"};
     const richtext::Document document = readOdt(odt.flat());
     const std::vector<const richtext::Table *> tables = document.tables();
     ASSERT_EQ(tables.size(), 3u) << "the repeated row holds an inner table each time";
@@ -328,14 +322,13 @@ TEST(OdtReader, ReadsTablesWithSpansAndRepeats)
 TEST(OdtReader, PlacesCellsThatSpansPushAsideWhenCoveredCellsAreLeftOut)
 {
     // libodfgen writes no covered cells; a cell goes to the next slot no span covers.
-    Odt odt;
-    odt.body = R"(<table:table><table:table-column table:number-columns-repeated="4"/>
+    const Odt odt{.body = R"(<table:table><table:table-column table:number-columns-repeated="4"/>
         <table:table-row><table:table-cell table:number-rows-spanned="2"><text:p>A</text:p></table:table-cell>
           <table:table-cell table:number-columns-spanned="2"><text:p>B</text:p></table:table-cell>
           <table:table-cell
               table:number-rows-spanned="2"><text:p>C</text:p></table:table-cell></table:table-row>
         <table:table-row><table:table-cell><text:p>D</text:p></table:table-cell>
-          <table:table-cell><text:p>E</text:p></table:table-cell></table:table-row></table:table>)";
+          <table:table-cell><text:p>E</text:p></table:table-cell></table:table-row></table:table>)"};
     const richtext::Document document = readOdt(odt.flat());
     const richtext::Table &table = *document.tables().at(0);
     std::vector<std::vector<std::string>> grid;
@@ -350,12 +343,12 @@ TEST(OdtReader, PlacesCellsThatSpansPushAsideWhenCoveredCellsAreLeftOut)
 
 TEST(OdtReader, ReadsNotesInPlace)
 {
-    Odt odt;
-    odt.body = R"(<text:p>See<text:note text:note-class="footnote"><text:note-citation>1</text:note-citation>
+    const Odt odt{
+        .body = R"(<text:p>See<text:note text:note-class="footnote"><text:note-citation>1</text:note-citation>
         <text:note-body><text:p>The note.</text:p><text:p>Its second paragraph.</text:p></text:note-body>
         </text:note>
         and<text:note text:note-class="endnote"><text:note-citation>i</text:note-citation><text:note-body>
-        <text:p>At the end.</text:p></text:note-body></text:note> more.</text:p>)";
+        <text:p>At the end.</text:p></text:note-body></text:note> more.</text:p>)"};
     const richtext::Document document = readOdt(odt.flat());
     EXPECT_EQ(texts(document), (std::vector<std::string>{"See and more."})) << "note text is not main text";
     const std::vector<const Inline *> footnotes = document.notes(Inline::Kind::footnote);
@@ -369,22 +362,22 @@ TEST(OdtReader, ReadsNotesInPlace)
 
 TEST(OdtReader, FollowsMasterPagesWithHeadersAndFooters)
 {
-    Odt odt;
-    odt.automaticStyles =
-        R"(<style:page-layout style:name="Letter"><style:page-layout-properties fo:page-width="8.5in"
+    const Odt odt{
+        .automaticStyles =
+            R"(<style:page-layout style:name="Letter"><style:page-layout-properties fo:page-width="8.5in"
         fo:page-height="11in"/><style:header-style><style:header-footer-properties fo:min-height="0.2in"
         fo:margin-bottom="0.1in"/></style:header-style></style:page-layout>
         <style:page-layout style:name="Wide"><style:page-layout-properties fo:page-width="11in"
             fo:page-height="8.5in"
         style:print-orientation="landscape"/></style:page-layout>
-        <style:style style:name="Turn" style:family="paragraph" style:master-page-name="Landscape"/>)";
-    odt.masterStyles = R"(<style:master-page style:name="Standard" style:page-layout-name="Letter">
+        <style:style style:name="Turn" style:family="paragraph" style:master-page-name="Landscape"/>)",
+        .masterStyles = R"(<style:master-page style:name="Standard" style:page-layout-name="Letter">
         <style:header><text:p>odd head</text:p></style:header><style:header-left><text:p>even head</text:p>
         </style:header-left><style:footer><text:p>foot <text:page-number>1</text:page-number></text:p>
         </style:footer>
         </style:master-page><style:master-page style:name="Landscape" style:page-layout-name="Wide">
-        <style:footer style:display="false"><text:p>hidden</text:p></style:footer></style:master-page>)";
-    odt.body = R"(<text:p>first page</text:p><text:p text:style-name="Turn">turned</text:p>)";
+        <style:footer style:display="false"><text:p>hidden</text:p></style:footer></style:master-page>)",
+        .body = R"(<text:p>first page</text:p><text:p text:style-name="Turn">turned</text:p>)"};
     for (const std::string &bytes : {odt.flat(), odt.package()}) {
         const richtext::Document document = readOdt(bytes);
         ASSERT_EQ(document.pageSpans.size(), 2u);
@@ -421,10 +414,9 @@ class ColumnsOf : public testing::TestWithParam<Columns> {};
 
 TEST_P(ColumnsOf, PassesCountGapAndWidths)
 {
-    Odt odt;
-    odt.automaticStyles = GetParam().automatic;
-    odt.masterStyles = R"(<style:master-page style:name="Standard" style:page-layout-name="PL"/>)";
-    odt.body = GetParam().body;
+    const Odt odt{.automaticStyles = GetParam().automatic,
+                  .masterStyles = R"(<style:master-page style:name="Standard" style:page-layout-name="PL"/>)",
+                  .body = GetParam().body};
     const richtext::Document document = readOdt(odt.package());
     ASSERT_EQ(document.pageSpans.size(), 1u);
     const richtext::PageSpan &span = document.pageSpans[0];
@@ -494,11 +486,10 @@ class FirstPageOf : public testing::TestWithParam<FirstPage> {};
 
 TEST_P(FirstPageOf, GivesTheFirstPageItsOwnHeaders)
 {
-    Odt odt;
-    odt.automaticStyles = R"(<style:style style:name="P1" style:family="paragraph"
-        style:master-page-name="First_20_Page"/>)";
-    odt.masterStyles = GetParam().masters;
-    odt.body = R"(<text:p text:style-name="P1">one</text:p><text:p>two</text:p>)";
+    const Odt odt{.automaticStyles = R"(<style:style style:name="P1" style:family="paragraph"
+        style:master-page-name="First_20_Page"/>)",
+                  .masterStyles = GetParam().masters,
+                  .body = R"(<text:p text:style-name="P1">one</text:p><text:p>two</text:p>)"};
     const richtext::Document document = readOdt(odt.flat());
     ASSERT_EQ(document.pageSpans.size(), 1u) << "the reader does not lay out pages";
     std::vector<std::string> parts;
@@ -558,12 +549,12 @@ TEST(OdtReader, ReadsLinksFieldsAndPictures)
 {
     static const char header[] = "\x89PNG\r\n\x1a\n\0\0\0\rIHDR\0\0\0\x02\0\0\0\x03\x08\x02\0\0\0";
     const std::string png(header, sizeof header - 1); // a PNG's signature and size: 2 by 3 pixels
-    Odt odt;
-    odt.body =
-        R"(<text:p><text:a xlink:href="https://example.org/">a link</text:a> <draw:frame svg:width="2in"
+    const Odt odt{
+        .body =
+            R"(<text:p><text:a xlink:href="https://example.org/">a link</text:a> <draw:frame svg:width="2in"
         svg:height="1in"><draw:image xlink:href="Pictures/p.png"/></draw:frame><text:bookmark
             text:name="b"/>end
-        <text:date>1 May 2000</text:date></text:p>)";
+        <text:date>1 May 2000</text:date></text:p>)"};
     const richtext::Document document = readOdt(odt.package({{"Pictures/p.png", png}}));
     const Inline *link = pieceWith(document, "a link");
     ASSERT_TRUE(link);

@@ -14,19 +14,35 @@ namespace {
 
 using Script = std::function<void(RtfWriter &)>;
 
+// A document of one page span, the script telling what is in it.
+RtfWriter &run(RtfWriter &writer, const Script &inside, const RVNGPropertyList &page = {})
+{
+    writer.startDocument({});
+    writer.openPageSpan(page);
+    inside(writer);
+    writer.closePageSpan();
+    writer.endDocument();
+    return writer;
+}
+
+std::string document(const Script &inside, const RVNGPropertyList &page = {})
+{
+    RtfWriter writer;
+    return run(writer, inside, page).rtf();
+}
+
 // One paragraph inside one page span, the script telling the rest.
 std::string write(const Script &inside, const RVNGPropertyList &paragraph = {},
                   richtext::RtfPicture::SvgPainter painter = {})
 {
     RtfWriter writer(std::move(painter));
-    writer.startDocument({});
-    writer.openPageSpan({});
-    writer.openParagraph(paragraph);
-    inside(writer);
-    writer.closeParagraph();
-    writer.closePageSpan();
-    writer.endDocument();
-    return writer.rtf();
+    return run(writer,
+               [&](RtfWriter &out) {
+                   out.openParagraph(paragraph);
+                   inside(out);
+                   out.closeParagraph();
+               })
+        .rtf();
 }
 
 std::string text(const std::string &utf8)
@@ -79,6 +95,37 @@ std::string span(const RVNGPropertyList &properties)
     });
 }
 
+// Cases: this text alone, an "x" in a span of these properties, an empty paragraph of these.
+std::function<std::string()> textOf(const std::string &utf8)
+{
+    return [utf8] { return text(utf8); };
+}
+std::function<std::string()> spanOf(const RVNGPropertyList &properties)
+{
+    return [properties] { return span(properties); };
+}
+std::function<std::string()> paragraphOf(const RVNGPropertyList &properties)
+{
+    return [properties] { return write([](RtfWriter &) {}, properties); };
+}
+
+// A frame (2 by 1 inches unless `frame` says) holding a picture of these bytes.
+void insertPicture(RtfWriter &out, const std::string &bytes, RVNGPropertyList frame = {},
+                   const char *mimeType = nullptr)
+{
+    if (!frame["svg:width"])
+        frame.insert("svg:width", 2.0);
+    if (!frame["svg:height"])
+        frame.insert("svg:height", 1.0);
+    RVNGPropertyList object;
+    if (mimeType)
+        object.insert("librevenge:mime-type", mimeType);
+    object.insert("office:binary-data", fixtures::binary(bytes));
+    out.openFrame(frame);
+    out.insertBinaryObject(object);
+    out.closeFrame();
+}
+
 RVNGPropertyList tabStop()
 {
     RVNGPropertyList paragraph = with("fo:margin-left", 0.5);
@@ -94,21 +141,19 @@ RVNGPropertyList tabStop()
 INSTANTIATE_TEST_SUITE_P(
     RtfWriter, RtfOutput,
     testing::Values(
-        Expect{"RTF's own characters", [] { return text("a\\b{c}"); }, {"a\\\\b\\{c\\}"}},
+        Expect{"RTF's own characters", textOf("a\\b{c}"), {"a\\\\b\\{c\\}"}},
         Expect{"code page 1252 as hex escapes",
-               [] { return text("caf\xC3\xA9 \xE2\x82\xAC\xC5\xA0"); },
+               textOf("caf\xC3\xA9 \xE2\x82\xAC\xC5\xA0"),
                {"caf\\'e9 \\'80\\'8a"}},
-        Expect{"other characters as \\u", [] { return text("\xE2\x98\xBA"); }, {"\\u9786\\'3f"}},
+        Expect{"other characters as \\u", textOf("\xE2\x98\xBA"), {"\\u9786\\'3f"}},
         Expect{"characters beyond 16 bits as two halves",
-               [] { return text("\xF0\x9F\x98\x80"); },
+               textOf("\xF0\x9F\x98\x80"),
                {"\\u-10179\\'3f\\u-8704\\'3f"}},
         Expect{"malformed UTF-8",
-               [] {
-                   return text("a\xFF"
-                               "b");
-               },
+               textOf("a\xFF"
+                      "b"),
                {"a\\u-3\\'3fb"}},
-        Expect{"spaces that meet are kept apart", [] { return text("a   b"); }, {"a {} {} b"}},
+        Expect{"spaces that meet are kept apart", textOf("a   b"), {"a {} {} b"}},
         Expect{"explicit spaces too",
                [] {
                    return write([](RtfWriter &out) {
@@ -118,11 +163,9 @@ INSTANTIATE_TEST_SUITE_P(
                    });
                },
                {"a {} {} "}},
-        Expect{"a word is not run into the text",
-               [] { return span(with("fo:font-weight", "bold")); },
-               {"\\b x}"}},
-        Expect{"italic", [] { return span(with("fo:font-style", "italic")); }, {"\\i x"}},
-        Expect{"underline", [] { return span(with("style:text-underline-style", "solid")); }, {"\\ul x"}},
+        Expect{"a word is not run into the text", spanOf(with("fo:font-weight", "bold")), {"\\b x}"}},
+        Expect{"italic", spanOf(with("fo:font-style", "italic")), {"\\i x"}},
+        Expect{"underline", spanOf(with("style:text-underline-style", "solid")), {"\\ul x"}},
         Expect{"double underline",
                [] {
                    RVNGPropertyList list = with("style:text-underline-type", "double");
@@ -130,17 +173,12 @@ INSTANTIATE_TEST_SUITE_P(
                    return span(list);
                },
                {"\\uldb x"}},
-        Expect{"strike-through",
-               [] { return span(with("style:text-line-through-style", "solid")); },
-               {"\\strike x"}},
-        Expect{"superscript", [] { return span(with("style:text-position", "super 58%")); }, {"\\super x"}},
-        Expect{"subscript as a percentage",
-               [] { return span(with("style:text-position", "-33% 58%")); },
-               {"\\sub x"}},
-        Expect{"small capitals", [] { return span(with("fo:font-variant", "small-caps")); }, {"\\scaps x"}},
-        Expect{"size in half points",
-               [] { return span(with("fo:font-size", 11.0, librevenge::RVNG_POINT)); },
-               {"\\fs22 x"}},
+        Expect{"strike-through", spanOf(with("style:text-line-through-style", "solid")), {"\\strike x"}},
+        Expect{"superscript", spanOf(with("style:text-position", "super 58%")), {"\\super x"}},
+        Expect{"subscript as a percentage", spanOf(with("style:text-position", "-33% 58%")), {"\\sub x"}},
+        Expect{"small capitals", spanOf(with("fo:font-variant", "small-caps")), {"\\scaps x"}},
+        Expect{
+            "size in half points", spanOf(with("fo:font-size", 11.0, librevenge::RVNG_POINT)), {"\\fs22 x"}},
         Expect{"complex scripts get the size, weight and slant too",
                [] {
                    RVNGPropertyList list = with("fo:font-size", 15.0, librevenge::RVNG_POINT);
@@ -150,34 +188,22 @@ INSTANTIATE_TEST_SUITE_P(
                },
                {"{\\rtlch\\afs30\\ab\\ai\\ltrch\\fs30\\b\\i x}"}},
         Expect{"a font, by the table",
-               [] { return span(with("style:font-name", "Courier New")); },
+               spanOf(with("style:font-name", "Courier New")),
                {"{\\fonttbl{\\f0\\fnil Courier New;}}", "\\f0 x"}},
         Expect{"a colour, by the table",
-               [] { return span(with("fo:color", "#00FF80")); },
+               spanOf(with("fo:color", "#00FF80")),
                {"{\\colortbl;\\red0\\green255\\blue128;}", "\\cf1 x"}},
+        Expect{"centred", paragraphOf(with("fo:text-align", "center")), {"\\qc"}},
+        Expect{"end is right", paragraphOf(with("fo:text-align", "end")), {"\\qr"}},
+        Expect{"justified", paragraphOf(with("fo:text-align", "justify")), {"\\qj"}},
+        Expect{"indents in twips", paragraphOf(with("fo:text-indent", -0.25)), {"\\fi-360"}},
+        Expect{"spacing before", paragraphOf(with("fo:margin-top", 0.1)), {"\\sb144"}},
+        Expect{"line spacing",
+               paragraphOf(with("fo:line-height", 1.5, librevenge::RVNG_PERCENT)),
+               {"\\sl360\\slmult1"}},
+        Expect{"a page break", paragraphOf(with("fo:break-before", "page")), {"\\pagebb"}},
         Expect{
-            "centred", [] { return write([](RtfWriter &) {}, with("fo:text-align", "center")); }, {"\\qc"}},
-        Expect{
-            "end is right", [] { return write([](RtfWriter &) {}, with("fo:text-align", "end")); }, {"\\qr"}},
-        Expect{"justified",
-               [] { return write([](RtfWriter &) {}, with("fo:text-align", "justify")); },
-               {"\\qj"}},
-        Expect{"indents in twips",
-               [] { return write([](RtfWriter &) {}, with("fo:text-indent", -0.25)); },
-               {"\\fi-360"}},
-        Expect{"spacing before",
-               [] { return write([](RtfWriter &) {}, with("fo:margin-top", 0.1)); },
-               {"\\sb144"}},
-        Expect{
-            "line spacing",
-            [] { return write([](RtfWriter &) {}, with("fo:line-height", 1.5, librevenge::RVNG_PERCENT)); },
-            {"\\sl360\\slmult1"}},
-        Expect{"a page break",
-               [] { return write([](RtfWriter &) {}, with("fo:break-before", "page")); },
-               {"\\pagebb"}},
-        Expect{"tab stops count from the margin",
-               [] { return write([](RtfWriter &) {}, tabStop()); },
-               {"\\li720", "\\tqr\\tldot\\tx2160"}},
+            "tab stops count from the margin", paragraphOf(tabStop()), {"\\li720", "\\tqr\\tldot\\tx2160"}},
         Expect{"tabs and line breaks",
                [] {
                    return write([](RtfWriter &out) {
@@ -190,21 +216,8 @@ INSTANTIATE_TEST_SUITE_P(
                {"\\tab a\\line  "}},
         Expect{"a picture the format can hold",
                [] {
-                   return write([](RtfWriter &out) {
-                       // A PNG's signature and size: 2 by 3 pixels.
-                       static const char header[] =
-                           "\x89PNG\r\n\x1a\n\0\0\0\rIHDR\0\0\0\x02\0\0\0\x03\x08\x02\0\0\0";
-                       const std::string png(header, sizeof header - 1);
-                       RVNGPropertyList object = with("librevenge:mime-type", "image/png");
-                       object.insert("office:binary-data",
-                                     librevenge::RVNGBinaryData(
-                                         reinterpret_cast<const unsigned char *>(png.data()), png.size()));
-                       RVNGPropertyList frame = with("svg:width", 2.0);
-                       frame.insert("svg:height", 1.0);
-                       out.openFrame(frame);
-                       out.insertBinaryObject(object);
-                       out.closeFrame();
-                   });
+                   return write(
+                       [](RtfWriter &out) { insertPicture(out, fixtures::png2x3(), {}, "image/png"); });
                },
                {"{\\pict\\pngblip\\picw2\\pich3\\picwgoal2880\\pichgoal1440\n89504e470d0a1a0a"}}));
 
@@ -245,103 +258,115 @@ TEST(RtfWriter, WritesEveryPartOfADocument)
     EXPECT_TRUE(rtf.ends_with("\\ql second section\\par\n}\n")) << "the last paragraph ends like the others";
 }
 
+// A table of one cell holding this text.
+void oneCellTable(RtfWriter &out, const char *text)
+{
+    out.openTable({});
+    out.openTableRow({});
+    out.openTableCell({});
+    out.insertText(text);
+    out.closeTableCell();
+    out.closeTableRow();
+    out.closeTable();
+}
+
+void paragraph(RtfWriter &out, const char *text)
+{
+    out.openParagraph({});
+    out.insertText(text);
+    out.closeParagraph();
+}
+
+// Where `part` stands in `rtf`, failing the test when it is not there.
+std::size_t at(const std::string &rtf, const std::string &part, std::size_t from = 0)
+{
+    const std::size_t found = rtf.find(part, from);
+    EXPECT_NE(found, std::string::npos) << "no " << part << " after " << from << " in\n" << rtf;
+    return found == std::string::npos ? rtf.size() : found;
+}
+
+RVNGPropertyList twoColumns()
+{
+    librevenge::RVNGPropertyListVector columns;
+    RVNGPropertyList first = with("fo:end-indent", 0.25);
+    first.insert("fo:start-indent", 0.0);
+    RVNGPropertyList second = with("fo:start-indent", 0.25);
+    second.insert("fo:end-indent", 0.0);
+    columns.append(first);
+    columns.append(second);
+    RVNGPropertyList section;
+    section.insert("style:columns", columns);
+    return section;
+}
+
 TEST(RtfWriter, WritesSpansAndMergesOfTables)
 {
-    RtfWriter writer;
-    writer.openPageSpan({});
-    RVNGPropertyList table;
-    librevenge::RVNGPropertyListVector columns;
-    for (double width : {1.0, 2.0, 0.5}) {
-        RVNGPropertyList column;
-        column.insert("style:column-width", width);
-        columns.append(column);
-    }
-    table.insert("librevenge:table-columns", columns);
-    writer.openTable(table);
-    RVNGPropertyList tall;
-    tall.insert("table:number-rows-spanned", 2);
-    tall.insert("table:number-columns-spanned", 2);
-    tall.insert("fo:border", "0.0139in solid #000000");
-    for (int row = 0; row < 2; ++row) {
-        writer.openTableRow({});
-        if (row == 0) {
-            writer.openTableCell(tall);
-            writer.insertText("tall");
-            writer.closeTableCell();
-            writer.insertCoveredTableCell({});
-        } else {
-            writer.insertCoveredTableCell({});
-            writer.insertCoveredTableCell({});
+    const std::string rtf = document([](RtfWriter &out) {
+        RVNGPropertyList table;
+        librevenge::RVNGPropertyListVector columns;
+        for (double width : {1.0, 2.0, 0.5})
+            columns.append(with("style:column-width", width));
+        table.insert("librevenge:table-columns", columns);
+        out.openTable(table);
+        RVNGPropertyList tall = with("fo:border", "0.0139in solid #000000");
+        tall.insert("table:number-rows-spanned", 2);
+        tall.insert("table:number-columns-spanned", 2);
+        for (int row = 0; row < 2; ++row) {
+            out.openTableRow({});
+            if (row == 0) {
+                out.openTableCell(tall);
+                out.insertText("tall");
+                out.closeTableCell();
+            } else {
+                out.insertCoveredTableCell({});
+            }
+            out.insertCoveredTableCell({});
+            out.openTableCell({});
+            oneCellTable(out,
+                         row == 0 ? "inner" : "last"); // a table in a cell: its text stays, its grid goes
+            out.closeTableCell();
+            out.closeTableRow();
         }
-        writer.openTableCell({});
-        writer.openTable({}); // a table in a cell: its text stays, its grid goes
-        writer.openTableRow({});
-        writer.openTableCell({});
-        writer.insertText(row == 0 ? "inner" : "last");
-        writer.closeTableCell();
-        writer.closeTableRow();
-        writer.closeTable();
-        writer.closeTableCell();
-        writer.closeTableRow();
-    }
-    writer.closeTable();
-    writer.closePageSpan();
-    writer.endDocument();
-    const std::string rtf = writer.rtf();
+        out.closeTable();
+    });
     ASSERT_TRUE(fixtures::balanced(rtf)) << rtf;
-    EXPECT_NE(rtf.find("\\clvmgf\\clbrdrt\\brdrs\\brdrw20\\brdrcf1\\clbrdrl"), std::string::npos) << rtf;
-    EXPECT_NE(rtf.find("\\cellx4320\\cellx5040\n\\pard\\plain\\intbl\\ql tall\\cell"), std::string::npos)
-        << rtf;
-    EXPECT_NE(rtf.find("\\clvmrg\\clbrdrt"), std::string::npos) << rtf;
-    EXPECT_NE(rtf.find("\\pard\\plain\\intbl\\cell\n\\pard\\plain\\intbl\\ql last\\cell"), std::string::npos)
-        << rtf;
+    at(rtf, "\\clvmgf\\clbrdrt\\brdrs\\brdrw20\\brdrcf1\\clbrdrl");
+    at(rtf, "\\cellx4320\\cellx5040\n\\pard\\plain\\intbl\\ql tall\\cell");
+    at(rtf, "\\clvmrg\\clbrdrt");
+    at(rtf, "\\pard\\plain\\intbl\\cell\n\\pard\\plain\\intbl\\ql last\\cell");
     EXPECT_EQ(rtf.find("\\itap"), std::string::npos);
     int rows = 0;
-    for (std::size_t at = 0; (at = rtf.find("\\row", at)) != std::string::npos; at += 4)
+    for (std::size_t found = 0; (found = rtf.find("\\row", found)) != std::string::npos; found += 4)
         ++rows;
     EXPECT_EQ(rows, 2) << "the inner tables made no rows of their own";
 }
 
 TEST(RtfWriter, StartsAListAgainInAListOfItsOwn)
 {
-    RtfWriter writer;
-    writer.openPageSpan({});
-    RVNGPropertyList level = with("style:num-format", "1");
-    writer.openOrderedListLevel(level);
-    writer.openListElement({});
-    writer.insertText("one");
-    writer.closeListElement();
-    RVNGPropertyList restart;
-    restart.insert("text:start-value", 5);
-    writer.openListElement(restart);
-    writer.insertText("five");
-    writer.closeListElement();
-    writer.closeOrderedListLevel();
-    writer.closePageSpan();
-    writer.endDocument();
-    const std::string rtf = writer.rtf();
-    EXPECT_NE(rtf.find("\\ls1\\ilvl0\\ql{\\listtext 1\\tab}one"), std::string::npos) << rtf;
-    EXPECT_NE(rtf.find("\\ls2\\ilvl0\\ql{\\listtext 5\\tab}five"), std::string::npos) << rtf;
-    EXPECT_NE(rtf.find("\\levelstartat5{\\leveltext\\'01\\'00;}"), std::string::npos) << rtf;
+    const std::string rtf = document([](RtfWriter &out) {
+        out.openOrderedListLevel(with("style:num-format", "1"));
+        out.openListElement({});
+        out.insertText("one");
+        out.closeListElement();
+        RVNGPropertyList restart;
+        restart.insert("text:start-value", 5);
+        out.openListElement(restart);
+        out.insertText("five");
+        out.closeListElement();
+        out.closeOrderedListLevel();
+    });
+    at(rtf, "\\ls1\\ilvl0\\ql{\\listtext 1\\tab}one");
+    at(rtf, "\\ls2\\ilvl0\\ql{\\listtext 5\\tab}five");
+    at(rtf, "\\levelstartat5{\\leveltext\\'01\\'00;}");
 }
 
 TEST(RtfWriter, KeepsAdjacentTablesApart)
 {
-    RtfWriter writer;
-    writer.openPageSpan({});
-    for (const char *text : {"first", "second"}) {
-        writer.openTable({});
-        writer.openTableRow({});
-        writer.openTableCell({});
-        writer.insertText(text);
-        writer.closeTableCell();
-        writer.closeTableRow();
-        writer.closeTable();
-    }
-    writer.closePageSpan();
-    writer.endDocument();
-    EXPECT_NE(writer.rtf().find("\\row\n\\pard\\plain\\fs2\\sl-20\\slmult0\\par\n\\trowd"), std::string::npos)
-        << writer.rtf();
+    at(document([](RtfWriter &out) {
+           oneCellTable(out, "first");
+           oneCellTable(out, "second");
+       }),
+       "\\row\n\\pard\\plain\\fs2\\sl-20\\slmult0\\par\n\\trowd");
 }
 
 TEST(RtfWriter, ClosesWhatAStreamLeftOpen)
@@ -358,26 +383,10 @@ TEST(RtfWriter, ClosesWhatAStreamLeftOpen)
     EXPECT_NE(writer.rtf().find("before any paragraph"), std::string::npos);
 }
 
-} // namespace
-
-namespace {
-
 // A picture of these bytes in a 2 by 1 inch frame.
 std::string picture(const std::string &bytes, richtext::RtfPicture::SvgPainter painter = {})
 {
-    return write(
-        [&](RtfWriter &out) {
-            RVNGPropertyList object;
-            object.insert("office:binary-data",
-                          librevenge::RVNGBinaryData(reinterpret_cast<const unsigned char *>(bytes.data()),
-                                                     bytes.size()));
-            RVNGPropertyList frame = with("svg:width", 2.0);
-            frame.insert("svg:height", 1.0);
-            out.openFrame(frame);
-            out.insertBinaryObject(object);
-            out.closeFrame();
-        },
-        {}, std::move(painter));
+    return write([&](RtfWriter &out) { insertPicture(out, bytes); }, {}, std::move(painter));
 }
 
 // A placeable Windows metafile two inches by one with no drawing in it;
@@ -410,8 +419,6 @@ struct Painter {
     }
 };
 
-} // namespace
-
 INSTANTIATE_TEST_SUITE_P(
     Pictures, RtfOutput,
     testing::Values(
@@ -441,58 +448,22 @@ TEST(RtfWriter, DrawsEachSvgPictureOnce)
     EXPECT_EQ(painter.calls->front(), "<?xml 300x150");
 }
 
-namespace {
-
-RVNGPropertyList twoColumns()
-{
-    librevenge::RVNGPropertyListVector columns;
-    RVNGPropertyList first = with("fo:end-indent", 0.25);
-    first.insert("fo:start-indent", 0.0);
-    RVNGPropertyList second = with("fo:start-indent", 0.25);
-    second.insert("fo:end-indent", 0.0);
-    columns.append(first);
-    columns.append(second);
-    RVNGPropertyList section;
-    section.insert("style:columns", columns);
-    return section;
-}
-
-void paragraph(RtfWriter &out, const char *text)
-{
-    out.openParagraph({});
-    out.insertText(text);
-    out.closeParagraph();
-}
-
-// Where `part` stands in `rtf`, failing the test when it is not there.
-std::size_t at(const std::string &rtf, const std::string &part, std::size_t from = 0)
-{
-    const std::size_t found = rtf.find(part, from);
-    EXPECT_NE(found, std::string::npos) << "no " << part << " after " << from << " in\n" << rtf;
-    return found == std::string::npos ? rtf.size() : found;
-}
-
-} // namespace
-
 TEST(RtfWriter, WritesColumnsAsContinuousSectionsOfThePage)
 {
-    RtfWriter out;
-    out.startDocument({});
     RVNGPropertyList page = with("fo:page-width", 8.5);
     page.insert("style:num-format", "i");
     page.insert("style:page-number", 5);
-    out.openPageSpan(page);
-    paragraph(out, "one column");
-    out.openSection(twoColumns());
-    paragraph(out, "two columns");
-    out.closeSection();
-    paragraph(out, "one again");
-    out.openSection(twoColumns());
-    out.closeSection();
-    out.closePageSpan();
-    out.endDocument();
-    const std::string rtf = out.rtf();
-
+    const std::string rtf = document(
+        [](RtfWriter &out) {
+            paragraph(out, "one column");
+            out.openSection(twoColumns());
+            paragraph(out, "two columns");
+            out.closeSection();
+            paragraph(out, "one again");
+            out.openSection(twoColumns());
+            out.closeSection();
+        },
+        page);
     const std::size_t first = at(rtf, "\\sectd\\sbkpage\\pgwsxn12240\\pgnlcrm\\pgnstarts5\\pgnrestart\n");
     const std::size_t columns =
         at(rtf, "\\sect\n\\sectd\\sbknone\\pgwsxn12240\\pgnlcrm\\cols2\\colsx720\n", first);
@@ -509,17 +480,13 @@ TEST(RtfWriter, WritesColumnsAsContinuousSectionsOfThePage)
 TEST(RtfWriter, StartsAPageWithItsColumnsAndEndsThemBalanced)
 {
     for (const bool balanced : {true, false}) {
-        RtfWriter out;
-        out.startDocument({});
-        out.openPageSpan({});
-        RVNGPropertyList section = twoColumns();
-        section.insert("text:dont-balance-text-columns", balanced ? "false" : "true");
-        out.openSection(section);
-        paragraph(out, "text");
-        out.closeSection();
-        out.closePageSpan();
-        out.endDocument();
-        const std::string rtf = out.rtf();
+        const std::string rtf = document([balanced](RtfWriter &out) {
+            RVNGPropertyList section = twoColumns();
+            section.insert("text:dont-balance-text-columns", balanced ? "false" : "true");
+            out.openSection(section);
+            paragraph(out, "text");
+            out.closeSection();
+        });
         const std::size_t text = at(rtf, "\\sectd\\sbkpage\\pgndec\\cols2\\colsx720\n");
         // Readers share text evenly among columns only before a section break.
         if (balanced)
@@ -549,9 +516,9 @@ TEST(RtfWriter, NumbersPagesInTheFieldsOwnFormat)
 // What the ODT reader finds of sections and page numbering reaches the RTF.
 TEST(RtfWriter, CarriesSectionsAndPageNumbersReadFromOdt)
 {
-    fixtures::Odt odt;
-    odt.automaticStyles =
-        R"(<style:style style:name="Cols" style:family="section"><style:section-properties>
+    const Odt odt{
+        .automaticStyles =
+            R"(<style:style style:name="Cols" style:family="section"><style:section-properties>
         <style:columns fo:column-count="3"><style:column style:rel-width="1*" fo:start-indent="0in"
         fo:end-indent="0.1in"/><style:column style:rel-width="1*" fo:start-indent="0.1in" fo:end-indent="0.1in"/>
         <style:column style:rel-width="1*" fo:start-indent="0.1in" fo:end-indent="0in"/></style:columns>
@@ -561,13 +528,13 @@ TEST(RtfWriter, CarriesSectionsAndPageNumbersReadFromOdt)
         <style:style style:name="Restart" style:family="paragraph" style:master-page-name="Roman">
         <style:paragraph-properties style:page-number="3"/></style:style>
         <style:page-layout style:name="RomanLayout"><style:page-layout-properties fo:page-width="8.5in"
-        style:num-format="I"/></style:page-layout>)";
-    odt.masterStyles = R"(<style:master-page style:name="Standard"/>
-        <style:master-page style:name="Roman" style:page-layout-name="RomanLayout"/>)";
-    odt.body =
-        R"(<text:p>before</text:p><text:section text:name="S" text:style-name="Cols"><text:p>in three</text:p>
+        style:num-format="I"/></style:page-layout>)",
+        .masterStyles = R"(<style:master-page style:name="Standard"/>
+        <style:master-page style:name="Roman" style:page-layout-name="RomanLayout"/>)",
+        .body =
+            R"(<text:p>before</text:p><text:section text:name="S" text:style-name="Cols"><text:p>in three</text:p>
         </text:section><text:section text:name="T" text:style-name="Even"><text:p>in two</text:p></text:section>
-        <text:p text:style-name="Restart">page three</text:p>)";
+        <text:p text:style-name="Restart">page three</text:p>)"};
     RtfWriter out;
     richtext::OdtReader::read(odt.flat(), out);
     const std::string rtf = out.rtf();
@@ -580,31 +547,15 @@ TEST(RtfWriter, CarriesSectionsAndPageNumbersReadFromOdt)
     EXPECT_LT(restart, at(rtf, "page three"));
 }
 
-namespace {
-
 // A two-by-three pixel PNG in a 2 by 1 inch frame with these placing properties.
 std::string placedPicture(std::initializer_list<std::pair<const char *, const char *>> texts, double x = 0)
 {
-    static const char header[] = "\x89PNG\r\n\x1a\n\0\0\0\rIHDR\0\0\0\x02\0\0\0\x03\x08\x02\0\0\0";
-    const std::string png(header, sizeof header - 1);
-    RVNGPropertyList frame = with("svg:width", 2.0);
-    frame.insert("svg:height", 1.0);
-    frame.insert("svg:x", x);
+    RVNGPropertyList frame = with("svg:x", x);
     frame.insert("svg:y", 0.5);
     for (const auto &[name, value] : texts)
         frame.insert(name, value);
-    return write([&](RtfWriter &out) {
-        RVNGPropertyList object;
-        object.insert(
-            "office:binary-data",
-            librevenge::RVNGBinaryData(reinterpret_cast<const unsigned char *>(png.data()), png.size()));
-        out.openFrame(frame);
-        out.insertBinaryObject(object);
-        out.closeFrame();
-    });
+    return write([&](RtfWriter &out) { insertPicture(out, fixtures::png2x3(), frame); });
 }
-
-} // namespace
 
 INSTANTIATE_TEST_SUITE_P(
     PlacedPictures, RtfOutput,
@@ -677,37 +628,35 @@ TEST(RtfWriter, EndsAListLabelWhereItsWidthEndsWhenTheParagraphMovesIt)
 TEST(RtfWriter, FillsTheMarginsWithATableAlignedToThemAndPadsItsCells)
 {
     const auto table = [](const char *align) {
-        RtfWriter out;
-        out.startDocument({});
         RVNGPropertyList page = with("fo:page-width", 8.5);
         page.insert("fo:margin-left", 1.0);
         page.insert("fo:margin-right", 1.5);
-        out.openPageSpan(page);
-        RVNGPropertyList properties = with("table:align", align);
-        librevenge::RVNGPropertyListVector columns;
-        for (const double width : {1.0, 2.0})
-            columns.append(with("style:column-width", width));
-        properties.insert("librevenge:table-columns", columns);
-        out.openTable(properties);
-        out.openTableRow({});
-        for (int cell = 0; cell < 2; ++cell) {
-            RVNGPropertyList padded = with("fo:padding-top", 0.05);
-            padded.insert("fo:padding-left", 0.1);
-            out.openTableCell(padded);
-            out.closeTableCell();
-        }
-        out.closeTableRow();
-        out.closeTable();
-        out.closePageSpan();
-        out.endDocument();
-        return out.rtf();
+        return document(
+            [align](RtfWriter &out) {
+                RVNGPropertyList properties = with("table:align", align);
+                librevenge::RVNGPropertyListVector columns;
+                for (const double width : {1.0, 2.0})
+                    columns.append(with("style:column-width", width));
+                properties.insert("librevenge:table-columns", columns);
+                out.openTable(properties);
+                out.openTableRow({});
+                for (int cell = 0; cell < 2; ++cell) {
+                    RVNGPropertyList padded = with("fo:padding-top", 0.05);
+                    padded.insert("fo:padding-left", 0.1);
+                    out.openTableCell(padded);
+                    out.closeTableCell();
+                }
+                out.closeTableRow();
+                out.closeTable();
+            },
+            page);
     };
     // Six inches between the margins, shared as the columns' widths are.
-    EXPECT_NE(table("margins").find("\\cellx2880"), std::string::npos) << table("margins");
-    EXPECT_NE(table("margins").find("\\cellx8640"), std::string::npos) << table("margins");
-    EXPECT_NE(table("left").find("\\cellx4320"), std::string::npos) << table("left");
-    EXPECT_NE(table("left").find("\\clpadft3\\clpadt72\\clpadfl3\\clpadl144\\cellx1440"), std::string::npos)
-        << table("left");
+    const std::string margins = table("margins"), left = table("left");
+    at(margins, "\\cellx2880");
+    at(margins, "\\cellx8640");
+    at(left, "\\cellx4320");
+    at(left, "\\clpadft3\\clpadt72\\clpadfl3\\clpadl144\\cellx1440");
 }
 
 TEST(RtfWriter, KeepsASectionWithoutHeadersFromShowingThoseBeforeIt)
@@ -743,24 +692,20 @@ TEST(RtfWriter, KeepsASectionWithoutHeadersFromShowingThoseBeforeIt)
 TEST(RtfWriter, EndsAnEmptyParagraphBeforeColumnsWithItsOwnPar)
 {
     for (const bool empty : {true, false}) {
-        RtfWriter out;
-        out.startDocument({});
-        out.openPageSpan({});
-        paragraph(out, "before");
-        out.openParagraph({});
-        out.openSpan({});
-        if (!empty)
-            out.insertText("text");
-        out.closeSpan();
-        out.closeParagraph();
-        out.openSection(twoColumns());
-        paragraph(out, "in columns");
-        out.closeSection();
-        out.closePageSpan();
-        out.endDocument();
+        const std::string rtf = document([empty](RtfWriter &out) {
+            paragraph(out, "before");
+            out.openParagraph({});
+            out.openSpan({});
+            if (!empty)
+                out.insertText("text");
+            out.closeSpan();
+            out.closeParagraph();
+            out.openSection(twoColumns());
+            paragraph(out, "in columns");
+            out.closeSection();
+        });
         // LibreOffice drops an empty paragraph that \sect alone ends.
-        const std::string rtf = out.rtf();
-        EXPECT_NE(rtf.find(empty ? "{}\\par\n\\sect\n" : "{text}\\sect\n"), std::string::npos) << rtf;
+        at(rtf, empty ? "{}\\par\n\\sect\n" : "{text}\\sect\n");
     }
 }
 
@@ -780,29 +725,18 @@ TEST(RtfWriter, EndsAHeaderThatWouldEndWithoutAParagraphWithAHairline)
          "\\margtsxn1723\\headery1440\\margtsxn1440\n"},
     };
     for (const auto &c : cases) {
-        RtfWriter out;
-        out.startDocument({});
-        out.openPageSpan({});
-        out.openHeader({});
-        if (c.holds == Holds::text)
-            paragraph(out, "head");
-        if (c.holds == Holds::table) {
-            out.openTable({});
-            out.openTableRow({});
-            out.openTableCell({});
-            paragraph(out, "cell");
-            out.closeTableCell();
-            out.closeTableRow();
-            out.closeTable();
-        }
-        out.closeHeader();
-        paragraph(out, "body");
-        out.closePageSpan();
-        out.endDocument();
-        const std::string rtf = out.rtf();
+        const std::string rtf = document([&](RtfWriter &out) {
+            out.openHeader({});
+            if (c.holds == Holds::text)
+                paragraph(out, "head");
+            if (c.holds == Holds::table)
+                oneCellTable(out, "cell");
+            out.closeHeader();
+            paragraph(out, "body");
+        });
         EXPECT_TRUE(fixtures::balanced(rtf)) << rtf;
-        EXPECT_NE(rtf.find(c.group), std::string::npos) << c.group << " in\n" << rtf;
-        EXPECT_NE(rtf.find(c.margins), std::string::npos) << c.margins << " in\n" << rtf;
+        at(rtf, c.group);
+        at(rtf, c.margins);
         EXPECT_EQ(rtf.find("\\fs2", rtf.find("body")), std::string::npos) << "the body has none";
     }
 }
@@ -821,50 +755,38 @@ TEST(RtfWriter, PlacesAFrameInACellAtThePageTopAgainstThePage)
         {Before::paragraph, "\\shptop0\\shpright2880\\shpbottom1440\\shpfhdr0\\shpbxpage\\shpbypara"},
         {Before::header, "\\shpbxpage\\shpbypara"},
     };
-    static const char png[] = "\x89PNG\r\n\x1a\n\0\0\0\rIHDR\0\0\0\x02\0\0\0\x03\x08\x02\0\0\0";
-    RVNGPropertyList object = with("librevenge:mime-type", "image/png");
-    object.insert("office:binary-data",
-                  librevenge::RVNGBinaryData(reinterpret_cast<const unsigned char *>(png), sizeof png - 1));
-    RVNGPropertyList frame = with("svg:width", 2.0);
-    frame.insert("svg:height", 1.0);
-    frame.insert("text:anchor-type", "paragraph");
+    RVNGPropertyList frame = with("text:anchor-type", "paragraph");
     frame.insert("style:horizontal-rel", "page");
     for (const auto &c : cases) {
-        RtfWriter out;
-        out.startDocument({});
-        out.openPageSpan(with("fo:margin-top", 1.0));
-        if (c.before == Before::header) {
-            out.openHeader({});
-            paragraph(out, "head");
-            out.closeHeader();
-        }
-        if (c.before == Before::paragraph)
-            paragraph(out, "before");
-        out.openTable({});
-        for (int row = 0; row < 2; ++row) {
-            out.openTableRow({});
-            out.openTableCell(with("fo:padding", 0.05));
-            out.openParagraph({});
-            out.openFrame(frame);
-            out.insertBinaryObject(object);
-            out.closeFrame();
-            out.closeParagraph();
-            out.closeTableCell();
-            out.closeTableRow();
-        }
-        out.closeTable();
-        out.closePageSpan();
-        out.endDocument();
-        const std::string rtf = out.rtf();
-        const std::size_t first = at(rtf, c.expected);
-        EXPECT_NE(rtf.find("\\shpbypara", first + 1), std::string::npos)
+        const std::string rtf = document(
+            [&](RtfWriter &out) {
+                if (c.before == Before::header) {
+                    out.openHeader({});
+                    paragraph(out, "head");
+                    out.closeHeader();
+                }
+                if (c.before == Before::paragraph)
+                    paragraph(out, "before");
+                out.openTable({});
+                for (int row = 0; row < 2; ++row) {
+                    out.openTableRow({});
+                    out.openTableCell(with("fo:padding", 0.05));
+                    out.openParagraph({});
+                    insertPicture(out, fixtures::png2x3(), frame, "image/png");
+                    out.closeParagraph();
+                    out.closeTableCell();
+                    out.closeTableRow();
+                }
+                out.closeTable();
+            },
+            with("fo:margin-top", 1.0));
+        EXPECT_NE(rtf.find("\\shpbypara", at(rtf, c.expected) + 1), std::string::npos)
             << "the second row's top is not known";
     }
 }
 
 TEST(RtfWriter, SaysWhatItCouldNotCarry)
 {
-    using richtext::Losses;
     namespace loss = richtext::loss;
     const struct {
         const char *why;
@@ -893,13 +815,7 @@ TEST(RtfWriter, SaysWhatItCouldNotCarry)
              out.openTable({});
              out.openTableRow({});
              out.openTableCell({});
-             out.openTable({});
-             out.openTableRow({});
-             out.openTableCell({});
-             paragraph(out, "inner");
-             out.closeTableCell();
-             out.closeTableRow();
-             out.closeTable();
+             oneCellTable(out, "inner");
              out.closeTableCell();
              out.closeTableRow();
              out.closeTable();
@@ -909,13 +825,11 @@ TEST(RtfWriter, SaysWhatItCouldNotCarry)
     };
     for (const auto &c : cases) {
         RtfWriter writer;
-        writer.startDocument({});
-        writer.openPageSpan({});
-        writer.openParagraph({});
-        c.script(writer);
-        writer.closeParagraph();
-        writer.closePageSpan();
-        writer.endDocument();
+        run(writer, [&](RtfWriter &out) {
+            out.openParagraph({});
+            c.script(out);
+            out.closeParagraph();
+        });
         EXPECT_EQ(writer.losses().kinds(), c.kinds) << c.why;
     }
 }
@@ -933,19 +847,18 @@ TEST(RtfWriter, GivesAHeaderTheRoomItsHeightAndPagesAskFor)
         {"odd", 0.25, "\\headery1440\\margtsxn1800\n"}, // as stated
     };
     for (const auto &c : cases) {
-        RtfWriter out;
-        out.startDocument({});
-        out.openPageSpan({});
-        RVNGPropertyList header = with("librevenge:occurrence", c.occurrence);
-        if (c.minHeight > 0)
-            header.insert("fo:min-height", c.minHeight, librevenge::RVNG_INCH);
-        out.openHeader(header);
-        paragraph(out, "head");
-        out.closeHeader();
-        paragraph(out, "body");
-        out.closePageSpan();
-        out.endDocument();
-        const std::string rtf = out.rtf();
-        EXPECT_NE(rtf.find(c.words), std::string::npos) << c.occurrence << " " << c.minHeight << "\n" << rtf;
+        SCOPED_TRACE(std::string(c.occurrence) + " " + std::to_string(c.minHeight));
+        at(document([&](RtfWriter &out) {
+               RVNGPropertyList header = with("librevenge:occurrence", c.occurrence);
+               if (c.minHeight > 0)
+                   header.insert("fo:min-height", c.minHeight, librevenge::RVNG_INCH);
+               out.openHeader(header);
+               paragraph(out, "head");
+               out.closeHeader();
+               paragraph(out, "body");
+           }),
+           c.words);
     }
 }
+
+} // namespace

@@ -70,21 +70,3 @@ TEST_F(SettingsStore, ValuesPersistAcrossInstancesAndAreNotCached)
     fresh()->defaults().setValue(Settings::graphicTargetKey, "png");
     EXPECT_EQ(reader->graphicTarget(), GraphicTarget::png);
 }
-
-TEST(Targets, RawValuesRoundTripAndFallbackComesFirst)
-{
-    EXPECT_EQ(rawValue(DocTarget::rtf), "rtf");
-    EXPECT_EQ(fromRawValue<DocTarget>("odt"), DocTarget::odt);
-    EXPECT_EQ(fromRawValue<WPTarget>("WP5"), std::nullopt);
-    EXPECT_EQ(fromRawValue<RTFCharset>("mac"), RTFCharset::mac);
-    EXPECT_EQ((allCases<GraphicTarget>()), (std::array{GraphicTarget::png, GraphicTarget::svg}));
-    EXPECT_EQ((allCases<WPTarget>()), (std::array{WPTarget::wp6, WPTarget::wp5}));
-}
-
-TEST(SharedSettings, LivesInTheUsersConfigFolder)
-{
-    // ctest points XDG_CONFIG_HOME at a folder of this test's own.
-    const QString file = Settings::shared().defaults().fileName();
-    EXPECT_TRUE(file.endsWith("/Quillmorph/Quillmorph.conf")) << file.toStdString();
-    EXPECT_EQ(&Settings::shared(), &Settings::shared());
-}

@@ -5,6 +5,9 @@
 
 #include <gtest/gtest.h>
 
+#include <algorithm>
+#include <deque>
+#include <optional>
 #include <ostream>
 #include <string>
 #include <variant>
@@ -30,3 +33,30 @@ inline int runCompanion(const std::vector<std::string> &args, Settings &settings
         ADD_FAILURE() << "the companion never finished";
     return status;
 }
+
+// Answers the companion's password questions from a script, noting each question ("name" or
+// "name (retry)"); no answer left is no password.
+class ScriptedPasswords : public PasswordSource {
+public:
+    explicit ScriptedPasswords(std::deque<std::optional<std::string>> answers) : answers(std::move(answers))
+    {
+    }
+    std::optional<std::string> ask(const std::string &name, bool retry) override
+    {
+        asked.push_back(name + (retry ? " (retry)" : ""));
+        if (answers.empty())
+            return std::nullopt;
+        auto answer = answers.front();
+        answers.pop_front();
+        return answer;
+    }
+    long retries() const
+    {
+        return std::count_if(asked.begin(), asked.end(),
+                             [](const std::string &q) { return q.ends_with(" (retry)"); });
+    }
+    std::vector<std::string> asked;
+
+private:
+    std::deque<std::optional<std::string>> answers;
+};

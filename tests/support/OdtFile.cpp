@@ -10,6 +10,7 @@
 #include <cctype>
 #include <functional>
 #include <memory>
+#include <stdexcept>
 
 namespace {
 
@@ -39,6 +40,117 @@ std::string take(xmlChar *text)
 }
 
 } // namespace
+
+std::string zipOf(const std::vector<std::pair<std::string, std::string>> &entries, bool compress)
+{
+    zip_error_t error;
+    zip_error_init(&error);
+    zip_source_t *buffer = zip_source_buffer_create(nullptr, 0, 0, &error);
+    zip_t *archive = zip_open_from_source(buffer, ZIP_TRUNCATE, &error);
+    if (!archive)
+        throw std::runtime_error("cannot make a zip archive");
+    zip_source_keep(buffer);
+    for (const auto &[name, bytes] : entries) {
+        zip_source_t *data = zip_source_buffer(archive, bytes.data(), bytes.size(), 0);
+        const zip_int64_t index = zip_file_add(archive, name.c_str(), data, ZIP_FL_OVERWRITE);
+        if (index < 0)
+            throw std::runtime_error("cannot add " + name);
+        zip_set_file_compression(archive, static_cast<zip_uint64_t>(index),
+                                 compress && name != "mimetype" ? ZIP_CM_DEFLATE : ZIP_CM_STORE, 0);
+    }
+    if (zip_close(archive) != 0)
+        throw std::runtime_error("cannot finish the zip archive");
+    zip_source_open(buffer);
+    zip_source_seek(buffer, 0, SEEK_END);
+    const zip_int64_t size = zip_source_tell(buffer);
+    zip_source_seek(buffer, 0, SEEK_SET);
+    std::string result(static_cast<std::size_t>(size), '\0');
+    zip_source_read(buffer, result.data(), static_cast<zip_uint64_t>(size));
+    zip_source_close(buffer);
+    zip_source_free(buffer);
+    return result;
+}
+
+std::string odfRoot(const char *element)
+{
+    return std::string("<office:") + element +
+           " xmlns:office=\"urn:oasis:names:tc:opendocument:xmlns:office:1.0\""
+           " xmlns:style=\"urn:oasis:names:tc:opendocument:xmlns:style:1.0\""
+           " xmlns:text=\"urn:oasis:names:tc:opendocument:xmlns:text:1.0\""
+           " xmlns:table=\"urn:oasis:names:tc:opendocument:xmlns:table:1.0\""
+           " xmlns:fo=\"urn:oasis:names:tc:opendocument:xmlns:xsl-fo-compatible:1.0\""
+           " xmlns:svg=\"urn:oasis:names:tc:opendocument:xmlns:svg-compatible:1.0\""
+           " xmlns:draw=\"urn:oasis:names:tc:opendocument:xmlns:drawing:1.0\""
+           " xmlns:xlink=\"http://www.w3.org/1999/xlink\""
+           " xmlns:dc=\"http://purl.org/dc/elements/1.1/\""
+           " xmlns:meta=\"urn:oasis:names:tc:opendocument:xmlns:meta:1.0\""
+           " xmlns:loext=\"urn:org:documentfoundation:names:experimental:office:xmlns:loext:1.0\""
+           " office:version=\"1.3\"";
+}
+
+std::string Odt::flat() const
+{
+    return "<?xml version=\"1.0\" encoding=\"UTF-8\"?>\n" + odfRoot("document") +
+           " office:mimetype=\"application/vnd.oasis.opendocument.text\"><office:meta>" + meta +
+           "</office:meta><office:font-face-decls>" + fontFaces +
+           "</office:font-face-decls>"
+           "<office:styles>" +
+           styles +
+           "</office:styles>"
+           "<office:automatic-styles>" +
+           automaticStyles +
+           "</office:automatic-styles>"
+           "<office:master-styles>" +
+           masterStyles +
+           "</office:master-styles>"
+           "<office:body><office:text>" +
+           body + "</office:text></office:body></office:document>";
+}
+
+std::string Odt::contentXml() const
+{
+    return "<?xml version=\"1.0\" encoding=\"UTF-8\"?>\n" + odfRoot("document-content") +
+           "><office:font-face-decls>" + fontFaces +
+           "</office:font-face-decls>"
+           "<office:automatic-styles>" +
+           automaticStyles +
+           "</office:automatic-styles>"
+           "<office:body><office:text>" +
+           body + "</office:text></office:body></office:document-content>";
+}
+
+std::string Odt::stylesXml() const
+{
+    // Page layouts are automatic styles of styles.xml, beside the master pages that use them.
+    std::string layouts;
+    for (std::size_t at = 0; (at = automaticStyles.find("<style:page-layout ", at)) != std::string::npos;) {
+        const std::size_t end = automaticStyles.find("</style:page-layout>", at) + 20;
+        layouts += automaticStyles.substr(at, end - at);
+        at = end;
+    }
+    return "<?xml version=\"1.0\" encoding=\"UTF-8\"?>\n" + odfRoot("document-styles") +
+           "><office:font-face-decls>" + fontFaces +
+           "</office:font-face-decls>"
+           "<office:styles>" +
+           styles +
+           "</office:styles>"
+           "<office:automatic-styles>" +
+           layouts +
+           "</office:automatic-styles>"
+           "<office:master-styles>" +
+           masterStyles + "</office:master-styles></office:document-styles>";
+}
+
+std::string Odt::package(const std::vector<std::pair<std::string, std::string>> &extra) const
+{
+    std::vector<std::pair<std::string, std::string>> entries = {
+        {"mimetype", "application/vnd.oasis.opendocument.text"},
+        {"content.xml", contentXml()},
+        {"styles.xml", stylesXml()},
+    };
+    entries.insert(entries.end(), extra.begin(), extra.end());
+    return zipOf(entries);
+}
 
 OdtFile OdtFile::package(const std::string &path)
 {

@@ -2,7 +2,30 @@
 
 #include <set>
 #include <string>
+#include <utility>
 #include <vector>
+
+// A zip archive of the entries, in order; `compress` deflates them (mimetype always stored).
+std::string zipOf(const std::vector<std::pair<std::string, std::string>> &entries, bool compress = true);
+
+// The root element with every ODF namespace declared, its tag left open.
+std::string odfRoot(const char *element);
+
+// An OpenDocument text made in code; each part holds the XML inside its element.
+struct Odt {
+    std::string fontFaces = {};
+    std::string styles = {};          // office:styles
+    std::string automaticStyles = {}; // office:automatic-styles (of the content)
+    std::string masterStyles = {};    // office:master-styles
+    std::string body = {};            // office:text
+    std::string meta = {};            // office:meta (the flat form only)
+
+    std::string flat() const;
+    // content.xml and styles.xml in a package; master pages and their layouts go to styles.xml.
+    std::string package(const std::vector<std::pair<std::string, std::string>> &extra = {}) const;
+    std::string contentXml() const;
+    std::string stylesXml() const;
+};
 
 // A converted document as a reader sees it: the zip entries of an .odt package, and the few XML
 // questions the tests ask of its parts or of a flat document.

@@ -33,8 +33,13 @@ std::string TempDir::write(const std::string &name, const std::string &bytes) co
 
 std::set<std::string> TempDir::names() const
 {
+    return namesIn(root);
+}
+
+std::set<std::string> namesIn(const fs::path &folder)
+{
     std::set<std::string> result;
-    for (const auto &entry : fs::directory_iterator(root))
+    for (const auto &entry : fs::directory_iterator(folder))
         result.insert(entry.path().filename().string());
     return result;
 }

@@ -28,6 +28,9 @@ private:
     std::filesystem::path root;
 };
 
+// The names of what a folder holds.
+std::set<std::string> namesIn(const std::filesystem::path &folder);
+
 void writeFile(const std::filesystem::path &path, const std::string &bytes);
 void writeFile(const std::filesystem::path &path, const std::vector<std::uint8_t> &bytes);
 std::string readFile(const std::filesystem::path &path);

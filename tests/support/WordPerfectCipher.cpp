@@ -45,6 +45,14 @@ std::string macintosh(const std::string &text, const std::string &password)
     return encrypt(bytes + text, password, 16);
 }
 
+std::string wp5(std::string document, const std::string &password)
+{
+    const std::uint16_t sum = checksum(password);
+    document[12] = static_cast<char>(sum >> 8);
+    document[13] = static_cast<char>(sum & 0xFF);
+    return encrypt(document, password, 16);
+}
+
 std::string wp42(const std::string &text, const std::string &password)
 {
     const std::uint16_t sum = checksum(password);

@@ -14,6 +14,10 @@ std::uint16_t checksum(const std::string &password);
 // (low byte first, so byte 12 may be zero) and everything after the prefix encrypted.
 std::string macintosh(const std::string &text, const std::string &password);
 
+// A WordPerfect 5 document encrypted: the checksum in bytes 12-13 (high byte first), everything
+// after the 16-byte prefix encrypted.
+std::string wp5(std::string document, const std::string &password);
+
 // A WordPerfect 4.2 document: no prefix, the marker FE FF 61 61, the checksum,
 // then the text encrypted.
 std::string wp42(const std::string &text, const std::string &password);

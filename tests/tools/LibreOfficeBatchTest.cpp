@@ -1,11 +1,10 @@
+#include "OdtFile.h"
 #include "TestSupport.h"
 #include "support/ConversionError.h"
 #include "tools/LibreOfficeBatch.h"
 #include "tools/OfficeImport.h"
 
 #include <gtest/gtest.h>
-
-#include <zip.h>
 
 #include <csignal>
 #include <fstream>
@@ -310,27 +309,6 @@ TEST_F(FakeBatch, AnArchiveRunsOfficeImportSharesStartsAndKeepsOnlyWhatWasTaken)
     ConversionTools::overrideLibreOfficePlaces(std::nullopt);
 }
 
-namespace {
-
-std::string mediaType(const fs::path &package)
-{
-    zip_t *archive = zip_open(package.c_str(), ZIP_RDONLY, nullptr);
-    if (!archive)
-        return "not a zip";
-    std::string data(64, '\0');
-    if (zip_file_t *file = zip_fopen(archive, "mimetype", 0)) {
-        data.resize(
-            static_cast<std::size_t>(std::max<zip_int64_t>(0, zip_fread(file, data.data(), data.size()))));
-        zip_fclose(file);
-    } else {
-        data = "no mimetype";
-    }
-    zip_close(archive);
-    return data;
-}
-
-} // namespace
-
 TEST(RealLibreOfficeBatch, ConvertsCorpusDocumentsNamedAlikeAndFailsAMissingOneAlone)
 {
     const auto soffice = ConversionTools::libreOfficeURL();
@@ -362,7 +340,7 @@ TEST(RealLibreOfficeBatch, ConvertsCorpusDocumentsNamedAlikeAndFailsAMissingOneA
             }
             const fs::path odt = results[i].get();
             EXPECT_EQ(odt.stem(), inputs[i].stem());
-            EXPECT_EQ(mediaType(odt), "application/vnd.oasis.opendocument.text");
+            EXPECT_EQ(OdtFile::package(odt).read("mimetype"), "application/vnd.oasis.opendocument.text");
             made.insert(odt);
         }
         EXPECT_EQ(made.size(), 4u) << "testWORD.doc and testWORD.docx each keep their own";

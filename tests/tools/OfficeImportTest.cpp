@@ -1,3 +1,4 @@
+#include "OdtFile.h"
 #include "TestSupport.h"
 #include "support/ConversionError.h"
 #include "support/PlatformError.h"
@@ -7,31 +8,10 @@
 
 #include <QDir>
 
-#include <zip.h>
-
 namespace fs = std::filesystem;
 using namespace testing_support;
 
 namespace {
-
-std::string zipEntry(const fs::path &package, const char *name)
-{
-    zip_t *archive = zip_open(package.c_str(), ZIP_RDONLY, nullptr);
-    if (!archive)
-        return {};
-    std::string data;
-    zip_stat_t stat;
-    if (zip_stat(archive, name, 0, &stat) == 0) {
-        if (zip_file_t *file = zip_fopen(archive, name, 0)) {
-            data.resize(stat.size);
-            data.resize(
-                static_cast<std::size_t>(std::max<zip_int64_t>(0, zip_fread(file, data.data(), stat.size))));
-            zip_fclose(file);
-        }
-    }
-    zip_close(archive);
-    return data;
-}
 
 // A stand-in suite converter that records its arguments and, unless told
 // otherwise, writes the expected ODT into --outdir.
@@ -197,12 +177,12 @@ TEST_F(FakeSuite, WithoutTheSuiteDocumentPropertiesStayOutOfTheText)
         SCOPED_TRACE(row.name);
         writeFile(dir / "docs" / row.name, row.body);
         const fs::path odt = ConversionTools::officeToODT(dir / "docs" / row.name);
-        const std::string content = zipEntry(odt, "content.xml");
+        const std::string content = OdtFile::package(odt).read("content.xml");
         EXPECT_NE(content.find("Body words"), std::string::npos) << content;
         EXPECT_EQ(content.find(row.title), std::string::npos)
             << "a browser or word processor shows no title above the text";
         EXPECT_EQ(content.find("Ann Author"), std::string::npos);
-        EXPECT_NE(zipEntry(odt, "meta.xml").find(row.title), std::string::npos)
+        EXPECT_NE(OdtFile::package(odt).read("meta.xml").find(row.title), std::string::npos)
             << "the title stays a property";
     }
 }

@@ -25,17 +25,13 @@ struct Case {
 };
 
 const std::string columns =
-    "<style:style style:name=\"S\" style:family=\"section\"><style:section-properties>"
-    "<style:columns fo:column-count=\"2\" fo:column-gap=\"0.5in\"/></style:section-properties></style:style>";
+    wptest::style("S", "section", "", R"(<style:columns fo:column-count="2" fo:column-gap="0.5in"/>)");
 const std::string shading =
-    "<style:style style:name=\"Y\" style:family=\"table-cell\"><style:table-cell-properties"
-    " fo:background-color=\"#ffff00\" fo:border=\"0.5pt solid #000000\"/></style:style>";
-const std::string lines =
-    "<style:style style:name=\"B\" style:family=\"table-cell\"><style:table-cell-properties"
-    " fo:border=\"0.5pt solid #000000\"/></style:style>";
+    wptest::style("Y", "table-cell", R"(fo:background-color="#ffff00" fo:border="0.5pt solid #000000")");
+const std::string lines = wptest::style("B", "table-cell", R"(fo:border="0.5pt solid #000000")");
 const std::string box =
-    "<draw:frame text:anchor-type=\"as-char\" svg:width=\"2in\" svg:height=\"1in\"><draw:text-box>"
-    "<text:p>boxed words</text:p></draw:text-box></draw:frame>";
+    R"(<draw:frame text:anchor-type="as-char" svg:width="2in" svg:height="1in"><draw:text-box
+    ><text:p>boxed words</text:p></draw:text-box></draw:frame>)";
 
 std::string cell(const std::string &content, const std::string &style = {})
 {

@@ -1,11 +1,11 @@
 // odt2wp5's failures: one line on stderr, a non-zero status, and never a destination file.
 
+#include "OdtFile.h"
 #include "ProgramRun.h"
 #include "TestFiles.h"
 #include "WpTestSupport.h"
 
 #include <sys/stat.h>
-#include <zip.h>
 
 #include "richtext/Losses.h"
 
@@ -17,28 +17,6 @@
 #include <string>
 
 namespace {
-
-std::string zipOf(const std::vector<std::pair<std::string, std::string>> &entries)
-{
-    zip_error_t error;
-    zip_error_init(&error);
-    zip_source_t *buffer = zip_source_buffer_create(nullptr, 0, 0, &error);
-    zip_t *archive = zip_open_from_source(buffer, ZIP_TRUNCATE, &error);
-    if (!archive)
-        throw std::runtime_error("cannot make a zip archive");
-    zip_source_keep(buffer);
-    for (const auto &[name, bytes] : entries)
-        zip_file_add(archive, name.c_str(), zip_source_buffer(archive, bytes.data(), bytes.size(), 0), 0);
-    zip_close(archive);
-    zip_source_open(buffer);
-    zip_source_seek(buffer, 0, SEEK_END);
-    std::string result(static_cast<std::size_t>(zip_source_tell(buffer)), '\0');
-    zip_source_seek(buffer, 0, SEEK_SET);
-    zip_source_read(buffer, result.data(), result.size());
-    zip_source_close(buffer);
-    zip_source_free(buffer);
-    return result;
-}
 
 // A package shaped like a password-protected one: the manifest describes how content.xml is encrypted.
 std::string encryptedPackage()
@@ -127,17 +105,10 @@ TEST(Odt2Wp5Output, APackageNeverReachesOutsideItself)
 {
     testing_support::TempDir scratch;
     const std::string content =
-        "<?xml version=\"1.0\" encoding=\"UTF-8\"?><office:document-content"
-        " xmlns:office=\"urn:oasis:names:tc:opendocument:xmlns:office:1.0\""
-        " xmlns:text=\"urn:oasis:names:tc:opendocument:xmlns:text:1.0\""
-        " xmlns:draw=\"urn:oasis:names:tc:opendocument:xmlns:drawing:1.0\""
-        " xmlns:svg=\"urn:oasis:names:tc:opendocument:xmlns:svg-compatible:1.0\""
-        " xmlns:xlink=\"http://www.w3.org/1999/xlink\" office:version=\"1.3\"><office:body><office:text>"
-        "<text:p>inside<draw:frame svg:width=\"1in\" svg:height=\"1in\"><draw:image "
-        "xlink:href=\"../../escaped.txt\"/>"
-        "</draw:frame><draw:frame><draw:image xlink:href=\"/etc/passwd\"/></draw:frame><draw:frame>"
-        "<draw:image xlink:href=\"file:///etc/passwd\"/></draw:frame></text:p></office:text></office:body>"
-        "</office:document-content>";
+        Odt{.body = R"(<text:p>inside<draw:frame svg:width="1in" svg:height="1in"><draw:image
+        xlink:href="../../escaped.txt"/></draw:frame><draw:frame><draw:image xlink:href="/etc/passwd"/></draw:frame
+        ><draw:frame><draw:image xlink:href="file:///etc/passwd"/></draw:frame></text:p>)"}
+            .contentXml();
     // Entries whose names climb out of the package, and pictures that point outside it.
     const std::string package = zipOf({{"mimetype", "application/vnd.oasis.opendocument.text"},
                                        {"content.xml", content},

@@ -55,11 +55,7 @@ TEST(PageColumns, SetsThePageStylesColumnsInWordPerfect6)
     const Written written = write(WordPerfectWriter::Version::wp6);
     ASSERT_TRUE(written.back.ok);
     EXPECT_TRUE(written.losses.empty()) << written.losses.joined();
-    std::vector<std::string> columns;
-    for (const richtext::PageSpan &span : written.back.document.pageSpans)
-        for (const richtext::Properties &section : span.sections)
-            columns.push_back(wptest::property(section, "style:columns"));
-    EXPECT_EQ(columns, (std::vector<std::string>{"2", "3", "2"}));
+    EXPECT_EQ(wptest::sectionColumns(written.back.document), (std::vector<std::string>{"2", "3", "2"}));
     const richtext::Paragraph *right = wptest::paragraphWith(written.back.document, "right column");
     ASSERT_NE(right, nullptr);
     EXPECT_EQ(wptest::property(right->properties, "fo:break-before"), "column");
@@ -70,10 +66,8 @@ TEST(PageColumns, SaysWordPerfect51SetsThemInOne)
     const Written written = write(WordPerfectWriter::Version::wp5);
     ASSERT_TRUE(written.back.ok);
     EXPECT_EQ(written.losses.kinds(), std::vector<std::string>{std::string(richtext::loss::textColumns)});
-    std::vector<std::string> texts;
-    for (const richtext::Paragraph *paragraph : written.back.document.paragraphs())
-        texts.push_back(paragraph->text());
-    EXPECT_EQ(texts, (std::vector<std::string>{"left column", "right column", "in three", "back in two"}));
+    EXPECT_EQ(wptest::texts(written.back.document),
+              (std::vector<std::string>{"left column", "right column", "in three", "back in two"}));
 }
 
 } // namespace

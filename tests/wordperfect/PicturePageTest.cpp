@@ -1,6 +1,7 @@
 // Pictures, paper size and the document summary through odt2wp5's command line, read back by
 // libwpd (the box and its graphic) and libwpg (the pixels in the graphic).
 
+#include "OdtFile.h"
 #include "ProgramRun.h"
 #include "TestFiles.h"
 #include "WpTestSupport.h"
@@ -25,45 +26,17 @@
 
 namespace {
 
-struct Version {
-    const char *option;
-    const char *extension;
-};
-const Version versions[] = {{"--wp6", "wpd"}, {"--wp5", "wp5"}};
-
 const richtext::Inline *firstImage(const richtext::Paragraph &paragraph)
 {
-    for (const richtext::Inline &piece : paragraph.content) {
+    for (const richtext::Inline &piece : paragraph.content)
         if (piece.kind == richtext::Inline::Kind::image)
             return &piece;
-    }
     return nullptr;
-}
-
-void collectImages(const richtext::Blocks &blocks, std::vector<const richtext::Inline *> &images)
-{
-    for (const richtext::Block &block : blocks) {
-        if (const richtext::Paragraph *paragraph = block.paragraph()) {
-            for (const richtext::Inline &piece : paragraph->content) {
-                if (piece.kind == richtext::Inline::Kind::image && !piece.data.empty())
-                    images.push_back(&piece);
-                if (piece.content)
-                    collectImages(*piece.content, images);
-            }
-        } else if (const richtext::Table *table = block.table()) {
-            for (const richtext::Row &row : table->rows)
-                for (const richtext::Cell &cell : row.cells)
-                    collectImages(cell.blocks, images);
-        }
-    }
 }
 
 std::vector<const richtext::Inline *> imagesOf(const richtext::Document &document)
 {
-    std::vector<const richtext::Inline *> images;
-    for (const richtext::PageSpan &span : document.pageSpans)
-        collectImages(span.blocks, images);
-    return images;
+    return wptest::piecesOf(document, richtext::Inline::Kind::image);
 }
 
 // A PNG of the given size whose pixel at (x, y) has colour(x, y) as 0xRRGGBB.
@@ -163,24 +136,7 @@ Drawn drawnBy(const std::string &graphic)
     return {true, rgb(0), rgb(width - 1), svg.outline};
 }
 
-class PicturesAndPages : public ::testing::TestWithParam<Version> {
-protected:
-    wptest::ReadBack convert(const std::string &odt, std::string *warnings = nullptr)
-    {
-        const std::string source = scratch.write("source.fodt", odt);
-        const std::string destination = scratch.file(std::string("out.") + GetParam().extension);
-        const ProgramRun run = ProgramRun::of({ODT2WP5_PATH, GetParam().option, source, destination});
-        EXPECT_EQ(run.status, 0) << run.err;
-        if (warnings)
-            *warnings = run.err;
-        wptest::ReadBack back = wptest::readWordPerfect(testing_support::readFile(destination));
-        EXPECT_TRUE(back.ok);
-        return back;
-    }
-    bool wp6() const { return std::string(GetParam().option) == "--wp6"; }
-
-    testing_support::TempDir scratch;
-};
+class PicturesAndPages : public wptest::VersionTest {};
 
 std::string pictureBody(const std::string &mime, const std::string &bytes)
 {
@@ -191,40 +147,55 @@ std::string pictureBody(const std::string &mime, const std::string &bytes)
            "</office:binary-data></draw:image></draw:frame> after</text:p>";
 }
 
+// Each picture becomes a graphics box in the text where it was anchored, drawn with no outline; one
+// of few colours keeps them exactly, none dithered to the nearest of a fixed set, and so does a
+// photo of thousands in WordPerfect 6, whose graphics hold 24-bit pixels (5.1's hold 256 colours).
 TEST_P(PicturesAndPages, WritesPicturesAsGraphicsBoxesAndCountsTheOthers)
 {
-    struct Case {
+    const struct {
         const char *name;
         std::string body;
-        int boxes;
-        const char *warning;
-    };
-    const Case cases[] = {
-        {"png", pictureBody("image/png", redBluePng()), 1, nullptr},
+        bool boxed; // else counted as lost
+        unsigned left = 0xFF0000, right = 0x0000FF;
+        bool exactIn51 = true;
+    } cases[] = {
+        {"png", pictureBody("image/png", redBluePng()), true},
+        {"png of few colours", pictureBody("image/png", redBluePng(0x3A7BD5, 0xF2E6C9)), true, 0x3A7BD5,
+         0xF2E6C9},
+        {"photo",
+         pictureBody("image/png", pngOf(64, 32,
+                                        [](int x, int y) {
+                                            return x == 0 && y == 0 ? 0x3A7BD5u
+                                                   : x == 63 && y == 0
+                                                       ? 0xF2E6C9u
+                                                       : unsigned(x * 4) << 16 | unsigned(y * 8) << 8 |
+                                                             unsigned(x + y);
+                                        })),
+         true, 0x3A7BD5, 0xF2E6C9, false},
         {"svg",
-         pictureBody("image/svg+xml", "<svg xmlns=\"http://www.w3.org/2000/svg\" width=\"4\" height=\"2\">"
-                                      "<rect width=\"2\" height=\"2\" fill=\"red\"/><rect x=\"2\" width=\"2\""
-                                      " height=\"2\" fill=\"blue\"/></svg>"),
-         1, nullptr},
+         pictureBody("image/svg+xml", R"(<svg xmlns="http://www.w3.org/2000/svg" width="4" height="2"><rect
+             width="2" height="2" fill="red"/><rect x="2" width="2" height="2" fill="blue"/></svg>)"),
+         true},
         // 4x2, left half red, right half blue; the LZW stream clears before every pixel.
         {"gif",
          pictureBody("image/gif", std::string("GIF89a\x04\x00\x02\x00\x81\x00\x00\xFF\x00\x00\x00\x00\xFF"
                                               "\xFF\xFF\xFF\x00\x00\x00\x2C\x00\x00\x00\x00\x04\x00\x02"
                                               "\x00\x00\x02\x07\x04\xC1\x30\x04\xC1\x30\x05\x00\x3B",
                                               46)),
-         1, nullptr},
-        {"bmp", pictureBody("image/bmp", "BM\x46\x00\x00\x00"), 0, richtext::loss::pictureFormats.data()},
+         true},
+        {"bmp", pictureBody("image/bmp", "BM\x46\x00\x00\x00"), false},
     };
-    for (const Case &c : cases) {
+    for (const auto &c : cases) {
         SCOPED_TRACE(c.name);
-        std::string warnings;
-        const auto back = convert(wptest::flatOdt("", c.body), &warnings);
+        ProgramRun run;
+        const auto back = convert(wptest::flatOdt("", c.body), &run);
         const auto images = imagesOf(back.document);
-        ASSERT_EQ(static_cast<int>(images.size()), c.boxes);
-        EXPECT_EQ(richtext::Losses::fromStderr(warnings).kinds(),
-                  c.warning ? std::vector<std::string>{c.warning} : std::vector<std::string>{})
-            << warnings;
-        if (!c.boxes)
+        ASSERT_EQ(images.size(), c.boxed ? 1u : 0u);
+        EXPECT_EQ(richtext::Losses::fromStderr(run.err).kinds(),
+                  c.boxed ? std::vector<std::string>{}
+                          : std::vector<std::string>{richtext::loss::pictureFormats.data()})
+            << run.err;
+        if (!c.boxed)
             continue;
         const richtext::Inline &image = *images.front();
         EXPECT_EQ(wptest::property(image.object, "librevenge:mime-type"), "image/x-wpg");
@@ -232,58 +203,25 @@ TEST_P(PicturesAndPages, WritesPicturesAsGraphicsBoxesAndCountsTheOthers)
         EXPECT_EQ(wptest::property(image.object, "svg:height"), "1.0000in");
         const Drawn drawn = drawnBy(image.data);
         ASSERT_TRUE(drawn.bitmap);
-        EXPECT_EQ(drawn.leftPixel, 0xFF0000u);
-        EXPECT_EQ(drawn.rightPixel, 0x0000FFu);
-        const richtext::Paragraph *paragraph = wptest::paragraphWith(back.document, "before");
-        ASSERT_NE(paragraph, nullptr);
-        EXPECT_EQ(firstImage(*paragraph), &image); // in the text, where the frame was anchored
-    }
-}
-
-// A picture keeps its colours exactly, none of them dithered to the nearest of a fixed set, and gets
-// no outline: one of few colours in both versions, a photo of thousands in WordPerfect 6, whose
-// graphics hold 24-bit pixels (5.1's hold 256 colours).
-TEST_P(PicturesAndPages, KeepsTheExactColoursOfAPicture)
-{
-    const struct {
-        const char *what;
-        std::string png;
-        bool exactIn51;
-    } pictures[] = {
-        {"few colours", redBluePng(0x3A7BD5, 0xF2E6C9), true},
-        {"a photo",
-         pngOf(64, 32,
-               [](int x, int y) {
-                   return x == 0 && y == 0 ? 0x3A7BD5u
-                          : x == 63 && y == 0
-                              ? 0xF2E6C9u
-                              : unsigned(x * 4) << 16 | unsigned(y * 8) << 8 | unsigned(x + y);
-               }),
-         false},
-    };
-    for (const auto &picture : pictures) {
-        SCOPED_TRACE(picture.what);
-        const auto back = convert(wptest::flatOdt("", pictureBody("image/png", picture.png)));
-        const auto images = imagesOf(back.document);
-        ASSERT_EQ(images.size(), 1u);
-        const Drawn drawn = drawnBy(images.front()->data);
-        ASSERT_TRUE(drawn.bitmap);
-        if (wp6() || picture.exactIn51) {
-            EXPECT_EQ(drawn.leftPixel, 0x3A7BD5u);
-            EXPECT_EQ(drawn.rightPixel, 0xF2E6C9u);
+        if (wp6() || c.exactIn51) {
+            EXPECT_EQ(drawn.leftPixel, c.left);
+            EXPECT_EQ(drawn.rightPixel, c.right);
         }
         EXPECT_EQ(drawn.outline, "none");
+        const richtext::Paragraph *paragraph = wptest::paragraphWith(back.document, "before");
+        ASSERT_NE(paragraph, nullptr);
+        EXPECT_EQ(firstImage(*paragraph), &image);
     }
 }
 
 // A picture centred on a line of its own stays centred; one standing in the text stays in its line.
 TEST_P(PicturesAndPages, KeepsACentredPictureCentred)
 {
-    const std::string image = "<draw:image draw:mime-type=\"image/png\"><office:binary-data>" +
+    const std::string image = R"( svg:width="2in" svg:height="1in"><draw:image draw:mime-type="image/png"
+        ><office:binary-data>)" +
                               base64(redBluePng()) + "</office:binary-data></draw:image></draw:frame>";
     const std::string styles =
-        "<style:style style:name=\"fr1\" style:family=\"graphic\"><style:graphic-properties"
-        " style:horizontal-pos=\"center\" style:horizontal-rel=\"paragraph\"/></style:style>";
+        wptest::style("fr1", "graphic", R"(style:horizontal-pos="center" style:horizontal-rel="paragraph")");
     struct Case {
         const char *name;
         std::string body;
@@ -291,14 +229,12 @@ TEST_P(PicturesAndPages, KeepsACentredPictureCentred)
     };
     const Case cases[] = {
         {"own line",
-         "<text:p><draw:frame draw:style-name=\"fr1\" text:anchor-type=\"paragraph\" svg:width=\"2in\""
-         " svg:height=\"1in\">" +
-             image + "</text:p><text:p>after</text:p>",
+         R"(<text:p><draw:frame draw:style-name="fr1" text:anchor-type="paragraph")" + image +
+             "</text:p><text:p>after</text:p>",
          "center"},
         {"in the text",
-         "<text:p>words <draw:frame draw:style-name=\"fr1\" text:anchor-type=\"as-char\""
-         " svg:width=\"2in\" svg:height=\"1in\">" +
-             image + "</text:p><text:p>after</text:p>",
+         R"(<text:p>words <draw:frame draw:style-name="fr1" text:anchor-type="as-char")" + image +
+             "</text:p><text:p>after</text:p>",
          "left"},
     };
     for (const Case &c : cases) {
@@ -331,12 +267,12 @@ TEST_P(PicturesAndPages, KeepsThePaperSize)
         SCOPED_TRACE(std::string(c.width) + " x " + c.height);
         const auto back = convert(wptest::flatOdt(
             std::string(
-                "<style:page-layout style:name=\"pm1\"><style:page-layout-properties fo:page-width=\"") +
-                c.width + "\" fo:page-height=\"" + c.height +
-                "\" fo:margin-left=\"1in\" fo:margin-right=\"1in\""
-                " fo:margin-top=\"1in\" fo:margin-bottom=\"1in\"/></style:page-layout>",
+                R"(<style:page-layout style:name="pm1"><style:page-layout-properties fo:page-width=")") +
+                c.width + R"(" fo:page-height=")" + c.height +
+                R"(" fo:margin-left="1in" fo:margin-right="1in" fo:margin-top="1in" fo:margin-bottom="1in"/>
+                </style:page-layout>)",
             "<text:p>page text</text:p>",
-            "<style:master-page style:name=\"Standard\" style:page-layout-name=\"pm1\"/>"));
+            R"(<style:master-page style:name="Standard" style:page-layout-name="pm1"/>)"));
         ASSERT_FALSE(back.document.pageSpans.empty());
         const auto &page = back.document.pageSpans.front().properties;
         EXPECT_NEAR(std::stod(wptest::property(page, "fo:page-width")), std::stod(c.expectWidth), 0.002);
@@ -367,24 +303,19 @@ TEST_P(PicturesAndPages, CorpusPicturesBecomeGraphicsBoxes)
     }
 }
 
-INSTANTIATE_TEST_SUITE_P(BothVersions, PicturesAndPages, ::testing::ValuesIn(versions),
-                         [](const auto &info) { return std::string(info.param.option + 2); });
+INSTANTIATE_TEST_SUITE_P(BothVersions, PicturesAndPages, testing::ValuesIn(wptest::versions),
+                         wptest::versionName);
 
 // A one-paragraph flat document whose metadata fills every field of a document summary.
 std::string withMetadata(const std::string &title)
 {
-    return "<?xml version=\"1.0\" encoding=\"UTF-8\"?><office:document"
-           " xmlns:office=\"urn:oasis:names:tc:opendocument:xmlns:office:1.0\""
-           " xmlns:text=\"urn:oasis:names:tc:opendocument:xmlns:text:1.0\""
-           " xmlns:dc=\"http://purl.org/dc/elements/1.1/\" "
-           "xmlns:meta=\"urn:oasis:names:tc:opendocument:xmlns:meta:1.0\""
-           " office:version=\"1.3\" office:mimetype=\"application/vnd.oasis.opendocument.text\"><office:meta>"
-           "<dc:title>" +
-           title +
-           "</dc:title><meta:initial-creator>Ada Lovelace</meta:initial-creator>"
-           "<dc:subject>Finances</dc:subject><dc:description>A short summary</dc:description>"
-           "<meta:keyword>money</meta:keyword></office:meta><office:body><office:text><text:p>x</text:p>"
-           "</office:text></office:body></office:document>";
+    return Odt{.body = "<text:p>x</text:p>",
+               .meta =
+                   "<dc:title>" + title +
+                   "</dc:title><meta:initial-creator>Ada Lovelace</meta:initial-creator><dc:subject>Finances"
+                   "</dc:subject><dc:description>A short summary</dc:description><meta:keyword>money"
+                   "</meta:keyword>"}
+        .flat();
 }
 
 // Only WordPerfect 6 has a document summary libwpd reads.

@@ -1,5 +1,7 @@
 #include "WpTestSupport.h"
 
+#include "OdtFile.h"
+
 #include "richtext/ModelBuilder.h"
 
 #include <libwpd/libwpd.h>
@@ -10,22 +12,15 @@ namespace wptest {
 std::string flatOdt(const std::string &automaticStyles, const std::string &body,
                     const std::string &masterStyles)
 {
-    return "<?xml version=\"1.0\" encoding=\"UTF-8\"?>"
-           "<office:document"
-           " xmlns:office=\"urn:oasis:names:tc:opendocument:xmlns:office:1.0\""
-           " xmlns:style=\"urn:oasis:names:tc:opendocument:xmlns:style:1.0\""
-           " xmlns:text=\"urn:oasis:names:tc:opendocument:xmlns:text:1.0\""
-           " xmlns:table=\"urn:oasis:names:tc:opendocument:xmlns:table:1.0\""
-           " xmlns:fo=\"urn:oasis:names:tc:opendocument:xmlns:xsl-fo-compatible:1.0\""
-           " xmlns:svg=\"urn:oasis:names:tc:opendocument:xmlns:svg-compatible:1.0\""
-           " xmlns:dc=\"http://purl.org/dc/elements/1.1/\""
-           " xmlns:meta=\"urn:oasis:names:tc:opendocument:xmlns:meta:1.0\""
-           " xmlns:draw=\"urn:oasis:names:tc:opendocument:xmlns:drawing:1.0\""
-           " office:version=\"1.3\" office:mimetype=\"application/vnd.oasis.opendocument.text\">"
-           "<office:automatic-styles>" +
-           automaticStyles + "</office:automatic-styles><office:master-styles>" + masterStyles +
-           "</office:master-styles><office:body><office:text>" + body +
-           "</office:text></office:body></office:document>";
+    return Odt{.automaticStyles = automaticStyles, .masterStyles = masterStyles, .body = body}.flat();
+}
+
+std::string style(const std::string &name, const std::string &family, const std::string &attributes,
+                  const std::string &children)
+{
+    const std::string element = "style:" + family + "-properties";
+    return "<style:style style:name=\"" + name + "\" style:family=\"" + family + "\"><" + element + " " +
+           attributes + (children.empty() ? "/>" : ">" + children + "</" + element + ">") + "</style:style>";
 }
 
 ReadBack readWordPerfect(const std::string &bytes)
@@ -103,10 +98,86 @@ const richtext::Paragraph *paragraphWith(const richtext::Document &document, con
     return nullptr;
 }
 
-std::string property(const richtext::Properties &properties, const std::string &name)
+namespace {
+
+void words(const richtext::Blocks &blocks, std::string &into)
 {
-    const auto found = properties.find(name);
-    return found == properties.end() ? std::string() : found->second;
+    for (const richtext::Block &block : blocks) {
+        if (const richtext::Paragraph *paragraph = block.paragraph()) {
+            into += paragraph->text();
+            for (const richtext::Inline &piece : paragraph->content)
+                if (piece.content)
+                    words(*piece.content, into);
+        } else if (const richtext::Table *table = block.table()) {
+            for (const richtext::Row &row : table->rows)
+                for (const richtext::Cell &cell : row.cells)
+                    words(cell.blocks, into += " ");
+        }
+    }
+}
+
+void collect(const richtext::Blocks &blocks, richtext::Inline::Kind kind,
+             std::vector<const richtext::Inline *> &into)
+{
+    for (const richtext::Block &block : blocks) {
+        if (const richtext::Paragraph *paragraph = block.paragraph()) {
+            for (const richtext::Inline &piece : paragraph->content) {
+                if (piece.kind == kind && (kind != richtext::Inline::Kind::image || !piece.data.empty()))
+                    into.push_back(&piece);
+                if (piece.content)
+                    collect(*piece.content, kind, into);
+            }
+        } else if (const richtext::Table *table = block.table()) {
+            for (const richtext::Row &row : table->rows)
+                for (const richtext::Cell &cell : row.cells)
+                    collect(cell.blocks, kind, into);
+        }
+    }
+}
+
+} // namespace
+
+std::vector<std::string> headersAndFooters(const richtext::Document &document)
+{
+    std::vector<std::string> result;
+    for (const richtext::PageSpan &span : document.pageSpans)
+        for (const richtext::HeaderFooter &part : span.headersAndFooters)
+            words(part.blocks, result.emplace_back(part.footer ? "footer:" : "header:"));
+    return result;
+}
+
+std::vector<std::string> sectionColumns(const richtext::Document &document)
+{
+    std::vector<std::string> result;
+    for (const richtext::PageSpan &span : document.pageSpans)
+        for (const richtext::Properties &section : span.sections)
+            result.push_back(property(section, "style:columns"));
+    return result;
+}
+
+std::vector<const richtext::Inline *> piecesOf(const richtext::Document &document,
+                                               richtext::Inline::Kind kind)
+{
+    std::vector<const richtext::Inline *> result;
+    for (const richtext::PageSpan &span : document.pageSpans)
+        collect(span.blocks, kind, result);
+    return result;
+}
+
+ReadBack VersionTest::convert(const std::string &odt, ProgramRun *run)
+{
+    const std::string source = scratch.write("source.fodt", odt);
+    const std::string destination = scratch.file(std::string("out.") + GetParam().extension);
+    const ProgramRun conversion = ProgramRun::of({ODT2WP5_PATH, GetParam().option, source, destination});
+    EXPECT_EQ(conversion.status, 0) << conversion.err;
+    if (run)
+        *run = conversion;
+    const ProgramRun text = ProgramRun::of({WPD2TEXT_PATH, destination});
+    EXPECT_EQ(text.status, 0);
+    EXPECT_EQ(text.err, "");
+    ReadBack back = readWordPerfect(testing_support::readFile(destination));
+    EXPECT_TRUE(back.ok);
+    return back;
 }
 
 } // namespace wptest
