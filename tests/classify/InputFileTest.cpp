@@ -64,6 +64,9 @@ TEST(InputFile, ClassifiesByHeaderThenExtension)
 {
     const Case cases[] = {
         {"empty file decided by its name", "letter.wpd", {}, Kind::wpDocument, false, false},
+        {"empty .wp4 decided by its name", "letter.wp4", {}, Kind::wpDocument, false, false},
+        {"empty template decided by its name", "form.wpt", {}, Kind::wpDocument, false, false},
+        {"empty .htm decided by its name", "page.htm", {}, Kind::office, false, false},
         {"bare four-byte prefix", "anything.txt", prefix(4), Kind::wpDocument, false, false},
         {"prefix shorter than its signature", "x.txt", prefix(3), Kind::office, false, false},
         {"graphic type in byte 9 beats .wpd", "pic.wpd", prefix(10, {{9, 0x16}}), Kind::wpGraphic, false,
