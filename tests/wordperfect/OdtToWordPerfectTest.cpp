@@ -612,6 +612,25 @@ TEST_P(OdtToWordPerfect, SetsAWideBoxInItsLineAsHighAsItsText)
     EXPECT_EQ(box->content->size(), 3u);
 }
 
+// A wide box that opens its paragraph but lies lower (a cover's title block 1.5 in down the page)
+// stays that low: an empty line before it, whose space after makes up the rest of the drop.
+TEST_P(OdtToWordPerfect, KeepsAWideBoxAsFarDownAsItStood)
+{
+    if (!wp6())
+        GTEST_SKIP() << "5.1 keeps a box's words after its paragraph";
+    const auto back = convert(
+        flatOdt(style("fr", "graphic", R"(style:vertical-rel="page-content" style:vertical-pos="from-top")"),
+                R"(<text:p><draw:frame draw:style-name="fr" text:anchor-type="paragraph" svg:y="1.5in"
+        svg:width="6in"><draw:text-box><text:p>title</text:p></draw:text-box></draw:frame></text:p>
+        <text:p>below</text:p>)"));
+    const auto paragraphs = back.document.paragraphs();
+    ASSERT_GE(paragraphs.size(), 2u);
+    EXPECT_EQ(paragraphs[0]->text(), "");
+    EXPECT_EQ(property(paragraphs[0]->properties, "fo:margin-bottom"), "1.3083in");
+    EXPECT_NE(onlyTextBox(back.document), nullptr);
+    EXPECT_EQ(property(paragraphs[1]->properties, "fo:margin-bottom"), "0.0000in");
+}
+
 // A text box anchored to its paragraph or page keeps its place there in WordPerfect 6: its offset
 // from the paragraph (across from the margin) or from the paper's edges, or centred.
 TEST_P(OdtToWordPerfect, KeepsWhereATextBoxStands)

@@ -67,6 +67,15 @@ void WordPerfectWriter::openFrame(const RVNGPropertyList &propList)
         }
         if (page && verticalTo != "page")
             at.y += pageSetup().top;
+    } else if (anchor == "paragraph" || anchor == "char") {
+        // Measured from the paragraph, or from the page when the paragraph opens the page.
+        const int y = wpu(inchesOf(propList, "svg:y").value_or(0));
+        const bool fromPage = paragraphOpensPage && streams.size() == 1;
+        if (verticalTo.empty() || verticalTo == "paragraph" || verticalTo == "paragraph-content" ||
+            (fromPage && verticalTo == "page-content"))
+            framePlacement.drop = std::max(0, y);
+        else if (fromPage && verticalTo == "page")
+            framePlacement.drop = std::max(0, y - pageSetup().top);
     }
     // A picture centred on its own line (anchored to its paragraph, not standing in the text).
     frameCentred = textOf(propList, "style:horizontal-pos") == "center" &&

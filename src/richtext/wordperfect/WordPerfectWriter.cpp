@@ -354,8 +354,10 @@ void WordPerfectWriter::startParagraph(const RVNGPropertyList &propList, const s
     }
     stream.joinedLine = false;
     stream.pendingBlanks.clear();
+    paragraphOpensPage = false;
     if (streams.size() == 1) {
         const std::string breakBefore = textOf(propList, "fo:break-before");
+        paragraphOpensPage = !stream.started || pageJustBroken || breakBefore == "page";
         if (breakBefore == "page" && stream.started && !pageJustBroken)
             breakPage();
         else if (breakBefore == "column" && stream.started && columnsInForce() > 1)
@@ -856,6 +858,7 @@ void WordPerfectWriter::closeTextBox()
     endContainer();
     resetParagraphFormat();
     const bool content = streams.back().content;
+    const bool opensParagraph = !streams[streams.size() - 2].paragraphContent;
     const std::string body = popStream();
     const auto size = boxSizes.back();
     boxSizes.pop_back();
@@ -870,6 +873,20 @@ void WordPerfectWriter::closeTextBox()
     const int height = size ? std::max(0, wpu(size->second)) : 0; // 0: as high as its text
     // A box inside a box, a header or a note stays text: libwpd reads no box there.
     if (writesTextBoxes() && boxDepth == 0 && !inSubDocument()) {
+        Stream &stream = streams.back();
+        if (where.drop >= 120 && opensParagraph && writesParagraphSpacing()) {
+            // A wide box lower in its paragraph than the paragraph's first line (a cover's title
+            // block): an empty line before it, with the rest of the drop as its space after. No
+            // font code: at a document's start the first one would become the document's own.
+            const int line =
+                static_cast<int>(std::lround((stream.written.size ? stream.written.size : 600) * 1.15 / 3));
+            flushReturns();
+            writeParagraphSpacing(std::max(0, where.drop - line));
+            writeHardReturn();
+            writeParagraphSpacing(stream.spacingInForce);
+            if (stream.spacingAt)
+                stream.spacingAt = out().size();
+        }
         text(U"");
         placement = where;
         writeTextBox(body, width, height);

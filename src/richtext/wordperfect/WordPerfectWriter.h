@@ -77,6 +77,9 @@ struct BoxPlacement {
     int x = 0; // WPU: from the left margin (paragraph), or from the paper's left edge (page)
     int y = 0; // WPU: from the paragraph's top, or from the paper's top edge
     bool centred = false;
+    // A box that stands in its own line (character-anchored) but lay this far below its
+    // paragraph's top: the line moves down as far.
+    int drop = 0; // WPU
 };
 
 struct CellShape {
@@ -319,6 +322,7 @@ private:
         std::size_t start = 0; // where its text starts, after the margins
     };
     std::vector<HeaderRoom> headerRooms;
+    bool paragraphOpensPage = false; // the open paragraph of the main text starts a page
     void writeBlankLine(int height, bool closing);
     ListNumbering numbering;
     std::vector<std::pair<int, int>> listIndents; // per open level: text indent and label width, WPU
