@@ -268,6 +268,10 @@ void OdtInline::field(const char *type, const xmlNode *node)
     properties.insert("librevenge:field-type", type);
     if (const auto format = Xml::attribute(node, style, "num-format"))
         properties.insert("style:num-format", format->c_str());
+    // What the field showed when the document was saved, for writers whose format lacks it.
+    const std::string shown = Xml::text(node);
+    if (!shown.empty())
+        properties.insert("office:string-value", shown.c_str());
     content.output().insertField(properties);
     ignoreSpace = false;
 }

@@ -733,9 +733,13 @@ void WordPerfectWriter::insertField(const RVNGPropertyList &propList)
 {
     if (hidden)
         return;
-    if (textOf(propList, "librevenge:field-type") == "text:page-number") {
+    const std::string type = textOf(propList, "librevenge:field-type");
+    if (type == "text:page-number") {
         text(U"");
         writePageNumber();
+    } else if (type == "text:page-count") {
+        // No code for the page count that readers take: the count as the document last showed it.
+        text(CharacterMap::decodeUtf8(textOf(propList, "office:string-value")));
     }
 }
 
