@@ -738,9 +738,14 @@ void WordPerfectWriter::insertField(const RVNGPropertyList &propList)
         text(U"");
         writePageNumber();
     } else if (type == "text:page-count") {
-        // No code for the page count that readers take: the count as the document last showed it.
-        text(CharacterMap::decodeUtf8(textOf(propList, "office:string-value")));
+        text(U"");
+        writePageCount(textOf(propList, "office:string-value"));
     }
+}
+
+void WordPerfectWriter::writePageCount(const std::string &shown)
+{
+    text(CharacterMap::decodeUtf8(shown));
 }
 
 void WordPerfectWriter::openListLevel(const RVNGPropertyList &propList, bool ordered)

@@ -225,6 +225,9 @@ protected:
     virtual void writeNote(bool endnote, int number, const std::string &body, char mark) = 0;
     virtual void writeHeaderFooter(bool footer, const std::string &occurrence, const std::string &body) = 0;
     virtual void writePageNumber() = 0;
+    // The count of pages; `shown` is the count the document last showed, for a version without
+    // a code for it that readers take.
+    virtual void writePageCount(const std::string &shown);
     // A picture in a character-anchored graphics box of widthWpu x heightWpu.
     virtual void writeImage(const Raster &raster, int widthWpu, int heightWpu) = 0;
     // A text box holding `body`, where the format has one that libwpd reads, placed as

@@ -527,6 +527,18 @@ void Wp6Writer::writeHeaderFooter(bool footer, const std::string &occurrence, co
     function(0xD6, (footer ? 2 : 0) + (secondary ? 1 : 0), data, pid);
 }
 
+void Wp6Writer::writePageCount(const std::string &shown)
+{
+    // Display total pages on, the count last laid out (WordPerfect recomputes it), off.
+    std::string level;
+    put8(level, 0);
+    function(0xDA, 0x14, level);
+    for (const char c : shown.empty() ? std::string("1") : shown)
+        if (c >= '0' && c <= '9')
+            writeAscii(c);
+    function(0xDA, 0x15, {});
+}
+
 void Wp6Writer::writePageNumber()
 {
     // Display page number on, the number WordPerfect last laid out (it recomputes it), off.

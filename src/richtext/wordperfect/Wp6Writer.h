@@ -34,6 +34,7 @@ protected:
     void writeNote(bool endnote, int number, const std::string &body, char mark) override;
     void writeHeaderFooter(bool footer, const std::string &occurrence, const std::string &body) override;
     void writePageNumber() override;
+    void writePageCount(const std::string &shown) override;
     void writeImage(const Raster &raster, int widthWpu, int heightWpu) override;
     bool writesTextBoxes() const override { return true; }
     void writeTextBox(const std::string &body, int widthWpu, int heightWpu) override;
