@@ -291,10 +291,22 @@ void WordPerfectWriter::settleSpacing(int above, bool listItem, bool between)
     stream.spacingInForce = spacing;
 }
 
-// A line of nothing but a hard space in a font as high as the room it stands for (a line is about
-// 1.15 times its font's size; WPU times 3 is 1/50 point). Readers size a line with nothing in it
-// (an ordinary space counts as nothing) by the paragraph's default font, whatever codes it holds.
-// Closing: the text ends on it, with no return and no font to restore.
+namespace {
+
+// A line is about 1.15 times its font's size; WPU times 3 is 1/50 point, the unit of font sizes.
+constexpr double lineToFont = 1.15 / 3;
+
+// The height of a line in the font last written (12 point when none is), WPU.
+int lineHeightOf(int fontSize)
+{
+    return static_cast<int>(std::lround((fontSize ? fontSize : 600) * lineToFont));
+}
+
+} // namespace
+
+// A line of nothing but a hard space in a font as high as the room it stands for. Readers size a line with
+// nothing in it (an ordinary space counts as nothing) by the paragraph's default font, whatever codes it
+// holds. Closing: the text ends on it, with no return and no font to restore.
 void WordPerfectWriter::writeBlankLine(int height, bool closing)
 {
     Stream &stream = streams.back();
@@ -305,7 +317,7 @@ void WordPerfectWriter::writeBlankLine(int height, bool closing)
     if (!restored.size)
         restored.size = 600;
     CharacterFormat blank = restored;
-    blank.size = std::clamp(static_cast<int>(std::lround(height * 3 / 1.15)), 100, 7200);
+    blank.size = std::clamp(static_cast<int>(std::lround(height / lineToFont)), 100, 7200);
     // With no font chosen yet, the first one written is the document's own for libwpd.
     if (stream.written.font.empty() || !stream.written.size)
         writeFont(restored);
@@ -394,8 +406,7 @@ void WordPerfectWriter::startParagraph(const RVNGPropertyList &propList, const s
     }
     stream.pendingStart = format;
     stream.paragraphContent = false;
-    stream.lineHeights +=
-        static_cast<int>(std::lround((stream.written.size ? stream.written.size : 600) * 1.15 / 3));
+    stream.lineHeights += lineHeightOf(stream.written.size);
     startLine(page.left + format.leftIndent + format.firstLine);
     stream.started = true;
     stream.wanted.attributes = 0;
@@ -887,10 +898,8 @@ void WordPerfectWriter::closeTextBox()
             // A wide box lower in its paragraph than the paragraph's first line (a cover's title
             // block): an empty line before it, with the rest of the drop as its space after. No
             // font code: at a document's start the first one would become the document's own.
-            const int line =
-                static_cast<int>(std::lround((stream.written.size ? stream.written.size : 600) * 1.15 / 3));
             flushReturns();
-            writeParagraphSpacing(std::max(0, where.drop - line));
+            writeParagraphSpacing(std::max(0, where.drop - lineHeightOf(stream.written.size)));
             writeHardReturn();
             writeParagraphSpacing(stream.spacingInForce);
             if (stream.spacingAt)
