@@ -205,10 +205,8 @@ std::optional<std::vector<std::uint32_t>> exactColours(const Raster &raster)
 
 // WordPerfect Graphics record lengths: one byte below 0xFF, else FF and a word, and above 0x7FFF
 // FF, the high word with its top bit set, then the low word.
-void putRecord(std::string &out, int type, const std::string &data)
+void putLength(std::string &out, std::size_t size)
 {
-    put8(out, static_cast<unsigned>(type));
-    const std::size_t size = data.size();
     if (size < 0xFF) {
         put8(out, static_cast<unsigned>(size));
     } else if (size < 0x8000) {
@@ -219,6 +217,12 @@ void putRecord(std::string &out, int type, const std::string &data)
         put16(out, static_cast<unsigned>((size >> 16) | 0x8000));
         put16(out, static_cast<unsigned>(size & 0xFFFF));
     }
+}
+
+void putRecord(std::string &out, int type, const std::string &data)
+{
+    put8(out, static_cast<unsigned>(type));
+    putLength(out, data.size());
     out += data;
 }
 
@@ -399,11 +403,10 @@ namespace {
 void putRecord2(std::string &out, int type, const std::string &data)
 {
     put8(out, 0);
-    std::string record;
-    putRecord(record, type, data);
-    out += record.substr(0, 1);
+    put8(out, static_cast<unsigned>(type));
     put8(out, 0);
-    out += record.substr(1);
+    putLength(out, data.size());
+    out += data;
 }
 
 // 24-bit pixels run-length coded three bytes at a time: 7D 03 sets the unit, 80|n p = n+1 times p,
