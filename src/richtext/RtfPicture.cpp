@@ -247,13 +247,26 @@ Axis vertical(const librevenge::RVNGPropertyList &frame, const PageArea &page, d
     } else if (position == "bottom") {
         axis = {axis.word, std::max(0.0, areaHeight - height), 3};
     }
+    // LibreOffice puts a shape counted from the top margin well below its
+    // place, and drops its alignment; counted from the page's edge it stands
+    // where every reader puts it.
+    if (axis.word == "\\shpbymargin")
+        axis = {"\\shpbypage", page.top + axis.offset, 0};
     return axis;
 }
 
-std::string wrap(const librevenge::RVNGPropertyList &frame)
+// `before` and `after`: the room the text column leaves on each side of the
+// frame. Text is not set in a strip narrower than two centimetres beside a
+// frame, as ODF readers lay it out; a reader of Word's documents would fill
+// it with a word or two.
+std::string wrap(const librevenge::RVNGPropertyList &frame, double before, double after)
 {
+    constexpr double narrowest = 2 / 2.54;
     const std::string wrap = Units::text(frame, "style:wrap").value_or("parallel");
-    if (wrap == "none")
+    const bool leftUsable = before >= narrowest;
+    const bool rightUsable = after >= narrowest;
+    if (wrap == "none" || (wrap == "left" && !leftUsable) || (wrap == "right" && !rightUsable) ||
+        (!leftUsable && !rightUsable && wrap != "run-through"))
         return "\\shpwr1";
     if (wrap == "run-through")
         return "\\shpwr3\\shpfblwtxt0";

@@ -581,6 +581,14 @@ INSTANTIATE_TEST_SUITE_P(
                                         -3.0);
                },
                {"\\shpleft6480\\shptop720\\shpright9360\\shpbottom2160\\shpfhdr0\\shpbxpage\\shpbypage"}},
+        Expect{"below the top margin, counted from the page's edge",
+               [] {
+                   return placedPicture({{"text:anchor-type", "char"},
+                                         {"style:horizontal-rel", "page"},
+                                         {"style:vertical-rel", "page-content"}},
+                                        1.0);
+               },
+               {"\\shpleft1440\\shptop2160\\shpright4320\\shpbottom3600\\shpfhdr0\\shpbxpage\\shpbypage"}},
         Expect{"centred on the page's text, text above and below",
                [] {
                    return placedPicture({{"text:anchor-type", "paragraph"},
