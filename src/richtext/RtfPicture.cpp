@@ -303,11 +303,12 @@ std::string placed(const std::string &pictureGroup, const librevenge::RVNGProper
     const double textWidth = page.width - page.left - page.right;
     const double start = x.word == "\\shpbxpage" ? x.offset - page.left : x.offset;
     const bool besideText = x.alignment == 0 && (start >= textWidth || start + width <= 0);
-    std::string shape = "{\\shp{\\*\\shpinst\\shpleft" + std::to_string(left) + "\\shptop" +
-                        std::to_string(top) + "\\shpright" + std::to_string(left + RtfFormat::twips(width)) +
-                        "\\shpbottom" + std::to_string(top + RtfFormat::twips(height)) + "\\shpfhdr0" +
-                        x.word + y.word + (besideText ? "\\shpwr3\\shpfblwtxt0" : wrap(frame)) + "\\shpz0" +
-                        property("shapeType", 75);
+    std::string shape =
+        "{\\shp{\\*\\shpinst\\shpleft" + std::to_string(left) + "\\shptop" + std::to_string(top) +
+        "\\shpright" + std::to_string(left + RtfFormat::twips(width)) + "\\shpbottom" +
+        std::to_string(top + RtfFormat::twips(height)) + "\\shpfhdr0" + x.word + y.word +
+        (besideText ? "\\shpwr3\\shpfblwtxt0" : wrap(frame, start, textWidth - start - width)) + "\\shpz0" +
+        property("shapeType", 75);
     if (x.alignment)
         shape += property("posh", x.alignment);
     if (y.alignment)

@@ -598,8 +598,16 @@ INSTANTIATE_TEST_SUITE_P(
                                          {"style:vertical-pos", "middle"},
                                          {"style:wrap", "none"}});
                },
-               {"\\shpleft3240\\shptop5760", "\\shpbxmargin\\shpbymargin\\shpwr1\\shpz0",
-                "{\\sp{\\sn posh}{\\sv 2}}{\\sp{\\sn posv}{\\sv 2}}"}},
+               {"\\shpleft3240\\shptop7200", "\\shpbxmargin\\shpbypage\\shpwr1\\shpz0",
+                "{\\sp{\\sn posh}{\\sv 2}}{\\sp{\\sn pib}"}},
+        Expect{"text wanted on its left, where the column leaves too little room, goes above and below",
+               [] {
+                   return placedPicture({{"text:anchor-type", "paragraph"},
+                                         {"style:horizontal-rel", "page-content"},
+                                         {"style:wrap", "left"}},
+                                        0.5);
+               },
+               {"\\shpbxmargin\\shpbypara\\shpwr1\\shpz0"}},
         Expect{"beside the text column it keeps no text away",
                [] {
                    return placedPicture({{"text:anchor-type", "paragraph"},
