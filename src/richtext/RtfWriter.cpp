@@ -5,6 +5,8 @@
 #include "Units.h"
 #include "Utf8.h"
 
+#include <algorithm>
+
 namespace richtext {
 
 using librevenge::RVNGPropertyList;
@@ -294,6 +296,7 @@ void RtfWriter::startListLevel(const RVNGPropertyList &propList, bool ordered)
         Units::inches(propList, "text:space-before").value_or(0.25 * (numbering.depth() - 1));
     lists.defineLevel(currentList, numbering.depth() - 1, numbering.innermost(), indent, labelWidth);
     labelWidths.push_back(labelWidth);
+    labelIndents.push_back(indent);
 }
 
 void RtfWriter::endListLevel()
@@ -301,6 +304,8 @@ void RtfWriter::endListLevel()
     numbering.closeLevel();
     if (!labelWidths.empty())
         labelWidths.pop_back();
+    if (!labelIndents.empty())
+        labelIndents.pop_back();
     if (numbering.depth() == 0)
         currentList = 0;
 }
@@ -318,14 +323,35 @@ void RtfWriter::openListElement(const RVNGPropertyList &propList)
     const std::string label = numbering.nextLabel();
     std::string listWords =
         "\\ls" + std::to_string(currentList) + "\\ilvl" + std::to_string(std::min(8, numbering.depth() - 1));
-    // The tab after the label ends at the label's width from where the line
-    // starts; readers look for it at the hanging indent, which a paragraph's
-    // own indents may have moved, and else take the next default stop.
+    // A list paragraph's own indents move the level's: its lines stand the
+    // label's width in from the margin and the level's indent together, and
+    // the label starts the paragraph's first-line indent in from those two.
+    // RTF's paragraph indents replace the level's, so they are written whole.
     const auto margin = Units::inches(propList, "fo:margin-left");
     const auto firstLine = Units::inches(propList, "fo:text-indent");
-    if ((margin || firstLine) && !labelWidths.empty() && labelWidths.back() > 0)
-        listWords += RtfFormat::tabStop(margin.value_or(0) + firstLine.value_or(0) + labelWidths.back());
-    beginParagraph(propList, listWords, label);
+    if ((!margin && !firstLine) || labelWidths.empty()) {
+        beginParagraph(propList, listWords, label);
+        return;
+    }
+    const double start = margin.value_or(0) + labelIndents.back();
+    const double indent = firstLine.value_or(0);
+    const double labelWidth = std::max(0.0, labelWidths.back());
+    RVNGPropertyList moved = propList;
+    if (indent > 0) {
+        // The label would end past the hanging indent, where readers stop the
+        // tab after it: the text keeps to the column the first line gives it.
+        moved.insert("fo:margin-left", start + indent + labelWidth, librevenge::RVNG_INCH);
+        moved.insert("fo:text-indent", -labelWidth, librevenge::RVNG_INCH);
+    } else {
+        moved.insert("fo:margin-left", start + labelWidth, librevenge::RVNG_INCH);
+        moved.insert("fo:text-indent", indent - labelWidth, librevenge::RVNG_INCH);
+        // The tab after the label ends at the label's width from its start;
+        // readers look for it at the hanging indent, and else take the next
+        // default stop.
+        if (indent < 0 && labelWidth > 0)
+            listWords += RtfFormat::tabStop(start + indent + labelWidth);
+    }
+    beginParagraph(moved, listWords, label);
 }
 
 void RtfWriter::openNote(bool endnote)

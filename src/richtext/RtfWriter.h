@@ -139,7 +139,8 @@ private:
     RtfLists lists;
     ListNumbering numbering;
     int currentList = 0;
-    std::vector<double> labelWidths; // per open list level
+    std::vector<double> labelWidths;  // per open list level
+    std::vector<double> labelIndents; // per open list level, the label's start
     std::vector<std::unique_ptr<RtfTable>> tables;
     int flattenedTables = 0; // tables inside cells, written as plain paragraphs
     RtfSections sections;

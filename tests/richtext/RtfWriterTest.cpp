@@ -619,8 +619,8 @@ INSTANTIATE_TEST_SUITE_P(
 
 TEST(RtfWriter, EndsAListLabelWhereItsWidthEndsWhenTheParagraphMovesIt)
 {
-    const auto item = [](std::optional<double> margin) {
-        return write([margin](RtfWriter &out) {
+    const auto item = [](std::optional<double> margin, double indent = 2.0) {
+        return write([margin, indent](RtfWriter &out) {
             out.closeParagraph();
             RVNGPropertyList level = with("style:num-format", "i");
             level.insert("text:min-label-width", 2.5);
@@ -628,7 +628,7 @@ TEST(RtfWriter, EndsAListLabelWhereItsWidthEndsWhenTheParagraphMovesIt)
             RVNGPropertyList paragraph;
             if (margin) {
                 paragraph.insert("fo:margin-left", *margin);
-                paragraph.insert("fo:text-indent", 2.0);
+                paragraph.insert("fo:text-indent", indent);
             }
             out.openListElement(paragraph);
             out.insertText("item");
@@ -636,8 +636,12 @@ TEST(RtfWriter, EndsAListLabelWhereItsWidthEndsWhenTheParagraphMovesIt)
             out.closeOrderedListLevel();
         });
     };
-    // The line starts at -1 + 2 inches; the label is 2.5 inches wide.
-    EXPECT_NE(item(-1.0).find("\\ls1\\ilvl0\\tx5040\\ql\\li-1440"), std::string::npos) << item(-1.0);
+    // The label starts at -1 + 2 inches and is 2.5 inches wide; the text
+    // keeps to where it ends.
+    EXPECT_NE(item(-1.0).find("\\ls1\\ilvl0\\ql\\li5040\\fi-3600"), std::string::npos) << item(-1.0);
+    // A label that starts half an inch out ends at 2.5 inches, before the text's 3.
+    EXPECT_NE(item(0.5, -0.5).find("\\ls1\\ilvl0\\tx3600\\ql\\li4320\\fi-4320"), std::string::npos)
+        << item(0.5, -0.5);
     EXPECT_EQ(item(std::nullopt).find("\\tx"), std::string::npos) << "the level's own hanging indent serves";
 }
 
