@@ -237,8 +237,9 @@ Axis vertical(const librevenge::RVNGPropertyList &frame, const PageArea &page, d
         axis.word = "\\shpbypage";
         areaHeight = page.height;
     } else if (relation == "page-content") {
+        // The text area: between the margins, less a header's and a footer's room.
         axis.word = "\\shpbymargin";
-        areaHeight = page.height - page.top - page.bottom;
+        areaHeight = page.height - page.top - page.headerRoom - page.bottom - page.footerRoom;
     }
     if (position == "top") {
         axis = {axis.word, 0, 1};
@@ -251,7 +252,7 @@ Axis vertical(const librevenge::RVNGPropertyList &frame, const PageArea &page, d
     // place, and drops its alignment; counted from the page's edge it stands
     // where every reader puts it.
     if (axis.word == "\\shpbymargin")
-        axis = {"\\shpbypage", page.top + axis.offset, 0};
+        axis = {"\\shpbypage", page.top + page.headerRoom + axis.offset, 0};
     return axis;
 }
 

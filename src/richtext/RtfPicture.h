@@ -27,6 +27,9 @@ struct PageArea {
     double right = 1;
     double top = 1;
     double bottom = 1;
+    // What a header and a footer take from the text area below and above the margins.
+    double headerRoom = 0;
+    double footerRoom = 0;
 };
 
 // A picture group placed as its frame says: a floating shape for a frame

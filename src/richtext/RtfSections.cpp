@@ -58,6 +58,7 @@ std::optional<std::string> RtfSections::headerGroup(const librevenge::RVNGProper
         Units::inches(properties, "fo:min-height").value_or(everyPage ? 0.5 / 2.54 : 0) +
         Units::inches(properties, footer ? "fo:margin-top" : "fo:margin-bottom").value_or(0);
     const double margin = footer ? area.bottom : area.top;
+    (footer ? area.footerRoom : area.headerRoom) = height;
     spanWords += (footer ? "\\footery" : "\\headery") + std::to_string(RtfFormat::twips(margin)) +
                  (footer ? "\\margbsxn" : "\\margtsxn") + std::to_string(RtfFormat::twips(margin + height));
     return group;
@@ -67,6 +68,7 @@ void RtfSections::emptyHeader(bool footer)
 {
     // Later words win: these undo the height headerGroup gave it.
     const std::string margin = std::to_string(RtfFormat::twips(footer ? area.bottom : area.top));
+    (footer ? area.footerRoom : area.headerRoom) = 0;
     spanWords +=
         footer ? "\\footery" + margin + "\\margbsxn" + margin : "\\headery" + margin + "\\margtsxn" + margin;
 }

@@ -854,6 +854,37 @@ TEST(RtfWriter, SaysWhatItCouldNotCarry)
     }
 }
 
+TEST(RtfWriter, PlacesFramesInTheTextAreaLeftByTheHeaderAndFooter)
+{
+    const struct {
+        const char *position;
+        const char *words; // a 2 by 1 inch frame, the header 0.5 inch high, the footer 0.25
+    } cases[] = {
+        {"from-top", "\\shptop2880\\shpright4320\\shpbottom4320"}, // half an inch below the header
+        {"bottom", "\\shptop12600\\shpright2880\\shpbottom14040"}, // on the footer's room
+    };
+    for (const auto &c : cases) {
+        SCOPED_TRACE(c.position);
+        at(document([&](RtfWriter &out) {
+               for (const bool footer : {false, true}) {
+                   const RVNGPropertyList room = with("fo:min-height", footer ? 0.25 : 0.5);
+                   footer ? out.openFooter(room) : out.openHeader(room);
+                   paragraph(out, "running");
+                   footer ? out.closeFooter() : out.closeHeader();
+               }
+               out.openParagraph({});
+               RVNGPropertyList frame = with("svg:y", 0.5);
+               frame.insert("text:anchor-type", "char");
+               frame.insert("style:vertical-rel", "page-content");
+               frame.insert("style:vertical-pos", c.position);
+               frame.insert("svg:x", std::string(c.position) == "bottom" ? 0.0 : 1.0);
+               insertPicture(out, fixtures::png2x3(), frame);
+               out.closeParagraph();
+           }),
+           c.words);
+    }
+}
+
 TEST(RtfWriter, GivesAHeaderTheRoomItsHeightAndPagesAskFor)
 {
     const struct {
