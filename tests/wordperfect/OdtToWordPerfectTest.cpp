@@ -556,6 +556,10 @@ TEST_P(OdtToWordPerfect, KeepsTheRoomBelowAHeader)
         {"<text:p>first head</text:p><text:p>last head</text:p>",
          "fo:min-height=\"0.2in\" fo:margin-bottom=\"0.1in\" style:dynamic-spacing=\"true\"",
          {"first head", "last head"}},
+        // Word's empty header still holds the text down by its least height.
+        {"<text:p/>",
+         "fo:min-height=\"0.6in\" fo:margin-bottom=\"0.5in\" style:dynamic-spacing=\"true\"",
+         {"", "\u00A0"}},
         {"<text:p>foot</text:p>",
          "fo:min-height=\"0in\" fo:margin-top=\"0.2in\"",
          {"\u00A0", "foot"},

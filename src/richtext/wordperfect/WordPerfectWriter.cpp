@@ -148,13 +148,18 @@ void WordPerfectWriter::closeHeaderFooter(bool footer)
         headerRooms.pop_back();
         Stream &stream = streams.back();
         stream.spacingAt.reset();
-        // A header that ends in an empty paragraph (as Word's do) keeps it: its line is part of the
-        // header's height.
-        if (!stream.paragraphContent && stream.content && stream.pendingReturns > 0)
-            flushReturns();
         const int lines = stream.lineHeights;
         const int blank =
             room.spacingInMinimum ? room.minimum - lines : std::max(room.minimum - lines, room.spacing);
+        // A header with no text of its own (Word's empty one) still takes its room on every page;
+        // one for the first page only would push that page's text down instead.
+        const bool emptyWithRoom = !stream.content && blank >= 60 && headerOccurrence.back() != "first";
+        // A header that ends in an empty paragraph (as Word's do) keeps it: its line is part of the
+        // header's height.
+        if (!stream.paragraphContent && (stream.content || emptyWithRoom) && stream.pendingReturns > 0)
+            flushReturns();
+        if (emptyWithRoom)
+            stream.content = true;
         if (stream.content && blank >= 60) {
             if (footer) {
                 flushReturns();
