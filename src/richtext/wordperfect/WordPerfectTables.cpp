@@ -14,12 +14,15 @@ using librevenge::RVNGPropertyList;
 
 // Each column's width in WPU. Columns that give only a relative width (or none) share what the
 // table's width leaves them: its own width, its share of the text area, or the whole text area.
+// In a text box the text area is the box's width.
 std::vector<int> WordPerfectWriter::columnWidths(const RVNGPropertyList &propList) const
 {
     const librevenge::RVNGPropertyListVector *columns = propList.child("librevenge:table-columns");
     if (!columns || columns->count() == 0)
         return {};
-    const int text = std::max(1200, page.width - page.left - page.right);
+    const bool inBox = boxDepth > 0 && !boxSizes.empty() && boxSizes.back();
+    const int text =
+        std::max(1200, inBox ? wpu(boxSizes.back()->first) : page.width - page.left - page.right);
     int tableWidth = text;
     if (const auto width = inchesOf(propList, "style:width"); width && *width > 0) {
         tableWidth = wpu(*width);
