@@ -69,6 +69,8 @@ void mergeText(OdfProperties &into, const OdfProperties &from)
             const double base =
                 Units::parseInches(into.count(name) ? into[name] : "12pt").value_or(1.0 / 6) * 72;
             into[name] = Numbers::shortest(base * Units::parsePercent(value).value_or(1)) + "pt";
+        } else if (name == "style:use-window-font-color" && value == "true") {
+            into.erase("fo:color"); // the automatic colour, over any the parent style gives
         } else {
             into[name] = value;
         }

@@ -30,7 +30,10 @@ const std::string characterStyles =
     style("SC", "text", R"(fo:font-variant="small-caps")") +
     style("OL", "text", R"(style:text-outline="true")") + style("SH", "text", R"(fo:text-shadow="1pt 1pt")") +
     style("F", "text", R"(style:font-name="Arial" fo:font-size="18pt")") +
-    style("RED", "text", R"(fo:color="#c00000")");
+    style("RED", "text", R"(fo:color="#c00000")") + style("UP", "text", R"(fo:text-transform="uppercase")") +
+    // The automatic colour over the parent style's.
+    R"(<style:style style:name="AUTO" style:family="text" style:parent-style-name="RED">)"
+    R"(<style:text-properties style:use-window-font-color="true"/></style:style>)";
 
 std::string span(const char *style, const char *text)
 {
@@ -50,13 +53,14 @@ std::string cell(const std::string &content)
 
 TEST_P(OdtToWordPerfect, KeepsEveryCharacterAttribute)
 {
-    const auto back = convert(flatOdt(
-        characterStyles, "<text:p>plain " + span("B", "boldword") + " " + span("I", "italicword") + " " +
-                             span("U", "underword") + " " + span("UU", "doubleword") + " " +
-                             span("S", "strikeword") + " " + span("SUP", "superword") + " " +
-                             span("SUB", "subword") + " " + span("SC", "smallword") + " " +
-                             span("OL", "outlineword") + " " + span("SH", "shadowword") + " " +
-                             span("F", "arialword") + " " + span("RED", "redword") + " end</text:p>"));
+    const auto back = convert(
+        flatOdt(characterStyles,
+                "<text:p>plain " + span("B", "boldword") + " " + span("I", "italicword") + " " +
+                    span("U", "underword") + " " + span("UU", "doubleword") + " " + span("S", "strikeword") +
+                    " " + span("SUP", "superword") + " " + span("SUB", "subword") + " " +
+                    span("SC", "smallword") + " " + span("OL", "outlineword") + " " +
+                    span("SH", "shadowword") + " " + span("F", "arialword") + " " + span("RED", "redword") +
+                    " " + span("AUTO", "autoword") + " " + span("UP", "capsword") + " end</text:p>"));
     const struct {
         const char *word, *property;
         const char *valueStart; // empty: the property must be absent
@@ -75,6 +79,8 @@ TEST_P(OdtToWordPerfect, KeepsEveryCharacterAttribute)
         {"arialword", "style:font-name", "Arial"},
         {"arialword", "fo:font-size", "18"},
         {"redword", "fo:color", "#c00000"},
+        {"autoword", "fo:color", "#000000"},
+        {"CAPSWORD", "fo:font-weight", ""}, // WordPerfect has no code for it: the letters change
         {"end", "fo:font-weight", ""},
     };
     for (const auto &e : expected) {

@@ -6,6 +6,8 @@
 #include "CharacterMap.h"
 #include "Properties.h"
 
+#include <glib.h>
+
 #include <algorithm>
 #include <cmath>
 #include <cstdlib>
@@ -415,6 +417,7 @@ void WordPerfectWriter::startParagraph(const RVNGPropertyList &propList, const s
     startLine(page.left + format.leftIndent + format.firstLine);
     stream.started = true;
     stream.wanted.attributes = 0;
+    stream.wanted.capitals = false;
     if (!label.empty()) {
         text(CharacterMap::decodeUtf8(label));
         tab();
@@ -456,8 +459,10 @@ void WordPerfectWriter::openSpan(const RVNGPropertyList &propList)
 
 void WordPerfectWriter::closeSpan()
 {
-    if (!hidden)
+    if (!hidden) {
         streams.back().wanted.attributes = 0;
+        streams.back().wanted.capitals = false;
+    }
 }
 
 void WordPerfectWriter::closeAttributes()
@@ -579,6 +584,13 @@ bool WordPerfectWriter::writeOtherWidth(char32_t c)
 void WordPerfectWriter::text(std::u32string_view text)
 {
     Stream &stream = streams.back();
+    std::u32string capitals;
+    if (stream.wanted.capitals) {
+        // glib's case table: the same upper case whatever the user's locale.
+        for (const char32_t c : text)
+            capitals += static_cast<char32_t>(g_unichar_toupper(static_cast<gunichar>(c)));
+        text = capitals;
+    }
     if (!stream.started) {
         flushReturns();
         stream.started = true;

@@ -34,6 +34,7 @@ struct CharacterFormat {
     std::string font;             // empty: not chosen yet
     int size = 0;                 // 1/50 point; 0: not chosen yet
     std::uint32_t colour = 0;     // 0xRRGGBB
+    bool capitals = false;        // lower case shown as upper: WordPerfect has no code, the letters change
     bool operator==(const CharacterFormat &) const = default;
 };
 
