@@ -443,11 +443,18 @@ void WordPerfectWriter::closeParagraph()
     flushReturns();
     resetParagraphFormat();
     for (std::size_t i = 0; i < stream.boxes.size(); ++i) {
+        // A box's text stands as low as the box stood: a blank line for what the paragraph's own
+        // line leaves of the drop (a cover's title block).
+        const int drop =
+            i < stream.boxDrops.size() ? stream.boxDrops[i] - lineHeightOf(stream.written.size) : 0;
+        if (drop >= 60)
+            writeBlankLine(drop, false);
         out() += stream.boxes[i];
         if (i + 1 < stream.boxes.size())
             writeHardReturn();
     }
     stream.boxes.clear();
+    stream.boxDrops.clear();
     stream.pendingReturns = 1; // the last box's paragraph ends like any other
 }
 
@@ -930,6 +937,7 @@ void WordPerfectWriter::closeTextBox()
     }
     lose(loss::textBoxes);
     streams.back().boxes.push_back(body);
+    streams.back().boxDrops.push_back(opensParagraph && boxDepth == 0 && !inSubDocument() ? where.drop : 0);
 }
 
 void WordPerfectWriter::resetParagraphFormat()
