@@ -649,6 +649,33 @@ TEST_P(OdtToWordPerfect, KeepsAWideBoxAsFarDownAsItStood)
     EXPECT_EQ(property(paragraphs[1]->properties, "fo:margin-bottom"), "0.0000in");
 }
 
+// A table in a wide box centred across the text (a cover's title block) takes the box's width, and
+// stays centred where 5.1 writes the box's words after its paragraph.
+TEST_P(OdtToWordPerfect, GivesATableInACentredBoxTheBoxWidth)
+{
+    const auto back = convert(flatOdt(
+        style("fr", "graphic", R"(style:horizontal-pos="center" style:horizontal-rel="page-content")") +
+            style("T", "table", R"(style:rel-width="100%")"),
+        R"(<text:p><draw:frame draw:style-name="fr" text:anchor-type="paragraph" svg:width="5in"><draw:text-box>
+        <table:table table:style-name="T"><table:table-column/><table:table-row><table:table-cell><text:p>title</text:p>
+        </table:table-cell></table:table-row></table:table></draw:text-box></draw:frame></text:p>)"));
+    const richtext::Table *table = nullptr;
+    if (wp6()) {
+        const richtext::Inline *box = onlyTextBox(back.document);
+        ASSERT_NE(box, nullptr);
+        ASSERT_TRUE(box->content);
+        for (const richtext::Block &block : *box->content)
+            if (!table)
+                table = block.table();
+    } else if (const auto tables = back.document.tables(); tables.size() == 1) {
+        table = tables[0];
+        EXPECT_EQ(property(table->properties, "table:align"), "center");
+    }
+    ASSERT_NE(table, nullptr);
+    ASSERT_EQ(table->columnWidths.size(), 1u);
+    EXPECT_NEAR(table->columnWidths[0], 5.0, 0.01);
+}
+
 // A text box anchored to its paragraph or page keeps its place there in WordPerfect 6: its offset
 // from the paragraph (across from the margin) or from the paper's edges, or centred.
 TEST_P(OdtToWordPerfect, KeepsWhereATextBoxStands)

@@ -72,6 +72,8 @@ void WordPerfectWriter::openTable(const RVNGPropertyList &propList)
         return;
     }
     table.widths = columnWidths(propList);
+    // A table in a centred box (a cover's title block) stays centred where the box becomes text.
+    table.centred = boxDepth > 0 && !boxPlacements.empty() && boxPlacements.back().centred;
     tables.push_back(table);
     Stream &outer = streams.back();
     settleSpacing(0);
@@ -209,7 +211,9 @@ void WordPerfectWriter::closeTable()
     std::vector<int> widths = table.widths;
     if (widths.empty())
         widths.assign(std::max(1, table.column), 1200);
+    centredTable = table.centred;
     writeTableStart(widths);
+    centredTable = false;
     out() += body;
     writeTableEnd();
     streams.back().written = written;

@@ -235,6 +235,8 @@ protected:
     // boxPlacement() says.
     virtual bool writesTextBoxes() const { return false; }
     const BoxPlacement &boxPlacement() const { return placement; }
+    // The table being written is centred between the margins (or in its box).
+    bool tableCentred() const { return centredTable; }
     virtual void writeTextBox(const std::string &, int, int) {}
     virtual std::string assemble(const std::string &document) = 0;
     // The version has no code libwpd reads for something the document holds.
@@ -283,6 +285,7 @@ private:
         bool rowAtLeast = true;
         bool headerRow = false;
         bool degraded = false; // nested: a paragraph per row, its cells apart by tabs
+        bool centred = false;  // in a centred box
     };
 
     void startParagraph(const librevenge::RVNGPropertyList &propList, const std::string &label,
@@ -347,6 +350,7 @@ private:
     std::vector<BoxPlacement> boxPlacements;                        // the same, where it stands
     BoxPlacement framePlacement;                                    // of the open frame
     BoxPlacement placement;                                         // of the box being written
+    bool centredTable = false;
     richtext::Losses lost;
     std::vector<char> noteMarks;
     std::optional<std::pair<double, double>> frameSize; // inches, of the open frame
