@@ -256,13 +256,20 @@ void OdtContent::block(const xmlNode *element)
     leave();
 }
 
-void OdtContent::emitParagraph(const xmlNode *element, bool listElement, std::optional<int> startValue)
+void OdtContent::emitParagraph(const xmlNode *element, bool listElement, std::optional<int> startValue,
+                               const std::string &levelListStyle)
 {
     const std::string name = styleName(element);
     RVNGPropertyList properties;
     OdtProperties::addParagraph(properties,
                                 sheet.resolve("paragraph", name, "paragraph-properties", currentScope),
                                 sheet.tabStops(name, currentScope));
+    // The list level's indents, where they win over those the paragraph's styles give.
+    if (listElement && !levelListStyle.empty() &&
+        !sheet.ownIndentsOverList(name, levelListStyle, currentScope)) {
+        properties.remove("fo:margin-left");
+        properties.remove("fo:text-indent");
+    }
     if (Xml::is(element, text, "h"))
         properties.insert("text:outline-level", number(element, text, "outline-level", 1));
     if (startValue)
@@ -335,6 +342,9 @@ void OdtContent::emitList(const xmlNode *element, int level, const std::string &
     if (reached.count(level))
         start = reached[level] + 1;
     RVNGPropertyList properties = OdtProperties::listLevel(definition, level, nextListId++, start);
+    const bool levelPlacesLabel = definition.properties.count("label-alignment/fo:margin-left") ||
+                                  definition.properties.count("text:space-before") ||
+                                  definition.properties.count("text:min-label-width");
     if (start)
         properties.insert("librevenge:continued", true); // the start is where an earlier list stopped
     definition.ordered ? sink.openOrderedListLevel(properties) : sink.openUnorderedListLevel(properties);
@@ -376,7 +386,8 @@ void OdtContent::emitList(const xmlNode *element, int level, const std::string &
                 ++value;
                 listValues[chain].erase(listValues[chain].upper_bound(level), listValues[chain].end());
                 listValues[chain][level] = value;
-                emitParagraph(child, true, restart ? std::optional<int>(*restart + 1) : std::nullopt);
+                emitParagraph(child, true, restart ? std::optional<int>(*restart + 1) : std::nullopt,
+                              levelPlacesLabel ? listStyle : std::string());
                 told = true;
             } else {
                 block(child);

@@ -265,6 +265,40 @@ std::string OdtStyles::listStyleOf(const std::string &name, Scope scope) const
     return {};
 }
 
+bool OdtStyles::ownIndentsOverList(const std::string &name, const std::string &listStyle, Scope scope) const
+{
+    const auto setsIndents = [](const Style &style) {
+        const auto found = style.groups.find("paragraph-properties");
+        if (found == style.groups.end())
+            return false;
+        for (const char *property : {"fo:margin-left", "fo:margin-right", "fo:text-indent", "fo:margin"})
+            if (found->second.count(property))
+                return true;
+        return false;
+    };
+    const std::vector<const Style *> styles = chain("paragraph", name, scope);
+    std::size_t from = 0;
+    // An automatic style is the paragraph's own formatting.
+    const StyleMap &automatic = scope == Scope::masterPages ? automaticMaster : automaticBody;
+    if (!styles.empty() && automatic.count(key("paragraph", name))) {
+        if (setsIndents(*styles[0]))
+            return true;
+        if (!styles[0]->listStyle.empty())
+            return false;
+        from = 1;
+    }
+    // A list of another style than the paragraph's styles give is set on the paragraph itself.
+    if (!listStyle.empty() && listStyle != listStyleOf(name, scope))
+        return false;
+    for (std::size_t i = from; i < styles.size(); ++i) {
+        if (setsIndents(*styles[i]))
+            return true;
+        if (!styles[i]->listStyle.empty())
+            return false;
+    }
+    return false;
+}
+
 std::optional<OdtStyles::ListLevel> OdtStyles::outlineLevel(int level) const
 {
     const auto found = outline.find(level);
