@@ -1,6 +1,7 @@
 // odt2wp5 through its command line: flat OpenDocument fixtures in, WordPerfect files out, read
 // back by libwpd (and wpd2text) as the independent judges.
 
+#include "OdtFile.h"
 #include "WpTestSupport.h"
 #include "richtext/Losses.h"
 
@@ -325,16 +326,39 @@ TEST_P(OdtToWordPerfect, WritesListLabelsWithTheirIndent)
     }
 }
 
-// A list paragraph whose style gives its own indent is laid out by it, not by its level's.
+// A label takes the font of its item's text, not that of the heading before the list.
+TEST_P(OdtToWordPerfect, WritesAListLabelInItsItemsFont)
+{
+    const auto back = convert(
+        flatOdt(listStyle(R"(number style:num-format="1" style:num-suffix=".")", "0.5in") + characterStyles +
+                    style("SMALL", "text", R"(fo:font-size="9pt")"),
+                p(span("F", "big heading")) + R"(<text:list text:style-name="N"><text:list-item><text:p>)" +
+                    span("SMALL", "small item") + "</text:p></text:list-item></text:list>"));
+    const richtext::Paragraph *item = wptest::paragraphWith(back.document, "small item");
+    ASSERT_NE(item, nullptr);
+    ASSERT_FALSE(item->content.empty());
+    EXPECT_EQ(item->content.front().text.rfind("1.", 0), 0u);
+    EXPECT_EQ(property(item->content.front().style, "fo:font-size").rfind("9", 0), 0u);
+}
+
+// A list paragraph whose own formatting gives its indent is laid out by it, not by its level's; the
+// indent of a named style (Word's "List Paragraph") gives way to the level's, as Writer lays it out.
 TEST_P(OdtToWordPerfect, TakesAListParagraphsOwnIndentOverItsLevels)
 {
-    const auto back = convert(flatOdt(
-        listStyle(R"(bullet text:bullet-char="-")", "1in") +
-            style("OWN", "paragraph", R"(fo:margin-left="0.5in" fo:text-indent="-0.25in")"),
-        R"(<text:list text:style-name="N"><text:list-item><text:p text:style-name="OWN">own indent</text:p>
-        </text:list-item><text:list-item><text:p>level indent</text:p></text:list-item></text:list>)"));
+    const auto back = convert(
+        Odt{.styles = style("LISTP", "paragraph", R"(fo:margin-left="0.5in" fo:text-indent="0in")"),
+            .automaticStyles =
+                listStyle(R"(bullet text:bullet-char="-")", "1in") +
+                style("OWN", "paragraph", R"(fo:margin-left="0.5in" fo:text-indent="-0.25in")") +
+                R"(<style:style style:name="ITEM" style:family="paragraph" style:parent-style-name="LISTP"
+                        style:list-style-name="N"/>)",
+            .body = R"(<text:list text:style-name="N"><text:list-item><text:p text:style-name="OWN">own
+        indent</text:p></text:list-item><text:list-item><text:p>level indent</text:p></text:list-item><text:list-item
+        ><text:p text:style-name="ITEM">styled indent</text:p></text:list-item></text:list>)"}
+            .flat());
     const double page = std::stod(property(back.document.pageSpans.front().properties, "fo:margin-left"));
-    for (const auto &[text, left] : {std::pair{"own indent", 0.5}, std::pair{"level indent", 1.0}}) {
+    for (const auto &[text, left] :
+         {std::pair{"own indent", 0.5}, std::pair{"level indent", 1.0}, std::pair{"styled indent", 1.0}}) {
         const richtext::Paragraph *paragraph = wptest::paragraphWith(back.document, text);
         ASSERT_NE(paragraph, nullptr) << text;
         EXPECT_NEAR(page + std::stod(property(paragraph->properties, "fo:margin-left")), 1.0 + left, 0.01)

@@ -63,6 +63,7 @@ void WordPerfectWriter::openTable(const RVNGPropertyList &propList)
 {
     if (hidden)
         return;
+    writePendingLabel(); // a list item that opens with a table
     OpenTable table;
     if (!tables.empty()) {
         // WordPerfect tables do not nest: an inner table's cells become paragraphs of the outer cell.

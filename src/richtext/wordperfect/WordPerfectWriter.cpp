@@ -418,10 +418,21 @@ void WordPerfectWriter::startParagraph(const RVNGPropertyList &propList, const s
     stream.started = true;
     stream.wanted.attributes = 0;
     stream.wanted.capitals = false;
-    if (!label.empty()) {
-        text(CharacterMap::decodeUtf8(label));
-        tab();
-    }
+    stream.pendingLabel = label;
+}
+
+void WordPerfectWriter::writePendingLabel()
+{
+    Stream &stream = streams.back();
+    if (stream.pendingLabel.empty())
+        return;
+    const std::string label = std::move(stream.pendingLabel);
+    stream.pendingLabel.clear();
+    const bool capitals = stream.wanted.capitals; // a label is numbered as its list says
+    stream.wanted.capitals = false;
+    text(CharacterMap::decodeUtf8(label));
+    tab();
+    stream.wanted.capitals = capitals;
 }
 
 void WordPerfectWriter::openParagraph(const RVNGPropertyList &propList)
@@ -433,6 +444,7 @@ void WordPerfectWriter::closeParagraph()
 {
     if (hidden)
         return;
+    writePendingLabel();
     endLine();
     closeAttributes();
     Stream &stream = streams.back();
@@ -590,6 +602,7 @@ bool WordPerfectWriter::writeOtherWidth(char32_t c)
 
 void WordPerfectWriter::text(std::u32string_view text)
 {
+    writePendingLabel();
     Stream &stream = streams.back();
     std::u32string capitals;
     if (stream.wanted.capitals) {

@@ -261,6 +261,8 @@ private:
         // A paragraph's opening codes wait for its first content: an empty paragraph needs none,
         // and a line of nothing but a tab is one readers take for damage.
         std::optional<ParagraphFormat> pendingStart;
+        // A list item's label waits for the item's first text, whose font it takes.
+        std::string pendingLabel;
         std::u32string pendingBlanks;
         // The space between the last paragraph and the next is known only when the next opens:
         // the code goes back to where the last one started. What libwpd has in force, WPU.
@@ -311,6 +313,7 @@ private:
     void closeHeaderFooter(bool footer);
     void text(std::u32string_view text);
     void startLine(int at);
+    void writePendingLabel();
     void beginContent();
     void endLine();
     void tab();
