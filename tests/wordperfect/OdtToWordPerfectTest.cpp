@@ -508,7 +508,7 @@ TEST_P(OdtToWordPerfect, SetsAPageStylesTextInColumns)
 // Word's list paragraphs do. 5.1 has no such code: an empty line as high as the space stands in.
 TEST_P(OdtToWordPerfect, KeepsTheSpaceBetweenParagraphs)
 {
-    const auto back = convert(flatOdt(
+    const std::string odt = flatOdt(
         style("A", "paragraph", R"(fo:margin-top="0.1in" fo:margin-bottom="0.2in")") +
             style("L", "paragraph", R"(fo:margin-top="0in" fo:margin-bottom="0.25in")") +
             R"(<text:list-style style:name="N"><text:list-level-style-bullet text:level="1"
@@ -518,7 +518,8 @@ TEST_P(OdtToWordPerfect, KeepsTheSpaceBetweenParagraphs)
             "</text:list-item><text:list-item>" + p("item two", "L") +
             R"(</text:list-item></text:list><table:table table:name="t"><table:table-column/><table:table-row>)" +
             cell(p("in cell", "A") + p("cell plain")) + "</table:table-row></table:table>" +
-            p("after table")));
+            p("after table"));
+    const auto back = convert(odt);
     const struct {
         const char *text, *below;
         bool blankLine; // 5.1: a blank line follows it (a hard space in the blank line's font)
@@ -539,6 +540,19 @@ TEST_P(OdtToWordPerfect, KeepsTheSpaceBetweenParagraphs)
         const bool blankAfter = at + 1 != paragraphs.end() && at[1]->text() == "\u00A0";
         EXPECT_EQ(blankAfter, !wp6() && e.blankLine) << e.text;
     }
+    // Writer's setting for Word's documents: only the larger of the two spaces counts.
+    if (!wp6())
+        return; // 5.1's blank lines are checked above
+    std::string larger = odt;
+    larger.insert(
+        larger.find("<office:automatic-styles"),
+        R"(<office:settings xmlns:config="urn:oasis:names:tc:opendocument:xmlns:config:1.0"><config:config-item-set config:name="ooo:configuration-settings"><config:config-item
+                  config:name="AddParaTableSpacing" config:type="boolean">false</config:config-item></config:config-item-set
+                  ></office:settings>)");
+    const auto collapsed = convert(larger);
+    const richtext::Paragraph *spaced = wptest::paragraphWith(collapsed.document, "spaced one");
+    ASSERT_NE(spaced, nullptr);
+    EXPECT_EQ(property(spaced->properties, "fo:margin-bottom"), "0.2000in");
 }
 
 // WordPerfect tables do not nest: an inner table keeps its rows as lines of the outer cell, its

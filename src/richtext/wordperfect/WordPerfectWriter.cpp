@@ -32,6 +32,11 @@ WordPerfectWriter::WordPerfectWriter()
 
 WordPerfectWriter::~WordPerfectWriter() = default;
 
+void WordPerfectWriter::startDocument(const RVNGPropertyList &propList)
+{
+    largerSpacingOnly = textOf(propList, "librevenge:paragraph-spacing") == "larger";
+}
+
 void WordPerfectWriter::endDocument()
 {
     while (streams.size() > 1)
@@ -280,7 +285,8 @@ void WordPerfectWriter::settleSpacing(int above, bool listItem, bool between)
     // Word's list paragraphs leave the space out between items of one list that share their
     // spacing; the reader hands no style over, so equal spacing stands for the same style.
     const bool sameList = listItem && stream.spacingListItem && above == stream.spacingAbove;
-    const int spacing = sameList ? 0 : std::clamp(stream.spacingBelow + above, 0, 0x7FFF);
+    const int gap = largerSpacingOnly ? std::max(stream.spacingBelow, above) : stream.spacingBelow + above;
+    const int spacing = sameList ? 0 : std::clamp(gap, 0, 0x7FFF);
     if (!writesParagraphSpacing()) {
         // 5.1 has no such code: its users typed an empty line, here one as high as the space.
         if (!between || spacing < 60 || stream.pendingReturns == 0 || stream.subDocument)

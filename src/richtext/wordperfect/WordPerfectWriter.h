@@ -112,6 +112,7 @@ public:
     const richtext::Losses &losses() const { return lost; }
 
     void setDocumentMetaData(const librevenge::RVNGPropertyList &propList) override;
+    void startDocument(const librevenge::RVNGPropertyList &propList) override;
     void endDocument() override;
     void openPageSpan(const librevenge::RVNGPropertyList &propList) override;
     void closePageSpan() override {}
@@ -354,6 +355,8 @@ private:
     BoxPlacement framePlacement;                                    // of the open frame
     BoxPlacement placement;                                         // of the box being written
     bool centredTable = false;
+    // Between two paragraphs only the larger of their spaces counts, not both (Word's documents).
+    bool largerSpacingOnly = false;
     richtext::Losses lost;
     std::vector<char> noteMarks;
     std::optional<std::pair<double, double>> frameSize; // inches, of the open frame
