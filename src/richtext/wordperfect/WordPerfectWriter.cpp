@@ -393,6 +393,15 @@ void WordPerfectWriter::startParagraph(const RVNGPropertyList &propList, const s
     const int below = std::max(0, wpu(inchesOf(propList, "fo:margin-bottom").value_or(0)));
     settleSpacing(above, listItem && below == stream.spacingBelow, true);
     flushReturns();
+    if (paragraphOpensPage && stream.started && above >= 60) {
+        // Word and Writer keep the space above a paragraph that a hard break puts at a page's top;
+        // WordPerfect has only the space after a paragraph: an empty line as high, with none after.
+        if (writesParagraphSpacing() && stream.spacingInForce != 0) {
+            writeParagraphSpacing(0);
+            stream.spacingInForce = 0;
+        }
+        writeBlankLine(above, false);
+    }
     if (writesParagraphSpacing() || !stream.subDocument) {
         stream.spacingAt = out().size();
         stream.spacingBelow = below;
