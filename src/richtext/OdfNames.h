@@ -15,6 +15,7 @@ inline constexpr const char *dc = "http://purl.org/dc/elements/1.1/";
 inline constexpr const char *meta = "urn:oasis:names:tc:opendocument:xmlns:meta:1.0";
 inline constexpr const char *loext = "urn:org:documentfoundation:names:experimental:office:xmlns:loext:1.0";
 inline constexpr const char *xml = "http://www.w3.org/XML/1998/namespace";
+inline constexpr const char *config = "urn:oasis:names:tc:opendocument:xmlns:config:1.0";
 
 // "fo", "style", ... for a namespace URI; nullptr for one we do not read.
 const char *prefixOf(const char *nameSpace);

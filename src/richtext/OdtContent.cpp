@@ -28,6 +28,39 @@ constexpr long maximumElements = 2'000'000;
 constexpr long maximumCellsPerTable = 100'000;
 constexpr int maximumRepeat = 1024;
 
+// Whether two headers or footers hold the same: the same elements, attributes and text, apart from
+// the stacking order and names Word numbers its pictures by.
+bool sameContent(const xmlNode *a, const xmlNode *b, int depth = 0)
+{
+    if (depth > maximumDepth)
+        return false;
+    const xmlNode *x = a ? a->children : nullptr;
+    const xmlNode *y = b ? b->children : nullptr;
+    for (; x && y; x = x->next, y = y->next) {
+        if (x->type != y->type || xmlStrcmp(x->name, y->name) != 0)
+            return false;
+        if (x->type == XML_TEXT_NODE && xmlStrcmp(x->content, y->content) != 0)
+            return false;
+        if (x->type != XML_ELEMENT_NODE)
+            continue;
+        auto attributes = [](const xmlNode *node) {
+            std::vector<std::pair<std::string, std::string>> list;
+            for (const xmlAttr *attribute = node->properties; attribute; attribute = attribute->next) {
+                const std::string name = reinterpret_cast<const char *>(attribute->name);
+                if (name == "z-index" || name == "name")
+                    continue;
+                xmlChar *value = xmlNodeGetContent(attribute->children);
+                list.emplace_back(name, value ? reinterpret_cast<const char *>(value) : "");
+                xmlFree(value);
+            }
+            return list;
+        };
+        if (attributes(x) != attributes(y) || !sameContent(x, y, depth + 1))
+            return false;
+    }
+    return !x && !y;
+}
+
 int number(const xmlNode *node, const char *nameSpace, const char *name, int fallback)
 {
     const auto value = Xml::attribute(node, nameSpace, name);
@@ -206,8 +239,13 @@ void OdtContent::headersAndFooters(const OdtStyles::MasterPage &master)
             emit(regular, every, left ? "odd" : "all");
         if (left)
             emit(regular, left, "even");
+        // A first page's header that holds what the next pages' does is no header of its own.
+        const xmlNode *odd = shown(regular, kind);
+        auto sameAsRegular = [&](const xmlNode *first) {
+            return first && odd && master.pageLayout == regular.pageLayout && sameContent(first, odd);
+        };
         if (!next) {
-            if (const xmlNode *first = shown(master, kind + "-first"))
+            if (const xmlNode *first = shown(master, kind + "-first"); first && !sameAsRegular(first))
                 emit(master, first, "first");
             continue;
         }
@@ -215,7 +253,7 @@ void OdtContent::headersAndFooters(const OdtStyles::MasterPage &master)
         if (!first)
             first = shown(master, kind);
         // An empty one keeps the later pages' header off the first page.
-        if (first || shown(regular, kind) || left)
+        if ((first || odd || left) && !sameAsRegular(first))
             emit(master, first, "first");
     }
     currentScope = saved;
@@ -256,13 +294,20 @@ void OdtContent::block(const xmlNode *element)
     leave();
 }
 
-void OdtContent::emitParagraph(const xmlNode *element, bool listElement, std::optional<int> startValue)
+void OdtContent::emitParagraph(const xmlNode *element, bool listElement, std::optional<int> startValue,
+                               const std::string &levelListStyle)
 {
     const std::string name = styleName(element);
     RVNGPropertyList properties;
     OdtProperties::addParagraph(properties,
                                 sheet.resolve("paragraph", name, "paragraph-properties", currentScope),
                                 sheet.tabStops(name, currentScope));
+    // The list level's indents, where they win over those the paragraph's styles give.
+    if (listElement && !levelListStyle.empty() &&
+        !sheet.ownIndentsOverList(name, levelListStyle, currentScope)) {
+        properties.remove("fo:margin-left");
+        properties.remove("fo:text-indent");
+    }
     if (Xml::is(element, text, "h"))
         properties.insert("text:outline-level", number(element, text, "outline-level", 1));
     if (startValue)
@@ -335,6 +380,9 @@ void OdtContent::emitList(const xmlNode *element, int level, const std::string &
     if (reached.count(level))
         start = reached[level] + 1;
     RVNGPropertyList properties = OdtProperties::listLevel(definition, level, nextListId++, start);
+    const bool levelPlacesLabel = definition.properties.count("label-alignment/fo:margin-left") ||
+                                  definition.properties.count("text:space-before") ||
+                                  definition.properties.count("text:min-label-width");
     if (start)
         properties.insert("librevenge:continued", true); // the start is where an earlier list stopped
     definition.ordered ? sink.openOrderedListLevel(properties) : sink.openUnorderedListLevel(properties);
@@ -376,7 +424,8 @@ void OdtContent::emitList(const xmlNode *element, int level, const std::string &
                 ++value;
                 listValues[chain].erase(listValues[chain].upper_bound(level), listValues[chain].end());
                 listValues[chain][level] = value;
-                emitParagraph(child, true, restart ? std::optional<int>(*restart + 1) : std::nullopt);
+                emitParagraph(child, true, restart ? std::optional<int>(*restart + 1) : std::nullopt,
+                              levelPlacesLabel ? listStyle : std::string());
                 told = true;
             } else {
                 block(child);

@@ -44,8 +44,9 @@ public:
 
 private:
     void block(const xmlNode *element);
-    void emitParagraph(const xmlNode *element, bool listElement,
-                       std::optional<int> startValue = std::nullopt);
+    // levelListStyle: the list style whose level places the item's label (empty: none does).
+    void emitParagraph(const xmlNode *element, bool listElement, std::optional<int> startValue = std::nullopt,
+                       const std::string &levelListStyle = {});
     void emitList(const xmlNode *element, int level, const std::string &inheritedStyle,
                   const std::string &inheritedChain);
     void emitTable(const xmlNode *element);

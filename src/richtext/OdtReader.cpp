@@ -53,12 +53,37 @@ const xmlNode *officeText(const xmlNode *root)
     return text;
 }
 
-void emit(const xmlNode *documentRoot, const xmlNode *metaRoot, const OdtStyles &styles,
-          librevenge::RVNGTextInterface &sink, OdtContent::PictureSource pictures)
+// A configuration item of the writer's settings (office:settings), by its name.
+std::optional<std::string> setting(const xmlNode *node, const char *name)
+{
+    if (!node)
+        return std::nullopt;
+    for (const xmlNode *child : Xml::children(node)) {
+        if (Xml::is(child, config, "config-item") && Xml::attribute(child, config, "name") == name)
+            return Xml::text(child);
+        if (auto found = setting(child, name))
+            return found;
+    }
+    return std::nullopt;
+}
+
+// What the document asks of the layout as a whole: whether the space below a paragraph and the
+// space above the next add up (ODF's way) or only the larger counts (Writer's setting for Word's
+// documents).
+librevenge::RVNGPropertyList documentLayout(const xmlNode *settingsRoot)
+{
+    librevenge::RVNGPropertyList list;
+    if (setting(Xml::child(settingsRoot, office, "settings"), "AddParaTableSpacing") == "false")
+        list.insert("librevenge:paragraph-spacing", "larger");
+    return list;
+}
+
+void emit(const xmlNode *documentRoot, const xmlNode *metaRoot, const xmlNode *settingsRoot,
+          const OdtStyles &styles, librevenge::RVNGTextInterface &sink, OdtContent::PictureSource pictures)
 {
     const xmlNode *text = officeText(documentRoot);
     sink.setDocumentMetaData(metadata(Xml::child(metaRoot, office, "meta")));
-    sink.startDocument({});
+    sink.startDocument(documentLayout(settingsRoot));
     OdtContent content(styles, sink, std::move(pictures));
     content.body(text);
     sink.endDocument();
@@ -94,8 +119,16 @@ void readPackage(std::string_view bytes, librevenge::RVNGTextInterface &sink, In
         } catch (const ReadError &) {
         }
     }
-    emit(content.root(), metaTree ? metaTree->root() : nullptr, styles, sink,
-         [archive](const std::string &href) -> std::optional<std::string> {
+    std::optional<XmlTree> settingsTree;
+    if (const auto settingsXml = archive->read("settings.xml")) {
+        // Settings only refine the layout: damaged ones are left out.
+        try {
+            settingsTree = XmlTree::parse(*settingsXml, "settings.xml");
+        } catch (const ReadError &) {
+        }
+    }
+    emit(content.root(), metaTree ? metaTree->root() : nullptr, settingsTree ? settingsTree->root() : nullptr,
+         styles, sink, [archive](const std::string &href) -> std::optional<std::string> {
              if (href.find("://") != std::string::npos)
                  return std::nullopt; // pictures outside the package are never fetched
              try {
@@ -113,7 +146,7 @@ void readFlat(std::string_view bytes, librevenge::RVNGTextInterface &sink)
         throw ReadError("The XML is not an OpenDocument document.");
     OdtStyles styles;
     styles.load(document.root(), OdtStyles::Scope::body);
-    emit(document.root(), document.root(), styles, sink,
+    emit(document.root(), document.root(), document.root(), styles, sink,
          [](const std::string &) -> std::optional<std::string> { return std::nullopt; });
 }
 

@@ -69,6 +69,8 @@ void mergeText(OdfProperties &into, const OdfProperties &from)
             const double base =
                 Units::parseInches(into.count(name) ? into[name] : "12pt").value_or(1.0 / 6) * 72;
             into[name] = Numbers::shortest(base * Units::parsePercent(value).value_or(1)) + "pt";
+        } else if (name == "style:use-window-font-color" && value == "true") {
+            into.erase("fo:color"); // the automatic colour, over any the parent style gives
         } else {
             into[name] = value;
         }
@@ -261,6 +263,40 @@ std::string OdtStyles::listStyleOf(const std::string &name, Scope scope) const
         if (!style->listStyle.empty())
             return style->listStyle;
     return {};
+}
+
+bool OdtStyles::ownIndentsOverList(const std::string &name, const std::string &listStyle, Scope scope) const
+{
+    const auto setsIndents = [](const Style &style) {
+        const auto found = style.groups.find("paragraph-properties");
+        if (found == style.groups.end())
+            return false;
+        for (const char *property : {"fo:margin-left", "fo:margin-right", "fo:text-indent", "fo:margin"})
+            if (found->second.count(property))
+                return true;
+        return false;
+    };
+    const std::vector<const Style *> styles = chain("paragraph", name, scope);
+    std::size_t from = 0;
+    // An automatic style is the paragraph's own formatting.
+    const StyleMap &automatic = scope == Scope::masterPages ? automaticMaster : automaticBody;
+    if (!styles.empty() && automatic.count(key("paragraph", name))) {
+        if (setsIndents(*styles[0]))
+            return true;
+        if (!styles[0]->listStyle.empty())
+            return false;
+        from = 1;
+    }
+    // A list of another style than the paragraph's styles give is set on the paragraph itself.
+    if (!listStyle.empty() && listStyle != listStyleOf(name, scope))
+        return false;
+    for (std::size_t i = from; i < styles.size(); ++i) {
+        if (setsIndents(*styles[i]))
+            return true;
+        if (!styles[i]->listStyle.empty())
+            return false;
+    }
+    return false;
 }
 
 std::optional<OdtStyles::ListLevel> OdtStyles::outlineLevel(int level) const

@@ -47,6 +47,10 @@ public:
     // style:master-page-name and style:list-style-name of a style (not inherited / inherited).
     std::string masterPageOf(const std::string &family, const std::string &name, Scope scope) const;
     std::string listStyleOf(const std::string &name, Scope scope) const;
+    // Whether a list paragraph of this style keeps its own indents rather than its list level's, as
+    // Writer decides: indents set on the paragraph itself win, and those of its named styles win
+    // when they come before the style that gives the list (`listStyle`, the list's own).
+    bool ownIndentsOverList(const std::string &name, const std::string &listStyle, Scope scope) const;
 
     // Level 1..10 of a list style; a level the style does not define is made up as ODF readers do.
     ListLevel listLevel(const std::string &listStyle, int level, Scope scope) const;

@@ -540,6 +540,20 @@ INSTANTIATE_TEST_SUITE_P(
             <style:master-page style:name="First_20_Page" style:next-style-name="Left">
             <style:footer><text:p>right</text:p></style:footer></style:master-page>)",
                   {"footer all: right"}},
+        FirstPage{
+            "a first page's footer like the others' is no footer of its own (Word numbers its pictures)",
+            R"(<style:master-page style:name="Standard"><style:footer><text:p text:style-name="F">foot<draw:frame
+            draw:name="Picture 1" draw:z-index="1"/></text:p></style:footer></style:master-page>
+            <style:master-page style:name="First_20_Page" style:next-style-name="Standard"><style:footer><text:p
+            text:style-name="F">foot<draw:frame draw:name="Picture 2" draw:z-index="7"/></text:p></style:footer>
+            </style:master-page>)",
+            {"footer all: foot"}},
+        FirstPage{
+            "a first page footer that differs in its text stays",
+            R"(<style:master-page style:name="First_20_Page"><style:footer><text:p>foot</text:p></style:footer>
+            <style:footer-first><text:p>foot <text:span>2</text:span></text:p></style:footer-first>
+            </style:master-page>)",
+            {"footer all: foot", "footer first: foot 2"}},
         FirstPage{"a next style that does not exist",
                   R"(<style:master-page style:name="First_20_Page" style:next-style-name="Gone">
             <style:footer><text:p>foot</text:p></style:footer></style:master-page>)",

@@ -1,6 +1,7 @@
 // odt2wp5 through its command line: flat OpenDocument fixtures in, WordPerfect files out, read
 // back by libwpd (and wpd2text) as the independent judges.
 
+#include "OdtFile.h"
 #include "WpTestSupport.h"
 #include "richtext/Losses.h"
 
@@ -30,7 +31,10 @@ const std::string characterStyles =
     style("SC", "text", R"(fo:font-variant="small-caps")") +
     style("OL", "text", R"(style:text-outline="true")") + style("SH", "text", R"(fo:text-shadow="1pt 1pt")") +
     style("F", "text", R"(style:font-name="Arial" fo:font-size="18pt")") +
-    style("RED", "text", R"(fo:color="#c00000")");
+    style("RED", "text", R"(fo:color="#c00000")") + style("UP", "text", R"(fo:text-transform="uppercase")") +
+    // The automatic colour over the parent style's.
+    R"(<style:style style:name="AUTO" style:family="text" style:parent-style-name="RED">)"
+    R"(<style:text-properties style:use-window-font-color="true"/></style:style>)";
 
 std::string span(const char *style, const char *text)
 {
@@ -50,13 +54,14 @@ std::string cell(const std::string &content)
 
 TEST_P(OdtToWordPerfect, KeepsEveryCharacterAttribute)
 {
-    const auto back = convert(flatOdt(
-        characterStyles, "<text:p>plain " + span("B", "boldword") + " " + span("I", "italicword") + " " +
-                             span("U", "underword") + " " + span("UU", "doubleword") + " " +
-                             span("S", "strikeword") + " " + span("SUP", "superword") + " " +
-                             span("SUB", "subword") + " " + span("SC", "smallword") + " " +
-                             span("OL", "outlineword") + " " + span("SH", "shadowword") + " " +
-                             span("F", "arialword") + " " + span("RED", "redword") + " end</text:p>"));
+    const auto back = convert(
+        flatOdt(characterStyles,
+                "<text:p>plain " + span("B", "boldword") + " " + span("I", "italicword") + " " +
+                    span("U", "underword") + " " + span("UU", "doubleword") + " " + span("S", "strikeword") +
+                    " " + span("SUP", "superword") + " " + span("SUB", "subword") + " " +
+                    span("SC", "smallword") + " " + span("OL", "outlineword") + " " +
+                    span("SH", "shadowword") + " " + span("F", "arialword") + " " + span("RED", "redword") +
+                    " " + span("AUTO", "autoword") + " " + span("UP", "capsword") + " end</text:p>"));
     const struct {
         const char *word, *property;
         const char *valueStart; // empty: the property must be absent
@@ -75,6 +80,8 @@ TEST_P(OdtToWordPerfect, KeepsEveryCharacterAttribute)
         {"arialword", "style:font-name", "Arial"},
         {"arialword", "fo:font-size", "18"},
         {"redword", "fo:color", "#c00000"},
+        {"autoword", "fo:color", "#000000"},
+        {"CAPSWORD", "fo:font-weight", ""}, // WordPerfect has no code for it: the letters change
         {"end", "fo:font-weight", ""},
     };
     for (const auto &e : expected) {
@@ -319,16 +326,39 @@ TEST_P(OdtToWordPerfect, WritesListLabelsWithTheirIndent)
     }
 }
 
-// A list paragraph whose style gives its own indent is laid out by it, not by its level's.
+// A label takes the font of its item's text, not that of the heading before the list.
+TEST_P(OdtToWordPerfect, WritesAListLabelInItsItemsFont)
+{
+    const auto back = convert(
+        flatOdt(listStyle(R"(number style:num-format="1" style:num-suffix=".")", "0.5in") + characterStyles +
+                    style("SMALL", "text", R"(fo:font-size="9pt")"),
+                p(span("F", "big heading")) + R"(<text:list text:style-name="N"><text:list-item><text:p>)" +
+                    span("SMALL", "small item") + "</text:p></text:list-item></text:list>"));
+    const richtext::Paragraph *item = wptest::paragraphWith(back.document, "small item");
+    ASSERT_NE(item, nullptr);
+    ASSERT_FALSE(item->content.empty());
+    EXPECT_EQ(item->content.front().text.rfind("1.", 0), 0u);
+    EXPECT_EQ(property(item->content.front().style, "fo:font-size").rfind("9", 0), 0u);
+}
+
+// A list paragraph whose own formatting gives its indent is laid out by it, not by its level's; the
+// indent of a named style (Word's "List Paragraph") gives way to the level's, as Writer lays it out.
 TEST_P(OdtToWordPerfect, TakesAListParagraphsOwnIndentOverItsLevels)
 {
-    const auto back = convert(flatOdt(
-        listStyle(R"(bullet text:bullet-char="-")", "1in") +
-            style("OWN", "paragraph", R"(fo:margin-left="0.5in" fo:text-indent="-0.25in")"),
-        R"(<text:list text:style-name="N"><text:list-item><text:p text:style-name="OWN">own indent</text:p>
-        </text:list-item><text:list-item><text:p>level indent</text:p></text:list-item></text:list>)"));
+    const auto back = convert(
+        Odt{.styles = style("LISTP", "paragraph", R"(fo:margin-left="0.5in" fo:text-indent="0in")"),
+            .automaticStyles =
+                listStyle(R"(bullet text:bullet-char="-")", "1in") +
+                style("OWN", "paragraph", R"(fo:margin-left="0.5in" fo:text-indent="-0.25in")") +
+                R"(<style:style style:name="ITEM" style:family="paragraph" style:parent-style-name="LISTP"
+                        style:list-style-name="N"/>)",
+            .body = R"(<text:list text:style-name="N"><text:list-item><text:p text:style-name="OWN">own
+        indent</text:p></text:list-item><text:list-item><text:p>level indent</text:p></text:list-item><text:list-item
+        ><text:p text:style-name="ITEM">styled indent</text:p></text:list-item></text:list>)"}
+            .flat());
     const double page = std::stod(property(back.document.pageSpans.front().properties, "fo:margin-left"));
-    for (const auto &[text, left] : {std::pair{"own indent", 0.5}, std::pair{"level indent", 1.0}}) {
+    for (const auto &[text, left] :
+         {std::pair{"own indent", 0.5}, std::pair{"level indent", 1.0}, std::pair{"styled indent", 1.0}}) {
         const richtext::Paragraph *paragraph = wptest::paragraphWith(back.document, text);
         ASSERT_NE(paragraph, nullptr) << text;
         EXPECT_NEAR(page + std::stod(property(paragraph->properties, "fo:margin-left")), 1.0 + left, 0.01)
@@ -478,7 +508,7 @@ TEST_P(OdtToWordPerfect, SetsAPageStylesTextInColumns)
 // Word's list paragraphs do. 5.1 has no such code: an empty line as high as the space stands in.
 TEST_P(OdtToWordPerfect, KeepsTheSpaceBetweenParagraphs)
 {
-    const auto back = convert(flatOdt(
+    const std::string odt = flatOdt(
         style("A", "paragraph", R"(fo:margin-top="0.1in" fo:margin-bottom="0.2in")") +
             style("L", "paragraph", R"(fo:margin-top="0in" fo:margin-bottom="0.25in")") +
             R"(<text:list-style style:name="N"><text:list-level-style-bullet text:level="1"
@@ -488,7 +518,8 @@ TEST_P(OdtToWordPerfect, KeepsTheSpaceBetweenParagraphs)
             "</text:list-item><text:list-item>" + p("item two", "L") +
             R"(</text:list-item></text:list><table:table table:name="t"><table:table-column/><table:table-row>)" +
             cell(p("in cell", "A") + p("cell plain")) + "</table:table-row></table:table>" +
-            p("after table")));
+            p("after table"));
+    const auto back = convert(odt);
     const struct {
         const char *text, *below;
         bool blankLine; // 5.1: a blank line follows it (a hard space in the blank line's font)
@@ -508,6 +539,41 @@ TEST_P(OdtToWordPerfect, KeepsTheSpaceBetweenParagraphs)
         EXPECT_EQ(property((*at)->properties, "fo:margin-bottom"), wp6() ? e.below : "0.0000in") << e.text;
         const bool blankAfter = at + 1 != paragraphs.end() && at[1]->text() == "\u00A0";
         EXPECT_EQ(blankAfter, !wp6() && e.blankLine) << e.text;
+    }
+    // Writer's setting for Word's documents: only the larger of the two spaces counts.
+    if (!wp6())
+        return; // 5.1's blank lines are checked above
+    std::string larger = odt;
+    larger.insert(
+        larger.find("<office:automatic-styles"),
+        R"(<office:settings xmlns:config="urn:oasis:names:tc:opendocument:xmlns:config:1.0"><config:config-item-set config:name="ooo:configuration-settings"><config:config-item
+                  config:name="AddParaTableSpacing" config:type="boolean">false</config:config-item></config:config-item-set
+                  ></office:settings>)");
+    const auto collapsed = convert(larger);
+    const richtext::Paragraph *spaced = wptest::paragraphWith(collapsed.document, "spaced one");
+    ASSERT_NE(spaced, nullptr);
+    EXPECT_EQ(property(spaced->properties, "fo:margin-bottom"), "0.2000in");
+}
+
+// The space above a paragraph that a hard break puts at a page's top stays, as Word and Writer keep
+// it: an empty line as high, with no space of its own after it. Without the break it is the space
+// between the paragraphs.
+TEST_P(OdtToWordPerfect, KeepsTheSpaceAboveAParagraphAfterAPageBreak)
+{
+    const auto back =
+        convert(flatOdt(style("TOP", "paragraph", R"(fo:margin-top="0.5in" fo:break-before="page")") +
+                            style("SPACED", "paragraph", R"(fo:margin-top="0.5in")"),
+                        p("first page") + p("second page", "TOP") + p("same page", "SPACED")));
+    if (!wp6()) { // 5.1 stands in a blank line for every space between paragraphs
+        EXPECT_EQ(wptest::texts(back.document),
+                  (Strings{"first page", "\u00A0", "second page", "\u00A0", "same page"}));
+    } else {
+        EXPECT_EQ(wptest::texts(back.document),
+                  (Strings{"first page", "\u00A0", "second page", "same page"}));
+        const auto paragraphs = back.document.paragraphs();
+        ASSERT_EQ(paragraphs.size(), 4u);
+        EXPECT_EQ(property(paragraphs[1]->properties, "fo:margin-bottom"), "0.0000in");
+        EXPECT_EQ(property(paragraphs[2]->properties, "fo:margin-bottom"), "0.5000in");
     }
 }
 
@@ -556,6 +622,10 @@ TEST_P(OdtToWordPerfect, KeepsTheRoomBelowAHeader)
         {"<text:p>first head</text:p><text:p>last head</text:p>",
          "fo:min-height=\"0.2in\" fo:margin-bottom=\"0.1in\" style:dynamic-spacing=\"true\"",
          {"first head", "last head"}},
+        // Word's empty header still holds the text down by its least height.
+        {"<text:p/>",
+         "fo:min-height=\"0.6in\" fo:margin-bottom=\"0.5in\" style:dynamic-spacing=\"true\"",
+         {"", "\u00A0"}},
         {"<text:p>foot</text:p>",
          "fo:min-height=\"0in\" fo:margin-top=\"0.2in\"",
          {"\u00A0", "foot"},
@@ -615,22 +685,55 @@ TEST_P(OdtToWordPerfect, SetsAWideBoxInItsLineAsHighAsItsText)
 }
 
 // A wide box that opens its paragraph but lies lower (a cover's title block 1.5 in down the page)
-// stays that low: an empty line before it, whose space after makes up the rest of the drop.
+// stays that low: an empty line before it, whose space after makes up the rest of the drop (6), or
+// a blank line as high before the box's words, which 5.1 keeps after its paragraph.
 TEST_P(OdtToWordPerfect, KeepsAWideBoxAsFarDownAsItStood)
 {
-    if (!wp6())
-        GTEST_SKIP() << "5.1 keeps a box's words after its paragraph";
     const auto back = convert(
         flatOdt(style("fr", "graphic", R"(style:vertical-rel="page-content" style:vertical-pos="from-top")"),
                 R"(<text:p><draw:frame draw:style-name="fr" text:anchor-type="paragraph" svg:y="1.5in"
         svg:width="6in"><draw:text-box><text:p>title</text:p></draw:text-box></draw:frame></text:p>
         <text:p>below</text:p>)"));
     const auto paragraphs = back.document.paragraphs();
+    if (!wp6()) {
+        Strings texts;
+        for (const auto *paragraph : paragraphs)
+            texts.push_back(paragraph->text());
+        EXPECT_EQ(texts, (Strings{"", "\u00A0", "title", "below"}));
+        return;
+    }
     ASSERT_GE(paragraphs.size(), 2u);
     EXPECT_EQ(paragraphs[0]->text(), "");
     EXPECT_EQ(property(paragraphs[0]->properties, "fo:margin-bottom"), "1.3083in");
     EXPECT_NE(onlyTextBox(back.document), nullptr);
     EXPECT_EQ(property(paragraphs[1]->properties, "fo:margin-bottom"), "0.0000in");
+}
+
+// A table in a wide box centred across the text (a cover's title block) takes the box's width, and
+// stays centred where 5.1 writes the box's words after its paragraph.
+TEST_P(OdtToWordPerfect, GivesATableInACentredBoxTheBoxWidth)
+{
+    const auto back = convert(flatOdt(
+        style("fr", "graphic", R"(style:horizontal-pos="center" style:horizontal-rel="page-content")") +
+            style("T", "table", R"(style:rel-width="100%")"),
+        R"(<text:p><draw:frame draw:style-name="fr" text:anchor-type="paragraph" svg:width="5in"><draw:text-box>
+        <table:table table:style-name="T"><table:table-column/><table:table-row><table:table-cell><text:p>title</text:p>
+        </table:table-cell></table:table-row></table:table></draw:text-box></draw:frame></text:p>)"));
+    const richtext::Table *table = nullptr;
+    if (wp6()) {
+        const richtext::Inline *box = onlyTextBox(back.document);
+        ASSERT_NE(box, nullptr);
+        ASSERT_TRUE(box->content);
+        for (const richtext::Block &block : *box->content)
+            if (!table)
+                table = block.table();
+    } else if (const auto tables = back.document.tables(); tables.size() == 1) {
+        table = tables[0];
+        EXPECT_EQ(property(table->properties, "table:align"), "center");
+    }
+    ASSERT_NE(table, nullptr);
+    ASSERT_EQ(table->columnWidths.size(), 1u);
+    EXPECT_NEAR(table->columnWidths[0], 5.0, 0.01);
 }
 
 // A text box anchored to its paragraph or page keeps its place there in WordPerfect 6: its offset

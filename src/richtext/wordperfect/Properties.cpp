@@ -88,6 +88,7 @@ CharacterFormat characterFormatOf(const RVNGPropertyList &list)
         set(subscript);
     if (textOf(list, "fo:font-variant") == "small-caps")
         set(smallCaps);
+    format.capitals = textOf(list, "fo:text-transform") == "uppercase";
     if (textOf(list, "style:text-outline") == "true")
         set(outline);
     if (!isNone(textOf(list, "fo:text-shadow")))

@@ -77,6 +77,9 @@ void WordPerfectWriter::openFrame(const RVNGPropertyList &propList)
         else if (fromPage && verticalTo == "page")
             framePlacement.drop = std::max(0, y - pageSetup().top);
     }
+    // A box in its own line centred across the text: its content may stand there too.
+    if (framePlacement.anchor == BoxPlacement::Anchor::character && anchor != "as-char")
+        framePlacement.centred = horizontal == "center";
     // A picture centred on its own line (anchored to its paragraph, not standing in the text).
     frameCentred = textOf(propList, "style:horizontal-pos") == "center" &&
                    textOf(propList, "text:anchor-type") != "as-char";

@@ -14,12 +14,15 @@ using librevenge::RVNGPropertyList;
 
 // Each column's width in WPU. Columns that give only a relative width (or none) share what the
 // table's width leaves them: its own width, its share of the text area, or the whole text area.
+// In a text box the text area is the box's width.
 std::vector<int> WordPerfectWriter::columnWidths(const RVNGPropertyList &propList) const
 {
     const librevenge::RVNGPropertyListVector *columns = propList.child("librevenge:table-columns");
     if (!columns || columns->count() == 0)
         return {};
-    const int text = std::max(1200, page.width - page.left - page.right);
+    const bool inBox = boxDepth > 0 && !boxSizes.empty() && boxSizes.back();
+    const int text =
+        std::max(1200, inBox ? wpu(boxSizes.back()->first) : page.width - page.left - page.right);
     int tableWidth = text;
     if (const auto width = inchesOf(propList, "style:width"); width && *width > 0) {
         tableWidth = wpu(*width);
@@ -60,6 +63,7 @@ void WordPerfectWriter::openTable(const RVNGPropertyList &propList)
 {
     if (hidden)
         return;
+    writePendingLabel(); // a list item that opens with a table
     OpenTable table;
     if (!tables.empty()) {
         // WordPerfect tables do not nest: an inner table's cells become paragraphs of the outer cell.
@@ -69,6 +73,8 @@ void WordPerfectWriter::openTable(const RVNGPropertyList &propList)
         return;
     }
     table.widths = columnWidths(propList);
+    // A table in a centred box (a cover's title block) stays centred where the box becomes text.
+    table.centred = boxDepth > 0 && !boxPlacements.empty() && boxPlacements.back().centred;
     tables.push_back(table);
     Stream &outer = streams.back();
     settleSpacing(0);
@@ -206,7 +212,9 @@ void WordPerfectWriter::closeTable()
     std::vector<int> widths = table.widths;
     if (widths.empty())
         widths.assign(std::max(1, table.column), 1200);
+    centredTable = table.centred;
     writeTableStart(widths);
+    centredTable = false;
     out() += body;
     writeTableEnd();
     streams.back().written = written;

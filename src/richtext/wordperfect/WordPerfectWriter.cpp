@@ -6,6 +6,8 @@
 #include "CharacterMap.h"
 #include "Properties.h"
 
+#include <glib.h>
+
 #include <algorithm>
 #include <cmath>
 #include <cstdlib>
@@ -29,6 +31,11 @@ WordPerfectWriter::WordPerfectWriter()
 }
 
 WordPerfectWriter::~WordPerfectWriter() = default;
+
+void WordPerfectWriter::startDocument(const RVNGPropertyList &propList)
+{
+    largerSpacingOnly = textOf(propList, "librevenge:paragraph-spacing") == "larger";
+}
 
 void WordPerfectWriter::endDocument()
 {
@@ -148,13 +155,18 @@ void WordPerfectWriter::closeHeaderFooter(bool footer)
         headerRooms.pop_back();
         Stream &stream = streams.back();
         stream.spacingAt.reset();
-        // A header that ends in an empty paragraph (as Word's do) keeps it: its line is part of the
-        // header's height.
-        if (!stream.paragraphContent && stream.content && stream.pendingReturns > 0)
-            flushReturns();
         const int lines = stream.lineHeights;
         const int blank =
             room.spacingInMinimum ? room.minimum - lines : std::max(room.minimum - lines, room.spacing);
+        // A header with no text of its own (Word's empty one) still takes its room on every page;
+        // one for the first page only would push that page's text down instead.
+        const bool emptyWithRoom = !stream.content && blank >= 60 && headerOccurrence.back() != "first";
+        // A header that ends in an empty paragraph (as Word's do) keeps it: its line is part of the
+        // header's height.
+        if (!stream.paragraphContent && (stream.content || emptyWithRoom) && stream.pendingReturns > 0)
+            flushReturns();
+        if (emptyWithRoom)
+            stream.content = true;
         if (stream.content && blank >= 60) {
             if (footer) {
                 flushReturns();
@@ -273,7 +285,8 @@ void WordPerfectWriter::settleSpacing(int above, bool listItem, bool between)
     // Word's list paragraphs leave the space out between items of one list that share their
     // spacing; the reader hands no style over, so equal spacing stands for the same style.
     const bool sameList = listItem && stream.spacingListItem && above == stream.spacingAbove;
-    const int spacing = sameList ? 0 : std::clamp(stream.spacingBelow + above, 0, 0x7FFF);
+    const int gap = largerSpacingOnly ? std::max(stream.spacingBelow, above) : stream.spacingBelow + above;
+    const int spacing = sameList ? 0 : std::clamp(gap, 0, 0x7FFF);
     if (!writesParagraphSpacing()) {
         // 5.1 has no such code: its users typed an empty line, here one as high as the space.
         if (!between || spacing < 60 || stream.pendingReturns == 0 || stream.subDocument)
@@ -380,6 +393,15 @@ void WordPerfectWriter::startParagraph(const RVNGPropertyList &propList, const s
     const int below = std::max(0, wpu(inchesOf(propList, "fo:margin-bottom").value_or(0)));
     settleSpacing(above, listItem && below == stream.spacingBelow, true);
     flushReturns();
+    if (paragraphOpensPage && stream.started && above >= 60) {
+        // Word and Writer keep the space above a paragraph that a hard break puts at a page's top;
+        // WordPerfect has only the space after a paragraph: an empty line as high, with none after.
+        if (writesParagraphSpacing() && stream.spacingInForce != 0) {
+            writeParagraphSpacing(0);
+            stream.spacingInForce = 0;
+        }
+        writeBlankLine(above, false);
+    }
     if (writesParagraphSpacing() || !stream.subDocument) {
         stream.spacingAt = out().size();
         stream.spacingBelow = below;
@@ -410,10 +432,22 @@ void WordPerfectWriter::startParagraph(const RVNGPropertyList &propList, const s
     startLine(page.left + format.leftIndent + format.firstLine);
     stream.started = true;
     stream.wanted.attributes = 0;
-    if (!label.empty()) {
-        text(CharacterMap::decodeUtf8(label));
-        tab();
-    }
+    stream.wanted.capitals = false;
+    stream.pendingLabel = label;
+}
+
+void WordPerfectWriter::writePendingLabel()
+{
+    Stream &stream = streams.back();
+    if (stream.pendingLabel.empty())
+        return;
+    const std::string label = std::move(stream.pendingLabel);
+    stream.pendingLabel.clear();
+    const bool capitals = stream.wanted.capitals; // a label is numbered as its list says
+    stream.wanted.capitals = false;
+    text(CharacterMap::decodeUtf8(label));
+    tab();
+    stream.wanted.capitals = capitals;
 }
 
 void WordPerfectWriter::openParagraph(const RVNGPropertyList &propList)
@@ -425,6 +459,7 @@ void WordPerfectWriter::closeParagraph()
 {
     if (hidden)
         return;
+    writePendingLabel();
     endLine();
     closeAttributes();
     Stream &stream = streams.back();
@@ -435,11 +470,18 @@ void WordPerfectWriter::closeParagraph()
     flushReturns();
     resetParagraphFormat();
     for (std::size_t i = 0; i < stream.boxes.size(); ++i) {
+        // A box's text stands as low as the box stood: a blank line for what the paragraph's own
+        // line leaves of the drop (a cover's title block).
+        const int drop =
+            i < stream.boxDrops.size() ? stream.boxDrops[i] - lineHeightOf(stream.written.size) : 0;
+        if (drop >= 60)
+            writeBlankLine(drop, false);
         out() += stream.boxes[i];
         if (i + 1 < stream.boxes.size())
             writeHardReturn();
     }
     stream.boxes.clear();
+    stream.boxDrops.clear();
     stream.pendingReturns = 1; // the last box's paragraph ends like any other
 }
 
@@ -451,8 +493,10 @@ void WordPerfectWriter::openSpan(const RVNGPropertyList &propList)
 
 void WordPerfectWriter::closeSpan()
 {
-    if (!hidden)
+    if (!hidden) {
         streams.back().wanted.attributes = 0;
+        streams.back().wanted.capitals = false;
+    }
 }
 
 void WordPerfectWriter::closeAttributes()
@@ -573,7 +617,15 @@ bool WordPerfectWriter::writeOtherWidth(char32_t c)
 
 void WordPerfectWriter::text(std::u32string_view text)
 {
+    writePendingLabel();
     Stream &stream = streams.back();
+    std::u32string capitals;
+    if (stream.wanted.capitals) {
+        // glib's case table: the same upper case whatever the user's locale.
+        for (const char32_t c : text)
+            capitals += static_cast<char32_t>(g_unichar_toupper(static_cast<gunichar>(c)));
+        text = capitals;
+    }
     if (!stream.started) {
         flushReturns();
         stream.started = true;
@@ -913,6 +965,7 @@ void WordPerfectWriter::closeTextBox()
     }
     lose(loss::textBoxes);
     streams.back().boxes.push_back(body);
+    streams.back().boxDrops.push_back(opensParagraph && boxDepth == 0 && !inSubDocument() ? where.drop : 0);
 }
 
 void WordPerfectWriter::resetParagraphFormat()

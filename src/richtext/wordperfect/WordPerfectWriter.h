@@ -34,6 +34,7 @@ struct CharacterFormat {
     std::string font;             // empty: not chosen yet
     int size = 0;                 // 1/50 point; 0: not chosen yet
     std::uint32_t colour = 0;     // 0xRRGGBB
+    bool capitals = false;        // lower case shown as upper: WordPerfect has no code, the letters change
     bool operator==(const CharacterFormat &) const = default;
 };
 
@@ -111,6 +112,7 @@ public:
     const richtext::Losses &losses() const { return lost; }
 
     void setDocumentMetaData(const librevenge::RVNGPropertyList &propList) override;
+    void startDocument(const librevenge::RVNGPropertyList &propList) override;
     void endDocument() override;
     void openPageSpan(const librevenge::RVNGPropertyList &propList) override;
     void closePageSpan() override {}
@@ -234,6 +236,8 @@ protected:
     // boxPlacement() says.
     virtual bool writesTextBoxes() const { return false; }
     const BoxPlacement &boxPlacement() const { return placement; }
+    // The table being written is centred between the margins (or in its box).
+    bool tableCentred() const { return centredTable; }
     virtual void writeTextBox(const std::string &, int, int) {}
     virtual std::string assemble(const std::string &document) = 0;
     // The version has no code libwpd reads for something the document holds.
@@ -249,6 +253,7 @@ private:
         bool started = false;           // anything written yet
         bool subDocument = false;       // a note, header or footer body
         std::vector<std::string> boxes; // text boxes anchored in the open paragraph
+        std::vector<int> boxDrops;      // how far below the paragraph's top each stood, WPU
         // Where the line's text stands, as far as tabs need to know: the last tab's stop (from the
         // paper's edge) and alignment, or the line's start, and the characters written since.
         int lineAt = 0;
@@ -257,6 +262,8 @@ private:
         // A paragraph's opening codes wait for its first content: an empty paragraph needs none,
         // and a line of nothing but a tab is one readers take for damage.
         std::optional<ParagraphFormat> pendingStart;
+        // A list item's label waits for the item's first text, whose font it takes.
+        std::string pendingLabel;
         std::u32string pendingBlanks;
         // The space between the last paragraph and the next is known only when the next opens:
         // the code goes back to where the last one started. What libwpd has in force, WPU.
@@ -281,6 +288,7 @@ private:
         bool rowAtLeast = true;
         bool headerRow = false;
         bool degraded = false; // nested: a paragraph per row, its cells apart by tabs
+        bool centred = false;  // in a centred box
     };
 
     void startParagraph(const librevenge::RVNGPropertyList &propList, const std::string &label,
@@ -306,6 +314,7 @@ private:
     void closeHeaderFooter(bool footer);
     void text(std::u32string_view text);
     void startLine(int at);
+    void writePendingLabel();
     void beginContent();
     void endLine();
     void tab();
@@ -345,6 +354,9 @@ private:
     std::vector<BoxPlacement> boxPlacements;                        // the same, where it stands
     BoxPlacement framePlacement;                                    // of the open frame
     BoxPlacement placement;                                         // of the box being written
+    bool centredTable = false;
+    // Between two paragraphs only the larger of their spaces counts, not both (Word's documents).
+    bool largerSpacingOnly = false;
     richtext::Losses lost;
     std::vector<char> noteMarks;
     std::optional<std::pair<double, double>> frameSize; // inches, of the open frame

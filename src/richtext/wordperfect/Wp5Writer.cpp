@@ -357,7 +357,8 @@ void Wp5Writer::writeTableStart(const std::vector<int> &widths)
 {
     const std::size_t columns = std::min<std::size_t>(widths.size(), 32);
     std::string data(24, '\0'); // the previous definition: none
-    put8(data, 0);              // flags: table at the left margin
+    // Flags: the table's position, at the left margin or centred.
+    put8(data, tableCentred() ? 2 : 0);
     put8(data, 0);
     put16(data, static_cast<unsigned>(columns));
     data.append(4, '\0');

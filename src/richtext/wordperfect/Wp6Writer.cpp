@@ -435,8 +435,9 @@ void Wp6Writer::writeBox(int contentType, int pid, int widthWpu, int heightWpu)
 void Wp6Writer::writeTableStart(const std::vector<int> &widths)
 {
     std::string data;
-    put8(data, 0);  // flags
-    put8(data, 0);  // position: at the left margin
+    put8(data, 0); // flags
+    // Position: at the left margin, or centred.
+    put8(data, tableCentred() ? 2 : 0);
     put16(data, 0); // left offset
     function(0xD4, 0x2A, data);
     for (int width : widths) {
