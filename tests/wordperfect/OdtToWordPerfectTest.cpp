@@ -428,6 +428,31 @@ TEST_P(OdtToWordPerfect, SharesATablesWidthByRelativeColumnWidths)
     }
 }
 
+// A table keeps its place: with either margin, centred, or indented from (or pulled out of) the left one.
+TEST_P(OdtToWordPerfect, PlacesATableWhereItsAlignmentAndMarginSay)
+{
+    const struct {
+        const char *tableProperties, *align, *marginLeft; // empty: the property must be absent
+    } cases[] = {
+        {R"(table:align="left")", "left", "0.0000in"},
+        {R"(table:align="left" fo:margin-left="0.25in")", "left", "0.2500in"},
+        {R"(table:align="left" fo:margin-left="-0.075in")", "left", "-0.0750in"},
+        {R"(table:align="center")", "center", ""},
+        {R"(table:align="right")", "right", ""},
+    };
+    for (const auto &c : cases) {
+        SCOPED_TRACE(c.tableProperties);
+        const auto back = convert(flatOdt(
+            style("T", "table", std::string(R"(style:width="3in" )") + c.tableProperties),
+            R"(<table:table table:name="t" table:style-name="T"><table:table-column/><table:table-row>)" +
+                cell(p("x")) + "</table:table-row></table:table>"));
+        const auto tables = back.document.tables();
+        ASSERT_EQ(tables.size(), 1u);
+        EXPECT_EQ(property(tables[0]->properties, "table:align"), c.align);
+        EXPECT_EQ(property(tables[0]->properties, "fo:margin-left"), c.marginLeft);
+    }
+}
+
 // An empty paragraph in a cell is as tall as its own font, not the reader's default one, so rows
 // of small print stay as short as they were.
 TEST_P(OdtToWordPerfect, KeepsAnEmptyCellParagraphsFontSize)

@@ -56,6 +56,24 @@ std::vector<int> WordPerfectWriter::columnWidths(const RVNGPropertyList &propLis
     return widths;
 }
 
+// Where the table stands: WordPerfect aligns it with either margin, centres it, or sets it a given
+// distance from the paper's edge, which is how a table indented (or pulled out) from the margin goes.
+void WordPerfectWriter::placeTable(OpenTable &table, const RVNGPropertyList &propList) const
+{
+    const std::string align = textOf(propList, "table:align");
+    if (align == "center") {
+        table.position = 2;
+    } else if (align == "right") {
+        table.position = 1;
+    } else if (align.empty() || align == "left") {
+        const int margin = wpu(inchesOf(propList, "fo:margin-left").value_or(0));
+        if (margin != 0 && page.left + margin >= 0) {
+            table.position = 4;
+            table.leftOffset = page.left + margin;
+        }
+    }
+}
+
 void WordPerfectWriter::openTable(const RVNGPropertyList &propList)
 {
     if (hidden)
@@ -69,6 +87,7 @@ void WordPerfectWriter::openTable(const RVNGPropertyList &propList)
         return;
     }
     table.widths = columnWidths(propList);
+    placeTable(table, propList);
     tables.push_back(table);
     Stream &outer = streams.back();
     settleSpacing(0);
@@ -206,7 +225,7 @@ void WordPerfectWriter::closeTable()
     std::vector<int> widths = table.widths;
     if (widths.empty())
         widths.assign(std::max(1, table.column), 1200);
-    writeTableStart(widths);
+    writeTableStart(widths, table.position, table.leftOffset);
     out() += body;
     writeTableEnd();
     streams.back().written = written;

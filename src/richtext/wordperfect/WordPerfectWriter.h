@@ -218,7 +218,8 @@ protected:
     virtual bool writesColumns() const { return false; }
     virtual void writeColumns(int, int) {} // count, gap in WPU
     virtual void writeColumnBreak() {}
-    virtual void writeTableStart(const std::vector<int> &widths) = 0;
+    // `position`: 0 at the left margin, 1 at the right, 2 centred, 4 `leftOffset` WPU from the paper's edge.
+    virtual void writeTableStart(const std::vector<int> &widths, int position, int leftOffset) = 0;
     virtual void writeCell(const CellShape &cell, bool firstInRow) = 0;
     virtual void writeTableEnd() = 0;
     // `mark` is the note's own citation when it is one character that is not a number ("*").
@@ -273,6 +274,8 @@ private:
     };
     struct OpenTable {
         std::vector<int> widths; // WPU per column
+        int position = 0;        // as writeTableStart takes it
+        int leftOffset = 0;
         int row = -1;
         int column = 0;
         int horizontalCover = 0;
@@ -283,6 +286,7 @@ private:
         bool degraded = false; // nested: a paragraph per row, its cells apart by tabs
     };
 
+    void placeTable(OpenTable &table, const librevenge::RVNGPropertyList &propList) const;
     void startParagraph(const librevenge::RVNGPropertyList &propList, const std::string &label,
                         bool listItem = false);
     void flushReturns();
