@@ -58,9 +58,17 @@ const Case cases[] = {
      table(cell("<text:p>a</text:p>") + cell("<text:p>b</text:p>")),
      {},
      {loss::cellBorders}},
-    {"NestedTable",
+    {"TableInATable",
      lines,
      table(cell(table(cell("<text:p>inner a</text:p>", "B") + cell("<text:p>inner b</text:p>", "B")), "B") +
+           cell("<text:p>b</text:p>", "B")),
+     {},
+     {}},
+    {"TableInATableInATable",
+     lines,
+     table(cell(table(cell(table(cell("<text:p>a</text:p>", "B")), "B") +
+                      cell("<text:p>inner b</text:p>", "B")),
+                "B") +
            cell("<text:p>b</text:p>", "B")),
      {loss::nestedTables},
      {loss::nestedTables}},

@@ -557,28 +557,52 @@ TEST_P(OdtToWordPerfect, KeepsTheSpaceBetweenParagraphs)
     }
 }
 
-// WordPerfect tables do not nest: an inner table keeps its rows as lines of the outer cell, its
-// cells apart by tabs.
-TEST_P(OdtToWordPerfect, SetsANestedTablesRowsAsLinesOfTheOuterCell)
+// WordPerfect tables do not nest: a table inside a cell joins the outer grid, the cell's column
+// split at its column edges and its row at its rows, the cells beside it reaching down past them.
+// One deeper still keeps its rows as lines of its cell, its cells apart by tabs.
+TEST_P(OdtToWordPerfect, MergesATableInsideACellIntoTheOuterGrid)
 {
+    const auto table = [](const std::string &name, const std::string &rows, int columns) {
+        return R"(<table:table table:name=")" + name +
+               R"("><table:table-column table:number-columns-repeated=")" + std::to_string(columns) +
+               R"("/>)" + rows + "</table:table>";
+    };
+    const std::string deepest =
+        table("d", "<table:table-row>" + cell(p("x")) + cell(p("y")) + "</table:table-row>", 2);
     const std::string inner =
-        R"(<table:table table:name="i"><table:table-column table:number-columns-repeated="3"/><table:table-row>)" +
-        cell(p("Date")) + cell(p("Invoice")) + cell(p("Due") + p("soon")) +
-        "</table:table-row><table:table-row>" + cell(p("today")) + cell("<text:p/>") + cell(p("later")) +
-        "</table:table-row></table:table>";
-    const auto back = convert(flatOdt(
-        "",
-        R"(<table:table table:name="o"><table:table-column table:number-columns-repeated="2"/><table:table-row>)" +
-            cell(p("head") + inner + p("tail")) + cell(p("right")) + "</table:table-row></table:table>"));
+        table("i",
+              "<table:table-row>" + cell(p("Date")) + cell(p("Invoice")) + cell(p("Due") + p("soon")) +
+                  "</table:table-row><table:table-row>" + cell(p("today")) + cell("<text:p/>") +
+                  cell(deepest + p("later")) + "</table:table-row>",
+              3);
+    const auto back =
+        convert(flatOdt("", table("o",
+                                  "<table:table-row>" + cell(p("head") + inner + p("tail")) +
+                                      cell(p("right")) + "</table:table-row><table:table-row>" +
+                                      cell(p("below")) + cell(p("corner")) + "</table:table-row>",
+                                  2)));
     const auto tables = back.document.tables();
     ASSERT_EQ(tables.size(), 1u);
-    ASSERT_EQ(tables[0]->rows.size(), 1u);
-    ASSERT_FALSE(tables[0]->rows[0].cells.empty());
-    Strings lines;
-    for (const richtext::Block &block : tables[0]->rows[0].cells[0].blocks)
-        if (const richtext::Paragraph *paragraph = block.paragraph())
-            lines.push_back(paragraph->text());
-    EXPECT_EQ(lines, (Strings{"head", "Date\tInvoice\tDue", "soon", "today\t\tlater", "tail"}));
+    EXPECT_EQ(tables[0]->columnWidths.size(), 4u);
+    std::vector<Strings> rows;
+    for (const richtext::Row &row : tables[0]->rows) {
+        rows.emplace_back();
+        for (const richtext::Cell &cell : row.cells) {
+            if (cell.covered)
+                continue;
+            std::string text;
+            for (const richtext::Block &block : cell.blocks)
+                if (const richtext::Paragraph *paragraph = block.paragraph())
+                    text += (text.empty() ? "" : "|") + paragraph->text();
+            rows.back().push_back(text + " " + std::to_string(cell.columnSpan) + "x" +
+                                  std::to_string(cell.rowSpan));
+        }
+    }
+    EXPECT_EQ(rows, (std::vector<Strings>{{"head 3x1", "right 1x4"},
+                                          {"Date 1x1", "Invoice 1x1", "Due|soon 1x1"},
+                                          {"today 1x1", " 1x1", "x\ty|later 1x1"},
+                                          {"tail 3x1"},
+                                          {"below 3x1", "corner 1x1"}}));
 }
 
 // The room between a header and the text is a blank line at the header's end (a hard space in a

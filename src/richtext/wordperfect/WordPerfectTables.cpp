@@ -1,4 +1,6 @@
-// Tables: WordPerfect's own table codes for the outer table, paragraphs for nested ones.
+// Tables: WordPerfect's own table codes. Its tables do not nest: a table inside a cell joins the
+// outer table's grid (the cell's columns split at its column edges, its row at its rows), and one
+// deeper still, or a second in one row, becomes paragraphs of its cell.
 
 #include "WordPerfectWriter.h"
 
@@ -7,6 +9,7 @@
 #include <algorithm>
 #include <charconv>
 #include <cmath>
+#include <numeric>
 
 namespace richtext::wordperfect {
 
@@ -74,13 +77,63 @@ void WordPerfectWriter::placeTable(OpenTable &table, const RVNGPropertyList &pro
     }
 }
 
+// A table inside a cell can join the outer grid: one level down, one per row, in a cell of one row.
+bool WordPerfectWriter::nestsInGrid() const
+{
+    if (tables.size() != 1 || tables.back().degraded || tables.back().cells.empty())
+        return false;
+    const OpenTable &outer = tables.back();
+    const RecordedCell &cell = outer.cells.back();
+    if (cell.shape.coveredFromAbove || cell.shape.rowSpan != 1 || cell.inner >= 0)
+        return false;
+    return std::none_of(outer.cells.begin(), outer.cells.end(),
+                        [&](const RecordedCell &other) { return other.row == cell.row && other.inner >= 0; });
+}
+
+void WordPerfectWriter::startPart(TablePart &part)
+{
+    Stream &stream = streams.back();
+    part.begin = part.end = stream.bytes.size();
+    part.before = part.after = stream.written;
+    part.spacingBefore = part.spacingAfter = stream.spacingInForce;
+    part.open = true;
+    part.contentAround = stream.content;
+    stream.content = false;
+}
+
+void WordPerfectWriter::finishPart(TablePart &part)
+{
+    Stream &stream = streams.back();
+    part.end = std::max(part.begin, stream.bytes.size());
+    part.after = stream.written;
+    part.spacingAfter = stream.spacingInForce;
+    if (part.open) {
+        part.open = false;
+        part.content = stream.content;
+        stream.content = stream.content || part.contentAround;
+    }
+}
+
 void WordPerfectWriter::openTable(const RVNGPropertyList &propList)
 {
     if (hidden)
         return;
     OpenTable table;
+    if (nestsInGrid()) {
+        // The cell's text so far is a part of its own; the inner table's cells follow as cells,
+        // whose margins stand between that text and the table.
+        streams.back().spacingBelow = 0;
+        endContainer();
+        resetParagraphFormat();
+        finishPart(tables.back().cells.back().text);
+        table.widths = columnWidths(propList);
+        table.marginLeft = wpu(inchesOf(propList, "fo:margin-left").value_or(0));
+        table.nested = true;
+        tables.push_back(table);
+        return;
+    }
     if (!tables.empty()) {
-        // WordPerfect tables do not nest: an inner table's cells become paragraphs of the outer cell.
+        // Deeper still: the inner table's cells become paragraphs of the outer cell.
         table.degraded = true;
         lose(loss::nestedTables);
         tables.push_back(table);
@@ -131,20 +184,27 @@ void WordPerfectWriter::openTableRow(const RVNGPropertyList &propList)
 void WordPerfectWriter::beginCell(const CellShape &shape)
 {
     OpenTable &table = tables.back();
-    CellShape cell = shape;
-    cell.rowHeight = table.rowHeight;
-    cell.rowAtLeast = table.rowAtLeast;
-    cell.headerRow = table.headerRow;
-    writeCell(cell, table.firstInRow);
+    RecordedCell cell;
+    cell.shape = shape;
+    cell.shape.rowHeight = table.rowHeight;
+    cell.shape.rowAtLeast = table.rowAtLeast;
+    cell.shape.headerRow = table.headerRow;
+    cell.row = table.row;
     table.firstInRow = false;
     streams.back().paragraph = ParagraphFormat();
     streams.back().pendingReturns = 0;
+    startPart(cell.text);
+    table.cells.push_back(cell);
 }
 
 void WordPerfectWriter::endCell()
 {
     endContainer();
     resetParagraphFormat();
+    if (tables.empty() || tables.back().cells.empty())
+        return;
+    RecordedCell &cell = tables.back().cells.back();
+    finishPart(cell.inner >= 0 ? cell.after : cell.text);
 }
 
 void WordPerfectWriter::openTableCell(const RVNGPropertyList &propList)
@@ -210,26 +270,332 @@ void WordPerfectWriter::closeTable()
 {
     if (hidden || tables.empty())
         return;
-    const OpenTable table = tables.back();
+    if (!tables.back().degraded)
+        endCell();
+    OpenTable table = std::move(tables.back());
     tables.pop_back();
     if (table.degraded) {
         streams.back().joinCell = streams.back().joinedLine = false;
         streams.back().pendingBlanks.clear();
         return;
     }
-    endCell();
-    const CharacterFormat written = streams.back().written;
-    const int spacing = streams.back().spacingInForce;
+    if (table.nested) {
+        // The rest of the outer cell's text is a part of its own.
+        OpenTable &outer = tables.back();
+        RecordedCell &cell = outer.cells.back();
+        if (table.widths.empty())
+            table.widths.assign(std::max(1, table.column), 1200);
+        // Wider than its cell (as columns that share out the page come out): narrowed to fit.
+        int room = -std::max(0, table.marginLeft);
+        for (int c = cell.shape.column; c < cell.shape.column + cell.shape.columnSpan; ++c)
+            room += c < static_cast<int>(outer.widths.size()) ? outer.widths[static_cast<std::size_t>(c)] : 0;
+        const double wide = std::accumulate(table.widths.begin(), table.widths.end(), 0.0);
+        if (room > 0 && wide > room) {
+            for (int &width : table.widths)
+                width = std::max(1, static_cast<int>(std::lround(width * room / wide)));
+        }
+        cell.inner = static_cast<int>(outer.inner.size());
+        outer.inner.push_back(std::move(table));
+        streams.back().paragraph = ParagraphFormat();
+        streams.back().pendingReturns = 0;
+        startPart(cell.after);
+        return;
+    }
     const std::string body = popStream(false); // the table's cells are part of the text
-    streams.back().spacingInForce = spacing;
-    std::vector<int> widths = table.widths;
-    if (widths.empty())
-        widths.assign(std::max(1, table.column), 1200);
-    writeTableStart(widths, table.position, table.leftOffset);
-    out() += body;
-    writeTableEnd();
-    streams.back().written = written;
+    if (table.widths.empty())
+        table.widths.assign(std::max(1, table.column), 1200);
+    writeTable(table, body);
     streams.back().pendingReturns = 0;
+}
+
+namespace {
+
+// The index of the edge nearest x.
+int nearestEdge(const std::vector<int> &edges, int x)
+{
+    const auto at = std::lower_bound(edges.begin(), edges.end(), x);
+    if (at == edges.end())
+        return static_cast<int>(edges.size()) - 1;
+    if (at != edges.begin() && x - *(at - 1) < *at - x)
+        return static_cast<int>(at - edges.begin()) - 1;
+    return static_cast<int>(at - edges.begin());
+}
+
+} // namespace
+
+// The cell's text with what it took for granted set first: the font, colour and paragraph spacing
+// its neighbour in the stream left, which the neighbour written before it need not have.
+void WordPerfectWriter::writePart(const TablePart &part, const std::string &body, CharacterFormat &format,
+                                  int &spacing)
+{
+    if (!part.before.font.empty() && (part.before.font != format.font || part.before.size != format.size))
+        writeFont(part.before);
+    if (part.before.colour != format.colour)
+        writeColour(part.before.colour);
+    if (writesParagraphSpacing() && part.spacingBefore != spacing)
+        writeParagraphSpacing(part.spacingBefore);
+    out().append(body, part.begin, part.end - part.begin);
+    format = part.after;
+    spacing = part.spacingAfter;
+}
+
+void WordPerfectWriter::writeTable(const OpenTable &table, const std::string &body)
+{
+    // One cell as written: where it stands in the merged grid, and its text (none for room).
+    struct GridCell {
+        int row = 0, column = 0, rowSpan = 1, columnSpan = 1;
+        int outerRow = 0;
+        CellShape shape;
+        const TablePart *text = nullptr;
+    };
+    // Column edges: the table's, and those of the tables inside its cells.
+    std::vector<int> outerEdges{0};
+    for (int width : table.widths)
+        outerEdges.push_back(outerEdges.back() + std::max(1, width));
+    const int columns = static_cast<int>(table.widths.size());
+    auto outerEdge = [&](int column) { return outerEdges[std::clamp(column, 0, columns)]; };
+    std::vector<int> merged = outerEdges;
+    for (const RecordedCell &cell : table.cells) {
+        if (cell.inner < 0)
+            continue;
+        const OpenTable &inner = table.inner[static_cast<std::size_t>(cell.inner)];
+        const int left = outerEdge(cell.shape.column);
+        const int right = outerEdge(cell.shape.column + cell.shape.columnSpan);
+        int x = left + std::max(0, inner.marginLeft);
+        for (std::size_t i = 0; i <= inner.widths.size(); ++i) {
+            const int edge = std::clamp(x, left, right);
+            // An edge closer than this to one there already is that one.
+            if (std::none_of(merged.begin(), merged.end(), [&](int at) { return std::abs(at - edge) <= 30; }))
+                merged.insert(std::upper_bound(merged.begin(), merged.end(), edge), edge);
+            if (i < inner.widths.size())
+                x += std::max(1, inner.widths[i]);
+        }
+    }
+    const int gridColumns = static_cast<int>(merged.size()) - 1;
+    auto span = [&](int left, int right) {
+        const int from = nearestEdge(merged, left);
+        return std::pair{from, std::max(from + 1, nearestEdge(merged, right))};
+    };
+
+    // Rows: an outer row with a table inside becomes the text before it, its rows, the text after.
+    const int rows = table.row + 1;
+    std::vector<int> rowCount(static_cast<std::size_t>(std::max(0, rows)), 1);
+    // Text before a table inside a cell has a row of its own; after it, only text that shows does.
+    auto hasText = [](const TablePart &part) { return part.end > part.begin; };
+    auto showsText = [](const TablePart &part) { return part.content; };
+    for (const RecordedCell &cell : table.cells) {
+        if (cell.inner >= 0 && cell.row >= 0 && cell.row < rows)
+            rowCount[static_cast<std::size_t>(cell.row)] =
+                std::max(1, hasText(cell.text) + table.inner[static_cast<std::size_t>(cell.inner)].row + 1 +
+                                showsText(cell.after));
+    }
+    std::vector<int> firstRow{0};
+    for (int count : rowCount)
+        firstRow.push_back(firstRow.back() + count);
+    const int gridRows = firstRow.back();
+    auto rowStart = [&](int row) { return firstRow[static_cast<std::size_t>(std::clamp(row, 0, rows))]; };
+
+    std::vector<GridCell> cells;
+    for (const RecordedCell &cell : table.cells) {
+        const auto [from, to] =
+            span(outerEdge(cell.shape.column), outerEdge(cell.shape.column + cell.shape.columnSpan));
+        GridCell grid;
+        grid.outerRow = cell.row;
+        grid.row = rowStart(cell.row);
+        grid.column = from;
+        grid.columnSpan = to - from;
+        grid.shape = cell.shape;
+        grid.text = &cell.text;
+        if (cell.shape.coveredFromAbove) {
+            grid.columnSpan = 1; // one covered cell per column, as the table gave them
+            for (int c = from; c < to; ++c) {
+                for (int r = rowStart(cell.row); r < rowStart(cell.row + 1); ++r) {
+                    grid.row = r;
+                    grid.column = c;
+                    cells.push_back(grid);
+                }
+            }
+            continue;
+        }
+        if (cell.inner < 0) {
+            grid.rowSpan = rowStart(cell.row + cell.shape.rowSpan) - grid.row;
+            cells.push_back(grid);
+            // Beside a table inside another cell of its row, it reaches down past that table's rows.
+            GridCell covered;
+            covered.outerRow = cell.row;
+            covered.shape.coveredFromAbove = true;
+            for (int r = grid.row + 1; r < rowStart(cell.row + 1); ++r) {
+                for (int c = from; c < to; ++c) {
+                    covered.row = r;
+                    covered.column = c;
+                    cells.push_back(covered);
+                }
+            }
+            continue;
+        }
+        // The cell that holds a table: its text, the table with room either side, its text after.
+        const OpenTable &inner = table.inner[static_cast<std::size_t>(cell.inner)];
+        CellShape frame = cell.shape;
+        frame.rowSpan = frame.columnSpan = 1;
+        int row = grid.row;
+        if (hasText(cell.text)) {
+            grid.shape.borders = cell.shape.borders & ~8;
+            grid.rowSpan = 1;
+            cells.push_back(grid);
+            ++row;
+        }
+        const int innerRows = inner.row + 1;
+        const int left = outerEdge(cell.shape.column) + std::max(0, inner.marginLeft);
+        std::vector<int> innerEdges{left};
+        for (int width : inner.widths)
+            innerEdges.push_back(innerEdges.back() + std::max(1, width));
+        const int innerColumns = static_cast<int>(inner.widths.size());
+        auto innerEdge = [&](int column) { return innerEdges[std::clamp(column, 0, innerColumns)]; };
+        const auto [innerFrom, innerTo] = span(innerEdge(0), innerEdge(innerColumns));
+        auto room = [&](int fromColumn, int toColumn, int borders) {
+            if (toColumn <= fromColumn)
+                return;
+            GridCell filler;
+            filler.outerRow = cell.row;
+            filler.row = row;
+            filler.column = fromColumn;
+            filler.columnSpan = toColumn - fromColumn;
+            filler.rowSpan = innerRows;
+            filler.shape = frame;
+            filler.shape.borders = cell.shape.borders & borders;
+            cells.push_back(filler);
+            for (int r = row + 1; r < row + innerRows; ++r) {
+                for (int c = fromColumn; c < toColumn; ++c) {
+                    GridCell covered;
+                    covered.outerRow = cell.row;
+                    covered.row = r;
+                    covered.column = c;
+                    covered.shape.coveredFromAbove = true;
+                    cells.push_back(covered);
+                }
+            }
+        };
+        room(from, std::min(innerFrom, to), 1);
+        room(std::max(innerTo, from), to, 2);
+        for (const RecordedCell &innerCell : inner.cells) {
+            const auto [cellFrom, cellTo] =
+                span(innerEdge(innerCell.shape.column),
+                     innerEdge(innerCell.shape.column + innerCell.shape.columnSpan));
+            GridCell part;
+            part.outerRow = cell.row;
+            part.row = row + std::clamp(innerCell.row, 0, innerRows - 1);
+            part.column = std::clamp(cellFrom, from, to - 1);
+            part.shape = innerCell.shape;
+            part.text = &innerCell.text;
+            if (innerCell.shape.coveredFromAbove) {
+                for (int c = part.column; c < std::min(cellTo, to); ++c) {
+                    part.column = c;
+                    cells.push_back(part);
+                }
+                continue;
+            }
+            part.columnSpan = std::max(1, std::min(cellTo, to) - part.column);
+            part.rowSpan = std::clamp(innerCell.shape.rowSpan, 1, row + innerRows - part.row);
+            cells.push_back(part);
+        }
+        row += innerRows;
+        if (showsText(cell.after)) {
+            GridCell after = grid;
+            after.row = row;
+            after.rowSpan = 1;
+            after.shape.borders = cell.shape.borders & ~4;
+            after.text = &cell.after;
+            cells.push_back(after);
+        }
+    }
+
+    // Between a table inside a cell and the room around it, a line shows when either cell has it;
+    // libwpd takes the upper or left cell's word for it, so both get it.
+    std::vector<std::vector<int>> owner(static_cast<std::size_t>(gridRows),
+                                        std::vector<int>(static_cast<std::size_t>(gridColumns), -1));
+    for (std::size_t i = 0; i < cells.size(); ++i) {
+        const GridCell &cell = cells[i];
+        if (cell.shape.coveredFromAbove)
+            continue;
+        for (int r = cell.row; r < std::min(gridRows, cell.row + cell.rowSpan); ++r) {
+            for (int c = cell.column; c < std::min(gridColumns, cell.column + cell.columnSpan); ++c)
+                owner[static_cast<std::size_t>(r)][static_cast<std::size_t>(c)] = static_cast<int>(i);
+        }
+    }
+    std::vector<int> wanted;
+    for (const GridCell &cell : cells)
+        wanted.push_back(cell.shape.borders);
+    auto share = [&](std::size_t at, int r, int c, int side, int opposite) {
+        if (r >= gridRows || c >= gridColumns)
+            return;
+        const int other = owner[static_cast<std::size_t>(r)][static_cast<std::size_t>(c)];
+        if (other < 0 || static_cast<std::size_t>(other) == at)
+            return;
+        // The upper or left cell's line on leaves each piece of the edge to the cell beyond.
+        if ((wanted[at] & side) || (wanted[static_cast<std::size_t>(other)] & opposite))
+            cells[at].shape.borders |= side;
+        if (wanted[at] & side)
+            cells[static_cast<std::size_t>(other)].shape.borders |= opposite;
+    };
+    for (std::size_t at = 0; at < cells.size() && !table.inner.empty(); ++at) {
+        const GridCell &cell = cells[at];
+        if (cell.shape.coveredFromAbove)
+            continue;
+        for (int r = cell.row; r < cell.row + cell.rowSpan; ++r)
+            share(at, r, cell.column + cell.columnSpan, 2, 1);
+        for (int c = cell.column; c < cell.column + cell.columnSpan; ++c)
+            share(at, cell.row + cell.rowSpan, c, 8, 4);
+    }
+
+    // Written row by row, left to right; a covered column takes a cell of its own.
+    std::stable_sort(cells.begin(), cells.end(), [](const GridCell &a, const GridCell &b) {
+        return a.row != b.row ? a.row < b.row : a.column < b.column;
+    });
+    std::vector<int> widths;
+    for (int c = 0; c < gridColumns; ++c)
+        widths.push_back(merged[static_cast<std::size_t>(c) + 1] - merged[static_cast<std::size_t>(c)]);
+    writeTableStart(widths, table.position, table.leftOffset);
+    CharacterFormat format = streams.back().written;
+    int spacing = streams.back().spacingInForce;
+    auto cellAt = cells.begin();
+    for (int row = 0; row < gridRows; ++row) {
+        int column = 0;
+        bool firstInRow = true;
+        auto write = [&](const GridCell &cell) {
+            CellShape shape = cell.shape;
+            shape.column = cell.column;
+            shape.columnSpan = cell.columnSpan;
+            shape.rowSpan = cell.rowSpan;
+            if (rowCount[static_cast<std::size_t>(std::clamp(cell.outerRow, 0, rows - 1))] > 1)
+                shape.rowHeight = 0; // a row a table inside splits has the room its rows need
+            writeCell(shape, firstInRow);
+            firstInRow = false;
+            column = cell.column + (shape.coveredFromAbove ? 1 : cell.columnSpan);
+        };
+        for (; cellAt != cells.end() && cellAt->row == row; ++cellAt) {
+            if (cellAt->column < column) {
+                // Two edges too close to tell apart put two cells in one place: the text joins the first.
+                if (cellAt->text && cellAt->text->end > cellAt->text->begin) {
+                    writeHardReturn();
+                    writePart(*cellAt->text, body, format, spacing);
+                }
+                continue;
+            }
+            while (column < cellAt->column) {
+                GridCell room; // a column the row's cells leave empty
+                room.outerRow = cellAt->outerRow;
+                room.row = row;
+                room.column = column;
+                write(room);
+            }
+            write(*cellAt);
+            if (cellAt->text)
+                writePart(*cellAt->text, body, format, spacing);
+        }
+    }
+    writeTableEnd();
+    streams.back().written = format;
+    streams.back().spacingInForce = spacing;
 }
 
 } // namespace richtext::wordperfect

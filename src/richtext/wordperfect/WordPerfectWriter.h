@@ -272,10 +272,31 @@ private:
         bool paragraphContent = false; // the same, in the open paragraph
         int lineHeights = 0;           // WPU, about: a line per paragraph at its font's size
     };
+    // A stretch of one cell's text in the table's stream, with what was in force at either end:
+    // the cells go out at the table's end, not always in the order they came.
+    struct TablePart {
+        std::size_t begin = 0, end = 0;
+        CharacterFormat before, after;
+        int spacingBefore = 0, spacingAfter = 0;
+        bool content = false; // any text, picture, note or field
+        bool open = false;
+        bool contentAround = false; // the stream's, before it began
+    };
+    struct RecordedCell {
+        CellShape shape;
+        int row = 0;
+        TablePart text; // before the table it holds, when it holds one
+        int inner = -1; // the table it holds, an index into the outer table's `inner`
+        TablePart after;
+    };
     struct OpenTable {
         std::vector<int> widths; // WPU per column
         int position = 0;        // as writeTableStart takes it
         int leftOffset = 0;
+        int marginLeft = 0; // WPU, of a table inside a cell: from the cell's edge
+        std::vector<RecordedCell> cells;
+        std::vector<OpenTable> inner; // tables inside its cells, merged into its grid at the end
+        bool nested = false;          // such a table, while open
         int row = -1;
         int column = 0;
         int horizontalCover = 0;
@@ -287,6 +308,11 @@ private:
     };
 
     void placeTable(OpenTable &table, const librevenge::RVNGPropertyList &propList) const;
+    bool nestsInGrid() const;
+    void startPart(TablePart &part);
+    void finishPart(TablePart &part);
+    void writePart(const TablePart &part, const std::string &body, CharacterFormat &format, int &spacing);
+    void writeTable(const OpenTable &table, const std::string &body);
     void startParagraph(const librevenge::RVNGPropertyList &propList, const std::string &label,
                         bool listItem = false);
     void flushReturns();
