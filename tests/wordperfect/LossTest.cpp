@@ -64,12 +64,10 @@ const Case cases[] = {
            cell("<text:p>b</text:p>", "B")),
      {},
      {}},
-    {"TableInATableInATable",
+    {"TwoTablesInARow",
      lines,
-     table(cell(table(cell(table(cell("<text:p>a</text:p>", "B")), "B") +
-                      cell("<text:p>inner b</text:p>", "B")),
-                "B") +
-           cell("<text:p>b</text:p>", "B")),
+     table(cell(table(cell("<text:p>a</text:p>", "B") + cell("<text:p>a2</text:p>", "B")), "B") +
+           cell(table(cell("<text:p>b</text:p>", "B") + cell("<text:p>b2</text:p>", "B")), "B")),
      {loss::nestedTables},
      {loss::nestedTables}},
     {"TextBoxInAHeader",

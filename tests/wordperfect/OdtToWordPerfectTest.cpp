@@ -558,8 +558,9 @@ TEST_P(OdtToWordPerfect, KeepsTheSpaceBetweenParagraphs)
 }
 
 // WordPerfect tables do not nest: a table inside a cell joins the outer grid, the cell's column
-// split at its column edges and its row at its rows, the cells beside it reaching down past them.
-// One deeper still keeps its rows as lines of its cell, its cells apart by tabs.
+// split at its column edges and its row at its rows, the cells beside it reaching down past them;
+// so does one inside that. A second table inside a cell of the same row keeps its rows as lines of
+// its cell, its cells apart by tabs.
 TEST_P(OdtToWordPerfect, MergesATableInsideACellIntoTheOuterGrid)
 {
     const auto table = [](const std::string &name, const std::string &rows, int columns) {
@@ -575,15 +576,17 @@ TEST_P(OdtToWordPerfect, MergesATableInsideACellIntoTheOuterGrid)
                   "</table:table-row><table:table-row>" + cell(p("today")) + cell("<text:p/>") +
                   cell(deepest + p("later")) + "</table:table-row>",
               3);
+    const std::string beside =
+        table("b", "<table:table-row>" + cell(p("p")) + cell(p("q")) + "</table:table-row>", 2);
     const auto back =
         convert(flatOdt("", table("o",
                                   "<table:table-row>" + cell(p("head") + inner + p("tail")) +
-                                      cell(p("right")) + "</table:table-row><table:table-row>" +
+                                      cell(p("right") + beside) + "</table:table-row><table:table-row>" +
                                       cell(p("below")) + cell(p("corner")) + "</table:table-row>",
                                   2)));
     const auto tables = back.document.tables();
     ASSERT_EQ(tables.size(), 1u);
-    EXPECT_EQ(tables[0]->columnWidths.size(), 4u);
+    EXPECT_EQ(tables[0]->columnWidths.size(), 5u);
     std::vector<Strings> rows;
     for (const richtext::Row &row : tables[0]->rows) {
         rows.emplace_back();
@@ -598,11 +601,12 @@ TEST_P(OdtToWordPerfect, MergesATableInsideACellIntoTheOuterGrid)
                                   std::to_string(cell.rowSpan));
         }
     }
-    EXPECT_EQ(rows, (std::vector<Strings>{{"head 3x1", "right 1x4"},
-                                          {"Date 1x1", "Invoice 1x1", "Due|soon 1x1"},
-                                          {"today 1x1", " 1x1", "x\ty|later 1x1"},
-                                          {"tail 3x1"},
-                                          {"below 3x1", "corner 1x1"}}));
+    EXPECT_EQ(rows, (std::vector<Strings>{{"head 4x1", "right|p\tq 1x5"},
+                                          {"Date 1x1", "Invoice 1x1", "Due|soon 2x1"},
+                                          {"today 1x2", " 1x2", "x 1x1", "y 1x1"},
+                                          {"later 2x1"},
+                                          {"tail 4x1"},
+                                          {"below 4x1", "corner 1x1"}}));
 }
 
 // The room between a header and the text is a blank line at the header's end (a hard space in a

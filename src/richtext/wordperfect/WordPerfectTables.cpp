@@ -77,10 +77,10 @@ void WordPerfectWriter::placeTable(OpenTable &table, const RVNGPropertyList &pro
     }
 }
 
-// A table inside a cell can join the outer grid: one level down, one per row, in a cell of one row.
+// A table inside a cell can join the outer grid: one per row, in a cell of one row.
 bool WordPerfectWriter::nestsInGrid() const
 {
-    if (tables.size() != 1 || tables.back().degraded || tables.back().cells.empty())
+    if (tables.empty() || tables.back().degraded || tables.back().cells.empty())
         return false;
     const OpenTable &outer = tables.back();
     const RecordedCell &cell = outer.cells.back();
@@ -285,15 +285,6 @@ void WordPerfectWriter::closeTable()
         RecordedCell &cell = outer.cells.back();
         if (table.widths.empty())
             table.widths.assign(std::max(1, table.column), 1200);
-        // Wider than its cell (as columns that share out the page come out): narrowed to fit.
-        int room = -std::max(0, table.marginLeft);
-        for (int c = cell.shape.column; c < cell.shape.column + cell.shape.columnSpan; ++c)
-            room += c < static_cast<int>(outer.widths.size()) ? outer.widths[static_cast<std::size_t>(c)] : 0;
-        const double wide = std::accumulate(table.widths.begin(), table.widths.end(), 0.0);
-        if (room > 0 && wide > room) {
-            for (int &width : table.widths)
-                width = std::max(1, static_cast<int>(std::lround(width * room / wide)));
-        }
         cell.inner = static_cast<int>(outer.inner.size());
         outer.inner.push_back(std::move(table));
         streams.back().paragraph = ParagraphFormat();
@@ -339,37 +330,48 @@ void WordPerfectWriter::writePart(const TablePart &part, const std::string &body
     spacing = part.spacingAfter;
 }
 
-void WordPerfectWriter::writeTable(const OpenTable &table, const std::string &body)
+// The table's cells on one grid: a table inside a cell (itself so laid out first) splits the cell's
+// columns at its column edges and the cell's row at its rows; the text before it and after it take
+// rows of their own, and the room either side of it a cell each. WordPerfect sets at most 32
+// columns: a table inside that would need more becomes paragraphs of its cell.
+WordPerfectWriter::TableGrid WordPerfectWriter::gridOf(const OpenTable &table) const
 {
-    // One cell as written: where it stands in the merged grid, and its text (none for room).
-    struct GridCell {
-        int row = 0, column = 0, rowSpan = 1, columnSpan = 1;
-        int outerRow = 0;
-        CellShape shape;
-        const TablePart *text = nullptr;
-    };
-    // Column edges: the table's, and those of the tables inside its cells.
     std::vector<int> outerEdges{0};
     for (int width : table.widths)
         outerEdges.push_back(outerEdges.back() + std::max(1, width));
     const int columns = static_cast<int>(table.widths.size());
     auto outerEdge = [&](int column) { return outerEdges[std::clamp(column, 0, columns)]; };
     std::vector<int> merged = outerEdges;
+    std::vector<TableGrid> inner(table.inner.size());
+    std::vector<bool> joins(table.inner.size(), false);
     for (const RecordedCell &cell : table.cells) {
         if (cell.inner < 0)
             continue;
-        const OpenTable &inner = table.inner[static_cast<std::size_t>(cell.inner)];
+        const auto at = static_cast<std::size_t>(cell.inner);
+        inner[at] = gridOf(table.inner[at]);
         const int left = outerEdge(cell.shape.column);
         const int right = outerEdge(cell.shape.column + cell.shape.columnSpan);
-        int x = left + std::max(0, inner.marginLeft);
-        for (std::size_t i = 0; i <= inner.widths.size(); ++i) {
+        // Wider than its cell (as columns that share out the page come out): narrowed to fit.
+        const int room = right - left - std::max(0, table.inner[at].marginLeft);
+        const double wide = std::accumulate(inner[at].widths.begin(), inner[at].widths.end(), 0.0);
+        if (room > 0 && wide > room) {
+            for (int &width : inner[at].widths)
+                width = std::max(1, static_cast<int>(std::lround(width * room / wide)));
+        }
+        std::vector<int> edges = merged;
+        int x = left + std::max(0, table.inner[at].marginLeft);
+        for (std::size_t i = 0; i <= inner[at].widths.size(); ++i) {
             const int edge = std::clamp(x, left, right);
             // An edge closer than this to one there already is that one.
-            if (std::none_of(merged.begin(), merged.end(), [&](int at) { return std::abs(at - edge) <= 30; }))
-                merged.insert(std::upper_bound(merged.begin(), merged.end(), edge), edge);
-            if (i < inner.widths.size())
-                x += std::max(1, inner.widths[i]);
+            if (std::none_of(edges.begin(), edges.end(), [&](int e) { return std::abs(e - edge) <= 30; }))
+                edges.insert(std::upper_bound(edges.begin(), edges.end(), edge), edge);
+            if (i < inner[at].widths.size())
+                x += std::max(1, inner[at].widths[i]);
         }
+        if (edges.size() > 33)
+            joins[at] = true;
+        else
+            merged = std::move(edges);
     }
     const int gridColumns = static_cast<int>(merged.size()) - 1;
     auto span = [&](int left, int right) {
@@ -383,110 +385,103 @@ void WordPerfectWriter::writeTable(const OpenTable &table, const std::string &bo
     // Text before a table inside a cell has a row of its own; after it, only text that shows does.
     auto hasText = [](const TablePart &part) { return part.end > part.begin; };
     auto showsText = [](const TablePart &part) { return part.content; };
+    auto merges = [&](const RecordedCell &cell) {
+        return cell.inner >= 0 && !joins[static_cast<std::size_t>(cell.inner)];
+    };
     for (const RecordedCell &cell : table.cells) {
-        if (cell.inner >= 0 && cell.row >= 0 && cell.row < rows)
+        if (merges(cell) && cell.row >= 0 && cell.row < rows)
             rowCount[static_cast<std::size_t>(cell.row)] =
-                std::max(1, hasText(cell.text) + table.inner[static_cast<std::size_t>(cell.inner)].row + 1 +
+                std::max(1, hasText(cell.text) + inner[static_cast<std::size_t>(cell.inner)].rows +
                                 showsText(cell.after));
     }
     std::vector<int> firstRow{0};
     for (int count : rowCount)
         firstRow.push_back(firstRow.back() + count);
-    const int gridRows = firstRow.back();
     auto rowStart = [&](int row) { return firstRow[static_cast<std::size_t>(std::clamp(row, 0, rows))]; };
 
-    std::vector<GridCell> cells;
+    TableGrid grid;
+    grid.rows = firstRow.back();
+    for (int c = 0; c < gridColumns; ++c)
+        grid.widths.push_back(merged[static_cast<std::size_t>(c) + 1] - merged[static_cast<std::size_t>(c)]);
+    std::vector<GridCell> &cells = grid.cells;
+    auto coverBelow = [&](int fromRow, int toRow, int fromColumn, int toColumn) {
+        GridCell covered;
+        covered.shape.coveredFromAbove = true;
+        for (int r = fromRow; r < toRow; ++r) {
+            for (int c = fromColumn; c < toColumn; ++c) {
+                covered.row = r;
+                covered.column = c;
+                cells.push_back(covered);
+            }
+        }
+    };
     for (const RecordedCell &cell : table.cells) {
         const auto [from, to] =
             span(outerEdge(cell.shape.column), outerEdge(cell.shape.column + cell.shape.columnSpan));
-        GridCell grid;
-        grid.outerRow = cell.row;
-        grid.row = rowStart(cell.row);
-        grid.column = from;
-        grid.columnSpan = to - from;
-        grid.shape = cell.shape;
-        grid.text = &cell.text;
+        GridCell outer;
+        outer.row = rowStart(cell.row);
+        outer.column = from;
+        outer.columnSpan = to - from;
+        outer.shape = cell.shape;
+        if (rowCount[static_cast<std::size_t>(std::clamp(cell.row, 0, rows - 1))] > 1)
+            outer.shape.rowHeight = 0; // a row a table inside splits has the room its rows need
+        outer.texts = {&cell.text};
         if (cell.shape.coveredFromAbove) {
-            grid.columnSpan = 1; // one covered cell per column, as the table gave them
-            for (int c = from; c < to; ++c) {
-                for (int r = rowStart(cell.row); r < rowStart(cell.row + 1); ++r) {
-                    grid.row = r;
-                    grid.column = c;
-                    cells.push_back(grid);
-                }
-            }
+            outer.shape.rowHeight = cell.shape.rowHeight;
+            coverBelow(outer.row, rowStart(cell.row + 1), from, to); // a covered cell per column
             continue;
         }
-        if (cell.inner < 0) {
-            grid.rowSpan = rowStart(cell.row + cell.shape.rowSpan) - grid.row;
-            cells.push_back(grid);
-            // Beside a table inside another cell of its row, it reaches down past that table's rows.
-            GridCell covered;
-            covered.outerRow = cell.row;
-            covered.shape.coveredFromAbove = true;
-            for (int r = grid.row + 1; r < rowStart(cell.row + 1); ++r) {
-                for (int c = from; c < to; ++c) {
-                    covered.row = r;
-                    covered.column = c;
-                    cells.push_back(covered);
-                }
+        if (!merges(cell)) {
+            if (cell.inner >= 0) {
+                for (const GridCell &innerCell : inner[static_cast<std::size_t>(cell.inner)].cells)
+                    outer.texts.insert(outer.texts.end(), innerCell.texts.begin(), innerCell.texts.end());
+                outer.texts.push_back(&cell.after);
             }
+            outer.rowSpan = rowStart(cell.row + cell.shape.rowSpan) - outer.row;
+            cells.push_back(outer);
+            // Beside a table inside another cell of its row, it reaches down past that table's rows.
+            coverBelow(outer.row + 1, rowStart(cell.row + 1), from, to);
             continue;
         }
         // The cell that holds a table: its text, the table with room either side, its text after.
-        const OpenTable &inner = table.inner[static_cast<std::size_t>(cell.inner)];
-        CellShape frame = cell.shape;
-        frame.rowSpan = frame.columnSpan = 1;
-        int row = grid.row;
+        const TableGrid &held = inner[static_cast<std::size_t>(cell.inner)];
+        int row = outer.row;
         if (hasText(cell.text)) {
-            grid.shape.borders = cell.shape.borders & ~8;
-            grid.rowSpan = 1;
-            cells.push_back(grid);
+            GridCell before = outer;
+            before.shape.borders = cell.shape.borders & ~8;
+            cells.push_back(before);
             ++row;
         }
-        const int innerRows = inner.row + 1;
-        const int left = outerEdge(cell.shape.column) + std::max(0, inner.marginLeft);
+        const int left = outerEdge(cell.shape.column) +
+                         std::max(0, table.inner[static_cast<std::size_t>(cell.inner)].marginLeft);
         std::vector<int> innerEdges{left};
-        for (int width : inner.widths)
-            innerEdges.push_back(innerEdges.back() + std::max(1, width));
-        const int innerColumns = static_cast<int>(inner.widths.size());
+        for (int width : held.widths)
+            innerEdges.push_back(innerEdges.back() + width);
+        const int innerColumns = static_cast<int>(held.widths.size());
         auto innerEdge = [&](int column) { return innerEdges[std::clamp(column, 0, innerColumns)]; };
         const auto [innerFrom, innerTo] = span(innerEdge(0), innerEdge(innerColumns));
         auto room = [&](int fromColumn, int toColumn, int borders) {
             if (toColumn <= fromColumn)
                 return;
-            GridCell filler;
-            filler.outerRow = cell.row;
+            GridCell filler = outer;
             filler.row = row;
             filler.column = fromColumn;
             filler.columnSpan = toColumn - fromColumn;
-            filler.rowSpan = innerRows;
-            filler.shape = frame;
+            filler.rowSpan = held.rows;
             filler.shape.borders = cell.shape.borders & borders;
+            filler.texts.clear();
             cells.push_back(filler);
-            for (int r = row + 1; r < row + innerRows; ++r) {
-                for (int c = fromColumn; c < toColumn; ++c) {
-                    GridCell covered;
-                    covered.outerRow = cell.row;
-                    covered.row = r;
-                    covered.column = c;
-                    covered.shape.coveredFromAbove = true;
-                    cells.push_back(covered);
-                }
-            }
+            coverBelow(row + 1, row + held.rows, fromColumn, toColumn);
         };
         room(from, std::min(innerFrom, to), 1);
         room(std::max(innerTo, from), to, 2);
-        for (const RecordedCell &innerCell : inner.cells) {
+        for (const GridCell &innerCell : held.cells) {
             const auto [cellFrom, cellTo] =
-                span(innerEdge(innerCell.shape.column),
-                     innerEdge(innerCell.shape.column + innerCell.shape.columnSpan));
-            GridCell part;
-            part.outerRow = cell.row;
-            part.row = row + std::clamp(innerCell.row, 0, innerRows - 1);
+                span(innerEdge(innerCell.column), innerEdge(innerCell.column + innerCell.columnSpan));
+            GridCell part = innerCell;
+            part.row = row + std::clamp(innerCell.row, 0, held.rows - 1);
             part.column = std::clamp(cellFrom, from, to - 1);
-            part.shape = innerCell.shape;
-            part.text = &innerCell.text;
+            part.shape.rowHeight = 0;
             if (innerCell.shape.coveredFromAbove) {
                 for (int c = part.column; c < std::min(cellTo, to); ++c) {
                     part.column = c;
@@ -495,19 +490,30 @@ void WordPerfectWriter::writeTable(const OpenTable &table, const std::string &bo
                 continue;
             }
             part.columnSpan = std::max(1, std::min(cellTo, to) - part.column);
-            part.rowSpan = std::clamp(innerCell.shape.rowSpan, 1, row + innerRows - part.row);
+            part.rowSpan = std::clamp(innerCell.rowSpan, 1, row + held.rows - part.row);
             cells.push_back(part);
         }
-        row += innerRows;
+        row += held.rows;
         if (showsText(cell.after)) {
-            GridCell after = grid;
+            GridCell after = outer;
             after.row = row;
-            after.rowSpan = 1;
             after.shape.borders = cell.shape.borders & ~4;
-            after.text = &cell.after;
+            after.texts = {&cell.after};
             cells.push_back(after);
         }
     }
+    std::stable_sort(cells.begin(), cells.end(), [](const GridCell &a, const GridCell &b) {
+        return a.row != b.row ? a.row < b.row : a.column < b.column;
+    });
+    return grid;
+}
+
+void WordPerfectWriter::writeTable(const OpenTable &table, const std::string &body)
+{
+    TableGrid grid = gridOf(table);
+    std::vector<GridCell> &cells = grid.cells;
+    const int gridRows = grid.rows;
+    const int gridColumns = static_cast<int>(grid.widths.size());
 
     // Between a table inside a cell and the room around it, a line shows when either cell has it;
     // libwpd takes the upper or left cell's word for it, so both get it.
@@ -548,15 +554,20 @@ void WordPerfectWriter::writeTable(const OpenTable &table, const std::string &bo
     }
 
     // Written row by row, left to right; a covered column takes a cell of its own.
-    std::stable_sort(cells.begin(), cells.end(), [](const GridCell &a, const GridCell &b) {
-        return a.row != b.row ? a.row < b.row : a.column < b.column;
-    });
-    std::vector<int> widths;
-    for (int c = 0; c < gridColumns; ++c)
-        widths.push_back(merged[static_cast<std::size_t>(c) + 1] - merged[static_cast<std::size_t>(c)]);
-    writeTableStart(widths, table.position, table.leftOffset);
+    writeTableStart(grid.widths, table.position, table.leftOffset);
     CharacterFormat format = streams.back().written;
     int spacing = streams.back().spacingInForce;
+    auto writeTexts = [&](const GridCell &cell) {
+        bool first = true;
+        for (const TablePart *text : cell.texts) {
+            if (!text || (!first && text->end == text->begin))
+                continue;
+            if (!first)
+                writeHardReturn();
+            writePart(*text, body, format, spacing);
+            first = false;
+        }
+    };
     auto cellAt = cells.begin();
     for (int row = 0; row < gridRows; ++row) {
         int column = 0;
@@ -566,8 +577,6 @@ void WordPerfectWriter::writeTable(const OpenTable &table, const std::string &bo
             shape.column = cell.column;
             shape.columnSpan = cell.columnSpan;
             shape.rowSpan = cell.rowSpan;
-            if (rowCount[static_cast<std::size_t>(std::clamp(cell.outerRow, 0, rows - 1))] > 1)
-                shape.rowHeight = 0; // a row a table inside splits has the room its rows need
             writeCell(shape, firstInRow);
             firstInRow = false;
             column = cell.column + (shape.coveredFromAbove ? 1 : cell.columnSpan);
@@ -575,22 +584,20 @@ void WordPerfectWriter::writeTable(const OpenTable &table, const std::string &bo
         for (; cellAt != cells.end() && cellAt->row == row; ++cellAt) {
             if (cellAt->column < column) {
                 // Two edges too close to tell apart put two cells in one place: the text joins the first.
-                if (cellAt->text && cellAt->text->end > cellAt->text->begin) {
+                if (!cellAt->texts.empty() && cellAt->texts.front()->end > cellAt->texts.front()->begin) {
                     writeHardReturn();
-                    writePart(*cellAt->text, body, format, spacing);
+                    writeTexts(*cellAt);
                 }
                 continue;
             }
             while (column < cellAt->column) {
                 GridCell room; // a column the row's cells leave empty
-                room.outerRow = cellAt->outerRow;
                 room.row = row;
                 room.column = column;
                 write(room);
             }
             write(*cellAt);
-            if (cellAt->text)
-                writePart(*cellAt->text, body, format, spacing);
+            writeTexts(*cellAt);
         }
     }
     writeTableEnd();

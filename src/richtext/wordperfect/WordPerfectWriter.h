@@ -312,6 +312,18 @@ private:
     void startPart(TablePart &part);
     void finishPart(TablePart &part);
     void writePart(const TablePart &part, const std::string &body, CharacterFormat &format, int &spacing);
+    // A cell as written: where it stands on the table's grid, and its text (none for room).
+    struct GridCell {
+        int row = 0, column = 0, rowSpan = 1, columnSpan = 1;
+        CellShape shape;
+        std::vector<const TablePart *> texts;
+    };
+    struct TableGrid {
+        std::vector<int> widths; // WPU per column
+        int rows = 0;
+        std::vector<GridCell> cells; // row by row, left to right
+    };
+    TableGrid gridOf(const OpenTable &table) const;
     void writeTable(const OpenTable &table, const std::string &body);
     void startParagraph(const librevenge::RVNGPropertyList &propList, const std::string &label,
                         bool listItem = false);
