@@ -401,6 +401,8 @@ WordPerfectWriter::TableGrid WordPerfectWriter::gridOf(const OpenTable &table) c
 
     TableGrid grid;
     grid.rows = firstRow.back();
+    grid.joined = std::find(joins.begin(), joins.end(), true) != joins.end() ||
+                  std::any_of(inner.begin(), inner.end(), [](const TableGrid &held) { return held.joined; });
     for (int c = 0; c < gridColumns; ++c)
         grid.widths.push_back(merged[static_cast<std::size_t>(c) + 1] - merged[static_cast<std::size_t>(c)]);
     std::vector<GridCell> &cells = grid.cells;
@@ -511,6 +513,8 @@ WordPerfectWriter::TableGrid WordPerfectWriter::gridOf(const OpenTable &table) c
 void WordPerfectWriter::writeTable(const OpenTable &table, const std::string &body)
 {
     TableGrid grid = gridOf(table);
+    if (grid.joined)
+        lose(loss::nestedTables);
     std::vector<GridCell> &cells = grid.cells;
     const int gridRows = grid.rows;
     const int gridColumns = static_cast<int>(grid.widths.size());

@@ -322,6 +322,7 @@ private:
         std::vector<int> widths; // WPU per column
         int rows = 0;
         std::vector<GridCell> cells; // row by row, left to right
+        bool joined = false;         // a table inside had to become paragraphs of its cell
     };
     TableGrid gridOf(const OpenTable &table) const;
     void writeTable(const OpenTable &table, const std::string &body);
