@@ -125,6 +125,7 @@ void OdtInline::ensureSpan()
     content.output().openSpan(properties);
     openFormat = formats.back();
     spanOpen = true;
+    spoken = true;
 }
 
 void OdtInline::closeSpan()
@@ -374,6 +375,9 @@ void OdtInline::label(const std::string &text, const std::string &followedBy)
 void OdtInline::finish()
 {
     flush();
+    // An empty paragraph still has a font, and its line is as tall as that font: say which.
+    if (!spoken && formats.size() == 1 && !formats.back().empty())
+        ensureSpan();
     closeSpan();
 }
 

@@ -43,6 +43,7 @@ private:
     std::string pending;
     bool ignoreSpace = true;
     bool spanOpen = false;
+    bool spoken = false; // a span has been opened
     OdfProperties openFormat;
 };
 

@@ -46,6 +46,23 @@ std::string table(const std::string &cells)
            cells + "</table:table-row></table:table>";
 }
 
+// Thirty columns, the first cell holding a table of six: more columns together than WordPerfect sets.
+std::string tooManyColumns()
+{
+    std::string inner =
+        "<table:table table:name=\"i\"><table:table-column table:number-columns-repeated=\"6\"/>"
+        "<table:table-row>";
+    std::string outer =
+        "<table:table table:name=\"o\"><table:table-column table:number-columns-repeated=\"30\"/>"
+        "<table:table-row>";
+    for (int i = 0; i < 6; ++i)
+        inner += cell("<text:p>in</text:p>", "B");
+    outer += cell(inner + "</table:table-row></table:table>", "B");
+    for (int i = 1; i < 30; ++i)
+        outer += cell("<text:p>out</text:p>", "B");
+    return outer + "</table:table-row></table:table>";
+}
+
 const Case cases[] = {
     {"NothingLost",
      lines,
@@ -58,12 +75,19 @@ const Case cases[] = {
      table(cell("<text:p>a</text:p>") + cell("<text:p>b</text:p>")),
      {},
      {loss::cellBorders}},
-    {"NestedTable",
+    {"TableInATable",
      lines,
      table(cell(table(cell("<text:p>inner a</text:p>", "B") + cell("<text:p>inner b</text:p>", "B")), "B") +
            cell("<text:p>b</text:p>", "B")),
+     {},
+     {}},
+    {"TwoTablesInARow",
+     lines,
+     table(cell(table(cell("<text:p>a</text:p>", "B") + cell("<text:p>a2</text:p>", "B")), "B") +
+           cell(table(cell("<text:p>b</text:p>", "B") + cell("<text:p>b2</text:p>", "B")), "B")),
      {loss::nestedTables},
      {loss::nestedTables}},
+    {"TooManyColumnsToJoin", lines, tooManyColumns(), {loss::nestedTables}, {loss::nestedTables}},
     {"TextBoxInAHeader",
      "",
      "<text:p>body</text:p>",

@@ -458,6 +458,52 @@ TEST_P(OdtToWordPerfect, SharesATablesWidthByRelativeColumnWidths)
     }
 }
 
+// A table keeps its place: with either margin, centred, or indented from (or pulled out of) the left one.
+TEST_P(OdtToWordPerfect, PlacesATableWhereItsAlignmentAndMarginSay)
+{
+    const struct {
+        const char *tableProperties, *align, *marginLeft; // empty: the property must be absent
+    } cases[] = {
+        {R"(table:align="left")", "left", "0.0000in"},
+        {R"(table:align="left" fo:margin-left="0.25in")", "left", "0.2500in"},
+        {R"(table:align="left" fo:margin-left="-0.075in")", "left", "-0.0750in"},
+        {R"(table:align="center")", "center", ""},
+        {R"(table:align="right")", "right", ""},
+    };
+    for (const auto &c : cases) {
+        SCOPED_TRACE(c.tableProperties);
+        const auto back = convert(flatOdt(
+            style("T", "table", std::string(R"(style:width="3in" )") + c.tableProperties),
+            R"(<table:table table:name="t" table:style-name="T"><table:table-column/><table:table-row>)" +
+                cell(p("x")) + "</table:table-row></table:table>"));
+        const auto tables = back.document.tables();
+        ASSERT_EQ(tables.size(), 1u);
+        EXPECT_EQ(property(tables[0]->properties, "table:align"), c.align);
+        EXPECT_EQ(property(tables[0]->properties, "fo:margin-left"), c.marginLeft);
+    }
+}
+
+// An empty paragraph in a cell is as tall as its own font, not the reader's default one, so rows
+// of small print stay as short as they were.
+TEST_P(OdtToWordPerfect, KeepsAnEmptyCellParagraphsFontSize)
+{
+    const auto back = convert(flatOdt(
+        R"(<style:style style:name="S" style:family="paragraph"><style:text-properties fo:font-size="8pt"/>
+        </style:style><style:style style:name="L" style:family="paragraph">
+        <style:text-properties fo:font-size="14pt"/></style:style>)",
+        R"(<table:table table:name="t"><table:table-column/><table:table-row>)" +
+            cell(p("large", "L") + p("", "S") + p("small", "S")) + "</table:table-row></table:table>"));
+    const auto tables = back.document.tables();
+    ASSERT_EQ(tables.size(), 1u);
+    const richtext::Blocks &blocks = tables[0]->rows.at(0).cells.at(0).blocks;
+    ASSERT_EQ(blocks.size(), 3u);
+    const richtext::Paragraph *empty = blocks[1].paragraph();
+    ASSERT_NE(empty, nullptr);
+    EXPECT_EQ(empty->text().find_first_not_of(" \u00A0"), std::string::npos) << empty->text();
+    ASSERT_FALSE(empty->content.empty());
+    EXPECT_EQ(property(empty->content.front().style, "fo:font-size"), "8.0000pt");
+}
+
 const std::string columnBreak = style("CB", "paragraph", R"(fo:break-before="column")");
 
 TEST_P(OdtToWordPerfect, SetsASectionsTextInColumns)
@@ -577,28 +623,56 @@ TEST_P(OdtToWordPerfect, KeepsTheSpaceAboveAParagraphAfterAPageBreak)
     }
 }
 
-// WordPerfect tables do not nest: an inner table keeps its rows as lines of the outer cell, its
-// cells apart by tabs.
-TEST_P(OdtToWordPerfect, SetsANestedTablesRowsAsLinesOfTheOuterCell)
+// WordPerfect tables do not nest: a table inside a cell joins the outer grid, the cell's column
+// split at its column edges and its row at its rows, the cells beside it reaching down past them;
+// so does one inside that. A second table inside a cell of the same row keeps its rows as lines of
+// its cell, its cells apart by tabs.
+TEST_P(OdtToWordPerfect, MergesATableInsideACellIntoTheOuterGrid)
 {
+    const auto table = [](const std::string &name, const std::string &rows, int columns) {
+        return R"(<table:table table:name=")" + name +
+               R"("><table:table-column table:number-columns-repeated=")" + std::to_string(columns) +
+               R"("/>)" + rows + "</table:table>";
+    };
+    const std::string deepest =
+        table("d", "<table:table-row>" + cell(p("x")) + cell(p("y")) + "</table:table-row>", 2);
     const std::string inner =
-        R"(<table:table table:name="i"><table:table-column table:number-columns-repeated="3"/><table:table-row>)" +
-        cell(p("Date")) + cell(p("Invoice")) + cell(p("Due") + p("soon")) +
-        "</table:table-row><table:table-row>" + cell(p("today")) + cell("<text:p/>") + cell(p("later")) +
-        "</table:table-row></table:table>";
-    const auto back = convert(flatOdt(
-        "",
-        R"(<table:table table:name="o"><table:table-column table:number-columns-repeated="2"/><table:table-row>)" +
-            cell(p("head") + inner + p("tail")) + cell(p("right")) + "</table:table-row></table:table>"));
+        table("i",
+              "<table:table-row>" + cell(p("Date")) + cell(p("Invoice")) + cell(p("Due") + p("soon")) +
+                  "</table:table-row><table:table-row>" + cell(p("today")) + cell("<text:p/>") +
+                  cell(deepest + p("later")) + "</table:table-row>",
+              3);
+    const std::string beside =
+        table("b", "<table:table-row>" + cell(p("p")) + cell(p("q")) + "</table:table-row>", 2);
+    const auto back =
+        convert(flatOdt("", table("o",
+                                  "<table:table-row>" + cell(p("head") + inner + p("tail")) +
+                                      cell(p("right") + beside) + "</table:table-row><table:table-row>" +
+                                      cell(p("below")) + cell(p("corner")) + "</table:table-row>",
+                                  2)));
     const auto tables = back.document.tables();
     ASSERT_EQ(tables.size(), 1u);
-    ASSERT_EQ(tables[0]->rows.size(), 1u);
-    ASSERT_FALSE(tables[0]->rows[0].cells.empty());
-    Strings lines;
-    for (const richtext::Block &block : tables[0]->rows[0].cells[0].blocks)
-        if (const richtext::Paragraph *paragraph = block.paragraph())
-            lines.push_back(paragraph->text());
-    EXPECT_EQ(lines, (Strings{"head", "Date\tInvoice\tDue", "soon", "today\t\tlater", "tail"}));
+    EXPECT_EQ(tables[0]->columnWidths.size(), 5u);
+    std::vector<Strings> rows;
+    for (const richtext::Row &row : tables[0]->rows) {
+        rows.emplace_back();
+        for (const richtext::Cell &cell : row.cells) {
+            if (cell.covered)
+                continue;
+            std::string text;
+            for (const richtext::Block &block : cell.blocks)
+                if (const richtext::Paragraph *paragraph = block.paragraph())
+                    text += (text.empty() ? "" : "|") + paragraph->text();
+            rows.back().push_back(text + " " + std::to_string(cell.columnSpan) + "x" +
+                                  std::to_string(cell.rowSpan));
+        }
+    }
+    EXPECT_EQ(rows, (std::vector<Strings>{{"head 4x1", "right|p\tq 1x5"},
+                                          {"Date 1x1", "Invoice 1x1", "Due|soon 2x1"},
+                                          {"today 1x2", " 1x2", "x 1x1", "y 1x1"},
+                                          {"later 2x1"},
+                                          {"tail 4x1"},
+                                          {"below 4x1", "corner 1x1"}}));
 }
 
 // The room between a header and the text is a blank line at the header's end (a hard space in a

@@ -1,4 +1,6 @@
-// Tables: WordPerfect's own table codes for the outer table, paragraphs for nested ones.
+// Tables: WordPerfect's own table codes. Its tables do not nest: a table inside a cell joins the
+// outer table's grid (the cell's columns split at its column edges, its row at its rows), and one
+// deeper still, or a second in one row, becomes paragraphs of its cell.
 
 #include "WordPerfectWriter.h"
 
@@ -7,6 +9,7 @@
 #include <algorithm>
 #include <charconv>
 #include <cmath>
+#include <numeric>
 
 namespace richtext::wordperfect {
 
@@ -59,22 +62,92 @@ std::vector<int> WordPerfectWriter::columnWidths(const RVNGPropertyList &propLis
     return widths;
 }
 
+// Where the table stands: WordPerfect aligns it with either margin, centres it, or sets it a given
+// distance from the paper's edge, which is how a table indented (or pulled out) from the margin goes.
+void WordPerfectWriter::placeTable(OpenTable &table, const RVNGPropertyList &propList) const
+{
+    const std::string align = textOf(propList, "table:align");
+    if (align == "center") {
+        table.position = 2;
+    } else if (align == "right") {
+        table.position = 1;
+    } else if (align.empty() || align == "left") {
+        const int margin = wpu(inchesOf(propList, "fo:margin-left").value_or(0));
+        if (margin != 0 && page.left + margin >= 0) {
+            table.position = 4;
+            table.leftOffset = page.left + margin;
+        }
+    }
+}
+
+// A table inside a cell can join the outer grid: one per row, in a cell of one row.
+bool WordPerfectWriter::nestsInGrid() const
+{
+    if (tables.empty() || tables.back().degraded || tables.back().cells.empty())
+        return false;
+    const OpenTable &outer = tables.back();
+    const RecordedCell &cell = outer.cells.back();
+    if (cell.shape.coveredFromAbove || cell.shape.rowSpan != 1 || cell.inner >= 0)
+        return false;
+    return std::none_of(outer.cells.begin(), outer.cells.end(),
+                        [&](const RecordedCell &other) { return other.row == cell.row && other.inner >= 0; });
+}
+
+void WordPerfectWriter::startPart(TablePart &part)
+{
+    Stream &stream = streams.back();
+    part.begin = part.end = stream.bytes.size();
+    part.before = part.after = stream.written;
+    part.spacingBefore = part.spacingAfter = stream.spacingInForce;
+    part.open = true;
+    part.contentAround = stream.content;
+    stream.content = false;
+}
+
+void WordPerfectWriter::finishPart(TablePart &part)
+{
+    Stream &stream = streams.back();
+    part.end = std::max(part.begin, stream.bytes.size());
+    part.after = stream.written;
+    part.spacingAfter = stream.spacingInForce;
+    if (part.open) {
+        part.open = false;
+        part.content = stream.content;
+        stream.content = stream.content || part.contentAround;
+    }
+}
+
 void WordPerfectWriter::openTable(const RVNGPropertyList &propList)
 {
     if (hidden)
         return;
     writePendingLabel(); // a list item that opens with a table
     OpenTable table;
+    if (nestsInGrid()) {
+        // The cell's text so far is a part of its own; the inner table's cells follow as cells,
+        // whose margins stand between that text and the table.
+        streams.back().spacingBelow = 0;
+        endContainer();
+        resetParagraphFormat();
+        finishPart(tables.back().cells.back().text);
+        table.widths = columnWidths(propList);
+        table.marginLeft = wpu(inchesOf(propList, "fo:margin-left").value_or(0));
+        table.nested = true;
+        tables.push_back(table);
+        return;
+    }
     if (!tables.empty()) {
-        // WordPerfect tables do not nest: an inner table's cells become paragraphs of the outer cell.
+        // Deeper still: the inner table's cells become paragraphs of the outer cell.
         table.degraded = true;
         lose(loss::nestedTables);
         tables.push_back(table);
         return;
     }
     table.widths = columnWidths(propList);
+    placeTable(table, propList);
     // A table in a centred box (a cover's title block) stays centred where the box becomes text.
-    table.centred = boxDepth > 0 && !boxPlacements.empty() && boxPlacements.back().centred;
+    if (boxDepth > 0 && !boxPlacements.empty() && boxPlacements.back().centred)
+        table.position = 2;
     tables.push_back(table);
     Stream &outer = streams.back();
     settleSpacing(0);
@@ -118,20 +191,27 @@ void WordPerfectWriter::openTableRow(const RVNGPropertyList &propList)
 void WordPerfectWriter::beginCell(const CellShape &shape)
 {
     OpenTable &table = tables.back();
-    CellShape cell = shape;
-    cell.rowHeight = table.rowHeight;
-    cell.rowAtLeast = table.rowAtLeast;
-    cell.headerRow = table.headerRow;
-    writeCell(cell, table.firstInRow);
+    RecordedCell cell;
+    cell.shape = shape;
+    cell.shape.rowHeight = table.rowHeight;
+    cell.shape.rowAtLeast = table.rowAtLeast;
+    cell.shape.headerRow = table.headerRow;
+    cell.row = table.row;
     table.firstInRow = false;
     streams.back().paragraph = ParagraphFormat();
     streams.back().pendingReturns = 0;
+    startPart(cell.text);
+    table.cells.push_back(cell);
 }
 
 void WordPerfectWriter::endCell()
 {
     endContainer();
     resetParagraphFormat();
+    if (tables.empty() || tables.back().cells.empty())
+        return;
+    RecordedCell &cell = tables.back().cells.back();
+    finishPart(cell.inner >= 0 ? cell.after : cell.text);
 }
 
 void WordPerfectWriter::openTableCell(const RVNGPropertyList &propList)
@@ -197,28 +277,343 @@ void WordPerfectWriter::closeTable()
 {
     if (hidden || tables.empty())
         return;
-    const OpenTable table = tables.back();
+    if (!tables.back().degraded)
+        endCell();
+    OpenTable table = std::move(tables.back());
     tables.pop_back();
     if (table.degraded) {
         streams.back().joinCell = streams.back().joinedLine = false;
         streams.back().pendingBlanks.clear();
         return;
     }
-    endCell();
-    const CharacterFormat written = streams.back().written;
-    const int spacing = streams.back().spacingInForce;
+    if (table.nested) {
+        // The rest of the outer cell's text is a part of its own.
+        OpenTable &outer = tables.back();
+        RecordedCell &cell = outer.cells.back();
+        if (table.widths.empty())
+            table.widths.assign(std::max(1, table.column), 1200);
+        cell.inner = static_cast<int>(outer.inner.size());
+        outer.inner.push_back(std::move(table));
+        streams.back().paragraph = ParagraphFormat();
+        streams.back().pendingReturns = 0;
+        startPart(cell.after);
+        return;
+    }
     const std::string body = popStream(false); // the table's cells are part of the text
-    streams.back().spacingInForce = spacing;
-    std::vector<int> widths = table.widths;
-    if (widths.empty())
-        widths.assign(std::max(1, table.column), 1200);
-    centredTable = table.centred;
-    writeTableStart(widths);
-    centredTable = false;
-    out() += body;
-    writeTableEnd();
-    streams.back().written = written;
+    if (table.widths.empty())
+        table.widths.assign(std::max(1, table.column), 1200);
+    writeTable(table, body);
     streams.back().pendingReturns = 0;
+}
+
+namespace {
+
+// The index of the edge nearest x.
+int nearestEdge(const std::vector<int> &edges, int x)
+{
+    const auto at = std::lower_bound(edges.begin(), edges.end(), x);
+    if (at == edges.end())
+        return static_cast<int>(edges.size()) - 1;
+    if (at != edges.begin() && x - *(at - 1) < *at - x)
+        return static_cast<int>(at - edges.begin()) - 1;
+    return static_cast<int>(at - edges.begin());
+}
+
+} // namespace
+
+// The cell's text with what it took for granted set first: the font, colour and paragraph spacing
+// its neighbour in the stream left, which the neighbour written before it need not have.
+void WordPerfectWriter::writePart(const TablePart &part, const std::string &body, CharacterFormat &format,
+                                  int &spacing)
+{
+    if (!part.before.font.empty() && (part.before.font != format.font || part.before.size != format.size))
+        writeFont(part.before);
+    if (part.before.colour != format.colour)
+        writeColour(part.before.colour);
+    if (writesParagraphSpacing() && part.spacingBefore != spacing)
+        writeParagraphSpacing(part.spacingBefore);
+    out().append(body, part.begin, part.end - part.begin);
+    format = part.after;
+    spacing = part.spacingAfter;
+}
+
+// The table's cells on one grid: a table inside a cell (itself so laid out first) splits the cell's
+// columns at its column edges and the cell's row at its rows; the text before it and after it take
+// rows of their own, and the room either side of it a cell each. WordPerfect sets at most 32
+// columns: a table inside that would need more becomes paragraphs of its cell.
+WordPerfectWriter::TableGrid WordPerfectWriter::gridOf(const OpenTable &table) const
+{
+    std::vector<int> outerEdges{0};
+    for (int width : table.widths)
+        outerEdges.push_back(outerEdges.back() + std::max(1, width));
+    const int columns = static_cast<int>(table.widths.size());
+    auto outerEdge = [&](int column) { return outerEdges[std::clamp(column, 0, columns)]; };
+    std::vector<int> merged = outerEdges;
+    std::vector<TableGrid> inner(table.inner.size());
+    std::vector<bool> joins(table.inner.size(), false);
+    for (const RecordedCell &cell : table.cells) {
+        if (cell.inner < 0)
+            continue;
+        const auto at = static_cast<std::size_t>(cell.inner);
+        inner[at] = gridOf(table.inner[at]);
+        const int left = outerEdge(cell.shape.column);
+        const int right = outerEdge(cell.shape.column + cell.shape.columnSpan);
+        // Wider than its cell (as columns that share out the page come out): narrowed to fit.
+        const int room = right - left - std::max(0, table.inner[at].marginLeft);
+        const double wide = std::accumulate(inner[at].widths.begin(), inner[at].widths.end(), 0.0);
+        if (room > 0 && wide > room) {
+            for (int &width : inner[at].widths)
+                width = std::max(1, static_cast<int>(std::lround(width * room / wide)));
+        }
+        std::vector<int> edges = merged;
+        int x = left + std::max(0, table.inner[at].marginLeft);
+        for (std::size_t i = 0; i <= inner[at].widths.size(); ++i) {
+            const int edge = std::clamp(x, left, right);
+            // An edge closer than this to one there already is that one.
+            if (std::none_of(edges.begin(), edges.end(), [&](int e) { return std::abs(e - edge) <= 30; }))
+                edges.insert(std::upper_bound(edges.begin(), edges.end(), edge), edge);
+            if (i < inner[at].widths.size())
+                x += std::max(1, inner[at].widths[i]);
+        }
+        if (edges.size() > 33)
+            joins[at] = true;
+        else
+            merged = std::move(edges);
+    }
+    const int gridColumns = static_cast<int>(merged.size()) - 1;
+    auto span = [&](int left, int right) {
+        const int from = nearestEdge(merged, left);
+        return std::pair{from, std::max(from + 1, nearestEdge(merged, right))};
+    };
+
+    // Rows: an outer row with a table inside becomes the text before it, its rows, the text after.
+    const int rows = table.row + 1;
+    std::vector<int> rowCount(static_cast<std::size_t>(std::max(0, rows)), 1);
+    // Text before a table inside a cell has a row of its own; after it, only text that shows does.
+    auto hasText = [](const TablePart &part) { return part.end > part.begin; };
+    auto showsText = [](const TablePart &part) { return part.content; };
+    auto merges = [&](const RecordedCell &cell) {
+        return cell.inner >= 0 && !joins[static_cast<std::size_t>(cell.inner)];
+    };
+    for (const RecordedCell &cell : table.cells) {
+        if (merges(cell) && cell.row >= 0 && cell.row < rows)
+            rowCount[static_cast<std::size_t>(cell.row)] =
+                std::max(1, hasText(cell.text) + inner[static_cast<std::size_t>(cell.inner)].rows +
+                                showsText(cell.after));
+    }
+    std::vector<int> firstRow{0};
+    for (int count : rowCount)
+        firstRow.push_back(firstRow.back() + count);
+    auto rowStart = [&](int row) { return firstRow[static_cast<std::size_t>(std::clamp(row, 0, rows))]; };
+
+    TableGrid grid;
+    grid.rows = firstRow.back();
+    grid.joined = std::find(joins.begin(), joins.end(), true) != joins.end() ||
+                  std::any_of(inner.begin(), inner.end(), [](const TableGrid &held) { return held.joined; });
+    for (int c = 0; c < gridColumns; ++c)
+        grid.widths.push_back(merged[static_cast<std::size_t>(c) + 1] - merged[static_cast<std::size_t>(c)]);
+    std::vector<GridCell> &cells = grid.cells;
+    auto coverBelow = [&](int fromRow, int toRow, int fromColumn, int toColumn) {
+        GridCell covered;
+        covered.shape.coveredFromAbove = true;
+        for (int r = fromRow; r < toRow; ++r) {
+            for (int c = fromColumn; c < toColumn; ++c) {
+                covered.row = r;
+                covered.column = c;
+                cells.push_back(covered);
+            }
+        }
+    };
+    for (const RecordedCell &cell : table.cells) {
+        const auto [from, to] =
+            span(outerEdge(cell.shape.column), outerEdge(cell.shape.column + cell.shape.columnSpan));
+        GridCell outer;
+        outer.row = rowStart(cell.row);
+        outer.column = from;
+        outer.columnSpan = to - from;
+        outer.shape = cell.shape;
+        if (rowCount[static_cast<std::size_t>(std::clamp(cell.row, 0, rows - 1))] > 1)
+            outer.shape.rowHeight = 0; // a row a table inside splits has the room its rows need
+        outer.texts = {&cell.text};
+        if (cell.shape.coveredFromAbove) {
+            outer.shape.rowHeight = cell.shape.rowHeight;
+            coverBelow(outer.row, rowStart(cell.row + 1), from, to); // a covered cell per column
+            continue;
+        }
+        if (!merges(cell)) {
+            if (cell.inner >= 0) {
+                for (const GridCell &innerCell : inner[static_cast<std::size_t>(cell.inner)].cells)
+                    outer.texts.insert(outer.texts.end(), innerCell.texts.begin(), innerCell.texts.end());
+                outer.texts.push_back(&cell.after);
+            }
+            outer.rowSpan = rowStart(cell.row + cell.shape.rowSpan) - outer.row;
+            cells.push_back(outer);
+            // Beside a table inside another cell of its row, it reaches down past that table's rows.
+            coverBelow(outer.row + 1, rowStart(cell.row + 1), from, to);
+            continue;
+        }
+        // The cell that holds a table: its text, the table with room either side, its text after.
+        const TableGrid &held = inner[static_cast<std::size_t>(cell.inner)];
+        int row = outer.row;
+        if (hasText(cell.text)) {
+            GridCell before = outer;
+            before.shape.borders = cell.shape.borders & ~8;
+            cells.push_back(before);
+            ++row;
+        }
+        const int left = outerEdge(cell.shape.column) +
+                         std::max(0, table.inner[static_cast<std::size_t>(cell.inner)].marginLeft);
+        std::vector<int> innerEdges{left};
+        for (int width : held.widths)
+            innerEdges.push_back(innerEdges.back() + width);
+        const int innerColumns = static_cast<int>(held.widths.size());
+        auto innerEdge = [&](int column) { return innerEdges[std::clamp(column, 0, innerColumns)]; };
+        const auto [innerFrom, innerTo] = span(innerEdge(0), innerEdge(innerColumns));
+        auto room = [&](int fromColumn, int toColumn, int borders) {
+            if (toColumn <= fromColumn)
+                return;
+            GridCell filler = outer;
+            filler.row = row;
+            filler.column = fromColumn;
+            filler.columnSpan = toColumn - fromColumn;
+            filler.rowSpan = held.rows;
+            filler.shape.borders = cell.shape.borders & borders;
+            filler.texts.clear();
+            cells.push_back(filler);
+            coverBelow(row + 1, row + held.rows, fromColumn, toColumn);
+        };
+        room(from, std::min(innerFrom, to), 1);
+        room(std::max(innerTo, from), to, 2);
+        for (const GridCell &innerCell : held.cells) {
+            const auto [cellFrom, cellTo] =
+                span(innerEdge(innerCell.column), innerEdge(innerCell.column + innerCell.columnSpan));
+            GridCell part = innerCell;
+            part.row = row + std::clamp(innerCell.row, 0, held.rows - 1);
+            part.column = std::clamp(cellFrom, from, to - 1);
+            part.shape.rowHeight = 0;
+            if (innerCell.shape.coveredFromAbove) {
+                for (int c = part.column; c < std::min(cellTo, to); ++c) {
+                    part.column = c;
+                    cells.push_back(part);
+                }
+                continue;
+            }
+            part.columnSpan = std::max(1, std::min(cellTo, to) - part.column);
+            part.rowSpan = std::clamp(innerCell.rowSpan, 1, row + held.rows - part.row);
+            cells.push_back(part);
+        }
+        row += held.rows;
+        if (showsText(cell.after)) {
+            GridCell after = outer;
+            after.row = row;
+            after.shape.borders = cell.shape.borders & ~4;
+            after.texts = {&cell.after};
+            cells.push_back(after);
+        }
+    }
+    std::stable_sort(cells.begin(), cells.end(), [](const GridCell &a, const GridCell &b) {
+        return a.row != b.row ? a.row < b.row : a.column < b.column;
+    });
+    return grid;
+}
+
+void WordPerfectWriter::writeTable(const OpenTable &table, const std::string &body)
+{
+    TableGrid grid = gridOf(table);
+    if (grid.joined)
+        lose(loss::nestedTables);
+    std::vector<GridCell> &cells = grid.cells;
+    const int gridRows = grid.rows;
+    const int gridColumns = static_cast<int>(grid.widths.size());
+
+    // Between a table inside a cell and the room around it, a line shows when either cell has it;
+    // libwpd takes the upper or left cell's word for it, so both get it.
+    std::vector<std::vector<int>> owner(static_cast<std::size_t>(gridRows),
+                                        std::vector<int>(static_cast<std::size_t>(gridColumns), -1));
+    for (std::size_t i = 0; i < cells.size(); ++i) {
+        const GridCell &cell = cells[i];
+        if (cell.shape.coveredFromAbove)
+            continue;
+        for (int r = cell.row; r < std::min(gridRows, cell.row + cell.rowSpan); ++r) {
+            for (int c = cell.column; c < std::min(gridColumns, cell.column + cell.columnSpan); ++c)
+                owner[static_cast<std::size_t>(r)][static_cast<std::size_t>(c)] = static_cast<int>(i);
+        }
+    }
+    std::vector<int> wanted;
+    for (const GridCell &cell : cells)
+        wanted.push_back(cell.shape.borders);
+    auto share = [&](std::size_t at, int r, int c, int side, int opposite) {
+        if (r >= gridRows || c >= gridColumns)
+            return;
+        const int other = owner[static_cast<std::size_t>(r)][static_cast<std::size_t>(c)];
+        if (other < 0 || static_cast<std::size_t>(other) == at)
+            return;
+        // The upper or left cell's line on leaves each piece of the edge to the cell beyond.
+        if ((wanted[at] & side) || (wanted[static_cast<std::size_t>(other)] & opposite))
+            cells[at].shape.borders |= side;
+        if (wanted[at] & side)
+            cells[static_cast<std::size_t>(other)].shape.borders |= opposite;
+    };
+    for (std::size_t at = 0; at < cells.size() && !table.inner.empty(); ++at) {
+        const GridCell &cell = cells[at];
+        if (cell.shape.coveredFromAbove)
+            continue;
+        for (int r = cell.row; r < cell.row + cell.rowSpan; ++r)
+            share(at, r, cell.column + cell.columnSpan, 2, 1);
+        for (int c = cell.column; c < cell.column + cell.columnSpan; ++c)
+            share(at, cell.row + cell.rowSpan, c, 8, 4);
+    }
+
+    // Written row by row, left to right; a covered column takes a cell of its own.
+    writeTableStart(grid.widths, table.position, table.leftOffset);
+    CharacterFormat format = streams.back().written;
+    int spacing = streams.back().spacingInForce;
+    auto writeTexts = [&](const GridCell &cell) {
+        bool first = true;
+        for (const TablePart *text : cell.texts) {
+            if (!text || (!first && text->end == text->begin))
+                continue;
+            if (!first)
+                writeHardReturn();
+            writePart(*text, body, format, spacing);
+            first = false;
+        }
+    };
+    auto cellAt = cells.begin();
+    for (int row = 0; row < gridRows; ++row) {
+        int column = 0;
+        bool firstInRow = true;
+        auto write = [&](const GridCell &cell) {
+            CellShape shape = cell.shape;
+            shape.column = cell.column;
+            shape.columnSpan = cell.columnSpan;
+            shape.rowSpan = cell.rowSpan;
+            writeCell(shape, firstInRow);
+            firstInRow = false;
+            column = cell.column + (shape.coveredFromAbove ? 1 : cell.columnSpan);
+        };
+        for (; cellAt != cells.end() && cellAt->row == row; ++cellAt) {
+            if (cellAt->column < column) {
+                // Two edges too close to tell apart put two cells in one place: the text joins the first.
+                if (!cellAt->texts.empty() && cellAt->texts.front()->end > cellAt->texts.front()->begin) {
+                    writeHardReturn();
+                    writeTexts(*cellAt);
+                }
+                continue;
+            }
+            while (column < cellAt->column) {
+                GridCell room; // a column the row's cells leave empty
+                room.row = row;
+                room.column = column;
+                write(room);
+            }
+            write(*cellAt);
+            writeTexts(*cellAt);
+        }
+    }
+    writeTableEnd();
+    streams.back().written = format;
+    streams.back().spacingInForce = spacing;
 }
 
 } // namespace richtext::wordperfect

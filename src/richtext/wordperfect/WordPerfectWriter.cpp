@@ -461,8 +461,14 @@ void WordPerfectWriter::closeParagraph()
         return;
     writePendingLabel();
     endLine();
-    closeAttributes();
     Stream &stream = streams.back();
+    if (!tables.empty() && !stream.paragraphContent && stream.wanted.size && stream.wanted.size != 600) {
+        // Readers size an empty line by the default font: in a cell, where rows add up, a hard
+        // space keeps it as tall as the paragraph's own font.
+        stream.wanted.attributes = 0;
+        text(U"\u00A0");
+    }
+    closeAttributes();
     stream.pendingStart.reset();
     ++stream.pendingReturns;
     if (stream.boxes.empty())

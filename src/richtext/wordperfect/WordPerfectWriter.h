@@ -220,7 +220,8 @@ protected:
     virtual bool writesColumns() const { return false; }
     virtual void writeColumns(int, int) {} // count, gap in WPU
     virtual void writeColumnBreak() {}
-    virtual void writeTableStart(const std::vector<int> &widths) = 0;
+    // `position`: 0 at the left margin, 1 at the right, 2 centred, 4 `leftOffset` WPU from the paper's edge.
+    virtual void writeTableStart(const std::vector<int> &widths, int position, int leftOffset) = 0;
     virtual void writeCell(const CellShape &cell, bool firstInRow) = 0;
     virtual void writeTableEnd() = 0;
     // `mark` is the note's own citation when it is one character that is not a number ("*").
@@ -236,8 +237,6 @@ protected:
     // boxPlacement() says.
     virtual bool writesTextBoxes() const { return false; }
     const BoxPlacement &boxPlacement() const { return placement; }
-    // The table being written is centred between the margins (or in its box).
-    bool tableCentred() const { return centredTable; }
     virtual void writeTextBox(const std::string &, int, int) {}
     virtual std::string assemble(const std::string &document) = 0;
     // The version has no code libwpd reads for something the document holds.
@@ -278,8 +277,31 @@ private:
         bool paragraphContent = false; // the same, in the open paragraph
         int lineHeights = 0;           // WPU, about: a line per paragraph at its font's size
     };
+    // A stretch of one cell's text in the table's stream, with what was in force at either end:
+    // the cells go out at the table's end, not always in the order they came.
+    struct TablePart {
+        std::size_t begin = 0, end = 0;
+        CharacterFormat before, after;
+        int spacingBefore = 0, spacingAfter = 0;
+        bool content = false; // any text, picture, note or field
+        bool open = false;
+        bool contentAround = false; // the stream's, before it began
+    };
+    struct RecordedCell {
+        CellShape shape;
+        int row = 0;
+        TablePart text; // before the table it holds, when it holds one
+        int inner = -1; // the table it holds, an index into the outer table's `inner`
+        TablePart after;
+    };
     struct OpenTable {
         std::vector<int> widths; // WPU per column
+        int position = 0;        // as writeTableStart takes it
+        int leftOffset = 0;
+        int marginLeft = 0; // WPU, of a table inside a cell: from the cell's edge
+        std::vector<RecordedCell> cells;
+        std::vector<OpenTable> inner; // tables inside its cells, merged into its grid at the end
+        bool nested = false;          // such a table, while open
         int row = -1;
         int column = 0;
         int horizontalCover = 0;
@@ -288,9 +310,27 @@ private:
         bool rowAtLeast = true;
         bool headerRow = false;
         bool degraded = false; // nested: a paragraph per row, its cells apart by tabs
-        bool centred = false;  // in a centred box
     };
 
+    void placeTable(OpenTable &table, const librevenge::RVNGPropertyList &propList) const;
+    bool nestsInGrid() const;
+    void startPart(TablePart &part);
+    void finishPart(TablePart &part);
+    void writePart(const TablePart &part, const std::string &body, CharacterFormat &format, int &spacing);
+    // A cell as written: where it stands on the table's grid, and its text (none for room).
+    struct GridCell {
+        int row = 0, column = 0, rowSpan = 1, columnSpan = 1;
+        CellShape shape;
+        std::vector<const TablePart *> texts;
+    };
+    struct TableGrid {
+        std::vector<int> widths; // WPU per column
+        int rows = 0;
+        std::vector<GridCell> cells; // row by row, left to right
+        bool joined = false;         // a table inside had to become paragraphs of its cell
+    };
+    TableGrid gridOf(const OpenTable &table) const;
+    void writeTable(const OpenTable &table, const std::string &body);
     void startParagraph(const librevenge::RVNGPropertyList &propList, const std::string &label,
                         bool listItem = false);
     void flushReturns();
@@ -354,7 +394,6 @@ private:
     std::vector<BoxPlacement> boxPlacements;                        // the same, where it stands
     BoxPlacement framePlacement;                                    // of the open frame
     BoxPlacement placement;                                         // of the box being written
-    bool centredTable = false;
     // Between two paragraphs only the larger of their spaces counts, not both (Word's documents).
     bool largerSpacingOnly = false;
     richtext::Losses lost;

@@ -353,19 +353,18 @@ void Wp5Writer::writeImage(const Raster &raster, int widthWpu, int heightWpu)
     function(0xDA, 0x00, data);
 }
 
-void Wp5Writer::writeTableStart(const std::vector<int> &widths)
+void Wp5Writer::writeTableStart(const std::vector<int> &widths, int position, int leftOffset)
 {
     const std::size_t columns = std::min<std::size_t>(widths.size(), 32);
-    std::string data(24, '\0'); // the previous definition: none
-    // Flags: the table's position, at the left margin or centred.
-    put8(data, tableCentred() ? 2 : 0);
+    std::string data(24, '\0');                         // the previous definition: none
+    put8(data, static_cast<unsigned>(position & 0x07)); // flags: the table's position
     put8(data, 0);
     put16(data, static_cast<unsigned>(columns));
     data.append(4, '\0');
     put16(data, 0x53); // gutters: 0.07 in, as WordPerfect sets them
     put16(data, 0x53);
     data.append(10, '\0');
-    put16(data, 0); // left offset
+    put16(data, static_cast<unsigned>(std::clamp(leftOffset, 0, 0xFFFF)));
     for (std::size_t i = 0; i < columns; ++i)
         put16(data, static_cast<unsigned>(std::max(1, widths[i])));
     for (std::size_t i = 0; i < columns; ++i)

@@ -24,7 +24,7 @@ protected:
     void writeTabSet(const std::vector<TabStop> &tabs);
     void writePageSetup() override;
     void writeSideMargins() override;
-    void writeTableStart(const std::vector<int> &widths) override;
+    void writeTableStart(const std::vector<int> &widths, int position, int leftOffset) override;
     void writeCell(const CellShape &cell, bool firstInRow) override;
     void writeTableEnd() override;
     void writeNote(bool endnote, int number, const std::string &body, char mark) override;

@@ -432,13 +432,12 @@ void Wp6Writer::writeBox(int contentType, int pid, int widthWpu, int heightWpu)
     function(0xDF, anchoring, data, pid);
 }
 
-void Wp6Writer::writeTableStart(const std::vector<int> &widths)
+void Wp6Writer::writeTableStart(const std::vector<int> &widths, int position, int leftOffset)
 {
     std::string data;
     put8(data, 0); // flags
-    // Position: at the left margin, or centred.
-    put8(data, tableCentred() ? 2 : 0);
-    put16(data, 0); // left offset
+    put8(data, static_cast<unsigned>(position));
+    put16(data, static_cast<unsigned>(std::clamp(leftOffset, 0, 0xFFFF)));
     function(0xD4, 0x2A, data);
     for (int width : widths) {
         data.clear();

@@ -28,7 +28,7 @@ protected:
     bool writesColumns() const override { return true; }
     void writeColumns(int count, int gap) override;
     void writeColumnBreak() override;
-    void writeTableStart(const std::vector<int> &widths) override;
+    void writeTableStart(const std::vector<int> &widths, int position, int leftOffset) override;
     void writeCell(const CellShape &cell, bool firstInRow) override;
     void writeTableEnd() override;
     void writeNote(bool endnote, int number, const std::string &body, char mark) override;
