@@ -656,6 +656,26 @@ TEST_P(OdtToWordPerfect, KeepsTheRoomBelowAHeader)
     }
 }
 
+// A box centred across a footer that is as wide as its text (Word's page number frame) becomes the
+// footer's text, centred as the box stood: libwpd reads no box in a footer.
+TEST_P(OdtToWordPerfect, CentresTheTextOfACentredBoxAsWideAsItsText)
+{
+    const auto back = convert(flatOdt(
+        style("fr", "graphic", R"(style:horizontal-pos="center" style:horizontal-rel="page-content")"),
+        p("body"),
+        R"(<style:master-page style:name="Standard"><style:footer><text:p><draw:frame draw:style-name="fr"
+        text:anchor-type="paragraph"><draw:text-box fo:min-width="0.02in"><text:p>page</text:p></draw:text-box
+        ></draw:frame></text:p></style:footer></style:master-page>)"));
+    std::string alignment = "none";
+    for (const richtext::PageSpan &span : back.document.pageSpans)
+        for (const richtext::HeaderFooter &part : span.headersAndFooters)
+            for (const richtext::Block &block : part.blocks)
+                if (const richtext::Paragraph *paragraph = block.paragraph();
+                    paragraph && paragraph->text() == "page")
+                    alignment = property(paragraph->properties, "fo:text-align");
+    EXPECT_EQ(alignment, "center");
+}
+
 // The one text box of the main text.
 const richtext::Inline *onlyTextBox(const richtext::Document &document)
 {

@@ -409,6 +409,8 @@ void WordPerfectWriter::startParagraph(const RVNGPropertyList &propList, const s
         stream.spacingListItem = listItem;
     }
     ParagraphFormat format = paragraphFormatOf(propList);
+    if (stream.centreLines && format.justification < 2)
+        format.justification = 2;
     if (format.firstLine < 0) {
         // A hanging line's first tab goes to the paragraph's indent, which word processors treat as
         // a stop; WordPerfect needs it in the tab set (its own stops are every half inch from the
@@ -920,6 +922,7 @@ void WordPerfectWriter::openTextBox(const RVNGPropertyList &)
     boxSizes.push_back(frameSize);
     boxPlacements.push_back(framePlacement);
     pushStream(false);
+    streams.back().centreLines = framePlacement.centred && !frameSize;
 }
 
 void WordPerfectWriter::closeTextBox()

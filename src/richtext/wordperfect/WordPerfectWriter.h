@@ -273,6 +273,7 @@ private:
         bool spacingListItem = false;
         int spacingInForce = 0;
         bool joinCell = false;         // the next paragraph opens a flattened table's next cell in the row
+        bool centreLines = false;      // a centred box as wide as its text: its lines stand centred
         bool joinedLine = false;       // on such a row's line: an empty cell's tab still counts
         bool content = false;          // any text, picture, note or field written
         bool paragraphContent = false; // the same, in the open paragraph
