@@ -606,8 +606,12 @@ TEST_P(OdtToWordPerfect, SetsANestedTablesRowsAsLinesOfTheOuterCell)
 // spacing the room is what the header's least height leaves.
 TEST_P(OdtToWordPerfect, KeepsTheRoomBelowAHeader)
 {
+    std::string longLine;
+    for (int i = 0; i < 9; ++i)
+        longLine += "A long header line that wraps across the page. ";
+    longLine.pop_back();
     const struct {
-        const char *header;
+        std::string header;
         const char *room; // header-footer-properties
         Strings texts;
         const char *part = "header"; // a footer's room stands above it
@@ -622,6 +626,10 @@ TEST_P(OdtToWordPerfect, KeepsTheRoomBelowAHeader)
         {"<text:p>first head</text:p><text:p>last head</text:p>",
          "fo:min-height=\"0.2in\" fo:margin-bottom=\"0.1in\" style:dynamic-spacing=\"true\"",
          {"first head", "last head"}},
+        // A long paragraph wraps into lines that fill the least height themselves.
+        {"<text:p>" + longLine + "</text:p>",
+         "fo:min-height=\"0.5in\" fo:margin-bottom=\"0.3in\" style:dynamic-spacing=\"true\"",
+         {longLine}},
         // Word's empty header still holds the text down by its least height.
         {"<text:p/>",
          "fo:min-height=\"0.6in\" fo:margin-bottom=\"0.5in\" style:dynamic-spacing=\"true\"",

@@ -278,6 +278,7 @@ private:
         bool content = false;          // any text, picture, note or field written
         bool paragraphContent = false; // the same, in the open paragraph
         int lineHeights = 0;           // WPU, about: a line per paragraph at its font's size
+        int paragraphCharacters = 0;   // in the open paragraph, for the lines it wraps into
     };
     struct OpenTable {
         std::vector<int> widths; // WPU per column
