@@ -680,8 +680,12 @@ TEST_P(OdtToWordPerfect, MergesATableInsideACellIntoTheOuterGrid)
 // spacing the room is what the header's least height leaves.
 TEST_P(OdtToWordPerfect, KeepsTheRoomBelowAHeader)
 {
+    std::string longLine;
+    for (int i = 0; i < 9; ++i)
+        longLine += "A long header line that wraps across the page. ";
+    longLine.pop_back();
     const struct {
-        const char *header;
+        std::string header;
         const char *room; // header-footer-properties
         Strings texts;
         const char *part = "header"; // a footer's room stands above it
@@ -696,6 +700,10 @@ TEST_P(OdtToWordPerfect, KeepsTheRoomBelowAHeader)
         {"<text:p>first head</text:p><text:p>last head</text:p>",
          "fo:min-height=\"0.2in\" fo:margin-bottom=\"0.1in\" style:dynamic-spacing=\"true\"",
          {"first head", "last head"}},
+        // A long paragraph wraps into lines that fill the least height themselves.
+        {"<text:p>" + longLine + "</text:p>",
+         "fo:min-height=\"0.5in\" fo:margin-bottom=\"0.3in\" style:dynamic-spacing=\"true\"",
+         {longLine}},
         // Word's empty header still holds the text down by its least height.
         {"<text:p/>",
          "fo:min-height=\"0.6in\" fo:margin-bottom=\"0.5in\" style:dynamic-spacing=\"true\"",
@@ -728,6 +736,26 @@ TEST_P(OdtToWordPerfect, KeepsTheRoomBelowAHeader)
                     }
         EXPECT_EQ(texts, c.texts);
     }
+}
+
+// A box centred across a footer that is as wide as its text (Word's page number frame) becomes the
+// footer's text, centred as the box stood: libwpd reads no box in a footer.
+TEST_P(OdtToWordPerfect, CentresTheTextOfACentredBoxAsWideAsItsText)
+{
+    const auto back = convert(flatOdt(
+        style("fr", "graphic", R"(style:horizontal-pos="center" style:horizontal-rel="page-content")"),
+        p("body"),
+        R"(<style:master-page style:name="Standard"><style:footer><text:p><draw:frame draw:style-name="fr"
+        text:anchor-type="paragraph"><draw:text-box fo:min-width="0.02in"><text:p>page</text:p></draw:text-box
+        ></draw:frame></text:p></style:footer></style:master-page>)"));
+    std::string alignment = "none";
+    for (const richtext::PageSpan &span : back.document.pageSpans)
+        for (const richtext::HeaderFooter &part : span.headersAndFooters)
+            for (const richtext::Block &block : part.blocks)
+                if (const richtext::Paragraph *paragraph = block.paragraph();
+                    paragraph && paragraph->text() == "page")
+                    alignment = property(paragraph->properties, "fo:text-align");
+    EXPECT_EQ(alignment, "center");
 }
 
 // The one text box of the main text.

@@ -409,6 +409,8 @@ void WordPerfectWriter::startParagraph(const RVNGPropertyList &propList, const s
         stream.spacingListItem = listItem;
     }
     ParagraphFormat format = paragraphFormatOf(propList);
+    if (stream.centreLines && format.justification < 2)
+        format.justification = 2;
     if (format.firstLine < 0) {
         // A hanging line's first tab goes to the paragraph's indent, which word processors treat as
         // a stop; WordPerfect needs it in the tab set (its own stops are every half inch from the
@@ -429,6 +431,7 @@ void WordPerfectWriter::startParagraph(const RVNGPropertyList &propList, const s
     stream.pendingStart = format;
     stream.paragraphContent = false;
     stream.lineHeights += lineHeightOf(stream.written.size);
+    stream.paragraphCharacters = 0;
     startLine(page.left + format.leftIndent + format.firstLine);
     stream.started = true;
     stream.wanted.attributes = 0;
@@ -471,6 +474,16 @@ void WordPerfectWriter::closeParagraph()
     closeAttributes();
     stream.pendingStart.reset();
     ++stream.pendingReturns;
+    if (stream.subDocument) {
+        // A header's long paragraph wraps: its further lines count towards the header's height,
+        // at half an em a character.
+        const int em = (stream.written.size ? stream.written.size : 600) / 3;
+        const int width = std::max(1200, page.width - page.left - page.right - stream.paragraph.leftIndent -
+                                             stream.paragraph.rightIndent);
+        const int lines = (stream.paragraphCharacters * em / 2 + width - 1) / width;
+        if (lines > 1)
+            stream.lineHeights += (lines - 1) * lineHeightOf(stream.written.size);
+    }
     if (stream.boxes.empty())
         return;
     flushReturns();
@@ -681,6 +694,7 @@ void WordPerfectWriter::text(std::u32string_view text)
             used = 1;
         }
         ++stream.lineCharacters;
+        ++stream.paragraphCharacters;
         i += used;
     }
 }
@@ -926,6 +940,7 @@ void WordPerfectWriter::openTextBox(const RVNGPropertyList &)
     boxSizes.push_back(frameSize);
     boxPlacements.push_back(framePlacement);
     pushStream(false);
+    streams.back().centreLines = framePlacement.centred && !frameSize;
 }
 
 void WordPerfectWriter::closeTextBox()

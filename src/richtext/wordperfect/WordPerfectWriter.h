@@ -272,10 +272,12 @@ private:
         bool spacingListItem = false;
         int spacingInForce = 0;
         bool joinCell = false;         // the next paragraph opens a flattened table's next cell in the row
+        bool centreLines = false;      // a centred box as wide as its text: its lines stand centred
         bool joinedLine = false;       // on such a row's line: an empty cell's tab still counts
         bool content = false;          // any text, picture, note or field written
         bool paragraphContent = false; // the same, in the open paragraph
         int lineHeights = 0;           // WPU, about: a line per paragraph at its font's size
+        int paragraphCharacters = 0;   // in the open paragraph, for the lines it wraps into
     };
     // A stretch of one cell's text in the table's stream, with what was in force at either end:
     // the cells go out at the table's end, not always in the order they came.
