@@ -485,23 +485,30 @@ TEST_P(OdtToWordPerfect, PlacesATableWhereItsAlignmentAndMarginSay)
 
 // An empty paragraph in a cell is as tall as its own font, not the reader's default one, so rows
 // of small print stay as short as they were.
-TEST_P(OdtToWordPerfect, KeepsAnEmptyCellParagraphsFontSize)
+TEST_P(OdtToWordPerfect, KeepsAnEmptyParagraphsFontSize)
 {
-    const auto back = convert(flatOdt(
+    const std::string styles =
         R"(<style:style style:name="S" style:family="paragraph"><style:text-properties fo:font-size="8pt"/>
         </style:style><style:style style:name="L" style:family="paragraph">
-        <style:text-properties fo:font-size="14pt"/></style:style>)",
-        R"(<table:table table:name="t"><table:table-column/><table:table-row>)" +
-            cell(p("large", "L") + p("", "S") + p("small", "S")) + "</table:table-row></table:table>"));
-    const auto tables = back.document.tables();
-    ASSERT_EQ(tables.size(), 1u);
-    const richtext::Blocks &blocks = tables[0]->rows.at(0).cells.at(0).blocks;
-    ASSERT_EQ(blocks.size(), 3u);
-    const richtext::Paragraph *empty = blocks[1].paragraph();
-    ASSERT_NE(empty, nullptr);
-    EXPECT_EQ(empty->text().find_first_not_of(" \u00A0"), std::string::npos) << empty->text();
-    ASSERT_FALSE(empty->content.empty());
-    EXPECT_EQ(property(empty->content.front().style, "fo:font-size"), "8.0000pt");
+        <style:text-properties fo:font-size="14pt"/></style:style>)";
+    const std::string lines = p("large", "L") + p("", "S") + p("small", "S");
+    for (const bool inCell : {false, true}) {
+        SCOPED_TRACE(inCell ? "in a cell" : "in the text");
+        const auto back = convert(
+            flatOdt(styles, inCell ? R"(<table:table table:name="t"><table:table-column/><table:table-row>)" +
+                                         cell(lines) + "</table:table-row></table:table>"
+                                   : lines));
+        const auto tables = back.document.tables();
+        ASSERT_EQ(tables.size(), inCell ? 1u : 0u);
+        const richtext::Blocks &blocks =
+            inCell ? tables[0]->rows.at(0).cells.at(0).blocks : back.document.pageSpans.at(0).blocks;
+        ASSERT_EQ(blocks.size(), 3u);
+        const richtext::Paragraph *empty = blocks[1].paragraph();
+        ASSERT_NE(empty, nullptr);
+        EXPECT_EQ(empty->text().find_first_not_of(" \u00A0"), std::string::npos) << empty->text();
+        ASSERT_FALSE(empty->content.empty());
+        EXPECT_EQ(property(empty->content.front().style, "fo:font-size"), "8.0000pt");
+    }
 }
 
 const std::string columnBreak = style("CB", "paragraph", R"(fo:break-before="column")");

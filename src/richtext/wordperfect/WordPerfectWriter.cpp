@@ -465,9 +465,9 @@ void WordPerfectWriter::closeParagraph()
     writePendingLabel();
     endLine();
     Stream &stream = streams.back();
-    if (!tables.empty() && !stream.paragraphContent && stream.wanted.size && stream.wanted.size != 600) {
-        // Readers size an empty line by the default font: in a cell, where rows add up, a hard
-        // space keeps it as tall as the paragraph's own font.
+    if (!stream.paragraphContent && stream.wanted.size && stream.wanted.size != 600) {
+        // Readers size an empty line by their default font: a hard space keeps it as tall as the
+        // paragraph's own font, so a page of small print holds the lines it held.
         stream.wanted.attributes = 0;
         text(U"\u00A0");
     }
