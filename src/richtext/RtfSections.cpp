@@ -6,6 +6,13 @@
 #include <algorithm>
 
 namespace richtext {
+namespace {
+
+// The line above a page's footnotes. Word draws it unasked; LibreOffice only
+// for the sections that name it, and leaves their footnotes bare otherwise.
+constexpr const char *footnoteSeparator = "{\\ftnsep\\chftnsep}";
+
+} // namespace
 
 bool RtfSections::open(const librevenge::RVNGPropertyList &pageSpan)
 {
@@ -118,7 +125,8 @@ std::optional<std::string> RtfSections::start(bool textFollows)
         previousKinds.clear();
         writtenColumns = columnWords;
         writtenBalanced = balanced;
-        return "\\sectd\\sbkpage" + spanWords + blankWords + restart + columnWords + "\n" + headers;
+        return "\\sectd\\sbkpage" + spanWords + blankWords + restart + columnWords + "\n" +
+               footnoteSeparator + "\n" + headers;
     }
     // Readers balance columns only before a section break, so balanced ones get theirs anyway.
     const bool balanceOwed = !writtenColumns.empty() && writtenBalanced;
@@ -129,7 +137,7 @@ std::optional<std::string> RtfSections::start(bool textFollows)
     writtenBalanced = balanced;
     // \sectd resets every section word: the page's are repeated, and the
     // span's headers carry on without being written again.
-    return "\\sect\n\\sectd\\sbknone" + spanWords + columnWords + "\n";
+    return "\\sect\n\\sectd\\sbknone" + spanWords + columnWords + "\n" + footnoteSeparator + "\n";
 }
 
 bool RtfSections::hasHeader() const

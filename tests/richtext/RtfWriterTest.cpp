@@ -490,7 +490,9 @@ TEST(RtfWriter, StartsAPageWithItsColumnsAndEndsThemBalanced)
         const std::size_t text = at(rtf, "\\sectd\\sbkpage\\pgndec\\cols2\\colsx720\n");
         // Readers share text evenly among columns only before a section break.
         if (balanced)
-            EXPECT_TRUE(rtf.ends_with("text\\par\n\\sect\n\\sectd\\sbknone\\pgndec\n\n}\n")) << rtf;
+            EXPECT_TRUE(
+                rtf.ends_with("text\\par\n\\sect\n\\sectd\\sbknone\\pgndec\n{\\ftnsep\\chftnsep}\n\n}\n"))
+                << rtf;
         else
             EXPECT_EQ(rtf.find("\\sect\n", text), std::string::npos) << rtf;
     }
