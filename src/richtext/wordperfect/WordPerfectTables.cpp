@@ -1,6 +1,6 @@
 // Tables: WordPerfect's own table codes. Its tables do not nest: a table inside a cell joins the
-// outer table's grid (the cell's columns split at its column edges, its row at its rows), and one
-// deeper still, or a second in one row, becomes paragraphs of its cell.
+// outer table's grid (the cell's columns split at its column edges, its row at its rows); a second
+// one in a row, or one the grid has no columns left for, becomes paragraphs of its cell.
 
 #include "WordPerfectWriter.h"
 
@@ -133,7 +133,7 @@ void WordPerfectWriter::openTable(const RVNGPropertyList &propList)
         return;
     }
     if (!tables.empty()) {
-        // Deeper still: the inner table's cells become paragraphs of the outer cell.
+        // A second in the row, or in a cell that spans rows: its cells become paragraphs of the cell.
         table.degraded = true;
         lose(loss::nestedTables);
         tables.push_back(table);
