@@ -226,9 +226,16 @@ void WordPerfectWriter::openTableCell(const RVNGPropertyList &propList)
     const std::string all = textOf(propList, "fo:border");
     for (int side = 0; side < 4; ++side) {
         const std::string border = textOf(propList, sides[side]);
-        if (!isNone(border.empty() ? all : border) &&
-            (border.empty() ? all : border).find("none") == std::string::npos)
-            cell.borders |= 1 << side;
+        const std::string &line = border.empty() ? all : border;
+        if (isNone(line) || line.find("none") != std::string::npos)
+            continue;
+        cell.borders |= 1 << side;
+        // WordPerfect gives a cell one colour for all its lines: the first drawn line's.
+        std::uint32_t colour = 0;
+        if (const std::size_t hash = line.find('#');
+            !cell.lineColour && hash != std::string::npos && line.size() >= hash + 7 &&
+            std::from_chars(line.data() + hash + 1, line.data() + hash + 7, colour, 16).ec == std::errc())
+            cell.lineColour = colour;
     }
     const std::string align = textOf(propList, "style:vertical-align");
     cell.verticalAlign = align == "middle" ? 1 : align == "bottom" ? 2 : 0;

@@ -87,9 +87,10 @@ struct CellShape {
     int columnSpan = 1;
     int rowSpan = 1;
     bool coveredFromAbove = false;
-    int borders = 0;                   // bit 0 left, 1 right, 2 top, 3 bottom: lines are drawn
-    std::optional<std::uint32_t> fill; // 0xRRGGBB background
-    int verticalAlign = 0;             // 0 top, 1 middle, 2 bottom
+    int borders = 0;                         // bit 0 left, 1 right, 2 top, 3 bottom: lines are drawn
+    std::optional<std::uint32_t> fill;       // 0xRRGGBB background
+    std::optional<std::uint32_t> lineColour; // 0xRRGGBB, of all its lines
+    int verticalAlign = 0;                   // 0 top, 1 middle, 2 bottom
     // Of the row a row's first cell opens: its height in WPU (0: as its text needs), whether that is
     // the least it takes, and whether it repeats at the top of each page.
     int rowHeight = 0;
