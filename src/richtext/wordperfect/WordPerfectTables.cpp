@@ -80,7 +80,9 @@ void WordPerfectWriter::placeTable(OpenTable &table, const RVNGPropertyList &pro
 // A table inside a cell can join the outer grid: one per row, in a cell of one row.
 bool WordPerfectWriter::nestsInGrid() const
 {
-    if (tables.empty() || tables.back().degraded || tables.back().cells.empty())
+    // Not from a note or box inside the cell: their text is a stream of its own.
+    if (tables.empty() || tables.back().degraded || tables.back().cells.empty() ||
+        tables.back().stream != streams.size())
         return false;
     const OpenTable &outer = tables.back();
     const RecordedCell &cell = outer.cells.back();
@@ -129,6 +131,7 @@ void WordPerfectWriter::openTable(const RVNGPropertyList &propList)
         table.widths = columnWidths(propList);
         table.marginLeft = wpu(inchesOf(propList, "fo:margin-left").value_or(0));
         table.nested = true;
+        table.stream = streams.size();
         tables.push_back(table);
         return;
     }
@@ -151,6 +154,7 @@ void WordPerfectWriter::openTable(const RVNGPropertyList &propList)
     const CharacterFormat written = outer.written;
     const int spacing = outer.spacingInForce;
     pushStream(false);
+    tables.back().stream = streams.size();
     streams.back().written = written;
     streams.back().spacingInForce = spacing; // the cells carry on what the text before left in force
     streams.back().started = true;

@@ -298,6 +298,7 @@ private:
         std::vector<RecordedCell> cells;
         std::vector<OpenTable> inner; // tables inside its cells, merged into its grid at the end
         bool nested = false;          // such a table, while open
+        std::size_t stream = 0;       // the depth of the stream its cells are written in
         int row = -1;
         int column = 0;
         int horizontalCover = 0;
