@@ -474,7 +474,7 @@ WordPerfectWriter::TableGrid WordPerfectWriter::gridOf(const OpenTable &table) c
         auto innerEdge = [&](int column) { return innerEdges[std::clamp(column, 0, innerColumns)]; };
         const auto [innerFrom, innerTo] = span(innerEdge(0), innerEdge(innerColumns));
         auto room = [&](int fromColumn, int toColumn, int borders) {
-            if (toColumn <= fromColumn)
+            if (toColumn <= fromColumn || held.rows <= 0)
                 return;
             GridCell filler = outer;
             filler.row = row;
