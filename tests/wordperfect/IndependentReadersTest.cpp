@@ -81,7 +81,8 @@ const Fixture fixtures[] = {
     {"RowHeights",
      "<style:style style:name=\"R1\" style:family=\"table-row\"><style:table-row-properties"
      " style:min-row-height=\"1in\"/></style:style><style:style style:name=\"M\" style:family=\"table-cell\">"
-     "<style:table-cell-properties style:vertical-align=\"middle\"/></style:style>",
+     "<style:table-cell-properties style:vertical-align=\"middle\" fo:border=\"0.5pt solid #ff0000\"/>"
+     "</style:style>",
      "<table:table table:name=\"t\"><table:table-column "
      "table:number-columns-repeated=\"2\"/><table:table-header-rows>"
      "<table:table-row><table:table-cell><text:p>head "

@@ -87,6 +87,16 @@ const Case cases[] = {
            cell(table(cell("<text:p>b</text:p>", "B") + cell("<text:p>b2</text:p>", "B")), "B")),
      {loss::nestedTables},
      {loss::nestedTables}},
+    {"TableInANoteInACell",
+     lines,
+     table(cell("<text:p>a<text:note text:note-class=\"footnote\"><text:note-citation>1</text:note-citation>"
+                "<text:note-body>" +
+                    table(cell("<text:p>noted</text:p>", "B") + cell("<text:p>two</text:p>", "B")) +
+                    "</text:note-body></text:note></text:p>",
+                "B") +
+           cell("<text:p>b</text:p>", "B")),
+     {loss::nestedTables},
+     {loss::nestedTables}},
     {"TooManyColumnsToJoin", lines, tooManyColumns(), {loss::nestedTables}, {loss::nestedTables}},
     {"TextBoxInAHeader",
      "",

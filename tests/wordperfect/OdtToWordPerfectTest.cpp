@@ -403,10 +403,12 @@ TEST_P(OdtToWordPerfect, KeepsAColourInsideTheTextThatSetItsColour)
     }
 }
 
-TEST_P(OdtToWordPerfect, KeepsCellShadingAndVerticalAlignment)
+TEST_P(OdtToWordPerfect, KeepsCellShadingLineColourAndVerticalAlignment)
 {
     const auto back = convert(flatOdt(
-        style("Y", "table-cell", R"(fo:background-color="#ffff00" style:vertical-align="middle")") +
+        style(
+            "Y", "table-cell",
+            R"(fo:background-color="#ffff00" style:vertical-align="middle" fo:border="0.5pt solid #ff0000")") +
             style("K", "table-cell", R"(fo:background-color="#000000" style:vertical-align="bottom")"),
         R"(<table:table table:name="t"><table:table-column table:number-columns-repeated="3"/><table:table-row>
         <table:table-cell table:style-name="Y"><text:p>yellow</text:p></table:table-cell>
@@ -423,6 +425,8 @@ TEST_P(OdtToWordPerfect, KeepsCellShadingAndVerticalAlignment)
     if (wp6()) {
         EXPECT_EQ(fills, (Strings{"#ffff00", "#000000", "#ffffff"}));
         EXPECT_EQ(aligns, (Strings{"middle", "bottom", "top"}));
+        const std::string line = property(tables[0]->rows[0].cells[0].properties, "fo:border-top");
+        EXPECT_NE(line.find("#ff0000"), std::string::npos) << line;
     } else { // libwpd reads no 5.1 cell shading and sets every cell at the top
         EXPECT_EQ(fills.size(), 3u);
         EXPECT_EQ(aligns, (Strings{"top", "top", "top"}));

@@ -1,6 +1,6 @@
 // Tables: WordPerfect's own table codes. Its tables do not nest: a table inside a cell joins the
-// outer table's grid (the cell's columns split at its column edges, its row at its rows), and one
-// deeper still, or a second in one row, becomes paragraphs of its cell.
+// outer table's grid (the cell's columns split at its column edges, its row at its rows); a second
+// one in a row, or one the grid has no columns left for, becomes paragraphs of its cell.
 
 #include "WordPerfectWriter.h"
 
@@ -83,7 +83,9 @@ void WordPerfectWriter::placeTable(OpenTable &table, const RVNGPropertyList &pro
 // A table inside a cell can join the outer grid: one per row, in a cell of one row.
 bool WordPerfectWriter::nestsInGrid() const
 {
-    if (tables.empty() || tables.back().degraded || tables.back().cells.empty())
+    // Not from a note or box inside the cell: their text is a stream of its own.
+    if (tables.empty() || tables.back().degraded || tables.back().cells.empty() ||
+        tables.back().stream != streams.size())
         return false;
     const OpenTable &outer = tables.back();
     const RecordedCell &cell = outer.cells.back();
@@ -133,11 +135,12 @@ void WordPerfectWriter::openTable(const RVNGPropertyList &propList)
         table.widths = columnWidths(propList);
         table.marginLeft = wpu(inchesOf(propList, "fo:margin-left").value_or(0));
         table.nested = true;
+        table.stream = streams.size();
         tables.push_back(table);
         return;
     }
     if (!tables.empty()) {
-        // Deeper still: the inner table's cells become paragraphs of the outer cell.
+        // A second in the row, or in a cell that spans rows: its cells become paragraphs of the cell.
         table.degraded = true;
         lose(loss::nestedTables);
         tables.push_back(table);
@@ -158,6 +161,7 @@ void WordPerfectWriter::openTable(const RVNGPropertyList &propList)
     const CharacterFormat written = outer.written;
     const int spacing = outer.spacingInForce;
     pushStream(false);
+    tables.back().stream = streams.size();
     streams.back().written = written;
     streams.back().spacingInForce = spacing; // the cells carry on what the text before left in force
     streams.back().started = true;
@@ -233,9 +237,16 @@ void WordPerfectWriter::openTableCell(const RVNGPropertyList &propList)
     const std::string all = textOf(propList, "fo:border");
     for (int side = 0; side < 4; ++side) {
         const std::string border = textOf(propList, sides[side]);
-        if (!isNone(border.empty() ? all : border) &&
-            (border.empty() ? all : border).find("none") == std::string::npos)
-            cell.borders |= 1 << side;
+        const std::string &line = border.empty() ? all : border;
+        if (isNone(line) || line.find("none") != std::string::npos)
+            continue;
+        cell.borders |= 1 << side;
+        // WordPerfect gives a cell one colour for all its lines: the first drawn line's.
+        std::uint32_t colour = 0;
+        if (const std::size_t hash = line.find('#');
+            !cell.lineColour && hash != std::string::npos && line.size() >= hash + 7 &&
+            std::from_chars(line.data() + hash + 1, line.data() + hash + 7, colour, 16).ec == std::errc())
+            cell.lineColour = colour;
     }
     const std::string align = textOf(propList, "style:vertical-align");
     cell.verticalAlign = align == "middle" ? 1 : align == "bottom" ? 2 : 0;
@@ -470,7 +481,7 @@ WordPerfectWriter::TableGrid WordPerfectWriter::gridOf(const OpenTable &table) c
         auto innerEdge = [&](int column) { return innerEdges[std::clamp(column, 0, innerColumns)]; };
         const auto [innerFrom, innerTo] = span(innerEdge(0), innerEdge(innerColumns));
         auto room = [&](int fromColumn, int toColumn, int borders) {
-            if (toColumn <= fromColumn)
+            if (toColumn <= fromColumn || held.rows <= 0)
                 return;
             GridCell filler = outer;
             filler.row = row;

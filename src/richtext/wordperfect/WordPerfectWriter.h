@@ -88,9 +88,10 @@ struct CellShape {
     int columnSpan = 1;
     int rowSpan = 1;
     bool coveredFromAbove = false;
-    int borders = 0;                   // bit 0 left, 1 right, 2 top, 3 bottom: lines are drawn
-    std::optional<std::uint32_t> fill; // 0xRRGGBB background
-    int verticalAlign = 0;             // 0 top, 1 middle, 2 bottom
+    int borders = 0;                         // bit 0 left, 1 right, 2 top, 3 bottom: lines are drawn
+    std::optional<std::uint32_t> fill;       // 0xRRGGBB background
+    std::optional<std::uint32_t> lineColour; // 0xRRGGBB, of all its lines
+    int verticalAlign = 0;                   // 0 top, 1 middle, 2 bottom
     // Of the row a row's first cell opens: its height in WPU (0: as its text needs), whether that is
     // the least it takes, and whether it repeats at the top of each page.
     int rowHeight = 0;
@@ -304,6 +305,7 @@ private:
         std::vector<RecordedCell> cells;
         std::vector<OpenTable> inner; // tables inside its cells, merged into its grid at the end
         bool nested = false;          // such a table, while open
+        std::size_t stream = 0;       // the depth of the stream its cells are written in
         int row = -1;
         int column = 0;
         int horizontalCover = 0;

@@ -496,6 +496,15 @@ void Wp6Writer::writeCell(const CellShape &cell, bool firstInRow)
         put8(data, 100);
         put8(data, 0x86);
     }
+    if (cell.lineColour && *cell.lineColour != 0) {
+        // Line colour: red, green, blue and full shading.
+        put8(data, 0x87);
+        put8(data, *cell.lineColour >> 16);
+        put8(data, *cell.lineColour >> 8);
+        put8(data, *cell.lineColour);
+        put8(data, 100);
+        put8(data, 0x87);
+    }
     if (cell.borders != 0x0F) {
         put8(data, 0x8B);
         put8(data, ~cell.borders & 0x0F); // the bits say which lines are off
