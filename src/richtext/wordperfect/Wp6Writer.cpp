@@ -102,6 +102,15 @@ std::string fontDescriptor(const std::string &name)
     return data + names;
 }
 
+// A cell's colour: red, green, blue and the shading, here always full.
+void putShadedColour(std::string &data, std::uint32_t rgb)
+{
+    put8(data, rgb >> 16);
+    put8(data, rgb >> 8);
+    put8(data, rgb);
+    put8(data, 100);
+}
+
 } // namespace
 
 void Wp6Writer::function(int code, int sub, const std::string &data, int pid)
@@ -486,23 +495,14 @@ void Wp6Writer::writeCell(const CellShape &cell, bool firstInRow)
     if (cell.fill) {
         // Fill colours: the foreground at full shading, so the cell shows it, and a white background.
         put8(data, 0x86);
-        put8(data, *cell.fill >> 16);
-        put8(data, *cell.fill >> 8);
-        put8(data, *cell.fill);
-        put8(data, 100);
-        put8(data, 0xFF);
-        put8(data, 0xFF);
-        put8(data, 0xFF);
-        put8(data, 100);
+        putShadedColour(data, *cell.fill);
+        putShadedColour(data, 0xFFFFFF);
         put8(data, 0x86);
     }
     if (cell.lineColour && *cell.lineColour != 0) {
         // Line colour: red, green, blue and full shading.
         put8(data, 0x87);
-        put8(data, *cell.lineColour >> 16);
-        put8(data, *cell.lineColour >> 8);
-        put8(data, *cell.lineColour);
-        put8(data, 100);
+        putShadedColour(data, *cell.lineColour);
         put8(data, 0x87);
     }
     if (cell.borders != 0x0F) {
