@@ -487,6 +487,25 @@ TEST_P(OdtToWordPerfect, PlacesATableWhereItsAlignmentAndMarginSay)
     }
 }
 
+// A paragraph pulled out of its cell on either side leaves the page's margins as they were: readers
+// take a margin below the page's for the page's own.
+TEST_P(OdtToWordPerfect, KeepsThePageMarginsPastACellsOutdentedParagraph)
+{
+    const auto back = convert(flatOdt(
+        R"(<style:page-layout style:name="pm"><style:page-layout-properties fo:page-width="8.5in"
+        fo:page-height="11in" fo:margin-left="0.75in" fo:margin-right="0.75in"/></style:page-layout>)" +
+            style("OUT", "paragraph", R"(fo:margin-left="-0.5in" fo:margin-right="-0.5in")"),
+        p("before") + R"(<table:table table:name="t"><table:table-column/><table:table-row>)" +
+            cell(p("out in the margin", "OUT")) + "</table:table-row></table:table>" + p("after"),
+        R"(<style:master-page style:name="Standard" style:page-layout-name="pm"/>)"));
+    ASSERT_FALSE(back.document.pageSpans.empty());
+    for (const richtext::PageSpan &span : back.document.pageSpans) {
+        EXPECT_EQ(property(span.properties, "fo:margin-left"), "0.7500in");
+        EXPECT_EQ(property(span.properties, "fo:margin-right"), "0.7500in");
+    }
+    EXPECT_NE(wptest::paragraphWith(back.document, "after"), nullptr);
+}
+
 // An empty paragraph in a cell is as tall as its own font, not the reader's default one, so rows
 // of small print stay as short as they were.
 TEST_P(OdtToWordPerfect, KeepsAnEmptyParagraphsFontSize)

@@ -167,6 +167,8 @@ protected:
     const PageSetup &pageSetup() const { return page; }
     // Writing a note, header or footer body rather than the document's own text.
     bool inSubDocument() const { return streams.back().subDocument; }
+    // Writing a table's cells (or a table flattened into one of them).
+    bool inTable() const { return !tables.empty(); }
     const DocumentSummary &summary() const { return documentSummary; }
     // WordPerfect's own tab stops, every half inch from the paper's edge across the page, measured
     // from the margin.

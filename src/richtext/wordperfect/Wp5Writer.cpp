@@ -217,8 +217,10 @@ void Wp5Writer::writeParagraphFormat(const ParagraphFormat &from, const Paragrap
         function(0xD0, 0x02, data);
     }
     // libwpd loses a header's or note's whole text when it holds a margin code, so indents stay
-    // in the document's own text.
-    if ((from.leftIndent != to.leftIndent || from.rightIndent != to.rightIndent) && !inSubDocument()) {
+    // in the document's own text. Nor do they go in a cell: libwpd lays cells out without margins,
+    // and takes a margin below the page's for the page's own, moving the tables of the whole page.
+    if ((from.leftIndent != to.leftIndent || from.rightIndent != to.rightIndent) && !inSubDocument() &&
+        !inTable()) {
         // 5.1 indents whole paragraphs by moving the margins, which are measured from the page edge.
         const PageSetup &page = pageSetup();
         data.clear();
