@@ -631,6 +631,29 @@ TEST_P(OdtToWordPerfect, KeepsTheSpaceBetweenParagraphs)
     EXPECT_EQ(property(spaced->properties, "fo:margin-bottom"), "0.2000in");
 }
 
+// 5.1's empty line for the space between paragraphs is spaced as the lines around it, so it is as
+// high as the space at any line spacing, to the whole point readers take a font size in.
+TEST_P(OdtToWordPerfect, SizesTheBlankLineForASpaceByTheLineSpacing)
+{
+    if (wp6())
+        GTEST_SKIP() << "WordPerfect 6 has a code for the space after a paragraph";
+    for (const char *spacing : {"100%", "150%", "200%"}) {
+        SCOPED_TRACE(spacing);
+        const auto back = convert(
+            flatOdt(style("S", "paragraph",
+                          std::string(R"(fo:margin-bottom="0.3in" fo:line-height=")") + spacing + "\""),
+                    p("one", "S") + p("two", "S")));
+        const auto paragraphs = back.document.paragraphs();
+        ASSERT_EQ(paragraphs.size(), 3u);
+        const richtext::Paragraph &blank = *paragraphs[1];
+        ASSERT_FALSE(blank.content.empty());
+        const double size = std::stod(property(blank.content.front().style, "fo:font-size"));
+        const double lines = std::stod(property(blank.properties, "fo:line-height")) / 100;
+        // A line is about 1.15 times its font; the space is 21.6 points.
+        EXPECT_NEAR(size * 1.15 * lines, 21.6, 1.15 * lines) << size << "pt at " << lines;
+    }
+}
+
 // The space above a paragraph that a hard break puts at a page's top stays, as Word and Writer keep
 // it: an empty line as high, with no space of its own after it. Without the break it is the space
 // between the paragraphs.

@@ -330,7 +330,10 @@ void WordPerfectWriter::writeBlankLine(int height, bool closing)
     if (!restored.size)
         restored.size = 600;
     CharacterFormat blank = restored;
-    blank.size = std::clamp(static_cast<int>(std::lround(height / lineToFont)), 100, 7200);
+    double perFont = lineToFont;
+    if (blankLinesTakeLineSpacing() && stream.paragraph.lineSpacing > 0)
+        perFont *= stream.paragraph.lineSpacing / 65536.0; // the line is as much taller as the others
+    blank.size = std::clamp(static_cast<int>(std::lround(height / perFont)), 100, 7200);
     // With no font chosen yet, the first one written is the document's own for libwpd.
     if (stream.written.font.empty() || !stream.written.size)
         writeFont(restored);

@@ -211,6 +211,8 @@ protected:
     // The space after each paragraph from here on, in WPU; only where the version has a code
     // libwpd reads.
     virtual bool writesParagraphSpacing() const { return false; }
+    // An empty line written for room is spaced as the lines around it: its font is the smaller.
+    virtual bool blankLinesTakeLineSpacing() const { return false; }
     virtual void writeParagraphSpacing(int) {}
     // At the start of every paragraph, after its format: for what a format holds only per paragraph.
     virtual void writeParagraphStart(const ParagraphFormat &) {}
