@@ -409,11 +409,23 @@ TEST_P(OdtToWordPerfect, KeepsCellShadingLineColourAndVerticalAlignment)
         style(
             "Y", "table-cell",
             R"(fo:background-color="#ffff00" style:vertical-align="middle" fo:border="0.5pt solid #ff0000")") +
-            style("K", "table-cell", R"(fo:background-color="#000000" style:vertical-align="bottom")"),
+            style("K", "table-cell", R"(fo:background-color="#000000" style:vertical-align="bottom")") +
+            style("W", "text", R"(fo:color="#ffffff")"),
         R"(<table:table table:name="t"><table:table-column table:number-columns-repeated="3"/><table:table-row>
-        <table:table-cell table:style-name="Y"><text:p>yellow</text:p></table:table-cell>
-        <table:table-cell table:style-name="K"><text:p>black</text:p></table:table-cell>)" +
-            cell(p("plain")) + "</table:table-row></table:table>"));
+        <table:table-cell table:style-name="Y"><text:p>yellow )" +
+            span("W", "pale") + R"(</text:p></table:table-cell>
+        <table:table-cell table:style-name="K"><text:p>)" +
+            span("W", "black") + "</text:p></table:table-cell>" + cell(p("plain")) +
+            "</table:table-row></table:table>"));
+    // White words stay white where their cell shows its fill; on a dark fill that is lost they take
+    // its colour, not vanishing on the paper.
+    const std::pair<const char *, const char *> colours[] = {{"pale", "#ffffff"},
+                                                             {"black", wp6() ? "#ffffff" : "#000000"}};
+    for (const auto &[word, colour] : colours) {
+        const richtext::Inline *piece = wptest::pieceWith(back.document, word);
+        ASSERT_NE(piece, nullptr) << word;
+        EXPECT_EQ(property(piece->style, "fo:color"), colour) << word;
+    }
     const auto tables = back.document.tables();
     ASSERT_EQ(tables.size(), 1u);
     ASSERT_EQ(tables[0]->rows.size(), 1u);

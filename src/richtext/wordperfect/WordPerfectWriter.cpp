@@ -552,9 +552,21 @@ void WordPerfectWriter::applyCharacterFormat()
             written.size = font.size;
         }
     }
-    if (wanted.colour != written.colour) {
-        writeColour(wanted.colour);
-        written.colour = wanted.colour;
+    std::uint32_t colour = wanted.colour;
+    // Light text on a dark cell fill the version cannot show would vanish on the paper: it takes the
+    // fill's colour instead.
+    if (!writesCellFills() && !tables.empty() && tables.back().stream == streams.size() &&
+        !tables.back().cells.empty()) {
+        const std::optional<std::uint32_t> fill = tables.back().cells.back().shape.fill;
+        auto lightness = [](std::uint32_t rgb) {
+            return (299 * ((rgb >> 16) & 0xFF) + 587 * ((rgb >> 8) & 0xFF) + 114 * (rgb & 0xFF)) / 255;
+        };
+        if (fill && lightness(*fill) < 500 && lightness(colour) > 800)
+            colour = *fill;
+    }
+    if (colour != written.colour) {
+        writeColour(colour);
+        written.colour = colour;
     }
     for (int attribute = 0; attribute < 32; ++attribute) {
         const std::uint32_t bit = 1u << attribute;

@@ -213,6 +213,8 @@ protected:
     virtual bool writesParagraphSpacing() const { return false; }
     // An empty line written for room is spaced as the lines around it: its font is the smaller.
     virtual bool blankLinesTakeLineSpacing() const { return false; }
+    // Cells show their fill colour where the version has a code libwpd reads.
+    virtual bool writesCellFills() const { return true; }
     virtual void writeParagraphSpacing(int) {}
     // At the start of every paragraph, after its format: for what a format holds only per paragraph.
     virtual void writeParagraphStart(const ParagraphFormat &) {}
