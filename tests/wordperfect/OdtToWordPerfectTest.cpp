@@ -666,6 +666,30 @@ TEST_P(OdtToWordPerfect, SizesTheBlankLineForASpaceByTheLineSpacing)
     }
 }
 
+// Spaces too small for a 5.1 line of their own add up until they make one, in the text and in a cell
+// (each cell on its own), so what follows stays about as low as it stood.
+TEST_P(OdtToWordPerfect, GathersSmallSpacesIntoABlankLine)
+{
+    if (wp6())
+        GTEST_SKIP() << "WordPerfect 6 has a code for the space after a paragraph";
+    const std::string lines = p("one", "T") + p("two", "T") + p("three", "T") + p("four", "T");
+    const auto back =
+        convert(flatOdt(style("T", "paragraph", R"(fo:margin-bottom="0.03in")"),
+                        lines + R"(<table:table table:name="t"><table:table-column
+                                      table:number-columns-repeated="2"/><table:table-row>)" +
+                            cell(p("cell one", "T")) + cell(lines) + "</table:table-row></table:table>"));
+    const Strings gathered = {"one", "two", "\u00A0", "three", "four"};
+    Strings texts = wptest::texts(back.document);
+    EXPECT_EQ(Strings(texts.begin(), texts.begin() + 5), gathered);
+    const auto tables = back.document.tables();
+    ASSERT_EQ(tables.size(), 1u);
+    Strings inCell;
+    for (const richtext::Block &block : tables[0]->rows.at(0).cells.at(1).blocks)
+        if (const richtext::Paragraph *paragraph = block.paragraph())
+            inCell.push_back(paragraph->text());
+    EXPECT_EQ(inCell, gathered); // not owing the first cell's space
+}
+
 // The space above a paragraph that a hard break puts at a page's top stays, as Word and Writer keep
 // it: an empty line as high, with no space of its own after it. Without the break it is the space
 // between the paragraphs.

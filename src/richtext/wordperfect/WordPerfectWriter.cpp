@@ -288,10 +288,17 @@ void WordPerfectWriter::settleSpacing(int above, bool listItem, bool between)
     const int gap = largerSpacingOnly ? std::max(stream.spacingBelow, above) : stream.spacingBelow + above;
     const int spacing = sameList ? 0 : std::clamp(gap, 0, 0x7FFF);
     if (!writesParagraphSpacing()) {
-        // 5.1 has no such code: its users typed an empty line, here one as high as the space.
-        if (!between || spacing < 60 || stream.pendingReturns == 0 || stream.subDocument)
+        // 5.1 has no such code: its users typed an empty line, here one as high as the space. Spaces
+        // too small for a line of their own add up until they make one, so the text below stays
+        // where it stood.
+        if (!between || stream.pendingReturns == 0 || stream.subDocument) {
+            stream.spacingOwed = 0;
             return;
-        writeBlankLine(spacing, false);
+        }
+        const int room = spacing + stream.spacingOwed;
+        stream.spacingOwed = room < 60 ? room : 0;
+        if (room >= 60)
+            writeBlankLine(room, false);
         return;
     }
     if (spacing == stream.spacingInForce || at > out().size())

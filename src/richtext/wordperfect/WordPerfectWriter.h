@@ -278,6 +278,8 @@ private:
         int spacingAbove = 0;
         bool spacingListItem = false;
         int spacingInForce = 0;
+        // 5.1: WPU of spaces too small for a blank line of their own, not yet written.
+        int spacingOwed = 0;
         bool joinCell = false;         // the next paragraph opens a flattened table's next cell in the row
         bool centreLines = false;      // a centred box as wide as its text: its lines stand centred
         bool joinedLine = false;       // on such a row's line: an empty cell's tab still counts
