@@ -215,6 +215,18 @@ TEST_P(OdtToWordPerfect, KeepsNotesHeadersAndFooters)
 // the one stderr line that names what could not be carried.
 TEST_P(OdtToWordPerfect, KeepsTheTextHeadersAndFootersAndSaysWhatWasLost)
 {
+    const std::string firstPageHeader =
+        R"(<style:master-page style:name="Standard"><style:header><text:p>running head</text:p></style:header>
+        <style:header-first><text:p>letterhead</text:p></style:header-first></style:master-page>)";
+    const std::string breakBefore = R"(<style:style style:name="P2" style:family="paragraph">
+        <style:paragraph-properties fo:break-before="page"/></style:style>)";
+    std::string longPage;
+    Strings longPageTexts{"letterhead"};
+    for (int line = 0; line < 60; ++line) {
+        longPage += p("line");
+        longPageTexts.emplace_back("line");
+    }
+    longPageTexts.emplace_back("page two");
     const struct {
         const char *name;
         std::string styles, body, masters;
@@ -231,25 +243,41 @@ TEST_P(OdtToWordPerfect, KeepsTheTextHeadersAndFootersAndSaysWhatWasLost)
          {"page one", "page two"},
          {"header:first header", "header:second header"},
          {}},
-        {"a first page header opens the page and leaves the regular one alone",
+        // WordPerfect's header for every page stands for the first page's own until a hard page
+        // break ends that page; a first page that runs on to the next one gets the text instead.
+        {"a one-page document's first page header is its header",
          "",
          p("dear reader"),
-         R"(<style:master-page style:name="Standard"><style:header><text:p>running head</text:p></style:header>
-         <style:header-first><text:p>letterhead</text:p></style:header-first></style:master-page>)",
-         {"letterhead", "dear reader"},
+         firstPageHeader,
+         {"dear reader"},
+         {"header:letterhead"},
+         {}},
+        {"a first page header gives way to the regular one after the first page's break",
+         breakBefore,
+         p("dear reader") + p("page two", "P2"),
+         firstPageHeader,
+         {"dear reader", "page two"},
+         {"header:letterhead", "header:running head"},
+         {}},
+        {"a first page header opens the page as text when the page runs on",
+         breakBefore,
+         longPage + p("page two", "P2"),
+         firstPageHeader,
+         longPageTexts,
          {"header:running head"},
          {std::string(richtext::loss::firstPageHeaders)}},
         // Word's different first page, as LibreOffice gives it: a first page style whose next style is
         // the regular one. The regular footer runs on every page; the first page's is not repeated.
         {"a first page style's footer stays off the later pages",
-         R"(<style:style style:name="P1" style:family="paragraph" style:master-page-name="First_20_Page"/>)",
-         p("one", "P1") + p("two"),
+         R"(<style:style style:name="P1" style:family="paragraph" style:master-page-name="First_20_Page"/>)" +
+             breakBefore,
+         p("one", "P1") + p("two", "P2"),
          R"(<style:master-page style:name="Standard"><style:footer><text:p>running foot</text:p></style:footer>
          </style:master-page><style:master-page style:name="First_20_Page" style:next-style-name="Standard">
          <style:footer><text:p>title foot</text:p></style:footer></style:master-page>)",
-         {"title foot", "one", "two"},
-         {"footer:running foot"},
-         {std::string(richtext::loss::firstPageHeaders)}},
+         {"one", "two"},
+         {"footer:title foot", "footer:running foot"},
+         {}},
         {"characters no set holds are counted",
          "",
          p("Café naïve — “quoted” € α Ж ½ ©\u00A0§\u00A01") + p("漢字 done"),

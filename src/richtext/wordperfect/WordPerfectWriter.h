@@ -378,6 +378,17 @@ private:
         std::size_t start = 0; // where its text starts, after the margins
     };
     std::vector<HeaderRoom> headerRooms;
+    // Per kind (header, footer), the one for the first page only: WordPerfect's own for every page
+    // at the document's start, which the regular ones of the first page style replace on the page
+    // after the first hard page break, where the source's first page ends.
+    struct FirstPageOnly {
+        std::string body;                                         // empty: none
+        std::size_t from = 0, to = 0;                             // its codes in the main text
+        std::vector<std::pair<std::string, std::string>> regular; // occurrence and body, to follow
+    };
+    FirstPageOnly firstPageOnly[2];
+    bool firstPageEnded = false;
+    void endFirstPage(bool atBreak);
     bool paragraphOpensPage = false; // the open paragraph of the main text starts a page
     void writeBlankLine(int height, bool closing);
     ListNumbering numbering;
