@@ -8,6 +8,7 @@
 #include <gtest/gtest.h>
 
 #include <algorithm>
+#include <charconv>
 #include <optional>
 #include <string>
 #include <vector>
@@ -774,6 +775,38 @@ TEST_P(OdtToWordPerfect, KeepsTheRoomBelowAHeader)
                         EXPECT_EQ(property(paragraph->properties, "fo:margin-left"), "0.0000in");
                     }
         EXPECT_EQ(texts, c.texts);
+    }
+}
+
+// The room's blank line stands in the header's line spacing, which stretches it as any other line:
+// its font is the smaller by as much, and the text below the header starts where it did.
+TEST_P(OdtToWordPerfect, SizesTheRoomBelowAHeaderForItsLineSpacing)
+{
+    for (const char *spacing : {"100%", "200%"}) {
+        SCOPED_TRACE(spacing);
+        const auto back = convert(flatOdt(
+            style("L", "paragraph", std::string("fo:line-height=\"") + spacing + "\"") +
+                R"(<style:page-layout style:name="pm"><style:page-layout-properties fo:page-width="8.5in"
+                fo:page-height="11in"/><style:header-style><style:header-footer-properties fo:min-height="0in"
+                fo:margin-bottom="0.4in"/></style:header-style></style:page-layout>)",
+            p("body words"),
+            R"(<style:master-page style:name="Standard" style:page-layout-name="pm"><style:header>)" +
+                p("head", "L") + "</style:header></style:master-page>"));
+        double height = 0; // points: the blank line's font at its line spacing
+        for (const richtext::PageSpan &span : back.document.pageSpans)
+            for (const richtext::HeaderFooter &part : span.headersAndFooters)
+                for (const richtext::Block &block : part.blocks)
+                    if (const richtext::Paragraph *paragraph = block.paragraph();
+                        paragraph && paragraph->text() == "\u00A0" && !paragraph->content.empty()) {
+                        const auto number = [](const std::string &text, double fallback) {
+                            double value = fallback;
+                            std::from_chars(text.data(), text.data() + text.size(), value);
+                            return value;
+                        };
+                        height = number(property(paragraph->content.front().style, "fo:font-size"), 0) *
+                                 number(property(paragraph->properties, "fo:line-height"), 100) / 100;
+                    }
+        EXPECT_NEAR(height * 1.15, 0.4 * 72, 1.5); // readers round font sizes to points
     }
 }
 

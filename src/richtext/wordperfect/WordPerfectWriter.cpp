@@ -381,7 +381,9 @@ void WordPerfectWriter::writeBlankLine(int height, bool closing)
     if (!restored.size)
         restored.size = 600;
     CharacterFormat blank = restored;
-    blank.size = std::clamp(static_cast<int>(std::lround(height / lineToFont)), 100, 7200);
+    // The line spacing in force stretches the blank line as it does every other.
+    const double spacing = std::max(0.25, stream.paragraph.lineSpacing / 65536.0);
+    blank.size = std::clamp(static_cast<int>(std::lround(height / lineToFont / spacing)), 100, 7200);
     // With no font chosen yet, the first one written is the document's own for libwpd.
     if (stream.written.font.empty() || !stream.written.size)
         writeFont(restored);
