@@ -103,11 +103,15 @@ std::vector<Case> cases()
          {"--wordperfect-target", "wp6"},
          "Smile.wp6",
          std::string(loss::charactersWordPerfect)},
+        // Its text runs on past the first page, which no hard break ends.
         {"a first-page header",
          "Cover.fodt",
          [](const fs::path &) {
+             std::string body;
+             for (int line = 0; line < 80; ++line)
+                 body += "<text:p>Body text</text:p>";
              return flatOdt(
-                 "<text:p>Body text</text:p>",
+                 body,
                  "<style:master-page style:name=\"Standard\"><style:header><text:p>Every page</text:p>"
                  "</style:header><style:header-first><text:p>Cover heading</text:p></style:header-first>"
                  "</style:master-page>");

@@ -112,9 +112,6 @@ const KnownDifferences throughLibreOffice = {
     {"9005-various_lists-doc",
      {"one list's bullet is the letter p, which our file keeps; LibreOffice's text export "
       "shows every bullet as \u2022"}},
-    {"SF-428-B-docx",
-     {"the first page's own footer opens the page as text: WordPerfect has no one-page footer "
-      "that libwpd reads, and LibreOffice's text export leaves footers out"}},
     {"Sample_OpenXML_DOCX-docx.wp5",
      {"5.1 writes text frames as paragraphs, LibreOffice's export leaves frames out; the contents' "
       "capitals are written as capitals"}},

@@ -8,6 +8,7 @@
 #include <gtest/gtest.h>
 
 #include <algorithm>
+#include <charconv>
 #include <optional>
 #include <string>
 #include <vector>
@@ -215,6 +216,18 @@ TEST_P(OdtToWordPerfect, KeepsNotesHeadersAndFooters)
 // the one stderr line that names what could not be carried.
 TEST_P(OdtToWordPerfect, KeepsTheTextHeadersAndFootersAndSaysWhatWasLost)
 {
+    const std::string firstPageHeader =
+        R"(<style:master-page style:name="Standard"><style:header><text:p>running head</text:p></style:header>
+        <style:header-first><text:p>letterhead</text:p></style:header-first></style:master-page>)";
+    const std::string breakBefore = R"(<style:style style:name="P2" style:family="paragraph">
+        <style:paragraph-properties fo:break-before="page"/></style:style>)";
+    std::string longPage;
+    Strings longPageTexts{"letterhead"};
+    for (int line = 0; line < 60; ++line) {
+        longPage += p("line");
+        longPageTexts.emplace_back("line");
+    }
+    longPageTexts.emplace_back("page two");
     const struct {
         const char *name;
         std::string styles, body, masters;
@@ -231,25 +244,41 @@ TEST_P(OdtToWordPerfect, KeepsTheTextHeadersAndFootersAndSaysWhatWasLost)
          {"page one", "page two"},
          {"header:first header", "header:second header"},
          {}},
-        {"a first page header opens the page and leaves the regular one alone",
+        // WordPerfect's header for every page stands for the first page's own until a hard page
+        // break ends that page; a first page that runs on to the next one gets the text instead.
+        {"a one-page document's first page header is its header",
          "",
          p("dear reader"),
-         R"(<style:master-page style:name="Standard"><style:header><text:p>running head</text:p></style:header>
-         <style:header-first><text:p>letterhead</text:p></style:header-first></style:master-page>)",
-         {"letterhead", "dear reader"},
+         firstPageHeader,
+         {"dear reader"},
+         {"header:letterhead"},
+         {}},
+        {"a first page header gives way to the regular one after the first page's break",
+         breakBefore,
+         p("dear reader") + p("page two", "P2"),
+         firstPageHeader,
+         {"dear reader", "page two"},
+         {"header:letterhead", "header:running head"},
+         {}},
+        {"a first page header opens the page as text when the page runs on",
+         breakBefore,
+         longPage + p("page two", "P2"),
+         firstPageHeader,
+         longPageTexts,
          {"header:running head"},
          {std::string(richtext::loss::firstPageHeaders)}},
         // Word's different first page, as LibreOffice gives it: a first page style whose next style is
         // the regular one. The regular footer runs on every page; the first page's is not repeated.
         {"a first page style's footer stays off the later pages",
-         R"(<style:style style:name="P1" style:family="paragraph" style:master-page-name="First_20_Page"/>)",
-         p("one", "P1") + p("two"),
+         R"(<style:style style:name="P1" style:family="paragraph" style:master-page-name="First_20_Page"/>)" +
+             breakBefore,
+         p("one", "P1") + p("two", "P2"),
          R"(<style:master-page style:name="Standard"><style:footer><text:p>running foot</text:p></style:footer>
          </style:master-page><style:master-page style:name="First_20_Page" style:next-style-name="Standard">
          <style:footer><text:p>title foot</text:p></style:footer></style:master-page>)",
-         {"title foot", "one", "two"},
-         {"footer:running foot"},
-         {std::string(richtext::loss::firstPageHeaders)}},
+         {"one", "two"},
+         {"footer:title foot", "footer:running foot"},
+         {}},
         {"characters no set holds are counted",
          "",
          p("Café naïve — “quoted” € α Ж ½ ©\u00A0§\u00A01") + p("漢字 done"),
@@ -824,6 +853,38 @@ TEST_P(OdtToWordPerfect, KeepsTheRoomBelowAHeader)
                         EXPECT_EQ(property(paragraph->properties, "fo:margin-left"), "0.0000in");
                     }
         EXPECT_EQ(texts, c.texts);
+    }
+}
+
+// The room's blank line stands in the header's line spacing, which stretches it as any other line:
+// its font is the smaller by as much, and the text below the header starts where it did.
+TEST_P(OdtToWordPerfect, SizesTheRoomBelowAHeaderForItsLineSpacing)
+{
+    for (const char *spacing : {"100%", "200%"}) {
+        SCOPED_TRACE(spacing);
+        const auto back = convert(flatOdt(
+            style("L", "paragraph", std::string("fo:line-height=\"") + spacing + "\"") +
+                R"(<style:page-layout style:name="pm"><style:page-layout-properties fo:page-width="8.5in"
+                fo:page-height="11in"/><style:header-style><style:header-footer-properties fo:min-height="0in"
+                fo:margin-bottom="0.4in"/></style:header-style></style:page-layout>)",
+            p("body words"),
+            R"(<style:master-page style:name="Standard" style:page-layout-name="pm"><style:header>)" +
+                p("head", "L") + "</style:header></style:master-page>"));
+        double height = 0; // points: the blank line's font at its line spacing
+        for (const richtext::PageSpan &span : back.document.pageSpans)
+            for (const richtext::HeaderFooter &part : span.headersAndFooters)
+                for (const richtext::Block &block : part.blocks)
+                    if (const richtext::Paragraph *paragraph = block.paragraph();
+                        paragraph && paragraph->text() == "\u00A0" && !paragraph->content.empty()) {
+                        const auto number = [](const std::string &text, double fallback) {
+                            double value = fallback;
+                            std::from_chars(text.data(), text.data() + text.size(), value);
+                            return value;
+                        };
+                        height = number(property(paragraph->content.front().style, "fo:font-size"), 0) *
+                                 number(property(paragraph->properties, "fo:line-height"), 100) / 100;
+                    }
+        EXPECT_NEAR(height * 1.15, 0.4 * 72, 1.5); // readers round font sizes to points
     }
 }
 

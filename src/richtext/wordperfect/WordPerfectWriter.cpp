@@ -45,6 +45,7 @@ void WordPerfectWriter::endDocument()
     settleSpacing(0);
     // A final HRt adds no paragraph for libwpd, so every empty paragraph at the end survives.
     flushReturns();
+    endFirstPage(false);
     file = assemble(streams.back().bytes);
 }
 
@@ -188,19 +189,68 @@ void WordPerfectWriter::closeHeaderFooter(bool footer)
         body.clear();
     const std::string occurrence = headerOccurrence.back();
     headerOccurrence.pop_back();
+    FirstPageOnly &first = firstPageOnly[footer ? 1 : 0];
+    const bool firstPageStyle = streams.size() == 1 && !streams.back().started && !firstPageEnded;
     if (occurrence == "first") {
+        if (body.empty() || streams.size() != 1)
+            return;
+        if (firstPageStyle && first.body.empty()) {
+            first.body = body;
+            first.from = out().size();
+            writeHeaderFooter(footer, "all", body);
+            first.to = out().size();
+            return;
+        }
         // WordPerfect has no header for one page that libwpd reads, and as a header for every page
         // it would replace the regular one: its text opens the page instead, where it shows.
-        if (!body.empty() && streams.size() == 1) {
-            flushReturns();
-            out() += body;
-            writeHardReturn();
-            streams.back().started = true;
-            lose(loss::firstPageHeaders);
-        }
+        flushReturns();
+        out() += body;
+        writeHardReturn();
+        streams.back().started = true;
+        lose(loss::firstPageHeaders);
         return;
     }
-    writeHeaderFooter(footer, occurrence.empty() ? "all" : occurrence, body);
+    if (firstPageStyle)
+        first.regular.emplace_back(occurrence.empty() ? "all" : occurrence, body);
+    if (!firstPageStyle || first.body.empty())
+        writeHeaderFooter(footer, occurrence.empty() ? "all" : occurrence, body);
+}
+
+// The first page ends: at a hard page break the regular headers and footers follow the first page's
+// own, when the text before it is about a page; otherwise (a first page that runs on, or the
+// document's end) the first page's own stand as text where the page opens.
+void WordPerfectWriter::endFirstPage(bool atBreak)
+{
+    if (firstPageEnded || streams.size() != 1)
+        return;
+    firstPageEnded = true;
+    const int room = page.height - page.top - page.bottom;
+    const bool onePage = streams.back().lineHeights <= room;
+    if (!atBreak && onePage)
+        return; // the first page's own hold for the whole of a one-page document
+    // The later codes move first, so that the earlier ones stay where they were written.
+    const int later = firstPageOnly[1].from >= firstPageOnly[0].from ? 1 : 0;
+    for (const int kind : {later, 1 - later}) {
+        FirstPageOnly &first = firstPageOnly[kind];
+        if (first.body.empty())
+            continue;
+        const std::size_t end = out().size();
+        if (atBreak && onePage) {
+            if (first.regular.empty())
+                writeHeaderFooter(kind == 1, "all", {});
+            for (const auto &[occurrence, body] : first.regular)
+                writeHeaderFooter(kind == 1, occurrence, body);
+            continue;
+        }
+        for (const auto &[occurrence, body] : first.regular)
+            writeHeaderFooter(kind == 1, occurrence, body);
+        out() += first.body;
+        writeHardReturn();
+        const std::string codes = out().substr(end);
+        out().resize(end);
+        out().replace(first.from, first.to - first.from, codes);
+        lose(loss::firstPageHeaders);
+    }
 }
 
 void WordPerfectWriter::openHeader(const RVNGPropertyList &propList)
@@ -229,6 +279,7 @@ void WordPerfectWriter::breakPage()
     settleSpacing(0); // space before a page's first paragraph is lost at the top of the page
     flushReturns();
     writePageBreak();
+    endFirstPage(true);
 }
 
 void WordPerfectWriter::breakColumn()
@@ -337,10 +388,9 @@ void WordPerfectWriter::writeBlankLine(int height, bool closing)
     if (!restored.size)
         restored.size = 600;
     CharacterFormat blank = restored;
-    double perFont = lineToFont;
-    if (blankLinesTakeLineSpacing() && stream.paragraph.lineSpacing > 0)
-        perFont *= stream.paragraph.lineSpacing / 65536.0; // the line is as much taller as the others
-    blank.size = std::clamp(static_cast<int>(std::lround(height / perFont)), 100, 7200);
+    // The line spacing in force stretches the blank line as it does every other.
+    const double spacing = std::max(0.25, stream.paragraph.lineSpacing / 65536.0);
+    blank.size = std::clamp(static_cast<int>(std::lround(height / lineToFont / spacing)), 100, 7200);
     // With no font chosen yet, the first one written is the document's own for libwpd.
     if (stream.written.font.empty() || !stream.written.size)
         writeFont(restored);

@@ -211,8 +211,6 @@ protected:
     // The space after each paragraph from here on, in WPU; only where the version has a code
     // libwpd reads.
     virtual bool writesParagraphSpacing() const { return false; }
-    // An empty line written for room is spaced as the lines around it: its font is the smaller.
-    virtual bool blankLinesTakeLineSpacing() const { return false; }
     // Cells show their fill colour where the version has a code libwpd reads.
     virtual bool writesCellFills() const { return true; }
     virtual void writeParagraphSpacing(int) {}
@@ -386,6 +384,17 @@ private:
         std::size_t start = 0; // where its text starts, after the margins
     };
     std::vector<HeaderRoom> headerRooms;
+    // Per kind (header, footer), the one for the first page only: WordPerfect's own for every page
+    // at the document's start, which the regular ones of the first page style replace on the page
+    // after the first hard page break, where the source's first page ends.
+    struct FirstPageOnly {
+        std::string body;                                         // empty: none
+        std::size_t from = 0, to = 0;                             // its codes in the main text
+        std::vector<std::pair<std::string, std::string>> regular; // occurrence and body, to follow
+    };
+    FirstPageOnly firstPageOnly[2];
+    bool firstPageEnded = false;
+    void endFirstPage(bool atBreak);
     bool paragraphOpensPage = false; // the open paragraph of the main text starts a page
     void writeBlankLine(int height, bool closing);
     ListNumbering numbering;

@@ -21,7 +21,6 @@ protected:
     void writeColour(std::uint32_t rgb) override;
     void writeParagraphFormat(const ParagraphFormat &from, const ParagraphFormat &to) override;
     void writeParagraphStart(const ParagraphFormat &format) override;
-    bool blankLinesTakeLineSpacing() const override { return true; }
     bool writesCellFills() const override { return false; }
     void writeTabSet(const std::vector<TabStop> &tabs);
     void writePageSetup() override;
