@@ -297,12 +297,12 @@ void WordPerfectWriter::closeTable()
         streams.back().pendingBlanks.clear();
         return;
     }
+    if (table.widths.empty())
+        table.widths.assign(std::max(1, table.column), 1200);
     if (table.nested) {
         // The rest of the outer cell's text is a part of its own.
         OpenTable &outer = tables.back();
         RecordedCell &cell = outer.cells.back();
-        if (table.widths.empty())
-            table.widths.assign(std::max(1, table.column), 1200);
         cell.inner = static_cast<int>(outer.inner.size());
         outer.inner.push_back(std::move(table));
         streams.back().paragraph = ParagraphFormat();
@@ -311,8 +311,6 @@ void WordPerfectWriter::closeTable()
         return;
     }
     const std::string body = popStream(false); // the table's cells are part of the text
-    if (table.widths.empty())
-        table.widths.assign(std::max(1, table.column), 1200);
     writeTable(table, body);
     streams.back().pendingReturns = 0;
 }

@@ -235,15 +235,13 @@ void WordPerfectWriter::endFirstPage(bool atBreak)
         if (first.body.empty())
             continue;
         const std::size_t end = out().size();
-        if (atBreak && onePage) {
-            if (first.regular.empty())
-                writeHeaderFooter(kind == 1, "all", {});
-            for (const auto &[occurrence, body] : first.regular)
-                writeHeaderFooter(kind == 1, occurrence, body);
-            continue;
-        }
+        const bool follows = atBreak && onePage; // the regular ones follow the break
+        if (follows && first.regular.empty())
+            writeHeaderFooter(kind == 1, "all", {});
         for (const auto &[occurrence, body] : first.regular)
             writeHeaderFooter(kind == 1, occurrence, body);
+        if (follows)
+            continue;
         out() += first.body;
         writeHardReturn();
         const std::string codes = out().substr(end);
