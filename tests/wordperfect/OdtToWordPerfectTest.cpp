@@ -889,7 +889,8 @@ TEST_P(OdtToWordPerfect, SizesTheRoomBelowAHeaderForItsLineSpacing)
 }
 
 // A box centred across a footer that is as wide as its text (Word's page number frame) becomes the
-// footer's text, centred as the box stood: libwpd reads no box in a footer.
+// footer's text, centred as the box stood, in the line of the empty paragraph that held it (an extra
+// line would push the page's text up): libwpd reads no box in a footer.
 TEST_P(OdtToWordPerfect, CentresTheTextOfACentredBoxAsWideAsItsText)
 {
     const auto back = convert(flatOdt(
@@ -899,13 +900,17 @@ TEST_P(OdtToWordPerfect, CentresTheTextOfACentredBoxAsWideAsItsText)
         text:anchor-type="paragraph"><draw:text-box fo:min-width="0.02in"><text:p>page</text:p></draw:text-box
         ></draw:frame></text:p></style:footer></style:master-page>)"));
     std::string alignment = "none";
+    Strings lines;
     for (const richtext::PageSpan &span : back.document.pageSpans)
         for (const richtext::HeaderFooter &part : span.headersAndFooters)
             for (const richtext::Block &block : part.blocks)
-                if (const richtext::Paragraph *paragraph = block.paragraph();
-                    paragraph && paragraph->text() == "page")
-                    alignment = property(paragraph->properties, "fo:text-align");
+                if (const richtext::Paragraph *paragraph = block.paragraph()) {
+                    lines.push_back(paragraph->text());
+                    if (paragraph->text() == "page")
+                        alignment = property(paragraph->properties, "fo:text-align");
+                }
     EXPECT_EQ(alignment, "center");
+    EXPECT_EQ(lines, Strings{"page"});
 }
 
 // The one text box of the main text.
@@ -938,7 +943,7 @@ TEST_P(OdtToWordPerfect, SetsAWideBoxInItsLineAsHighAsItsText)
 
 // A wide box that opens its paragraph but lies lower (a cover's title block 1.5 in down the page)
 // stays that low: an empty line before it, whose space after makes up the rest of the drop (6), or
-// a blank line as high before the box's words, which 5.1 keeps after its paragraph.
+// a blank line as high before the box's words, which 5.1 puts in the place of the empty paragraph.
 TEST_P(OdtToWordPerfect, KeepsAWideBoxAsFarDownAsItStood)
 {
     const auto back = convert(
@@ -951,7 +956,7 @@ TEST_P(OdtToWordPerfect, KeepsAWideBoxAsFarDownAsItStood)
         Strings texts;
         for (const auto *paragraph : paragraphs)
             texts.push_back(paragraph->text());
-        EXPECT_EQ(texts, (Strings{"", "\u00A0", "title", "below"}));
+        EXPECT_EQ(texts, (Strings{"\u00A0", "title", "below"}));
         return;
     }
     ASSERT_GE(paragraphs.size(), 2u);

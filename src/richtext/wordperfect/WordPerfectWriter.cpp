@@ -523,7 +523,9 @@ void WordPerfectWriter::closeParagraph()
     writePendingLabel();
     endLine();
     Stream &stream = streams.back();
-    if (!stream.paragraphContent && stream.wanted.size && stream.wanted.size != 600) {
+    // A paragraph that only anchors boxes (a footer's frame) gives its line to the boxes' text.
+    const bool onlyBoxes = !stream.paragraphContent && !stream.boxes.empty();
+    if (!onlyBoxes && !stream.paragraphContent && stream.wanted.size && stream.wanted.size != 600) {
         // Readers size an empty line by their default font: a hard space keeps it as tall as the
         // paragraph's own font, so a page of small print holds the lines it held.
         stream.wanted.attributes = 0;
@@ -531,8 +533,9 @@ void WordPerfectWriter::closeParagraph()
     }
     closeAttributes();
     stream.pendingStart.reset();
-    ++stream.pendingReturns;
-    if (stream.subDocument) {
+    if (!onlyBoxes)
+        ++stream.pendingReturns;
+    if (stream.subDocument && !onlyBoxes) {
         // A header's long paragraph wraps: its further lines count towards the header's height,
         // at half an em a character.
         const int em = (stream.written.size ? stream.written.size : 600) / 3;
@@ -549,8 +552,9 @@ void WordPerfectWriter::closeParagraph()
     for (std::size_t i = 0; i < stream.boxes.size(); ++i) {
         // A box's text stands as low as the box stood: a blank line for what the paragraph's own
         // line leaves of the drop (a cover's title block).
-        const int drop =
-            i < stream.boxDrops.size() ? stream.boxDrops[i] - lineHeightOf(stream.written.size) : 0;
+        const int drop = i < stream.boxDrops.size()
+                             ? stream.boxDrops[i] - (onlyBoxes ? 0 : lineHeightOf(stream.written.size))
+                             : 0;
         if (drop >= 60)
             writeBlankLine(drop, false);
         out() += stream.boxes[i];
@@ -560,6 +564,7 @@ void WordPerfectWriter::closeParagraph()
     stream.boxes.clear();
     stream.boxDrops.clear();
     stream.pendingReturns = 1; // the last box's paragraph ends like any other
+    stream.paragraphContent = true;
 }
 
 void WordPerfectWriter::openSpan(const RVNGPropertyList &propList)
@@ -1055,6 +1060,7 @@ void WordPerfectWriter::closeTextBox()
         return;
     }
     lose(loss::textBoxes);
+    streams.back().paragraphContent = !opensParagraph; // the box's text follows the paragraph
     streams.back().boxes.push_back(body);
     streams.back().boxDrops.push_back(opensParagraph && boxDepth == 0 && !inSubDocument() ? where.drop : 0);
 }
