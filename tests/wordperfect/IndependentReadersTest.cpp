@@ -129,6 +129,10 @@ const Fixture fixtures[] = {
      " svg:x=\"4in\" svg:y=\"6in\" svg:width=\"2in\" svg:height=\"1in\"><draw:text-box><text:p>placed "
      "words</text:p>"
      "</draw:text-box></draw:frame></text:p>"},
+    {"HighlightedWords",
+     "<style:style style:name=\"HL\" style:family=\"text\"><style:text-properties "
+     "fo:background-color=\"#ffff00\"/></style:style>",
+     "<text:p>plain <text:span text:style-name=\"HL\">marked words</text:span> plain again</text:p>"},
     {"Characters", "",
      "<text:p>caf\u00e9 na\u00efve \u00bfqu\u00e9? \u00df \u2022 bullet \u2013 dash "
      "\u201cquoted\u201d</text:p>"

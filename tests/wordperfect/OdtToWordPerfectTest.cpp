@@ -33,6 +33,8 @@ const std::string characterStyles =
     style("OL", "text", R"(style:text-outline="true")") + style("SH", "text", R"(fo:text-shadow="1pt 1pt")") +
     style("F", "text", R"(style:font-name="Arial" fo:font-size="18pt")") +
     style("RED", "text", R"(fo:color="#c00000")") + style("UP", "text", R"(fo:text-transform="uppercase")") +
+    style("HL", "text", R"(fo:background-color="#ffff00")") +
+    style("INV", "text", R"(fo:color="#ffffff" fo:background-color="#000000")") +
     // The automatic colour over the parent style's.
     R"(<style:style style:name="AUTO" style:family="text" style:parent-style-name="RED">)"
     R"(<style:text-properties style:use-window-font-color="true"/></style:style>)";
@@ -55,14 +57,14 @@ std::string cell(const std::string &content)
 
 TEST_P(OdtToWordPerfect, KeepsEveryCharacterAttribute)
 {
-    const auto back = convert(
-        flatOdt(characterStyles,
-                "<text:p>plain " + span("B", "boldword") + " " + span("I", "italicword") + " " +
-                    span("U", "underword") + " " + span("UU", "doubleword") + " " + span("S", "strikeword") +
-                    " " + span("SUP", "superword") + " " + span("SUB", "subword") + " " +
-                    span("SC", "smallword") + " " + span("OL", "outlineword") + " " +
-                    span("SH", "shadowword") + " " + span("F", "arialword") + " " + span("RED", "redword") +
-                    " " + span("AUTO", "autoword") + " " + span("UP", "capsword") + " end</text:p>"));
+    const auto back = convert(flatOdt(
+        characterStyles,
+        "<text:p>plain " + span("B", "boldword") + " " + span("I", "italicword") + " " +
+            span("U", "underword") + " " + span("UU", "doubleword") + " " + span("S", "strikeword") + " " +
+            span("SUP", "superword") + " " + span("SUB", "subword") + " " + span("SC", "smallword") + " " +
+            span("OL", "outlineword") + " " + span("SH", "shadowword") + " " + span("F", "arialword") + " " +
+            span("RED", "redword") + " " + span("AUTO", "autoword") + " " + span("UP", "capsword") + " " +
+            span("HL", "highlightword") + " " + span("INV", "inverseword") + " end</text:p>"));
     const struct {
         const char *word, *property;
         const char *valueStart; // empty: the property must be absent
@@ -83,7 +85,12 @@ TEST_P(OdtToWordPerfect, KeepsEveryCharacterAttribute)
         {"redword", "fo:color", "#c00000"},
         {"autoword", "fo:color", "#000000"},
         {"CAPSWORD", "fo:font-weight", ""}, // WordPerfect has no code for it: the letters change
+        // 5.1 has no highlight: white words on a black one take its colour rather than vanish.
+        {"highlightword", "fo:background-color", wp6() ? "#ffff00" : ""},
+        {"inverseword", "fo:background-color", wp6() ? "#000000" : ""},
+        {"inverseword", "fo:color", wp6() ? "#ffffff" : "#000000"},
         {"end", "fo:font-weight", ""},
+        {"end", "fo:background-color", ""},
     };
     for (const auto &e : expected) {
         const richtext::Inline *piece = wptest::pieceWith(back.document, e.word);

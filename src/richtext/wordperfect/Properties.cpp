@@ -99,6 +99,9 @@ CharacterFormat characterFormatOf(const RVNGPropertyList &list)
     const std::string colour = textOf(list, "fo:color");
     if (colour.size() == 7 && colour[0] == '#')
         format.colour = static_cast<std::uint32_t>(std::strtoul(colour.c_str() + 1, nullptr, 16));
+    const std::string background = textOf(list, "fo:background-color");
+    if (background.size() == 7 && background[0] == '#')
+        format.highlight = static_cast<std::uint32_t>(std::strtoul(background.c_str() + 1, nullptr, 16));
     return format;
 }
 

@@ -529,6 +529,7 @@ void WordPerfectWriter::closeParagraph()
         // Readers size an empty line by their default font: a hard space keeps it as tall as the
         // paragraph's own font, so a page of small print holds the lines it held.
         stream.wanted.attributes = 0;
+        stream.wanted.highlight.reset();
         text(U"\u00A0");
     }
     closeAttributes();
@@ -589,6 +590,10 @@ void WordPerfectWriter::closeAttributes()
             writeAttribute(attribute, false);
     }
     stream.written.attributes = 0;
+    if (stream.written.highlight) {
+        writeHighlight(std::nullopt);
+        stream.written.highlight.reset();
+    }
 }
 
 void WordPerfectWriter::applyCharacterFormat()
@@ -613,17 +618,19 @@ void WordPerfectWriter::applyCharacterFormat()
         }
     }
     std::uint32_t colour = wanted.colour;
-    // Light text on a dark cell fill the version cannot show would vanish on the paper: it takes the
-    // fill's colour instead.
+    // Light text on a dark cell fill or highlight the version cannot show would vanish on the paper:
+    // it takes the fill's colour instead.
+    std::optional<std::uint32_t> fill;
     if (!writesCellFills() && !tables.empty() && tables.back().stream == streams.size() &&
-        !tables.back().cells.empty()) {
-        const std::optional<std::uint32_t> fill = tables.back().cells.back().shape.fill;
-        auto lightness = [](std::uint32_t rgb) {
-            return (299 * ((rgb >> 16) & 0xFF) + 587 * ((rgb >> 8) & 0xFF) + 114 * (rgb & 0xFF)) / 255;
-        };
-        if (fill && lightness(*fill) < 500 && lightness(colour) > 800)
-            colour = *fill;
-    }
+        !tables.back().cells.empty())
+        fill = tables.back().cells.back().shape.fill;
+    if (!writesHighlight() && wanted.highlight)
+        fill = wanted.highlight;
+    auto lightness = [](std::uint32_t rgb) {
+        return (299 * ((rgb >> 16) & 0xFF) + 587 * ((rgb >> 8) & 0xFF) + 114 * (rgb & 0xFF)) / 255;
+    };
+    if (fill && lightness(*fill) < 500 && lightness(colour) > 800)
+        colour = *fill;
     if (colour != written.colour) {
         writeColour(colour);
         written.colour = colour;
@@ -639,6 +646,13 @@ void WordPerfectWriter::applyCharacterFormat()
             writeAttribute(attribute, true);
     }
     written.attributes = wanted.attributes;
+    if (writesHighlight() && wanted.highlight != written.highlight) {
+        if (written.highlight)
+            writeHighlight(std::nullopt);
+        if (wanted.highlight)
+            writeHighlight(wanted.highlight);
+        written.highlight = wanted.highlight;
+    }
 }
 
 namespace {

@@ -30,11 +30,12 @@ enum Attribute : int {
 };
 
 struct CharacterFormat {
-    std::uint32_t attributes = 0; // bit n = attribute n
-    std::string font;             // empty: not chosen yet
-    int size = 0;                 // 1/50 point; 0: not chosen yet
-    std::uint32_t colour = 0;     // 0xRRGGBB
-    bool capitals = false;        // lower case shown as upper: WordPerfect has no code, the letters change
+    std::uint32_t attributes = 0;           // bit n = attribute n
+    std::string font;                       // empty: not chosen yet
+    int size = 0;                           // 1/50 point; 0: not chosen yet
+    std::uint32_t colour = 0;               // 0xRRGGBB
+    std::optional<std::uint32_t> highlight; // 0xRRGGBB behind the text
+    bool capitals = false; // lower case shown as upper: WordPerfect has no code, the letters change
     bool operator==(const CharacterFormat &) const = default;
 };
 
@@ -207,6 +208,9 @@ protected:
     virtual void writeAttribute(int attribute, bool on) = 0;
     virtual void writeFont(const CharacterFormat &format) = 0;
     virtual void writeColour(std::uint32_t rgb) = 0;
+    // A colour behind the text, where the version has one (6); 5.1 has none.
+    virtual void writeHighlight(std::optional<std::uint32_t> rgb) { (void)rgb; }
+    virtual bool writesHighlight() const { return false; }
     virtual void writeParagraphFormat(const ParagraphFormat &from, const ParagraphFormat &to) = 0;
     // The space after each paragraph from here on, in WPU; only where the version has a code
     // libwpd reads.

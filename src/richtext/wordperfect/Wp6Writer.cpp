@@ -248,6 +248,20 @@ void Wp6Writer::writeColour(std::uint32_t rgb)
     function(0xD4, 0x18, data);
 }
 
+// Highlight on carries its colour; off ends whichever is on.
+void Wp6Writer::writeHighlight(std::optional<std::uint32_t> rgb)
+{
+    std::string &o = out();
+    const int code = rgb ? 0xFB : 0xFC;
+    const std::uint32_t colour = rgb.value_or(0);
+    put8(o, code);
+    put8(o, colour >> 16);
+    put8(o, colour >> 8);
+    put8(o, colour);
+    put8(o, 100); // shading: full colour
+    put8(o, code);
+}
+
 void Wp6Writer::writeParagraphFormat(const ParagraphFormat &from, const ParagraphFormat &to)
 {
     std::string data;

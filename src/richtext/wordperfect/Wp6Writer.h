@@ -19,6 +19,8 @@ protected:
     void writeAttribute(int attribute, bool on) override;
     void writeFont(const CharacterFormat &format) override;
     void writeColour(std::uint32_t rgb) override;
+    void writeHighlight(std::optional<std::uint32_t> rgb) override;
+    bool writesHighlight() const override { return true; }
     void writeParagraphFormat(const ParagraphFormat &from, const ParagraphFormat &to) override;
     int tabOrigin(const ParagraphFormat &format) const override;
     bool writesParagraphSpacing() const override { return true; }
