@@ -863,35 +863,51 @@ TEST_P(OdtToWordPerfect, KeepsTheRoomBelowAHeader)
     }
 }
 
-// The room's blank line stands in the header's line spacing, which stretches it as any other line:
-// its font is the smaller by as much, and the text below the header starts where it did.
-TEST_P(OdtToWordPerfect, SizesTheRoomBelowAHeaderForItsLineSpacing)
+// The room's blank line is the header's last line, which LibreOffice does not stretch by the line
+// spacing: it is single spaced, its font as high as the room. With Word's dynamic spacing the room is
+// what the header's lines leave of its least height, each line at its own font and line spacing.
+TEST_P(OdtToWordPerfect, SizesTheRoomBelowAHeaderForItsLines)
 {
-    for (const char *spacing : {"100%", "200%"}) {
-        SCOPED_TRACE(spacing);
+    const struct {
+        const char *spacing, *size, *room;
+        double points; // the blank line's height
+    } cases[] = {
+        {"100%", "12pt", R"(fo:min-height="0in" fo:margin-bottom="0.4in")", 0.4 * 72},
+        {"200%", "12pt", R"(fo:min-height="0in" fo:margin-bottom="0.4in")", 0.4 * 72},
+        {"100%", "24pt", R"(fo:min-height="1in" fo:margin-bottom="0.1in" style:dynamic-spacing="true")",
+         72 - 24 * 1.15},
+        {"200%", "12pt", R"(fo:min-height="1in" fo:margin-bottom="0.1in" style:dynamic-spacing="true")",
+         72 - 2 * 12 * 1.15},
+    };
+    const auto number = [](const std::string &text, double fallback) {
+        double value = fallback;
+        std::from_chars(text.data(), text.data() + text.size(), value);
+        return value;
+    };
+    for (const auto &c : cases) {
+        SCOPED_TRACE(std::string(c.spacing) + " " + c.size + " " + c.room);
         const auto back = convert(flatOdt(
-            style("L", "paragraph", std::string("fo:line-height=\"") + spacing + "\"") +
+            std::string(
+                R"(<style:style style:name="L" style:family="paragraph"><style:paragraph-properties )") +
+                "fo:line-height=\"" + c.spacing + "\"/><style:text-properties fo:font-size=\"" + c.size +
+                "\"/></style:style>" +
                 R"(<style:page-layout style:name="pm"><style:page-layout-properties fo:page-width="8.5in"
-                fo:page-height="11in"/><style:header-style><style:header-footer-properties fo:min-height="0in"
-                fo:margin-bottom="0.4in"/></style:header-style></style:page-layout>)",
+                fo:page-height="11in"/><style:header-style><style:header-footer-properties )" +
+                c.room + "/></style:header-style></style:page-layout>",
             p("body words"),
             R"(<style:master-page style:name="Standard" style:page-layout-name="pm"><style:header>)" +
                 p("head", "L") + "</style:header></style:master-page>"));
-        double height = 0; // points: the blank line's font at its line spacing
+        double height = 0, lineHeight = 0; // points; the blank line's line spacing, per cent
         for (const richtext::PageSpan &span : back.document.pageSpans)
             for (const richtext::HeaderFooter &part : span.headersAndFooters)
                 for (const richtext::Block &block : part.blocks)
                     if (const richtext::Paragraph *paragraph = block.paragraph();
                         paragraph && paragraph->text() == "\u00A0" && !paragraph->content.empty()) {
-                        const auto number = [](const std::string &text, double fallback) {
-                            double value = fallback;
-                            std::from_chars(text.data(), text.data() + text.size(), value);
-                            return value;
-                        };
-                        height = number(property(paragraph->content.front().style, "fo:font-size"), 0) *
-                                 number(property(paragraph->properties, "fo:line-height"), 100) / 100;
+                        lineHeight = number(property(paragraph->properties, "fo:line-height"), 100);
+                        height = number(property(paragraph->content.front().style, "fo:font-size"), 0) * 1.15;
                     }
-        EXPECT_NEAR(height * 1.15, 0.4 * 72, 1.5); // readers round font sizes to points
+        EXPECT_NEAR(lineHeight, 100, 0.01);
+        EXPECT_NEAR(height, c.points, 1.5); // readers round font sizes to points
     }
 }
 

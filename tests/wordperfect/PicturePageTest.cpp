@@ -252,6 +252,33 @@ TEST_P(PicturesAndPages, KeepsACentredPictureCentred)
     }
 }
 
+// A picture that lets no text beside it (a logo above its caption) keeps its words below it, on a
+// line of their own; one that lets text run beside it keeps them there.
+TEST_P(PicturesAndPages, PutsTheWordsBelowAPictureThatLetsNoneBesideIt)
+{
+    const std::string image = R"( svg:width="1in" svg:height="1in"><draw:image draw:mime-type="image/png"
+        ><office:binary-data>)" +
+                              base64(redBluePng()) + "</office:binary-data></draw:image></draw:frame>";
+    const std::pair<const char *, const char *> cases[] = {{"none", "\nwords below"},
+                                                           {"parallel", "words below"}};
+    for (const auto &[wrap, text] : cases) {
+        SCOPED_TRACE(wrap);
+        const auto back = convert(wptest::flatOdt(
+            wptest::style("fr1", "graphic", std::string("style:wrap=\"") + wrap + "\""),
+            R"(<text:p><draw:frame draw:style-name="fr1" text:anchor-type="char" svg:x="0in" svg:y="0in")" +
+                image + "words below</text:p>"));
+        const auto paragraphs = back.document.paragraphs();
+        const auto holder =
+            std::find_if(paragraphs.begin(), paragraphs.end(),
+                         [](const richtext::Paragraph *p) { return firstImage(*p) != nullptr; });
+        ASSERT_NE(holder, paragraphs.end());
+        std::string lines = (*holder)->text(); // 5.1 ends the picture's line with a return
+        for (auto next = holder + 1; next != paragraphs.end(); ++next)
+            lines += "\n" + (*next)->text();
+        EXPECT_EQ(lines, text);
+    }
+}
+
 TEST_P(PicturesAndPages, KeepsThePaperSize)
 {
     struct Case {

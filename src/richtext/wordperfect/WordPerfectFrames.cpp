@@ -47,7 +47,9 @@ void WordPerfectWriter::openFrame(const RVNGPropertyList &propList)
     // No reader takes a box's wrap from the file, and text runs beside a placed box: one nearly as
     // wide as the text (a floating table, a banner) stands in its own line instead.
     const bool narrow = boxWidth > 0 && boxWidth * 5 < textWidth * 3;
-    if ((anchor == "paragraph" || anchor == "char" || anchor == "page") && narrow) {
+    // A frame in its paragraph that lets no text beside it (wrap none): the text goes below it.
+    frameAlone = textOf(propList, "style:wrap") == "none" && (anchor == "paragraph" || anchor == "char");
+    if ((anchor == "paragraph" || anchor == "char" || anchor == "page") && narrow && !frameAlone) {
         BoxPlacement &at = framePlacement;
         const bool page = anchor == "page";
         at.anchor = page ? BoxPlacement::Anchor::page : BoxPlacement::Anchor::paragraph;
@@ -89,6 +91,7 @@ void WordPerfectWriter::closeFrame()
 {
     frameSize.reset();
     frameCentred = false;
+    frameAlone = false;
     framePlacement = BoxPlacement();
 }
 
@@ -129,6 +132,8 @@ void WordPerfectWriter::insertBinaryObject(const RVNGPropertyList &propList)
     }
     text(U"");
     writeImage(*raster, std::max(1, wpu(width)), std::max(1, wpu(height)));
+    if (frameAlone)
+        streams.back().lineAfterPicture = true;
     streams.back().lineHeights += std::max(1, wpu(height)); // a header's height, for the room below it
 }
 

@@ -386,7 +386,14 @@ void WordPerfectWriter::writeBlankLine(int height, bool closing)
     if (!restored.size)
         restored.size = 600;
     CharacterFormat blank = restored;
-    // The line spacing in force stretches the blank line as it does every other.
+    // The line spacing in force stretches the blank line as it does every other, but not the last
+    // line of a header (LibreOffice leaves it as its font sets it): that one is single spaced.
+    if (closing && stream.paragraph.lineSpacing != 0x10000) {
+        ParagraphFormat single = stream.paragraph;
+        single.lineSpacing = 0x10000;
+        writeParagraphFormat(stream.paragraph, single);
+        stream.paragraph = single;
+    }
     const double spacing = std::max(0.25, stream.paragraph.lineSpacing / 65536.0);
     blank.size = std::clamp(static_cast<int>(std::lround(height / lineToFont / spacing)), 100, 7200);
     // With no font chosen yet, the first one written is the document's own for libwpd.
@@ -488,7 +495,7 @@ void WordPerfectWriter::startParagraph(const RVNGPropertyList &propList, const s
     }
     stream.pendingStart = format;
     stream.paragraphContent = false;
-    stream.lineHeights += lineHeightOf(stream.written.size);
+    stream.lineAfterPicture = false;
     stream.paragraphCharacters = 0;
     startLine(page.left + format.leftIndent + format.firstLine);
     stream.started = true;
@@ -536,6 +543,10 @@ void WordPerfectWriter::closeParagraph()
     stream.pendingStart.reset();
     if (!onlyBoxes)
         ++stream.pendingReturns;
+    // The paragraph's line at the font it ended in, as its line spacing stretches it.
+    const double spacing = std::max(0.25, stream.paragraph.lineSpacing / 65536.0);
+    const int line = static_cast<int>(std::lround(lineHeightOf(stream.written.size) * spacing));
+    stream.lineHeights += line;
     if (stream.subDocument && !onlyBoxes) {
         // A header's long paragraph wraps: its further lines count towards the header's height,
         // at half an em a character.
@@ -544,7 +555,7 @@ void WordPerfectWriter::closeParagraph()
                                              stream.paragraph.rightIndent);
         const int lines = (stream.paragraphCharacters * em / 2 + width - 1) / width;
         if (lines > 1)
-            stream.lineHeights += (lines - 1) * lineHeightOf(stream.written.size);
+            stream.lineHeights += (lines - 1) * line;
     }
     if (stream.boxes.empty())
         return;
@@ -755,6 +766,13 @@ void WordPerfectWriter::text(std::u32string_view text)
             startLine(page.left + stream.paragraph.leftIndent);
             ++i;
             continue;
+        }
+        if (stream.lineAfterPicture) {
+            stream.lineAfterPicture = false;
+            stream.pendingBlanks.clear();
+            endLine();
+            writeLineBreak();
+            startLine(page.left + stream.paragraph.leftIndent);
         }
         if (!begun || !stream.pendingBlanks.empty()) {
             beginContent();

@@ -289,6 +289,7 @@ private:
         bool paragraphContent = false; // the same, in the open paragraph
         int lineHeights = 0;           // WPU, about: a line per paragraph at its font's size
         int paragraphCharacters = 0;   // in the open paragraph, for the lines it wraps into
+        bool lineAfterPicture = false; // a picture with no text beside it: the text goes below
     };
     // A stretch of one cell's text in the table's stream, with what was in force at either end:
     // the cells go out at the table's end, not always in the order they came.
@@ -425,6 +426,7 @@ private:
     std::vector<char> noteMarks;
     std::optional<std::pair<double, double>> frameSize; // inches, of the open frame
     bool frameCentred = false;
+    bool frameAlone = false; // no text beside the frame: its picture stands in a line of its own
     DocumentSummary documentSummary;
     std::string file;
 };
