@@ -868,9 +868,15 @@ TEST_P(OdtToWordPerfect, KeepsTheRoomBelowAHeader)
 // what the header's lines leave of its least height, each line at its own font and line spacing.
 TEST_P(OdtToWordPerfect, SizesTheRoomBelowAHeaderForItsLines)
 {
+    // Two lines of a serif face on the 6.5 in line: a wider guess would make it three.
+    std::string twoLines;
+    while (twoLines.size() < 165)
+        twoLines += "Words of the header. ";
+    twoLines.resize(165);
     const struct {
         const char *spacing, *size, *room;
         double points; // the blank line's height
+        std::string text = "head";
     } cases[] = {
         {"100%", "12pt", R"(fo:min-height="0in" fo:margin-bottom="0.4in")", 0.4 * 72},
         {"200%", "12pt", R"(fo:min-height="0in" fo:margin-bottom="0.4in")", 0.4 * 72},
@@ -878,6 +884,8 @@ TEST_P(OdtToWordPerfect, SizesTheRoomBelowAHeaderForItsLines)
          72 - 24 * 1.15},
         {"200%", "12pt", R"(fo:min-height="1in" fo:margin-bottom="0.1in" style:dynamic-spacing="true")",
          72 - 2 * 12 * 1.15},
+        {"100%", "12pt", R"(fo:min-height="1in" fo:margin-bottom="0.1in" style:dynamic-spacing="true")",
+         72 - 2 * 12 * 1.15, twoLines},
     };
     const auto number = [](const std::string &text, double fallback) {
         double value = fallback;
@@ -896,7 +904,7 @@ TEST_P(OdtToWordPerfect, SizesTheRoomBelowAHeaderForItsLines)
                 c.room + "/></style:header-style></style:page-layout>",
             p("body words"),
             R"(<style:master-page style:name="Standard" style:page-layout-name="pm"><style:header>)" +
-                p("head", "L") + "</style:header></style:master-page>"));
+                p(c.text, "L") + "</style:header></style:master-page>"));
         double height = 0, lineHeight = 0; // points; the blank line's line spacing, per cent
         for (const richtext::PageSpan &span : back.document.pageSpans)
             for (const richtext::HeaderFooter &part : span.headersAndFooters)

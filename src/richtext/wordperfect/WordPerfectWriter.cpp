@@ -549,11 +549,15 @@ void WordPerfectWriter::closeParagraph()
     stream.lineHeights += line;
     if (stream.subDocument && !onlyBoxes) {
         // A header's long paragraph wraps: its further lines count towards the header's height,
-        // at half an em a character.
+        // at half an em a character, a little less in a serif face.
         const int em = (stream.written.size ? stream.written.size : 600) / 3;
+        const std::string &font = stream.written.font;
+        const bool serif = font.empty() || font.find("Times") != std::string::npos ||
+                           font.find("Roman") != std::string::npos || font.find("Serif") != std::string::npos;
+        const int perCharacter = serif ? em * 9 / 20 : em / 2;
         const int width = std::max(1200, page.width - page.left - page.right - stream.paragraph.leftIndent -
                                              stream.paragraph.rightIndent);
-        const int lines = (stream.paragraphCharacters * em / 2 + width - 1) / width;
+        const int lines = (stream.paragraphCharacters * perCharacter + width - 1) / width;
         if (lines > 1)
             stream.lineHeights += (lines - 1) * line;
     }
