@@ -55,6 +55,7 @@ inline constexpr std::string_view cellShading = "table cell shading";
 inline constexpr std::string_view cellBorders = "table cell borders (every line drawn)";
 inline constexpr std::string_view comments = "comments";
 inline constexpr std::string_view equations = "equations";
+inline constexpr std::string_view drawings = "drawing shapes";
 } // namespace loss
 
 } // namespace richtext

@@ -280,7 +280,12 @@ void OdtContent::block(const xmlNode *element)
             sheet.resolve("section", styleName(element), "section-properties", currentScope)));
         blocks(element);
         sink.closeSection();
-    } else if (Xml::is(element, draw, "frame") || Xml::is(element, draw, "a")) {
+    } else if (OdtInline::isShape(element) && !OdtInline::holdsWords(element)) {
+        // A drawing anchored to the page, with no words: only a loss to report.
+        OdtInline pieces(*this, {});
+        pieces.element(element);
+    } else if (Xml::is(element, draw, "frame") || Xml::is(element, draw, "a") ||
+               OdtInline::isShape(element)) {
         // A frame anchored to the page stands outside any paragraph; give it one.
         sink.openParagraph({});
         OdtInline pieces(*this, {});

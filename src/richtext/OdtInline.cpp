@@ -6,6 +6,7 @@
 #include "OdtProperties.h"
 #include "XmlTree.h"
 
+#include <algorithm>
 #include <cstdlib>
 #include <functional>
 #include <cstring>
@@ -214,6 +215,8 @@ void OdtInline::element(const xmlNode *node)
         }
     } else if (Xml::is(node, draw, "frame")) {
         frame(node);
+    } else if (isShape(node)) {
+        shape(node);
     } else if (Xml::is(node, draw, "a") && content.enter()) {
         walk(node);
         content.leave();
@@ -325,6 +328,74 @@ void OdtInline::frame(const xmlNode *node)
         if (image(picture, properties))
             ignoreSpace = false;
     }
+}
+
+bool OdtInline::isShape(const xmlNode *node)
+{
+    if (std::strcmp(Xml::nameSpaceOf(node), draw) != 0)
+        return false;
+    static const char *const shapes[] = {
+        "custom-shape",    "rect", "ellipse",   "circle",  "line",    "polyline", "polygon",
+        "regular-polygon", "path", "connector", "caption", "measure", "g"};
+    const char *name = Xml::localName(node);
+    return std::any_of(std::begin(shapes), std::end(shapes),
+                       [name](const char *shape) { return std::strcmp(name, shape) == 0; });
+}
+
+bool OdtInline::holdsWords(const xmlNode *shape)
+{
+    for (const xmlNode *child : Xml::children(shape)) {
+        if (Xml::is(child, text, "p") || Xml::is(child, text, "h") || Xml::is(child, text, "list") ||
+            Xml::is(child, table, "table"))
+            return true;
+        if (Xml::is(shape, draw, "g") && isShape(child) && holdsWords(child))
+            return true;
+    }
+    return false;
+}
+
+// A drawing shape: its text (Word's text boxes come as shapes) stands in a text box of the shape's
+// size and place; the drawing itself is for a writer that draws, and the others report it lost.
+void OdtInline::shape(const xmlNode *node)
+{
+    librevenge::RVNGTextInterface &out = content.output();
+    flush();
+    if (Xml::is(node, draw, "g")) {
+        if (content.enter()) {
+            for (const xmlNode *child : Xml::children(node))
+                if (isShape(child))
+                    shape(child);
+            content.leave();
+        }
+        return;
+    }
+    const bool words = holdsWords(node);
+    RVNGPropertyList drawn;
+    for (const char *name : {"svg:x", "svg:y", "svg:width", "svg:height"})
+        if (const auto value = Xml::attribute(node, svg, name + 4))
+            drawn.insert(name, value->c_str());
+    // A shape with words draws a frame behind them: the text box stands for both.
+    if (!words || !Xml::is(node, draw, "custom-shape"))
+        Xml::is(node, draw, "rect")                                       ? out.drawRectangle(drawn)
+        : Xml::is(node, draw, "ellipse") || Xml::is(node, draw, "circle") ? out.drawEllipse(drawn)
+                                                                          : out.drawPath(drawn);
+    if (!words)
+        return;
+    OdfProperties odf =
+        content.styles().resolve("graphic", Xml::attribute(node, draw, "style-name").value_or(""),
+                                 "graphic-properties", content.scope());
+    for (auto &[name, value] : Xml::attributes(node))
+        odf[name] = value;
+    ensureSpan();
+    out.openFrame(OdtProperties::frame(odf));
+    out.openTextBox({});
+    if (content.enter()) {
+        content.blocks(node);
+        content.leave();
+    }
+    out.closeTextBox();
+    out.closeFrame();
+    ignoreSpace = false;
 }
 
 bool OdtInline::image(const xmlNode *node, const RVNGPropertyList &frame)

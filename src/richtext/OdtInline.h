@@ -25,6 +25,10 @@ public:
     void finish();
     // A heading's number before its text, then what ODF says follows it ("listtab", "space", "nothing").
     void label(const std::string &text, const std::string &followedBy);
+    // A drawing shape or group of them (not a frame).
+    static bool isShape(const xmlNode *node);
+    // Whether a shape, or a shape in a group, holds words.
+    static bool holdsWords(const xmlNode *shape);
 
 private:
     void characters(const char *text);
@@ -35,6 +39,7 @@ private:
     void note(const xmlNode *node);
     void deleted(const xmlNode *node);
     void frame(const xmlNode *node);
+    void shape(const xmlNode *node);
     bool image(const xmlNode *node, const librevenge::RVNGPropertyList &frame);
     void field(const char *type, const xmlNode *node);
 

@@ -95,6 +95,7 @@ public:
     void closeFrame() override { frame.clear(); }
     void insertBinaryObject(const librevenge::RVNGPropertyList &propList) override;
     void insertEquation(const librevenge::RVNGPropertyList &) override { lost.add(loss::equations); }
+    void shapeLost() override { lost.add(loss::drawings); }
 
 private:
     // A stretch of text that holds paragraphs: the body, a header, a note, a cell.

@@ -7,7 +7,7 @@ namespace richtext {
 // The text interface without its drawing calls: our writers and the model
 // builder carry text, tables and pictures, and a drawing libwpd or our readers
 // hand over (a group of shapes) has no place in them, so they are left out here
-// once instead of in each of them. So are the calls that only announce (the
+// once instead of in each of them; each shape is one shapeLost(). So are the calls that only announce (the
 // document's start, embedded fonts, named styles): every open call brings the
 // properties in force, which is all any of them reads.
 class TextOnlyInterface : public librevenge::RVNGTextInterface {
@@ -24,12 +24,16 @@ public:
     void openGroup(const librevenge::RVNGPropertyList &) override {}
     void closeGroup() override {}
     void defineGraphicStyle(const librevenge::RVNGPropertyList &) override {}
-    void drawRectangle(const librevenge::RVNGPropertyList &) override {}
-    void drawEllipse(const librevenge::RVNGPropertyList &) override {}
-    void drawPolygon(const librevenge::RVNGPropertyList &) override {}
-    void drawPolyline(const librevenge::RVNGPropertyList &) override {}
-    void drawPath(const librevenge::RVNGPropertyList &) override {}
-    void drawConnector(const librevenge::RVNGPropertyList &) override {}
+    void drawRectangle(const librevenge::RVNGPropertyList &) override { shapeLost(); }
+    void drawEllipse(const librevenge::RVNGPropertyList &) override { shapeLost(); }
+    void drawPolygon(const librevenge::RVNGPropertyList &) override { shapeLost(); }
+    void drawPolyline(const librevenge::RVNGPropertyList &) override { shapeLost(); }
+    void drawPath(const librevenge::RVNGPropertyList &) override { shapeLost(); }
+    void drawConnector(const librevenge::RVNGPropertyList &) override { shapeLost(); }
+
+protected:
+    // A shape these writers cannot draw: a writer that reports what it loses says so.
+    virtual void shapeLost() {}
 };
 
 } // namespace richtext

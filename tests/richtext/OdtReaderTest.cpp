@@ -583,4 +583,23 @@ TEST(OdtReader, ReadsLinksFieldsAndPictures)
     EXPECT_EQ(texts(document)[0], "a link end 1 May 2000") << "a field shows its value";
 }
 
+// Word's text boxes reach us as drawing shapes: their words are a text box's, grouped or not; a shape
+// without words holds none.
+TEST(OdtReader, ReadsTheWordsOfDrawingShapesAsTextBoxes)
+{
+    const Odt odt{.body = R"(<text:p>before <draw:rect svg:width="1in" svg:height="1in"/><draw:custom-shape
+        text:anchor-type="char" svg:width="2in" svg:height="1in"><text:p>shaped words</text:p><draw:enhanced-geometry
+        svg:viewBox="0 0 0 0"/></draw:custom-shape><draw:g><draw:ellipse svg:width="1in" svg:height="1in"/>
+        <draw:custom-shape svg:width="1in" svg:height="1in"><text:p>grouped words</text:p></draw:custom-shape>
+        </draw:g> after</text:p>)"};
+    const richtext::Document document = readOdt(odt.flat());
+    std::vector<std::string> boxes;
+    for (const Inline &piece : document.paragraphs().at(0)->content)
+        if (piece.kind == Inline::Kind::textBox && piece.content && !piece.content->empty())
+            if (const richtext::Paragraph *paragraph = piece.content->front().paragraph())
+                boxes.push_back(paragraph->text());
+    EXPECT_EQ(boxes, (std::vector<std::string>{"shaped words", "grouped words"}));
+    EXPECT_EQ(texts(document)[0], "before  after");
+}
+
 } // namespace

@@ -124,6 +124,14 @@ const Case cases[] = {
      " words</text:p>",
      {loss::comments},
      {loss::comments}},
+    // A shape's words (Word's text boxes come as shapes) stay, in a text box; the drawing is lost.
+    {"DrawingShapes",
+     "",
+     R"(<text:p>before <draw:rect svg:width="1in" svg:height="1in"/><draw:custom-shape
+     text:anchor-type="char" svg:width="2in" svg:height="1in"><text:p>shaped words</text:p></draw:custom-shape>
+     after</text:p>)",
+     {loss::drawings},
+     {loss::drawings, loss::textBoxes}},
     {"HiraganaAndKanji",
      "",
      "<text:p>\u3072\u3089\u304C\u306A \u6F22\u5B57</text:p>",

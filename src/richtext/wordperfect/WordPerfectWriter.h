@@ -250,6 +250,7 @@ protected:
     virtual std::string assemble(const std::string &document) = 0;
     // The version has no code libwpd reads for something the document holds.
     void lose(std::string_view kind) { lost.add(kind); }
+    void shapeLost() override { lose(loss::drawings); }
 
 private:
     struct Stream {
