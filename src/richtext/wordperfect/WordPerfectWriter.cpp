@@ -107,6 +107,17 @@ void WordPerfectWriter::endContainer()
 {
     // The cell or note ends its last paragraph itself; only the empty ones before it need an HRt.
     Stream &stream = streams.back();
+    if (!writesParagraphSpacing() && tables.size() == 1 && stream.spacingAt && stream.pendingReturns > 0 &&
+        stream.spacingBelow + stream.spacingOwed >= 60) {
+        // A cell is as tall as its last paragraph's space below, as in word processors: without a
+        // code for that space, a blank line as high ends the cell.
+        const int room = stream.spacingBelow + stream.spacingOwed;
+        stream.spacingAt.reset();
+        stream.spacingOwed = 0;
+        writeBlankLine(room, true);
+        closeAttributes();
+        return;
+    }
     if (stream.pendingReturns > 0)
         --stream.pendingReturns;
     settleSpacing(0);
