@@ -204,12 +204,41 @@ void WordPerfectWriter::beginCell(const CellShape &shape)
     table.firstInRow = false;
     streams.back().paragraph = ParagraphFormat();
     streams.back().pendingReturns = 0;
+    streams.back().lineHeights = 0;
     startPart(cell.text);
     table.cells.push_back(cell);
 }
 
 void WordPerfectWriter::endCell()
 {
+    Stream &stream = streams.back();
+    if (!writesParagraphSpacing() && inCellStream() && tables.back().cells.back().inner < 0) {
+        // A row is as tall as its cells' last paragraph space and at least its own height, as in
+        // word processors: 5.1 has neither code, so a blank line makes up the room. That height
+        // holds the cell's margins above and below its text, about 0.08 in together; the text's own
+        // height is a guess, good to about a line, so only a row well above its text is made up.
+        const CellShape &cell = tables.back().cells.back().shape;
+        const int below = stream.spacingAt ? stream.spacingBelow + stream.spacingOwed : 0;
+        int least =
+            cell.rowSpan == 1 && !cell.coveredFromAbove ? cell.rowHeight - 94 - stream.lineHeights : 0;
+        if (least < 240)
+            least = 0;
+        const int room = std::max(below, least);
+        if (room >= 60 && (stream.pendingReturns > 0 || !stream.content)) {
+            stream.spacingAt.reset();
+            stream.spacingOwed = 0;
+            CharacterFormat restored = stream.written;
+            if (restored.font.empty())
+                restored.font = "Times New Roman";
+            if (!restored.size)
+                restored.size = 600;
+            writeBlankLine(room, true);
+            // The next cell's text takes the font it had before, not the blank line's.
+            writeFont(restored);
+            stream.written.font = restored.font;
+            stream.written.size = restored.size;
+        }
+    }
     endContainer();
     resetParagraphFormat();
     if (tables.empty() || tables.back().cells.empty())

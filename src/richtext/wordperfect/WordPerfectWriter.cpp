@@ -107,17 +107,6 @@ void WordPerfectWriter::endContainer()
 {
     // The cell or note ends its last paragraph itself; only the empty ones before it need an HRt.
     Stream &stream = streams.back();
-    if (!writesParagraphSpacing() && tables.size() == 1 && stream.spacingAt && stream.pendingReturns > 0 &&
-        stream.spacingBelow + stream.spacingOwed >= 60) {
-        // A cell is as tall as its last paragraph's space below, as in word processors: without a
-        // code for that space, a blank line as high ends the cell.
-        const int room = stream.spacingBelow + stream.spacingOwed;
-        stream.spacingAt.reset();
-        stream.spacingOwed = 0;
-        writeBlankLine(room, true);
-        closeAttributes();
-        return;
-    }
     if (stream.pendingReturns > 0)
         --stream.pendingReturns;
     settleSpacing(0);
@@ -397,6 +386,8 @@ void WordPerfectWriter::writeBlankLine(int height, bool closing)
     if (!restored.size)
         restored.size = 600;
     CharacterFormat blank = restored;
+    if (inCellStream())
+        stream.lineHeights += height;
     // The line spacing in force stretches the blank line as it does every other.
     const double spacing = std::max(0.25, stream.paragraph.lineSpacing / 65536.0);
     blank.size = std::clamp(static_cast<int>(std::lround(height / lineToFont / spacing)), 100, 7200);
@@ -499,7 +490,8 @@ void WordPerfectWriter::startParagraph(const RVNGPropertyList &propList, const s
     }
     stream.pendingStart = format;
     stream.paragraphContent = false;
-    stream.lineHeights += lineHeightOf(stream.written.size);
+    if (!inCellStream())
+        stream.lineHeights += lineHeightOf(stream.written.size);
     stream.paragraphCharacters = 0;
     startLine(page.left + format.leftIndent + format.firstLine);
     stream.started = true;
@@ -552,6 +544,21 @@ void WordPerfectWriter::closeParagraph()
         const int lines = (stream.paragraphCharacters * em / 2 + width - 1) / width;
         if (lines > 1)
             stream.lineHeights += (lines - 1) * lineHeightOf(stream.written.size);
+    } else if (inCellStream()) {
+        // A cell's paragraph wraps in the cell's width, at half an em a character, in the font it
+        // ends in: the cell's height, for a row's least height.
+        const OpenTable &table = tables.back();
+        const CellShape &cell = table.cells.back().shape;
+        int width = 0;
+        for (int column = cell.column;
+             column < cell.column + cell.columnSpan && column < static_cast<int>(table.widths.size());
+             ++column)
+            width += table.widths[static_cast<std::size_t>(column)];
+        width = std::max(600, width - 166 - stream.paragraph.leftIndent - stream.paragraph.rightIndent);
+        const int em = (stream.written.size ? stream.written.size : 600) / 3;
+        const int lines = std::max(1, (stream.paragraphCharacters * em / 2 + width - 1) / width);
+        stream.lineHeights += static_cast<int>(std::lround(lines * lineHeightOf(stream.written.size) *
+                                                           (stream.paragraph.lineSpacing / 65536.0)));
     }
     if (stream.boxes.empty())
         return;

@@ -169,6 +169,12 @@ protected:
     bool inSubDocument() const { return streams.back().subDocument; }
     // Writing a table's cells (or a table flattened into one of them).
     bool inTable() const { return !tables.empty(); }
+    // Writing the cells of a table that stands in the text, not in another table's cell.
+    bool inCellStream() const
+    {
+        return tables.size() == 1 && tables.back().stream == streams.size() && !tables.back().degraded &&
+               !tables.back().cells.empty();
+    }
     const DocumentSummary &summary() const { return documentSummary; }
     // WordPerfect's own tab stops, every half inch from the paper's edge across the page, measured
     // from the margin.
