@@ -53,6 +53,14 @@ std::string cell(const std::string &content)
     return "<table:table-cell>" + content + "</table:table-cell>";
 }
 
+// A cell of style LINED, which draws its lines: a table of one column without any is its paragraphs
+// in 5.1.
+const std::string linedCell = style("LINED", "table-cell", R"(fo:border="0.5pt solid #000000")");
+std::string lined(const std::string &content)
+{
+    return "<table:table-cell table:style-name=\"LINED\">" + content + "</table:table-cell>";
+}
+
 TEST_P(OdtToWordPerfect, KeepsEveryCharacterAttribute)
 {
     const auto back = convert(
@@ -518,9 +526,9 @@ TEST_P(OdtToWordPerfect, PlacesATableWhereItsAlignmentAndMarginSay)
     for (const auto &c : cases) {
         SCOPED_TRACE(c.tableProperties);
         const auto back = convert(flatOdt(
-            style("T", "table", std::string(R"(style:width="3in" )") + c.tableProperties),
+            linedCell + style("T", "table", std::string(R"(style:width="3in" )") + c.tableProperties),
             R"(<table:table table:name="t" table:style-name="T"><table:table-column/><table:table-row>)" +
-                cell(p("x")) + "</table:table-row></table:table>"));
+                lined(p("x")) + "</table:table-row></table:table>"));
         const auto tables = back.document.tables();
         ASSERT_EQ(tables.size(), 1u);
         EXPECT_EQ(property(tables[0]->properties, "table:align"), c.align);
@@ -558,9 +566,10 @@ TEST_P(OdtToWordPerfect, KeepsAnEmptyParagraphsFontSize)
     const std::string lines = p("large", "L") + p("", "S") + p("small", "S");
     for (const bool inCell : {false, true}) {
         SCOPED_TRACE(inCell ? "in a cell" : "in the text");
-        const auto back = convert(
-            flatOdt(styles, inCell ? R"(<table:table table:name="t"><table:table-column/><table:table-row>)" +
-                                         cell(lines) + "</table:table-row></table:table>"
+        const auto back =
+            convert(flatOdt(linedCell + styles,
+                            inCell ? R"(<table:table table:name="t"><table:table-column/><table:table-row>)" +
+                                         lined(lines) + "</table:table-row></table:table>"
                                    : lines));
         const auto tables = back.document.tables();
         ASSERT_EQ(tables.size(), inCell ? 1u : 0u);
@@ -964,31 +973,46 @@ TEST_P(OdtToWordPerfect, KeepsAWideBoxAsFarDownAsItStood)
     EXPECT_EQ(property(paragraphs[1]->properties, "fo:margin-bottom"), "0.0000in");
 }
 
-// A table in a wide box centred across the text (a cover's title block) takes the box's width, and
-// stays centred where 5.1 writes the box's words after its paragraph.
+// A table in a wide box centred across the text (a cover's title block) takes the box's width; in
+// 5.1, which writes the box's words after its paragraph and draws every line of a cell, a column of
+// cells with no line is its paragraphs where its text stood, and one with lines stays a centred table.
 TEST_P(OdtToWordPerfect, GivesATableInACentredBoxTheBoxWidth)
 {
-    const auto back = convert(flatOdt(
-        style("fr", "graphic", R"(style:horizontal-pos="center" style:horizontal-rel="page-content")") +
-            style("T", "table", R"(style:rel-width="100%")"),
-        R"(<text:p><draw:frame draw:style-name="fr" text:anchor-type="paragraph" svg:width="5in"><draw:text-box>
-        <table:table table:style-name="T"><table:table-column/><table:table-row><table:table-cell><text:p>title</text:p>
-        </table:table-cell></table:table-row></table:table></draw:text-box></draw:frame></text:p>)"));
-    const richtext::Table *table = nullptr;
-    if (wp6()) {
-        const richtext::Inline *box = onlyTextBox(back.document);
-        ASSERT_NE(box, nullptr);
-        ASSERT_TRUE(box->content);
-        for (const richtext::Block &block : *box->content)
-            if (!table)
-                table = block.table();
-    } else if (const auto tables = back.document.tables(); tables.size() == 1) {
-        table = tables[0];
-        EXPECT_EQ(property(table->properties, "table:align"), "center");
+    for (const bool withLines : {true, false}) {
+        SCOPED_TRACE(withLines ? "with lines" : "without lines");
+        const std::string title = withLines ? lined(p("title")) : cell(p("title"));
+        const auto back = convert(flatOdt(
+            linedCell +
+                style("fr", "graphic",
+                      R"(style:horizontal-pos="center" style:horizontal-rel="page-content")") +
+                style("T", "table", R"(style:rel-width="100%")"),
+            R"(<text:p><draw:frame draw:style-name="fr" text:anchor-type="paragraph" svg:width="5in"><draw:text-box>
+        <table:table table:style-name="T"><table:table-column/><table:table-row>)" +
+                title + "</table:table-row><table:table-row>" + title +
+                R"(</table:table-row></table:table></draw:text-box></draw:frame></text:p>)"));
+        const richtext::Table *table = nullptr;
+        if (wp6()) {
+            const richtext::Inline *box = onlyTextBox(back.document);
+            ASSERT_NE(box, nullptr);
+            ASSERT_TRUE(box->content);
+            for (const richtext::Block &block : *box->content)
+                if (!table)
+                    table = block.table();
+        } else if (const auto tables = back.document.tables(); !withLines) {
+            EXPECT_TRUE(tables.empty());
+            const richtext::Paragraph *paragraph = wptest::paragraphWith(back.document, "title");
+            ASSERT_NE(paragraph, nullptr);
+            // As far in as the cell's text: half the room beside the box and the cell's margin.
+            EXPECT_NEAR(std::stod(property(paragraph->properties, "fo:margin-left")), 0.75 + 0.07, 0.01);
+            continue;
+        } else if (tables.size() == 1) {
+            table = tables[0];
+            EXPECT_EQ(property(table->properties, "table:align"), "center");
+        }
+        ASSERT_NE(table, nullptr);
+        ASSERT_EQ(table->columnWidths.size(), 1u);
+        EXPECT_NEAR(table->columnWidths[0], 5.0, 0.01);
     }
-    ASSERT_NE(table, nullptr);
-    ASSERT_EQ(table->columnWidths.size(), 1u);
-    EXPECT_NEAR(table->columnWidths[0], 5.0, 0.01);
 }
 
 // A text box anchored to its paragraph or page keeps its place there in WordPerfect 6: its offset

@@ -340,8 +340,8 @@ void WordPerfectWriter::closeTable()
         return;
     }
     const std::string body = popStream(false); // the table's cells are part of the text
-    writeTable(table, body);
     streams.back().pendingReturns = 0;
+    writeTable(table, body);
 }
 
 namespace {
@@ -563,6 +563,48 @@ void WordPerfectWriter::writeTable(const OpenTable &table, const std::string &bo
     std::vector<GridCell> &cells = grid.cells;
     const int gridRows = grid.rows;
     const int gridColumns = static_cast<int>(grid.widths.size());
+    if (!writesCellBorders() && gridColumns == 1 && table.inner.empty() &&
+        std::none_of(cells.begin(), cells.end(),
+                     [](const GridCell &cell) { return cell.shape.borders & 0x0C; })) {
+        // Where readers draw every line of every cell, a column of cells with no line above or
+        // below them (a cover's title block, perhaps with a rule beside it) is the paragraphs it
+        // holds, which look as it does but for such a rule. Each cell's text starts and ends with
+        // the paragraph format the text around the table has.
+        if (std::any_of(cells.begin(), cells.end(),
+                        [](const GridCell &cell) { return cell.shape.borders != 0; }))
+            lose(loss::cellBorders);
+        // The paragraphs stand where the cells' text stood: in from the table's edges by the
+        // cell's margin.
+        const int textWidth = page.width - page.left - page.right;
+        const int tableWidth = std::accumulate(grid.widths.begin(), grid.widths.end(), 0);
+        int left = 0;
+        if (table.position == 2)
+            left = (textWidth - tableWidth) / 2;
+        else if (table.position == 1)
+            left = textWidth - tableWidth;
+        else if (table.position == 4)
+            left = table.leftOffset - page.left;
+        constexpr int cellMargin = 0x53;
+        ParagraphFormat inside;
+        inside.leftIndent = std::max(0, left + cellMargin);
+        inside.rightIndent = std::max(0, textWidth - left - tableWidth + cellMargin);
+        writeParagraphFormat(ParagraphFormat(), inside);
+        CharacterFormat format = streams.back().written;
+        int spacing = streams.back().spacingInForce;
+        for (std::size_t i = 0; i < cells.size(); ++i) {
+            if (i > 0)
+                writeHardReturn();
+            for (const TablePart *text : cells[i].texts) {
+                if (text)
+                    writePart(*text, body, format, spacing);
+            }
+        }
+        writeParagraphFormat(inside, ParagraphFormat());
+        streams.back().written = format;
+        streams.back().spacingInForce = spacing;
+        streams.back().pendingReturns = 1;
+        return;
+    }
 
     // Between a table inside a cell and the room around it, a line shows when either cell has it;
     // libwpd takes the upper or left cell's word for it, so both get it.

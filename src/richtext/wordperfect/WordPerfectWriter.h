@@ -219,6 +219,8 @@ protected:
     virtual bool writesParagraphSpacing() const { return false; }
     // Cells show their fill colour where the version has a code libwpd reads.
     virtual bool writesCellFills() const { return true; }
+    // Cells show only the lines they have, where the version has a code libwpd reads.
+    virtual bool writesCellBorders() const { return true; }
     virtual void writeParagraphSpacing(int) {}
     // At the start of every paragraph, after its format: for what a format holds only per paragraph.
     virtual void writeParagraphStart(const ParagraphFormat &) {}
