@@ -1015,6 +1015,33 @@ TEST_P(OdtToWordPerfect, GivesATableInACentredBoxTheBoxWidth)
     }
 }
 
+// A form's heading row and the empty room beside its boxes show no line: 5.1, whose cells show every
+// line, sets the heading above the table and leaves the room out, the boxes where they stood.
+TEST_P(OdtToWordPerfect, LeavesALinelessHeadingAndRoomOutOfA51Table)
+{
+    const auto back = convert(flatOdt(
+        linedCell,
+        R"(<table:table table:name="t"><table:table-column table:number-columns-repeated="3"/><table:table-row>
+        <table:table-cell table:number-columns-spanned="3">)" +
+            p("heading") + R"(</table:table-cell><table:covered-table-cell/><table:covered-table-cell/>
+        </table:table-row><table:table-row>)" +
+            cell(p("")) + lined(p("date")) + lined(p("number")) + "</table:table-row></table:table>" +
+            p("after")));
+    const auto tables = back.document.tables();
+    ASSERT_EQ(tables.size(), 1u);
+    if (wp6()) {
+        EXPECT_EQ(tables[0]->rows.size(), 2u);
+        EXPECT_EQ(tables[0]->columnWidths.size(), 3u);
+        return;
+    }
+    EXPECT_EQ(wptest::texts(back.document), (Strings{"heading", "date", "number", "after"}));
+    ASSERT_EQ(tables[0]->rows.size(), 1u);
+    ASSERT_EQ(tables[0]->columnWidths.size(), 2u);
+    // The boxes stay a third of the text's width in from the margin (the table's own 0.07 in pulls
+    // its text back to the margin).
+    EXPECT_NEAR(std::stod(property(tables[0]->properties, "fo:margin-left")), 6.5 / 3 - 0.07, 0.02);
+}
+
 // A text box anchored to its paragraph or page keeps its place there in WordPerfect 6: its offset
 // from the paragraph (across from the margin) or from the paper's edges, or centred.
 TEST_P(OdtToWordPerfect, KeepsWhereATextBoxStands)

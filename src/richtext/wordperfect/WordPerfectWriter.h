@@ -303,6 +303,10 @@ private:
         bool content = false; // any text, picture, note or field
         bool open = false;
         bool contentAround = false; // the stream's, before it began
+        // Where its text ends, before the codes that put the paragraph format back, and the format
+        // those codes leave: readers end a paragraph at a change of alignment.
+        std::size_t textEnd = std::string::npos;
+        ParagraphFormat paragraphAtEnd;
     };
     struct RecordedCell {
         CellShape shape;
