@@ -578,6 +578,11 @@ void WordPerfectWriter::closeParagraph()
     stream.boxes.clear();
     stream.boxDrops.clear();
     stream.pendingReturns = 1; // the last box's paragraph ends like any other
+    // The words of a box that stood beside the text take the room of the space below: what
+    // follows stays about where it stood.
+    if (!writesParagraphSpacing())
+        stream.spacingOwed -= stream.boxesBeside;
+    stream.boxesBeside = 0;
 }
 
 void WordPerfectWriter::openSpan(const RVNGPropertyList &propList)
@@ -1040,6 +1045,7 @@ void WordPerfectWriter::closeTextBox()
     resetParagraphFormat();
     const bool content = streams.back().content;
     const bool opensParagraph = !streams[streams.size() - 2].paragraphContent;
+    const int lines = streams.back().lineHeights;
     const std::string body = popStream();
     const auto size = boxSizes.back();
     boxSizes.pop_back();
@@ -1075,6 +1081,8 @@ void WordPerfectWriter::closeTextBox()
     lose(loss::textBoxes);
     streams.back().boxes.push_back(body);
     streams.back().boxDrops.push_back(opensParagraph && boxDepth == 0 && !inSubDocument() ? where.drop : 0);
+    if (where.anchor != BoxPlacement::Anchor::character)
+        streams.back().boxesBeside += lines;
 }
 
 void WordPerfectWriter::resetParagraphFormat()

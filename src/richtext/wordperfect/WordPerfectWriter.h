@@ -266,6 +266,7 @@ private:
         bool subDocument = false;       // a note, header or footer body
         std::vector<std::string> boxes; // text boxes anchored in the open paragraph
         std::vector<int> boxDrops;      // how far below the paragraph's top each stood, WPU
+        int boxesBeside = 0;            // WPU, about, of their text that stood beside the text
         // Where the line's text stands, as far as tabs need to know: the last tab's stop (from the
         // paper's edge) and alignment, or the line's start, and the characters written since.
         int lineAt = 0;
