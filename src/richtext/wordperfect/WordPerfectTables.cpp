@@ -217,13 +217,16 @@ void WordPerfectWriter::endCell()
     Stream &stream = streams.back();
     if (!writesParagraphSpacing() && inCellStream() && tables.back().cells.back().inner < 0) {
         // A row is as tall as its cells' last paragraph space and at least its own height, as in
-        // word processors: 5.1 has neither code, so a blank line makes up the room. That height
-        // holds the cell's margins above and below its text, about 0.08 in together; the text's own
-        // height is a guess, good to about a line, so only a row well above its text is made up.
+        // word processors: 5.1 has neither code, so a blank line makes up the room. The cell's
+        // margins above and below its text, about 0.08 in together, give part of either; the
+        // text's own height is a guess, good to about a line, so only a row well above its text is
+        // made up.
+        constexpr int cellMargins = 94;
         const CellShape &cell = tables.back().cells.back().shape;
-        const int below = stream.spacingAt ? stream.spacingBelow + stream.spacingOwed : 0;
-        int least =
-            cell.rowSpan == 1 && !cell.coveredFromAbove ? cell.rowHeight - 94 - stream.lineHeights : 0;
+        const int below = stream.spacingAt ? stream.spacingBelow + stream.spacingOwed - cellMargins : 0;
+        int least = cell.rowSpan == 1 && !cell.coveredFromAbove
+                        ? cell.rowHeight - cellMargins - stream.lineHeights
+                        : 0;
         if (least < 240)
             least = 0;
         const int room = std::max(below, least);
