@@ -729,6 +729,32 @@ TEST_P(OdtToWordPerfect, GathersSmallSpacesIntoABlankLine)
     EXPECT_EQ(inCell, gathered); // not owing the first cell's space
 }
 
+// 5.1 keeps a box's words after its paragraph; those of a box that stood beside the text take the
+// room of the space below, so what follows stays about where it stood. A box in the line took its
+// room in the source too.
+TEST_P(OdtToWordPerfect, SetsTheWordsOfABoxBesideTheTextInTheSpaceBelow)
+{
+    if (wp6())
+        GTEST_SKIP() << "WordPerfect 6 writes the box";
+    auto blankLine = [&](const char *anchor) {
+        const auto back =
+            convert(flatOdt(style("S", "paragraph", R"(fo:margin-bottom="0.5in")"),
+                            std::string(R"(<text:p text:style-name="S"><draw:frame text:anchor-type=")") +
+                                anchor + R"(" svg:width="2in" svg:height="1in"><draw:text-box>
+            <text:p>box words</text:p></draw:text-box></draw:frame>anchor</text:p>)" +
+                                p("next")));
+        const Strings texts = wptest::texts(back.document);
+        EXPECT_EQ(texts, (Strings{"anchor", "box words", "\u00A0", "next"})) << anchor;
+        const richtext::Inline *blank = wptest::pieceWith(back.document, "\u00A0");
+        return blank ? std::stod(property(blank->style, "fo:font-size")) : 0.0;
+    };
+    const double inLine = blankLine("as-char");
+    const double beside = blankLine("paragraph");
+    // Half an inch of room is a blank line of about 31 points; a line of the box's words, about 12.
+    EXPECT_NEAR(inLine, 31, 2);
+    EXPECT_NEAR(beside, 31 - 12, 2);
+}
+
 // The space above a paragraph that a hard break puts at a page's top stays, as Word and Writer keep
 // it: an empty line as high, with no space of its own after it. Without the break it is the space
 // between the paragraphs.
