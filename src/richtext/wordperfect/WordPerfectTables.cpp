@@ -583,7 +583,9 @@ void WordPerfectWriter::writeTable(const OpenTable &table, const std::string &bo
         // left out where it holds nothing, than boxed in a grid.
         const int textWidth = page.width - page.left - page.right;
         const int tableWidth = std::accumulate(grid.widths.begin(), grid.widths.end(), 0);
-        int left = 0; // the table's left edge, from the margin
+        // The table's left edge, from the margin; readers pull a table at the margin out by its
+        // gutter (0.075 in), so that its text lines up with the margin.
+        int left = -90;
         if (table.position == 2)
             left = (textWidth - tableWidth) / 2;
         else if (table.position == 1)
@@ -711,12 +713,8 @@ void WordPerfectWriter::writeTable(const OpenTable &table, const std::string &bo
             gridRows -= firstRow;
             gridColumns = endColumn - firstColumn;
             if (firstColumn > 0 || endColumn < static_cast<int>(edges.size()) - 1) {
-                // Where the kept columns stood; readers pull a table at the margin out by its gutter
-                // (0.075 in), so that its text lines up with the margin.
-                position = 4;
-                leftOffset = page.left + left + edges[static_cast<std::size_t>(firstColumn)] -
-                             (table.position == 0 ? 90 : 0);
-                leftOffset = std::max(0, leftOffset);
+                position = 4; // where the kept columns stood
+                leftOffset = std::max(0, page.left + left + edges[static_cast<std::size_t>(firstColumn)]);
             }
         }
         writeParagraphFormat(inForce, ParagraphFormat());
