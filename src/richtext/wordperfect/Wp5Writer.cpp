@@ -186,8 +186,8 @@ int Wp5Writer::fontNumber(const CharacterFormat &format)
 
 void Wp5Writer::writeFont(const CharacterFormat &format)
 {
-    // libwpd reads whole points, cutting off the rest: the nearest whole point keeps a page of
-    // 10.5 or 11.5 point text, and the blank lines that space it, as long as it was.
+    // libwpd reads whole points, cutting off the rest: the nearest whole point, not the one below,
+    // keeps the blank lines that space a page (and its text, on average) as tall as they were.
     CharacterFormat rounded = format;
     rounded.size = std::max(50, (format.size + 25) / 50 * 50);
     std::string data(30, '\0');
