@@ -386,6 +386,8 @@ void WordPerfectWriter::writeBlankLine(int height, bool closing)
     if (!restored.size)
         restored.size = 600;
     CharacterFormat blank = restored;
+    if (inCellStream())
+        stream.lineHeights += height;
     // The line spacing in force stretches the blank line as it does every other, but not the last
     // line of a header (LibreOffice leaves it as its font sets it): that one is single spaced.
     if (closing && stream.paragraph.lineSpacing != 0x10000) {
@@ -546,7 +548,8 @@ void WordPerfectWriter::closeParagraph()
     // The paragraph's line at the font it ended in, as its line spacing stretches it.
     const double spacing = std::max(0.25, stream.paragraph.lineSpacing / 65536.0);
     const int line = static_cast<int>(std::lround(lineHeightOf(stream.written.size) * spacing));
-    stream.lineHeights += line;
+    if (!inCellStream()) // a cell counts the lines its paragraph wraps into, below
+        stream.lineHeights += line;
     if (stream.subDocument && !onlyBoxes) {
         // A header's long paragraph wraps: its further lines count towards the header's height,
         // at half an em a character, a little less in a serif face.
@@ -560,6 +563,20 @@ void WordPerfectWriter::closeParagraph()
         const int lines = (stream.paragraphCharacters * perCharacter + width - 1) / width;
         if (lines > 1)
             stream.lineHeights += (lines - 1) * line;
+    } else if (inCellStream()) {
+        // A cell's paragraph wraps in the cell's width, at half an em a character, in the font it
+        // ends in: the cell's height, for a row's least height.
+        const OpenTable &table = tables.back();
+        const CellShape &cell = table.cells.back().shape;
+        int width = 0;
+        for (int column = cell.column;
+             column < cell.column + cell.columnSpan && column < static_cast<int>(table.widths.size());
+             ++column)
+            width += table.widths[static_cast<std::size_t>(column)];
+        width = std::max(600, width - 166 - stream.paragraph.leftIndent - stream.paragraph.rightIndent);
+        const int em = (stream.written.size ? stream.written.size : 600) / 3;
+        const int lines = std::max(1, (stream.paragraphCharacters * em / 2 + width - 1) / width);
+        stream.lineHeights += lines * line;
     }
     if (stream.boxes.empty())
         return;
@@ -581,6 +598,11 @@ void WordPerfectWriter::closeParagraph()
     stream.boxDrops.clear();
     stream.pendingReturns = 1; // the last box's paragraph ends like any other
     stream.paragraphContent = true;
+    // The words of a box that stood beside the text take the room of the space below: what
+    // follows stays about where it stood.
+    if (!writesParagraphSpacing())
+        stream.spacingOwed -= stream.boxesBeside;
+    stream.boxesBeside = 0;
 }
 
 void WordPerfectWriter::openSpan(const RVNGPropertyList &propList)
@@ -1063,6 +1085,7 @@ void WordPerfectWriter::closeTextBox()
     resetParagraphFormat();
     const bool content = streams.back().content;
     const bool opensParagraph = !streams[streams.size() - 2].paragraphContent;
+    const int lines = streams.back().lineHeights;
     const std::string body = popStream();
     const auto size = boxSizes.back();
     boxSizes.pop_back();
@@ -1099,6 +1122,8 @@ void WordPerfectWriter::closeTextBox()
     streams.back().paragraphContent = !opensParagraph; // the box's text follows the paragraph
     streams.back().boxes.push_back(body);
     streams.back().boxDrops.push_back(opensParagraph && boxDepth == 0 && !inSubDocument() ? where.drop : 0);
+    if (where.anchor != BoxPlacement::Anchor::character)
+        streams.back().boxesBeside += lines;
 }
 
 void WordPerfectWriter::resetParagraphFormat()

@@ -170,6 +170,12 @@ protected:
     bool inSubDocument() const { return streams.back().subDocument; }
     // Writing a table's cells (or a table flattened into one of them).
     bool inTable() const { return !tables.empty(); }
+    // Writing the cells of a table that stands in the text, not in another table's cell.
+    bool inCellStream() const
+    {
+        return tables.size() == 1 && tables.back().stream == streams.size() && !tables.back().degraded &&
+               !tables.back().cells.empty();
+    }
     const DocumentSummary &summary() const { return documentSummary; }
     // WordPerfect's own tab stops, every half inch from the paper's edge across the page, measured
     // from the margin.
@@ -217,6 +223,8 @@ protected:
     virtual bool writesParagraphSpacing() const { return false; }
     // Cells show their fill colour where the version has a code libwpd reads.
     virtual bool writesCellFills() const { return true; }
+    // Cells show only the lines they have, where the version has a code libwpd reads.
+    virtual bool writesCellBorders() const { return true; }
     virtual void writeParagraphSpacing(int) {}
     // At the start of every paragraph, after its format: for what a format holds only per paragraph.
     virtual void writeParagraphStart(const ParagraphFormat &) {}
@@ -263,6 +271,7 @@ private:
         bool subDocument = false;       // a note, header or footer body
         std::vector<std::string> boxes; // text boxes anchored in the open paragraph
         std::vector<int> boxDrops;      // how far below the paragraph's top each stood, WPU
+        int boxesBeside = 0;            // WPU, about, of their text that stood beside the text
         // Where the line's text stands, as far as tabs need to know: the last tab's stop (from the
         // paper's edge) and alignment, or the line's start, and the characters written since.
         int lineAt = 0;
@@ -301,6 +310,10 @@ private:
         bool content = false; // any text, picture, note or field
         bool open = false;
         bool contentAround = false; // the stream's, before it began
+        // Where its text ends, before the codes that put the paragraph format back, and the format
+        // those codes leave: readers end a paragraph at a change of alignment.
+        std::size_t textEnd = std::string::npos;
+        ParagraphFormat paragraphAtEnd;
     };
     struct RecordedCell {
         CellShape shape;

@@ -186,10 +186,14 @@ int Wp5Writer::fontNumber(const CharacterFormat &format)
 
 void Wp5Writer::writeFont(const CharacterFormat &format)
 {
+    // libwpd reads whole points, cutting off the rest: the nearest whole point, not the one below,
+    // keeps the blank lines that space a page (and its text, on average) as tall as they were.
+    CharacterFormat rounded = format;
+    rounded.size = std::max(50, (format.size + 25) / 50 * 50);
     std::string data(30, '\0');
-    data[25] = static_cast<char>(fontNumber(format));
-    data[28] = static_cast<char>(format.size & 0xFF);
-    data[29] = static_cast<char>((format.size >> 8) & 0xFF);
+    data[25] = static_cast<char>(fontNumber(rounded));
+    data[28] = static_cast<char>(rounded.size & 0xFF);
+    data[29] = static_cast<char>((rounded.size >> 8) & 0xFF);
     function(0xD1, 0x01, data);
 }
 

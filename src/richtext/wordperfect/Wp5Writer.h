@@ -22,6 +22,7 @@ protected:
     void writeParagraphFormat(const ParagraphFormat &from, const ParagraphFormat &to) override;
     void writeParagraphStart(const ParagraphFormat &format) override;
     bool writesCellFills() const override { return false; }
+    bool writesCellBorders() const override { return false; }
     void writeTabSet(const std::vector<TabStop> &tabs);
     void writePageSetup() override;
     void writeSideMargins() override;
