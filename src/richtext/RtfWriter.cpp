@@ -6,6 +6,7 @@
 #include "Utf8.h"
 
 #include <algorithm>
+#include <cmath>
 
 namespace richtext {
 
@@ -162,6 +163,8 @@ void RtfWriter::beginParagraph(const RVNGPropertyList &propList, const std::stri
     here.paragraphOpen = true;
     here.paragraphEmpty = true;
     here.anyParagraph = true;
+    here.markFont.clear();
+    here.markSize.clear();
     ++here.paragraphs;
     if (atTopLevel())
         spanBlank = false;
@@ -201,6 +204,10 @@ void RtfWriter::closeParagraph()
         closeSpan();
     if (!container().paragraphOpen)
         return;
+    // After \plain the first font at 12 points is in effect already.
+    const Container &here = container();
+    output.word((here.markFont == "\\f0" ? std::string() : here.markFont) +
+                (here.markSize == "\\fs24" ? std::string() : here.markSize));
     container().paragraphOpen = false;
     container().paragraphEnded = true;
 }
@@ -212,6 +219,10 @@ void RtfWriter::openSpan(const RVNGPropertyList &propList)
         closeSpan();
     container().spanOpen = true;
     container().spanLinks = container().links;
+    if (const auto name = Units::text(propList, "style:font-name"); name && !name->empty())
+        container().markFont = "\\f" + std::to_string(palette.font(*name));
+    if (const auto size = Units::points(propList, "fo:font-size"); size && *size > 0 && *size < 1638)
+        container().markSize = "\\fs" + std::to_string(std::lround(*size * 2));
     output.raw("{");
     output.word(RtfFormat::character(propList, palette));
 }

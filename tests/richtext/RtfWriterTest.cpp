@@ -214,6 +214,23 @@ INSTANTIATE_TEST_SUITE_P(
                    });
                },
                {"\\tab a\\line  "}},
+        Expect{"a paragraph's mark takes its last font and size, which set the height of a line without text",
+               [] {
+                   return document([](RtfWriter &out) {
+                       RVNGPropertyList font = with("fo:font-size", 10.0, librevenge::RVNG_POINT);
+                       font.insert("style:font-name", "Courier");
+                       for (const RVNGPropertyList &span :
+                            {font, with("fo:font-size", 14.0, librevenge::RVNG_POINT), RVNGPropertyList()}) {
+                           out.openParagraph({});
+                           out.openSpan(span);
+                           if (span["style:font-name"])
+                               out.insertText("x");
+                           out.closeSpan();
+                           out.closeParagraph();
+                       }
+                   });
+               },
+               {"x}\\fs20\\par", "\\fs28}\\fs28\\par", "\\ql{}\\par"}},
         Expect{"a picture the format can hold",
                [] {
                    return write(
