@@ -761,7 +761,7 @@ TEST(RtfWriter, EndsAHeaderThatWouldEndWithoutAParagraphWithAHairline)
         {Holds::text, "{\\header\\pard\\plain\\ql head}", "\\headery1440\\margtsxn1723\n"},
         {Holds::table, "\\row\n\\pard\\plain\\fs2\\sl-20\\slmult0}", "\\headery1440\\margtsxn1723\n"},
         {Holds::nothing, "{\\header\\pard\\plain\\fs2\\sl-20\\slmult0}",
-         "\\margtsxn1723\\headery1440\\margtsxn1440\n"},
+         "\\margtsxn1723\\headery1383\\margtsxn1440\n"},
     };
     for (const auto &c : cases) {
         const std::string rtf = document([&](RtfWriter &out) {
@@ -912,7 +912,8 @@ TEST(RtfWriter, GivesAHeaderTheRoomItsHeightAndPagesAskFor)
         const char *words;
     } cases[] = {
         {"all", 0, "\\headery1440\\margtsxn1723\n"},    // half a centimetre
-        {"even", 0, "\\headery1440\\margtsxn1440\n"},   // the odd pages keep their margin
+        {"even", 0, "\\headery1383\\margtsxn1440\n"},   // the odd pages keep their margin, a reader's
+                                                        // least header standing a millimetre into it
         {"all", 0.5, "\\headery1440\\margtsxn2160\n"},  // as stated
         {"odd", 0.25, "\\headery1440\\margtsxn1800\n"}, // as stated
     };
