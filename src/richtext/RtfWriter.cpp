@@ -368,7 +368,7 @@ void RtfWriter::openListElement(const RVNGPropertyList &propList)
 void RtfWriter::openNote(bool endnote)
 {
     ensureParagraph();
-    anyEndnote = anyEndnote || endnote;
+    (endnote ? anyEndnote : anyFootnote) = true;
     output.raw("{");
     output.word("\\super\\chftn");
     output.raw("}{");
@@ -583,7 +583,21 @@ void RtfWriter::endDocument()
 
     document = "{\\rtf1\\ansi\\ansicpg1252\\deff0\\uc1";
     document += anyEndnote ? "\\fet2\n" : "\n";
-    document += palette.fontTable() + "\n" + palette.colourTable() + "\n" + lists.tables();
+    document += palette.fontTable() + "\n" + palette.colourTable() + "\n";
+    if (anyFootnote || anyEndnote) {
+        // The styles Word sets a note's number in, which LibreOffice gives the
+        // number that opens each note's text; it drops the \super written
+        // there. Without the ignorable mark, which the classic rewriting
+        // removes: readers that know no character style take it for a
+        // paragraph style that nothing names.
+        document += "{\\stylesheet";
+        if (anyFootnote)
+            document += "{\\cs1\\additive\\super footnote reference;}";
+        if (anyEndnote)
+            document += "{\\cs2\\additive\\super endnote reference;}";
+        document += "}\n";
+    }
+    document += lists.tables();
     if (!metadata.empty())
         document += "{\\info" + metadata + "}\n";
     document += sections.documentWords() + "\n";

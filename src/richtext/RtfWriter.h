@@ -151,6 +151,7 @@ private:
     std::vector<librevenge::RVNGPropertyList> openSections;
     bool spanBlank = false; // nothing has been written into the page span's text yet
     bool inFooter = false;  // the header group being written is a footer's
+    bool anyFootnote = false;
     bool anyEndnote = false;
     librevenge::RVNGPropertyList frame;
     RtfPicture::SvgPainter painter;

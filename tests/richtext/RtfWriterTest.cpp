@@ -251,6 +251,7 @@ TEST(RtfWriter, WritesEveryPartOfADocument)
         "{\\header\\pard\\plain\\ql Head {\\chpgn}}",
         "\\b\\cf1 Bold caf\\'e9 \\u9786\\'3f \\{braces\\} back\\\\slash}",
         "{\\super\\chftn}{\\footnote\\pard\\plain\\ql{\\super\\chftn}The note.}",
+        "{\\stylesheet{\\cs1\\additive\\super footnote reference;}}\n{\\*\\listtable",
         "{\\field{\\*\\fldinst{HYPERLINK \"https://example.org/?q=%22x%22\"}}{\\fldrslt{{link}}}}",
         "\\levelnfc3\\levelnfcn3\\leveljc0\\leveljcn0\\levelfollow0\\levelstartat2{\\leveltext\\'02\\'00.;}{"
         "\\levelnumbers\\'01;}",
