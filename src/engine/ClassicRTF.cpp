@@ -15,13 +15,14 @@ namespace Converter::steps {
 namespace {
 
 // RTF readers take PNG but not SVG: WordPerfect graphics come out of the
-// decoding as SVG and go into the RTF drawn.
+// decoding as SVG and go into the RTF drawn, with nothing under the drawing:
+// where two pictures overlap, the upper one hides only what it draws.
 std::string drawnPicture(const std::string &svg, int width, int height, richtext::Losses &losses)
 {
     if (std::optional<std::string> bitmap = SvgBitmap::lone(svg))
         return std::move(*bitmap);
     try {
-        return drawPNG(svg, width, height);
+        return drawClearPNG(svg, width, height);
     } catch (const RsvgRenderer::Failure &) {
         losses.add(richtext::loss::unreadablePictures);
         return {};

@@ -12,6 +12,17 @@ namespace {
 // for the sections that name it, and leaves their footnotes bare otherwise.
 constexpr const char *footnoteSeparator = "{\\ftnsep\\chftnsep}";
 
+// Where a header stands (\headery) and where the text starts (\margtsxn),
+// or a footer's the same from the bottom. LibreOffice gives every header at
+// least a millimetre from where it stands: one that asks for no room stands
+// that far into the margin, and the text starts at the margin all the same.
+std::string room(bool footer, double margin, double height)
+{
+    const double at = height > 0 ? margin : std::max(0.0, margin - 1 / 25.4);
+    return (footer ? "\\footery" : "\\headery") + std::to_string(RtfFormat::twips(at)) +
+           (footer ? "\\margbsxn" : "\\margtsxn") + std::to_string(RtfFormat::twips(margin + height));
+}
+
 } // namespace
 
 bool RtfSections::open(const librevenge::RVNGPropertyList &pageSpan)
@@ -66,18 +77,15 @@ std::optional<std::string> RtfSections::headerGroup(const librevenge::RVNGProper
         Units::inches(properties, footer ? "fo:margin-top" : "fo:margin-bottom").value_or(0);
     const double margin = footer ? area.bottom : area.top;
     (footer ? area.footerRoom : area.headerRoom) = height;
-    spanWords += (footer ? "\\footery" : "\\headery") + std::to_string(RtfFormat::twips(margin)) +
-                 (footer ? "\\margbsxn" : "\\margtsxn") + std::to_string(RtfFormat::twips(margin + height));
+    spanWords += room(footer, margin, height);
     return group;
 }
 
 void RtfSections::emptyHeader(bool footer)
 {
     // Later words win: these undo the height headerGroup gave it.
-    const std::string margin = std::to_string(RtfFormat::twips(footer ? area.bottom : area.top));
     (footer ? area.footerRoom : area.headerRoom) = 0;
-    spanWords +=
-        footer ? "\\footery" + margin + "\\margbsxn" + margin : "\\headery" + margin + "\\margtsxn" + margin;
+    spanWords += room(footer, footer ? area.bottom : area.top, 0);
 }
 
 bool RtfSections::addHeader(const std::string &group)

@@ -6,6 +6,7 @@
 #include "Utf8.h"
 
 #include <algorithm>
+#include <cmath>
 
 namespace richtext {
 
@@ -162,6 +163,8 @@ void RtfWriter::beginParagraph(const RVNGPropertyList &propList, const std::stri
     here.paragraphOpen = true;
     here.paragraphEmpty = true;
     here.anyParagraph = true;
+    here.markFont.clear();
+    here.markSize.clear();
     ++here.paragraphs;
     if (atTopLevel())
         spanBlank = false;
@@ -201,6 +204,10 @@ void RtfWriter::closeParagraph()
         closeSpan();
     if (!container().paragraphOpen)
         return;
+    // After \plain the first font at 12 points is in effect already.
+    const Container &here = container();
+    output.word((here.markFont == "\\f0" ? std::string() : here.markFont) +
+                (here.markSize == "\\fs24" ? std::string() : here.markSize));
     container().paragraphOpen = false;
     container().paragraphEnded = true;
 }
@@ -212,6 +219,10 @@ void RtfWriter::openSpan(const RVNGPropertyList &propList)
         closeSpan();
     container().spanOpen = true;
     container().spanLinks = container().links;
+    if (const auto name = Units::text(propList, "style:font-name"); name && !name->empty())
+        container().markFont = "\\f" + std::to_string(palette.font(*name));
+    if (const auto size = Units::points(propList, "fo:font-size"); size && *size > 0 && *size < 1638)
+        container().markSize = "\\fs" + std::to_string(std::lround(*size * 2));
     output.raw("{");
     output.word(RtfFormat::character(propList, palette));
 }
@@ -357,7 +368,7 @@ void RtfWriter::openListElement(const RVNGPropertyList &propList)
 void RtfWriter::openNote(bool endnote)
 {
     ensureParagraph();
-    anyEndnote = anyEndnote || endnote;
+    (endnote ? anyEndnote : anyFootnote) = true;
     output.raw("{");
     output.word("\\super\\chftn");
     output.raw("}{");
@@ -572,7 +583,21 @@ void RtfWriter::endDocument()
 
     document = "{\\rtf1\\ansi\\ansicpg1252\\deff0\\uc1";
     document += anyEndnote ? "\\fet2\n" : "\n";
-    document += palette.fontTable() + "\n" + palette.colourTable() + "\n" + lists.tables();
+    document += palette.fontTable() + "\n" + palette.colourTable() + "\n";
+    if (anyFootnote || anyEndnote) {
+        // The styles Word sets a note's number in, which LibreOffice gives the
+        // number that opens each note's text; it drops the \super written
+        // there. Without the ignorable mark, which the classic rewriting
+        // removes: readers that know no character style take it for a
+        // paragraph style that nothing names.
+        document += "{\\stylesheet";
+        if (anyFootnote)
+            document += "{\\cs1\\additive\\super footnote reference;}";
+        if (anyEndnote)
+            document += "{\\cs2\\additive\\super endnote reference;}";
+        document += "}\n";
+    }
+    document += lists.tables();
     if (!metadata.empty())
         document += "{\\info" + metadata + "}\n";
     document += sections.documentWords() + "\n";

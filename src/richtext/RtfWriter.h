@@ -112,6 +112,10 @@ private:
         bool afterTable = false; // the last thing written here was a table
         int links = 0;           // hyperlink groups open
         int spanLinks = 0;       // links open when the span opened
+        // The paragraph's last font and size, which its mark takes: Word makes
+        // the last line as tall as the mark, and a line with no text is.
+        std::string markFont;
+        std::string markSize;
     };
     Container &container();
     void enter(Container::Kind kind);
@@ -148,6 +152,7 @@ private:
     std::vector<librevenge::RVNGPropertyList> openSections;
     bool spanBlank = false; // nothing has been written into the page span's text yet
     bool inFooter = false;  // the header group being written is a footer's
+    bool anyFootnote = false;
     bool anyEndnote = false;
     librevenge::RVNGPropertyList frame;
     RtfPicture::SvgPainter painter;

@@ -214,6 +214,23 @@ INSTANTIATE_TEST_SUITE_P(
                    });
                },
                {"\\tab a\\line  "}},
+        Expect{"a paragraph's mark takes its last font and size, which set the height of a line without text",
+               [] {
+                   return document([](RtfWriter &out) {
+                       RVNGPropertyList font = with("fo:font-size", 10.0, librevenge::RVNG_POINT);
+                       font.insert("style:font-name", "Courier");
+                       for (const RVNGPropertyList &span :
+                            {font, with("fo:font-size", 14.0, librevenge::RVNG_POINT), RVNGPropertyList()}) {
+                           out.openParagraph({});
+                           out.openSpan(span);
+                           if (span["style:font-name"])
+                               out.insertText("x");
+                           out.closeSpan();
+                           out.closeParagraph();
+                       }
+                   });
+               },
+               {"x}\\fs20\\par", "\\fs28}\\fs28\\par", "\\ql{}\\par"}},
         Expect{"a picture the format can hold",
                [] {
                    return write(
@@ -234,6 +251,7 @@ TEST(RtfWriter, WritesEveryPartOfADocument)
         "{\\header\\pard\\plain\\ql Head {\\chpgn}}",
         "\\b\\cf1 Bold caf\\'e9 \\u9786\\'3f \\{braces\\} back\\\\slash}",
         "{\\super\\chftn}{\\footnote\\pard\\plain\\ql{\\super\\chftn}The note.}",
+        "{\\stylesheet{\\cs1\\additive\\super footnote reference;}}\n{\\*\\listtable",
         "{\\field{\\*\\fldinst{HYPERLINK \"https://example.org/?q=%22x%22\"}}{\\fldrslt{{link}}}}",
         "\\levelnfc3\\levelnfcn3\\leveljc0\\leveljcn0\\levelfollow0\\levelstartat2{\\leveltext\\'02\\'00.;}{"
         "\\levelnumbers\\'01;}",
@@ -744,7 +762,7 @@ TEST(RtfWriter, EndsAHeaderThatWouldEndWithoutAParagraphWithAHairline)
         {Holds::text, "{\\header\\pard\\plain\\ql head}", "\\headery1440\\margtsxn1723\n"},
         {Holds::table, "\\row\n\\pard\\plain\\fs2\\sl-20\\slmult0}", "\\headery1440\\margtsxn1723\n"},
         {Holds::nothing, "{\\header\\pard\\plain\\fs2\\sl-20\\slmult0}",
-         "\\margtsxn1723\\headery1440\\margtsxn1440\n"},
+         "\\margtsxn1723\\headery1383\\margtsxn1440\n"},
     };
     for (const auto &c : cases) {
         const std::string rtf = document([&](RtfWriter &out) {
@@ -895,7 +913,8 @@ TEST(RtfWriter, GivesAHeaderTheRoomItsHeightAndPagesAskFor)
         const char *words;
     } cases[] = {
         {"all", 0, "\\headery1440\\margtsxn1723\n"},    // half a centimetre
-        {"even", 0, "\\headery1440\\margtsxn1440\n"},   // the odd pages keep their margin
+        {"even", 0, "\\headery1383\\margtsxn1440\n"},   // the odd pages keep their margin, a reader's
+                                                        // least header standing a millimetre into it
         {"all", 0.5, "\\headery1440\\margtsxn2160\n"},  // as stated
         {"odd", 0.25, "\\headery1440\\margtsxn1800\n"}, // as stated
     };
