@@ -1,7 +1,6 @@
-// svg2png SVG WIDTH HEIGHT [--clear]: draws SVG markup on a white WIDTH×HEIGHT canvas (a clear
-// one with --clear) and writes the PNG to standard output. The application draws pictures through
-// it so that a large drawing's memory, or a crash in the libraries that read the picture, stays
-// out of its own process.
+// svg2png SVG WIDTH HEIGHT: draws SVG markup on a white WIDTH×HEIGHT canvas and writes the PNG
+// to standard output. The application draws pictures through it so that a large drawing's
+// memory, or a crash in the libraries that read the picture, stays out of its own process.
 
 #include "ConverterError.h"
 #include "ConverterMain.h"
@@ -18,7 +17,7 @@
 
 namespace {
 
-const char usage[] = "usage: svg2png SVG WIDTH HEIGHT [--clear]";
+const char usage[] = "usage: svg2png SVG WIDTH HEIGHT";
 
 int side(const char *text)
 {
@@ -30,7 +29,7 @@ int side(const char *text)
     return value;
 }
 
-int run(const char *path, int width, int height, bool clear)
+int run(const char *path, int width, int height)
 {
     std::ifstream in(path, std::ios::binary);
     if (!in)
@@ -38,8 +37,7 @@ int run(const char *path, int width, int height, bool clear)
     const std::string markup((std::istreambuf_iterator<char>(in)), std::istreambuf_iterator<char>());
     std::string png;
     try {
-        png = clear ? RsvgRenderer::renderClearPNG(markup, width, height)
-                    : RsvgRenderer::renderPNG(markup, width, height);
+        png = RsvgRenderer::renderPNG(markup, width, height);
     } catch (const RsvgRenderer::Failure &failure) {
         std::string why = failure.what();
         while (!why.empty() && (why.back() == '\n' || why.back() == ' '))
@@ -58,8 +56,8 @@ int main(int argc, char **argv)
 {
     std::signal(SIGPIPE, SIG_IGN);
     return ConverterMain::run("svg2png", [&] {
-        if (argc != 4 && (argc != 5 || std::strcmp(argv[4], "--clear") != 0))
+        if (argc != 4)
             throw ConverterMain::UsageProblem(usage);
-        return run(argv[1], side(argv[2]), side(argv[3]), argc == 5);
+        return run(argv[1], side(argv[2]), side(argv[3]));
     });
 }

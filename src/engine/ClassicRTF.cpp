@@ -15,14 +15,13 @@ namespace Converter::steps {
 namespace {
 
 // RTF readers take PNG but not SVG: WordPerfect graphics come out of the
-// decoding as SVG and go into the RTF drawn, with nothing under the drawing:
-// where two pictures overlap, the upper one hides only what it draws.
+// decoding as SVG and go into the RTF drawn.
 std::string drawnPicture(const std::string &svg, int width, int height, richtext::Losses &losses)
 {
     if (std::optional<std::string> bitmap = SvgBitmap::lone(svg))
         return std::move(*bitmap);
     try {
-        return drawClearPNG(svg, width, height);
+        return drawPNG(svg, width, height);
     } catch (const RsvgRenderer::Failure &) {
         losses.add(richtext::loss::unreadablePictures);
         return {};

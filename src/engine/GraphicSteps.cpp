@@ -13,7 +13,6 @@
 #include <fstream>
 #include <iterator>
 #include <unistd.h>
-#include <vector>
 
 namespace Converter::steps {
 
@@ -33,21 +32,15 @@ Drawing svgBytes(const std::filesystem::path &source)
     return drawing;
 }
 
-namespace {
-
-std::string draw(const std::string &svg, int width, int height, bool clear)
+std::string drawPNG(const std::string &svg, int width, int height)
 {
-    const auto drawHere = [&] {
-        return clear ? RsvgRenderer::renderClearPNG(svg, width, height)
-                     : RsvgRenderer::renderPNG(svg, width, height);
-    };
     const auto tool = ConversionTools::toolURL("svg2png");
     if (!tool)
-        return drawHere();
+        return RsvgRenderer::renderPNG(svg, width, height);
     std::string path = (std::filesystem::temp_directory_path() / "quillmorph-drawing-XXXXXX").string();
     const int fd = ::mkstemp(path.data());
     if (fd < 0)
-        return drawHere();
+        return RsvgRenderer::renderPNG(svg, width, height);
     std::size_t done = 0;
     while (done < svg.size()) {
         const ssize_t wrote = ::write(fd, svg.data() + done, svg.size() - done);
@@ -59,30 +52,15 @@ std::string draw(const std::string &svg, int width, int height, bool clear)
     }
     ::close(fd);
     ConversionTools::Output output;
-    if (done == svg.size()) {
-        std::vector<std::string> args{path, std::to_string(width), std::to_string(height)};
-        if (clear)
-            args.push_back("--clear");
-        output = ConversionTools::run(*tool, args, "svg2png");
-    }
+    if (done == svg.size())
+        output =
+            ConversionTools::run(*tool, {path, std::to_string(width), std::to_string(height)}, "svg2png");
     removeQuietly(path);
     if (done != svg.size())
         throw RsvgRenderer::Failure("the drawing could not be handed over");
     if (output.stdout.empty())
         throw RsvgRenderer::Failure(output.stderr.empty() ? "svg2png drew nothing" : output.stderr);
     return std::move(output.stdout);
-}
-
-} // namespace
-
-std::string drawPNG(const std::string &svg, int width, int height)
-{
-    return draw(svg, width, height, false);
-}
-
-std::string drawClearPNG(const std::string &svg, int width, int height)
-{
-    return draw(svg, width, height, true);
 }
 
 void writeWhole(const std::filesystem::path &destination, const std::string &bytes)

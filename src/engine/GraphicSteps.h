@@ -23,8 +23,6 @@ Drawing svgBytes(const std::filesystem::path &source);
 // libraries that read it stay out of ours), else here. Throws
 // RsvgRenderer::Failure when it cannot be drawn. Any thread.
 std::string drawPNG(const std::string &svg, int width, int height);
-// The same on a transparent canvas, for a picture placed over others.
-std::string drawClearPNG(const std::string &svg, int width, int height);
 
 // Replaces whatever stands at `destination` with `bytes` (main thread).
 // Throws PlatformError with the system's reason when the write fails.

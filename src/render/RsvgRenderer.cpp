@@ -54,7 +54,9 @@ RsvgRectangle viewportFor(RsvgHandle *handle, int width, int height)
     return {0, 0, static_cast<double>(width), static_cast<double>(height)};
 }
 
-std::string render(const std::string &original, int width, int height, bool clear)
+} // namespace
+
+std::string renderPNG(const std::string &original, int width, int height)
 {
     const std::string markup = UpscaledBitmaps::resample(SvgImages::drawMetafiles(original), width, height);
     GError *error = nullptr;
@@ -65,15 +67,12 @@ std::string render(const std::string &original, int width, int height, bool clea
         throw Failure(takeMessage(error, "the SVG could not be read"));
     rsvg_handle_set_dpi(handle.get(), 96);
 
-    Surface surface(
-        cairo_image_surface_create(clear ? CAIRO_FORMAT_ARGB32 : CAIRO_FORMAT_RGB24, width, height));
+    Surface surface(cairo_image_surface_create(CAIRO_FORMAT_RGB24, width, height));
     if (cairo_surface_status(surface.get()) != CAIRO_STATUS_SUCCESS)
         throw Failure(cairo_status_to_string(cairo_surface_status(surface.get())));
     Context cr(cairo_create(surface.get()));
-    if (!clear) {
-        cairo_set_source_rgb(cr.get(), 1, 1, 1);
-        cairo_paint(cr.get());
-    }
+    cairo_set_source_rgb(cr.get(), 1, 1, 1);
+    cairo_paint(cr.get());
     cairo_rectangle(cr.get(), 0, 0, width, height);
     cairo_clip(cr.get());
 
@@ -87,18 +86,6 @@ std::string render(const std::string &original, int width, int height, bool clea
     if (cairo_surface_write_to_png_stream(surface.get(), appendBytes, &png) != CAIRO_STATUS_SUCCESS)
         throw Failure("the picture could not be encoded as PNG");
     return png;
-}
-
-} // namespace
-
-std::string renderPNG(const std::string &markup, int width, int height)
-{
-    return render(markup, width, height, false);
-}
-
-std::string renderClearPNG(const std::string &markup, int width, int height)
-{
-    return render(markup, width, height, true);
 }
 
 } // namespace RsvgRenderer

@@ -17,8 +17,5 @@ public:
 // decides); without one it is drawn at its own size from the top-left.
 // Throws Failure when librsvg cannot read the markup or cairo cannot draw.
 std::string renderPNG(const std::string &markup, int width, int height);
-// The same on a transparent canvas: what the drawing leaves empty shows what
-// lies under the picture, as in a page where pictures stand over others.
-std::string renderClearPNG(const std::string &markup, int width, int height);
 
 } // namespace RsvgRenderer
