@@ -302,28 +302,38 @@ void OdtInline::note(const xmlNode *node)
     ignoreSpace = false;
 }
 
-void OdtInline::frame(const xmlNode *node)
+// A frame's or shape's properties: anchoring, wrap and position mostly live in its graphic style.
+RVNGPropertyList OdtInline::frameProperties(const xmlNode *node)
 {
-    // Anchoring, wrap and position mostly live in the frame's graphic style.
     OdfProperties odf =
         content.styles().resolve("graphic", Xml::attribute(node, draw, "style-name").value_or(""),
                                  "graphic-properties", content.scope());
     for (auto &[name, value] : Xml::attributes(node))
         odf[name] = value;
-    const RVNGPropertyList properties = OdtProperties::frame(odf);
+    return OdtProperties::frame(odf);
+}
+
+void OdtInline::textBox(const RVNGPropertyList &frame, const xmlNode *body)
+{
     librevenge::RVNGTextInterface &out = content.output();
+    ensureSpan();
+    out.openFrame(frame);
+    out.openTextBox({});
+    if (content.enter()) {
+        content.blocks(body);
+        content.leave();
+    }
+    out.closeTextBox();
+    out.closeFrame();
+    ignoreSpace = false;
+}
+
+void OdtInline::frame(const xmlNode *node)
+{
+    const RVNGPropertyList properties = frameProperties(node);
     flush();
     if (const xmlNode *box = Xml::child(node, draw, "text-box")) {
-        ensureSpan();
-        out.openFrame(properties);
-        out.openTextBox({});
-        if (content.enter()) {
-            content.blocks(box);
-            content.leave();
-        }
-        out.closeTextBox();
-        out.closeFrame();
-        ignoreSpace = false;
+        textBox(properties, box);
     } else if (const xmlNode *picture = Xml::child(node, draw, "image")) {
         if (image(picture, properties))
             ignoreSpace = false;
@@ -379,23 +389,8 @@ void OdtInline::shape(const xmlNode *node)
         Xml::is(node, draw, "rect")                                       ? out.drawRectangle(drawn)
         : Xml::is(node, draw, "ellipse") || Xml::is(node, draw, "circle") ? out.drawEllipse(drawn)
                                                                           : out.drawPath(drawn);
-    if (!words)
-        return;
-    OdfProperties odf =
-        content.styles().resolve("graphic", Xml::attribute(node, draw, "style-name").value_or(""),
-                                 "graphic-properties", content.scope());
-    for (auto &[name, value] : Xml::attributes(node))
-        odf[name] = value;
-    ensureSpan();
-    out.openFrame(OdtProperties::frame(odf));
-    out.openTextBox({});
-    if (content.enter()) {
-        content.blocks(node);
-        content.leave();
-    }
-    out.closeTextBox();
-    out.closeFrame();
-    ignoreSpace = false;
+    if (words)
+        textBox(frameProperties(node), node);
 }
 
 bool OdtInline::image(const xmlNode *node, const RVNGPropertyList &frame)

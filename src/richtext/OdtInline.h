@@ -40,6 +40,8 @@ private:
     void deleted(const xmlNode *node);
     void frame(const xmlNode *node);
     void shape(const xmlNode *node);
+    librevenge::RVNGPropertyList frameProperties(const xmlNode *node);
+    void textBox(const librevenge::RVNGPropertyList &frame, const xmlNode *body);
     bool image(const xmlNode *node, const librevenge::RVNGPropertyList &frame);
     void field(const char *type, const xmlNode *node);
 
