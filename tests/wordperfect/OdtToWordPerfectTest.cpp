@@ -887,14 +887,11 @@ TEST_P(OdtToWordPerfect, KeepsTheRoomBelowAHeader)
             std::string("<style:master-page style:name=\"Standard\" style:page-layout-name=\"pm\"><style:") +
                 c.part + ">" + c.header + "</style:" + c.part + "></style:master-page>"));
         Strings texts;
-        for (const richtext::PageSpan &span : back.document.pageSpans)
-            for (const richtext::HeaderFooter &part : span.headersAndFooters)
-                for (const richtext::Block &block : part.blocks)
-                    if (const richtext::Paragraph *paragraph = block.paragraph()) {
-                        texts.push_back(paragraph->text());
-                        // On a page of other margins than WordPerfect's inch, still at the margin.
-                        EXPECT_EQ(property(paragraph->properties, "fo:margin-left"), "0.0000in");
-                    }
+        for (const richtext::Paragraph *paragraph : wptest::headerAndFooterParagraphs(back.document)) {
+            texts.push_back(paragraph->text());
+            // On a page of other margins than WordPerfect's inch, still at the margin.
+            EXPECT_EQ(property(paragraph->properties, "fo:margin-left"), "0.0000in");
+        }
         EXPECT_EQ(texts, c.texts);
     }
 }
@@ -942,14 +939,11 @@ TEST_P(OdtToWordPerfect, SizesTheRoomBelowAHeaderForItsLines)
             R"(<style:master-page style:name="Standard" style:page-layout-name="pm"><style:header>)" +
                 p(c.text, "L") + "</style:header></style:master-page>"));
         double height = 0, lineHeight = 0; // points; the blank line's line spacing, per cent
-        for (const richtext::PageSpan &span : back.document.pageSpans)
-            for (const richtext::HeaderFooter &part : span.headersAndFooters)
-                for (const richtext::Block &block : part.blocks)
-                    if (const richtext::Paragraph *paragraph = block.paragraph();
-                        paragraph && paragraph->text() == "\u00A0" && !paragraph->content.empty()) {
-                        lineHeight = number(property(paragraph->properties, "fo:line-height"), 100);
-                        height = number(property(paragraph->content.front().style, "fo:font-size"), 0) * 1.15;
-                    }
+        for (const richtext::Paragraph *paragraph : wptest::headerAndFooterParagraphs(back.document))
+            if (paragraph->text() == "\u00A0" && !paragraph->content.empty()) {
+                lineHeight = number(property(paragraph->properties, "fo:line-height"), 100);
+                height = number(property(paragraph->content.front().style, "fo:font-size"), 0) * 1.15;
+            }
         EXPECT_NEAR(lineHeight, 100, 0.01);
         EXPECT_NEAR(height, c.points, 1.5); // readers round font sizes to points
     }
@@ -968,14 +962,11 @@ TEST_P(OdtToWordPerfect, CentresTheTextOfACentredBoxAsWideAsItsText)
         ></draw:frame></text:p></style:footer></style:master-page>)"));
     std::string alignment = "none";
     Strings lines;
-    for (const richtext::PageSpan &span : back.document.pageSpans)
-        for (const richtext::HeaderFooter &part : span.headersAndFooters)
-            for (const richtext::Block &block : part.blocks)
-                if (const richtext::Paragraph *paragraph = block.paragraph()) {
-                    lines.push_back(paragraph->text());
-                    if (paragraph->text() == "page")
-                        alignment = property(paragraph->properties, "fo:text-align");
-                }
+    for (const richtext::Paragraph *paragraph : wptest::headerAndFooterParagraphs(back.document)) {
+        lines.push_back(paragraph->text());
+        if (paragraph->text() == "page")
+            alignment = property(paragraph->properties, "fo:text-align");
+    }
     EXPECT_EQ(alignment, "center");
     EXPECT_EQ(lines, Strings{"page"});
 }

@@ -146,6 +146,17 @@ std::vector<std::string> headersAndFooters(const richtext::Document &document)
     return result;
 }
 
+std::vector<const richtext::Paragraph *> headerAndFooterParagraphs(const richtext::Document &document)
+{
+    std::vector<const richtext::Paragraph *> result;
+    for (const richtext::PageSpan &span : document.pageSpans)
+        for (const richtext::HeaderFooter &part : span.headersAndFooters)
+            for (const richtext::Block &block : part.blocks)
+                if (const richtext::Paragraph *paragraph = block.paragraph())
+                    result.push_back(paragraph);
+    return result;
+}
+
 std::vector<std::string> sectionColumns(const richtext::Document &document)
 {
     std::vector<std::string> result;

@@ -38,6 +38,8 @@ using fixtures::property;
 // (with data) anywhere in the main text.
 using fixtures::texts;
 std::vector<std::string> headersAndFooters(const richtext::Document &document);
+// The paragraphs of every header and footer, in order.
+std::vector<const richtext::Paragraph *> headerAndFooterParagraphs(const richtext::Document &document);
 std::vector<std::string> sectionColumns(const richtext::Document &document);
 std::vector<const richtext::Inline *> piecesOf(const richtext::Document &document,
                                                richtext::Inline::Kind kind);
