@@ -568,159 +568,164 @@ WordPerfectWriter::TableGrid WordPerfectWriter::gridOf(const OpenTable &table) c
     return grid;
 }
 
+// Readers draw every line of every 5.1 cell: what shows no line is better as paragraphs, or left
+// out where it holds nothing, than boxed in a grid. True when the whole table became paragraphs;
+// otherwise the grid keeps what is still a table, and where it stands.
+bool WordPerfectWriter::unboxLineless(const OpenTable &table, const std::string &body, TableGrid &grid,
+                                      int &position, int &leftOffset)
+{
+    std::vector<GridCell> &cells = grid.cells;
+    const int gridRows = grid.rows;
+    const int gridColumns = static_cast<int>(grid.widths.size());
+    const int textWidth = page.width - page.left - page.right;
+    const int tableWidth = std::accumulate(grid.widths.begin(), grid.widths.end(), 0);
+    // The table's left edge, from the margin; readers pull a table at the margin out by its
+    // gutter (0.075 in), so that its text lines up with the margin.
+    int left = -90;
+    if (table.position == 2)
+        left = (textWidth - tableWidth) / 2;
+    else if (table.position == 1)
+        left = textWidth - tableWidth;
+    else if (table.position == 4)
+        left = table.leftOffset - page.left;
+    CharacterFormat format = streams.back().written;
+    int spacing = streams.back().spacingInForce;
+    // The paragraphs stand where the cells' text stood, in from their edges by the cell's
+    // margin. Each cell's text starts with the format the text around the table has, and its
+    // last paragraph's format stays until the return that ends it: readers end a paragraph at
+    // a change of alignment.
+    ParagraphFormat inForce;
+    auto paragraphsOf = [&](const std::vector<const GridCell *> &from, int edge, int width) {
+        constexpr int cellMargin = 0x53;
+        ParagraphFormat inside;
+        inside.leftIndent = std::max(0, left + edge + cellMargin);
+        inside.rightIndent = std::max(0, textWidth - left - edge - width + cellMargin);
+        for (std::size_t i = 0; i < from.size(); ++i) {
+            if (i > 0)
+                writeHardReturn();
+            for (const TablePart *text : from[i]->texts) {
+                if (!text)
+                    continue;
+                writeParagraphFormat(inForce, inside);
+                TablePart head = *text;
+                head.end = std::clamp(text->textEnd, text->begin, text->end);
+                writePart(head, body, format, spacing);
+                inForce = text->paragraphAtEnd;
+                inForce.leftIndent = inside.leftIndent;
+                inForce.rightIndent = inside.rightIndent;
+            }
+        }
+    };
+    auto hasText = [](const GridCell &cell) {
+        return std::any_of(cell.texts.begin(), cell.texts.end(),
+                           [](const TablePart *text) { return text && text->content; });
+    };
+    if (gridColumns == 1 && table.inner.empty() &&
+        std::none_of(cells.begin(), cells.end(),
+                     [](const GridCell &cell) { return cell.shape.borders & 0x0C; })) {
+        // A column of cells with no line above or below them (a cover's title block, perhaps
+        // with a rule beside it) is its paragraphs, which look as it does but for such a rule.
+        if (std::any_of(cells.begin(), cells.end(),
+                        [](const GridCell &cell) { return cell.shape.borders != 0; }))
+            lose(loss::cellBorders);
+        std::vector<const GridCell *> all;
+        for (const GridCell &cell : cells)
+            all.push_back(&cell);
+        paragraphsOf(all, 0, tableWidth);
+        streams.back().written = format;
+        streams.back().spacingInForce = spacing;
+        streams.back().paragraph = inForce; // the next paragraph's format follows its return
+        streams.back().pendingReturns = 1;
+        return true;
+    }
+    std::vector<int> edges{0};
+    for (int width : grid.widths)
+        edges.push_back(edges.back() + width);
+    // Columns at either side that hold nothing and show no line but the table's edge are room
+    // beside the table; rows at the top with no line and at most one cell of text (a heading
+    // over a form's boxes) are that cell's paragraphs above it.
+    int firstRow = 0;
+    int firstColumn = 0;
+    int endColumn = gridColumns;
+    auto inside = [&](const GridCell &cell) {
+        return cell.row >= firstRow && cell.column + cell.columnSpan > firstColumn && cell.column < endColumn;
+    };
+    auto empty = [&](int column, int edgeLine) {
+        return std::all_of(cells.begin(), cells.end(), [&](const GridCell &cell) {
+            if (!inside(cell) || column < cell.column || column >= cell.column + cell.columnSpan)
+                return true;
+            return cell.column == column && cell.columnSpan == 1 && (cell.shape.borders & ~edgeLine) == 0 &&
+                   !hasText(cell);
+        });
+    };
+    for (bool changed = true; changed;) {
+        changed = false;
+        while (endColumn - firstColumn > 1 && empty(firstColumn, 2)) {
+            ++firstColumn;
+            changed = true;
+        }
+        while (endColumn - firstColumn > 1 && empty(endColumn - 1, 1)) {
+            --endColumn;
+            changed = true;
+        }
+        if (firstRow + 1 >= gridRows)
+            break;
+        std::vector<const GridCell *> row;
+        bool plain = true;
+        for (const GridCell &cell : cells) {
+            if (cell.row != firstRow || !inside(cell))
+                continue;
+            plain = plain && cell.shape.borders == 0 && cell.rowSpan == 1 && !cell.shape.coveredFromAbove &&
+                    cell.column >= firstColumn && cell.column + cell.columnSpan <= endColumn;
+            if (hasText(cell))
+                row.push_back(&cell);
+        }
+        if (!plain || row.size() > 1)
+            break;
+        if (!row.empty()) {
+            const GridCell &only = *row.front();
+            const int edge = edges[static_cast<std::size_t>(only.column)];
+            paragraphsOf(row, edge, edges[static_cast<std::size_t>(only.column + only.columnSpan)] - edge);
+        }
+        writeHardReturn();
+        ++firstRow;
+        changed = true;
+    }
+    if (firstRow > 0 || firstColumn > 0 || endColumn < gridColumns) {
+        std::vector<GridCell> kept;
+        for (GridCell cell : cells) {
+            if (!inside(cell))
+                continue;
+            cell.row -= firstRow;
+            cell.column -= firstColumn;
+            kept.push_back(cell);
+        }
+        cells = std::move(kept);
+        grid.widths = std::vector<int>(grid.widths.begin() + firstColumn, grid.widths.begin() + endColumn);
+        grid.rows -= firstRow;
+        if (firstColumn > 0 || endColumn < static_cast<int>(edges.size()) - 1) {
+            position = 4; // where the kept columns stood
+            leftOffset = std::max(0, page.left + left + edges[static_cast<std::size_t>(firstColumn)]);
+        }
+    }
+    writeParagraphFormat(inForce, ParagraphFormat());
+    streams.back().written = format;
+    streams.back().spacingInForce = spacing;
+    return false;
+}
+
 void WordPerfectWriter::writeTable(const OpenTable &table, const std::string &body)
 {
     TableGrid grid = gridOf(table);
     if (grid.joined)
         lose(loss::nestedTables);
-    std::vector<GridCell> &cells = grid.cells;
-    int gridRows = grid.rows;
-    int gridColumns = static_cast<int>(grid.widths.size());
     int position = table.position;
     int leftOffset = table.leftOffset;
-    if (!writesCellBorders()) {
-        // Readers draw every line of every cell: what shows no line is better as paragraphs, or
-        // left out where it holds nothing, than boxed in a grid.
-        const int textWidth = page.width - page.left - page.right;
-        const int tableWidth = std::accumulate(grid.widths.begin(), grid.widths.end(), 0);
-        // The table's left edge, from the margin; readers pull a table at the margin out by its
-        // gutter (0.075 in), so that its text lines up with the margin.
-        int left = -90;
-        if (table.position == 2)
-            left = (textWidth - tableWidth) / 2;
-        else if (table.position == 1)
-            left = textWidth - tableWidth;
-        else if (table.position == 4)
-            left = table.leftOffset - page.left;
-        CharacterFormat format = streams.back().written;
-        int spacing = streams.back().spacingInForce;
-        // The paragraphs stand where the cells' text stood, in from their edges by the cell's
-        // margin. Each cell's text starts with the format the text around the table has, and its
-        // last paragraph's format stays until the return that ends it: readers end a paragraph at
-        // a change of alignment.
-        ParagraphFormat inForce;
-        auto paragraphsOf = [&](const std::vector<const GridCell *> &from, int edge, int width) {
-            constexpr int cellMargin = 0x53;
-            ParagraphFormat inside;
-            inside.leftIndent = std::max(0, left + edge + cellMargin);
-            inside.rightIndent = std::max(0, textWidth - left - edge - width + cellMargin);
-            for (std::size_t i = 0; i < from.size(); ++i) {
-                if (i > 0)
-                    writeHardReturn();
-                for (const TablePart *text : from[i]->texts) {
-                    if (!text)
-                        continue;
-                    writeParagraphFormat(inForce, inside);
-                    TablePart head = *text;
-                    head.end = std::clamp(text->textEnd, text->begin, text->end);
-                    writePart(head, body, format, spacing);
-                    inForce = text->paragraphAtEnd;
-                    inForce.leftIndent = inside.leftIndent;
-                    inForce.rightIndent = inside.rightIndent;
-                }
-            }
-        };
-        auto hasText = [](const GridCell &cell) {
-            return std::any_of(cell.texts.begin(), cell.texts.end(),
-                               [](const TablePart *text) { return text && text->content; });
-        };
-        if (gridColumns == 1 && table.inner.empty() &&
-            std::none_of(cells.begin(), cells.end(),
-                         [](const GridCell &cell) { return cell.shape.borders & 0x0C; })) {
-            // A column of cells with no line above or below them (a cover's title block, perhaps
-            // with a rule beside it) is its paragraphs, which look as it does but for such a rule.
-            if (std::any_of(cells.begin(), cells.end(),
-                            [](const GridCell &cell) { return cell.shape.borders != 0; }))
-                lose(loss::cellBorders);
-            std::vector<const GridCell *> all;
-            for (const GridCell &cell : cells)
-                all.push_back(&cell);
-            paragraphsOf(all, 0, tableWidth);
-            streams.back().written = format;
-            streams.back().spacingInForce = spacing;
-            streams.back().paragraph = inForce; // the next paragraph's format follows its return
-            streams.back().pendingReturns = 1;
-            return;
-        }
-        std::vector<int> edges{0};
-        for (int width : grid.widths)
-            edges.push_back(edges.back() + width);
-        // Columns at either side that hold nothing and show no line but the table's edge are room
-        // beside the table; rows at the top with no line and at most one cell of text (a heading
-        // over a form's boxes) are that cell's paragraphs above it.
-        int firstRow = 0;
-        int firstColumn = 0;
-        int endColumn = gridColumns;
-        auto inside = [&](const GridCell &cell) {
-            return cell.row >= firstRow && cell.column + cell.columnSpan > firstColumn &&
-                   cell.column < endColumn;
-        };
-        auto empty = [&](int column, int edgeLine) {
-            return std::all_of(cells.begin(), cells.end(), [&](const GridCell &cell) {
-                if (!inside(cell) || column < cell.column || column >= cell.column + cell.columnSpan)
-                    return true;
-                return cell.column == column && cell.columnSpan == 1 &&
-                       (cell.shape.borders & ~edgeLine) == 0 && !hasText(cell);
-            });
-        };
-        for (bool changed = true; changed;) {
-            changed = false;
-            while (endColumn - firstColumn > 1 && empty(firstColumn, 2)) {
-                ++firstColumn;
-                changed = true;
-            }
-            while (endColumn - firstColumn > 1 && empty(endColumn - 1, 1)) {
-                --endColumn;
-                changed = true;
-            }
-            if (firstRow + 1 >= gridRows)
-                break;
-            std::vector<const GridCell *> row;
-            bool plain = true;
-            for (const GridCell &cell : cells) {
-                if (cell.row != firstRow || !inside(cell))
-                    continue;
-                plain = plain && cell.shape.borders == 0 && cell.rowSpan == 1 &&
-                        !cell.shape.coveredFromAbove && cell.column >= firstColumn &&
-                        cell.column + cell.columnSpan <= endColumn;
-                if (hasText(cell))
-                    row.push_back(&cell);
-            }
-            if (!plain || row.size() > 1)
-                break;
-            if (!row.empty()) {
-                const GridCell &only = *row.front();
-                const int edge = edges[static_cast<std::size_t>(only.column)];
-                paragraphsOf(row, edge,
-                             edges[static_cast<std::size_t>(only.column + only.columnSpan)] - edge);
-            }
-            writeHardReturn();
-            ++firstRow;
-            changed = true;
-        }
-        if (firstRow > 0 || firstColumn > 0 || endColumn < gridColumns) {
-            std::vector<GridCell> kept;
-            for (GridCell cell : cells) {
-                if (!inside(cell))
-                    continue;
-                cell.row -= firstRow;
-                cell.column -= firstColumn;
-                kept.push_back(cell);
-            }
-            cells = std::move(kept);
-            grid.widths =
-                std::vector<int>(grid.widths.begin() + firstColumn, grid.widths.begin() + endColumn);
-            gridRows -= firstRow;
-            gridColumns = endColumn - firstColumn;
-            if (firstColumn > 0 || endColumn < static_cast<int>(edges.size()) - 1) {
-                position = 4; // where the kept columns stood
-                leftOffset = std::max(0, page.left + left + edges[static_cast<std::size_t>(firstColumn)]);
-            }
-        }
-        writeParagraphFormat(inForce, ParagraphFormat());
-        streams.back().written = format;
-        streams.back().spacingInForce = spacing;
-    }
+    if (!writesCellBorders() && unboxLineless(table, body, grid, position, leftOffset))
+        return;
+    std::vector<GridCell> &cells = grid.cells;
+    const int gridRows = grid.rows;
+    const int gridColumns = static_cast<int>(grid.widths.size());
 
     // Between a table inside a cell and the room around it, a line shows when either cell has it;
     // libwpd takes the upper or left cell's word for it, so both get it.

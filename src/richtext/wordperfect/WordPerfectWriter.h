@@ -359,6 +359,8 @@ private:
         bool joined = false;         // a table inside had to become paragraphs of its cell
     };
     TableGrid gridOf(const OpenTable &table) const;
+    bool unboxLineless(const OpenTable &table, const std::string &body, TableGrid &grid, int &position,
+                       int &leftOffset);
     void writeTable(const OpenTable &table, const std::string &body);
     void startParagraph(const librevenge::RVNGPropertyList &propList, const std::string &label,
                         bool listItem = false);
