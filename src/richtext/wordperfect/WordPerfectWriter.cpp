@@ -389,7 +389,8 @@ void WordPerfectWriter::writeBlankLine(int height, bool closing)
     if (inCellStream())
         stream.lineHeights += height;
     // The line spacing in force stretches the blank line as it does every other, but not the last
-    // line of a header (LibreOffice leaves it as its font sets it): that one is single spaced.
+    // line of a header (LibreOffice leaves it as its font sets it): a closing one, a header's or a
+    // cell's, is single spaced.
     if (closing && stream.paragraph.lineSpacing != 0x10000) {
         ParagraphFormat single = stream.paragraph;
         single.lineSpacing = 0x10000;
