@@ -50,7 +50,6 @@ inline constexpr std::string_view hiraganaAsKatakana = "hiragana (written as kat
 inline constexpr std::string_view nestedTables =
     "tables inside tables (kept as paragraphs of the outer cell)";
 inline constexpr std::string_view textBoxes = "text boxes (kept as paragraphs after their anchor)";
-inline constexpr std::string_view textColumns = "text columns (set in one column)";
 inline constexpr std::string_view cellShading = "table cell shading";
 inline constexpr std::string_view cellBorders = "table cell borders (every line drawn)";
 inline constexpr std::string_view comments = "comments";

@@ -212,4 +212,42 @@ INSTANTIATE_TEST_SUITE_P(Fixtures, IndependentReaders, ::testing::ValuesIn(cases
     return std::string(info.param.fixture->name) + "_" + (info.param.option + 2);
 });
 
+// libwpd reads no 5.1 columns; wp2latex does: the section's words in multicols, the column break
+// between them, a page break with the columns off around it, the words after the section outside. wp2latex
+// keeps a column mode open only after a figure box (without one it closes it where it opens, on WordPerfect's
+// own prn_test5.wp too), so a picture stands above the columns.
+TEST(IndependentReaders51, Wp2latexSetsTheSectionInColumns)
+{
+    const std::string png =
+        "iVBORw0KGgoAAAANSUhEUgAAAAIAAAACCAIAAAD91JpzAAAADklEQVR4nGNwAAMGCAUAFQ4DAdSUe+sAAAAASUVORK5CYII=";
+    const std::string picture =
+        "<draw:frame text:anchor-type=\"as-char\" svg:width=\"0.5in\" svg:height=\"0.5in\">"
+        "<draw:image><office:binary-data>" +
+        png + "</office:binary-data></draw:image></draw:frame>";
+    testing_support::TempDir scratch;
+    const std::string source = scratch.write(
+        "source.fodt",
+        wptest::flatOdt(columnStyle + wptest::style("PB", "paragraph", "fo:break-before=\"page\""),
+                        "<text:p>above columns" + picture +
+                            "</text:p><text:section text:name=\"s\" text:style-name=\"S\">"
+                            "<text:p>left column words</text:p><text:p text:style-name=\"CB\">right column "
+                            "words</text:p><text:p text:style-name=\"PB\">next page words</text:p>"
+                            "</text:section><text:p>below columns</text:p>"));
+    const std::string output = scratch.file("out.wp");
+    const ProgramRun run = ProgramRun::of({ODT2WP5_PATH, "--wp5", source, output});
+    ASSERT_EQ(run.status, 0) << run.err;
+    const readers::Reading latex = readers::wp2latex(output);
+    if (!latex.available)
+        GTEST_SKIP() << "wp2latex is not installed";
+    const std::string &tex = latex.text;
+    std::size_t at = 0;
+    for (const char *next : {"\\begin{multicols}{2}", "left column words", "\\columnbreak",
+                             "right column words", "\\end{multicols}", "\\newpage", "\\begin{multicols}{2}",
+                             "next page words", "\\end{multicols}", "below columns"}) {
+        const std::size_t found = tex.find(next, at);
+        ASSERT_NE(found, std::string::npos) << next << " missing or out of order in\n" << tex;
+        at = found;
+    }
+}
+
 } // namespace

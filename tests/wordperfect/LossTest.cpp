@@ -24,8 +24,6 @@ struct Case {
     std::string masterStyles = {};
 };
 
-const std::string columns =
-    wptest::style("S", "section", "", R"(<style:columns fo:column-count="2" fo:column-gap="0.5in"/>)");
 const std::string shading =
     wptest::style("Y", "table-cell", R"(fo:background-color="#ffff00" fo:border="0.5pt solid #000000")");
 const std::string lines = wptest::style("B", "table-cell", R"(fo:border="0.5pt solid #000000")");
@@ -106,12 +104,6 @@ const Case cases[] = {
      "<style:master-page style:name=\"Standard\"><style:header><text:p>head " + box +
          "</text:p></style:header>"
          "</style:master-page>"},
-    {"Columns",
-     columns,
-     "<text:section text:name=\"s\" text:style-name=\"S\"><text:p>left "
-     "words</text:p><text:p>more</text:p></text:section>",
-     {},
-     {loss::textColumns}},
     {"CellShading",
      shading + lines,
      table(cell("<text:p>yellow</text:p>", "Y") + cell("<text:p>plain</text:p>", "B")),

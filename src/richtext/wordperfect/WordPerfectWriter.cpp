@@ -73,7 +73,7 @@ void WordPerfectWriter::openPageSpan(const RVNGPropertyList &propList)
     set("fo:margin-right", page.right);
     if (streams.size() == 1 && !streams.back().started)
         writePageSetup();
-    if (pageColumns > 1 && writesColumns() && sectionColumns.empty())
+    if (pageColumns > 1 && sectionColumns.empty())
         setColumns(pageColumns, pageColumnGap);
 }
 
@@ -86,13 +86,11 @@ void WordPerfectWriter::setPageColumns(const RVNGPropertyList &propList)
     const int columns = count ? std::clamp(count->getInt(), 1, 24) : 1;
     const int before = pageColumns;
     pageColumns = columns;
-    if (columns > 1 && !writesColumns())
-        lose(loss::textColumns);
     if (columns > 1)
         pageColumnGap = wpu(inchesOf(propList, "fo:column-gap").value_or(0.5));
     // A later page style with other columns changes them where it starts; the first one's are set
     // with the page setup, before any text.
-    if (before != columns && pageSetupKnown && writesColumns() && sectionColumns.empty())
+    if (before != columns && pageSetupKnown && sectionColumns.empty())
         setColumns(columns, pageColumnGap);
 }
 
@@ -296,10 +294,8 @@ void WordPerfectWriter::openSection(const RVNGPropertyList &propList)
     const int columns = count && !hidden && streams.size() == 1 ? std::clamp(count->getInt(), 1, 24) : 1;
     const int outer = columnsInForce();
     sectionColumns.push_back(columns > 1 || outer == 1 ? columns : outer);
-    if (columns > 1 && writesColumns())
+    if (columns > 1)
         setColumns(columns, wpu(inchesOf(propList, "fo:column-gap").value_or(0.5)));
-    else if (columns > 1)
-        lose(loss::textColumns);
 }
 
 void WordPerfectWriter::closeSection()
@@ -309,7 +305,7 @@ void WordPerfectWriter::closeSection()
     const int columns = sectionColumns.back();
     sectionColumns.pop_back();
     const int outer = columnsInForce();
-    if (columns != outer && writesColumns() && streams.size() == 1)
+    if (columns != outer && streams.size() == 1)
         setColumns(outer, sectionColumns.empty() ? pageColumnGap : columnGap);
 }
 

@@ -201,7 +201,6 @@ protected:
     void writeSoftHyphen() { out() += static_cast<char>(oneByteCodes().softHyphen); }
     void writeHardHyphen() { out() += static_cast<char>(oneByteCodes().hardHyphen); }
     void writeHardReturn() { out() += static_cast<char>(oneByteCodes().hardReturn); }
-    void writePageBreak() { out() += static_cast<char>(oneByteCodes().pageBreak); }
     virtual bool writeCharacter(std::u32string_view text, std::size_t &used) = 0; // false: no pair
     virtual const CharacterMap &characters() const = 0;
     // Word's private-use Symbol and Wingdings glyphs, written as what they mean.
@@ -232,11 +231,11 @@ protected:
     // The page's left and right margins again: readers lay a header, footer or note out from their
     // own default margins unless its text sets the page's.
     virtual void writeSideMargins() = 0;
-    // Newspaper columns from here on (count 1: columns off), and a break to the next column; only
-    // where the version has codes libwpd reads.
-    virtual bool writesColumns() const { return false; }
-    virtual void writeColumns(int, int) {} // count, gap in WPU
-    virtual void writeColumnBreak() {}
+    // Newspaper columns from here on (count 1: columns off; gap in WPU), and a break to the next
+    // column.
+    virtual void writeColumns(int count, int gap) = 0;
+    virtual void writeColumnBreak() = 0;
+    virtual void writePageBreak() { out() += static_cast<char>(oneByteCodes().pageBreak); }
     // `position`: 0 at the left margin, 1 at the right, 2 centred, 4 `leftOffset` WPU from the paper's edge.
     virtual void writeTableStart(const std::vector<int> &widths, int position, int leftOffset) = 0;
     virtual void writeCell(const CellShape &cell, bool firstInRow) = 0;

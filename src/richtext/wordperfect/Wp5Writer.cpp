@@ -293,6 +293,54 @@ void Wp5Writer::writeSideMargins()
     function(0xD0, 0x01, data);
 }
 
+// Define columns, then columns on: the count and each column's left and right edge from the
+// paper's left edge (24 pairs), after the definition it replaces. WordPerfect 5.1's own newspaper
+// columns carry 0x40 beside the count; the top bit would make them parallel. Columns off ends a
+// line, so it follows the paragraph's own HRt, which libwpd needs to end the paragraph.
+void Wp5Writer::writeColumns(int count, int gap)
+{
+    if (columnsOn) {
+        put8(out(), 0xAF);
+        columnsOn = false;
+    }
+    if (count < 2)
+        return;
+    const PageSetup &page = pageSetup();
+    const int area = page.width - page.left - page.right;
+    const int width = std::max(1, (area - gap * (count - 1)) / count);
+    std::string definition;
+    put8(definition, 0x40 | static_cast<unsigned>(count));
+    for (int i = 0; i < 24; ++i) {
+        const int left = i < count ? page.left + i * (width + gap) : 0;
+        put16(definition, static_cast<unsigned>(std::clamp(left, 0, 0xFFFF)));
+        put16(definition, static_cast<unsigned>(i < count ? std::clamp(left + width, 0, 0xFFFF) : 0));
+    }
+    function(0xD2, 0x01, columnDefinition + definition);
+    columnDefinition = definition;
+    put8(out(), 0x87);
+    columnsOn = true;
+}
+
+// In columns WordPerfect 5.1 ends a column with a hard page; libwpd, which reads no columns,
+// takes it for a page break.
+void Wp5Writer::writeColumnBreak()
+{
+    put8(out(), 0x0C);
+}
+
+// So a page break in columns turns them off for the hard page and on again after it.
+void Wp5Writer::writePageBreak()
+{
+    const bool inColumns = columnsOn && !inSubDocument();
+    if (inColumns)
+        put8(out(), 0xAF);
+    put8(out(), 0x0C);
+    if (inColumns) {
+        function(0xD2, 0x01, columnDefinition + columnDefinition);
+        put8(out(), 0x87);
+    }
+}
+
 void Wp5Writer::writePageSetup()
 {
     const PageSetup &page = pageSetup();

@@ -26,6 +26,9 @@ protected:
     void writeTabSet(const std::vector<TabStop> &tabs);
     void writePageSetup() override;
     void writeSideMargins() override;
+    void writeColumns(int count, int gap) override;
+    void writeColumnBreak() override;
+    void writePageBreak() override;
     void writeTableStart(const std::vector<int> &widths, int position, int leftOffset) override;
     void writeCell(const CellShape &cell, bool firstInRow) override;
     void writeTableEnd() override;
@@ -44,7 +47,9 @@ private:
 
     std::vector<std::pair<std::string, int>> fonts; // name and size of each font-list record
     std::map<std::pair<std::string, int>, int> fontNumbers;
-    std::vector<std::string> pictures; // WordPerfect Graphics records of each figure box
+    std::vector<std::string> pictures;                    // WordPerfect Graphics records of each figure box
+    std::string columnDefinition = std::string(97, '\0'); // the one in force: the next one's old value
+    bool columnsOn = false;
 };
 
 } // namespace richtext::wordperfect

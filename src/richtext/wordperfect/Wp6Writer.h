@@ -27,7 +27,6 @@ protected:
     void writeParagraphSpacing(int wpu) override;
     void writePageSetup() override;
     void writeSideMargins() override;
-    bool writesColumns() const override { return true; }
     void writeColumns(int count, int gap) override;
     void writeColumnBreak() override;
     void writeTableStart(const std::vector<int> &widths, int position, int leftOffset) override;
