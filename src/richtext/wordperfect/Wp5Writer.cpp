@@ -294,9 +294,10 @@ void Wp5Writer::writeSideMargins()
 }
 
 // Define columns, then columns on: the count and each column's left and right edge from the
-// paper's left edge (24 pairs), after the definition it replaces. WordPerfect 5.1's own newspaper
-// columns carry 0x40 beside the count; the top bit would make them parallel. Columns off ends a
-// line, so it follows the paragraph's own HRt, which libwpd needs to end the paragraph.
+// paper's left edge (24 pairs), after the definition it replaces. The type sits in the count's top
+// bits and newspaper is none of them: WordPerfect 4.2 marks parallel columns with the top bit, and 6
+// numbers its types from newspaper 0. Columns off ends a line, so it follows the paragraph's own
+// HRt, which libwpd needs to end the paragraph.
 void Wp5Writer::writeColumns(int count, int gap)
 {
     if (columnsOn) {
@@ -309,7 +310,7 @@ void Wp5Writer::writeColumns(int count, int gap)
     const int area = page.width - page.left - page.right;
     const int width = std::max(1, (area - gap * (count - 1)) / count);
     std::string definition;
-    put8(definition, 0x40 | static_cast<unsigned>(count));
+    put8(definition, static_cast<unsigned>(count));
     for (int i = 0; i < 24; ++i) {
         const int left = i < count ? page.left + i * (width + gap) : 0;
         put16(definition, static_cast<unsigned>(std::clamp(left, 0, 0xFFFF)));
