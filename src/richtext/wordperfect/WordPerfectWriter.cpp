@@ -73,8 +73,8 @@ void WordPerfectWriter::openPageSpan(const RVNGPropertyList &propList)
     set("fo:margin-right", page.right);
     if (streams.size() == 1 && !streams.back().started)
         writePageSetup();
-    if (pageColumns > 1 && sectionColumns.empty())
-        setColumns(pageColumns, pageColumnGap);
+    if (pageColumns.count > 1 && sectionColumns.empty())
+        setColumns(pageColumns);
 }
 
 // A page style set in columns: its text runs in them, outside the sections that set their own.
@@ -84,14 +84,14 @@ void WordPerfectWriter::setPageColumns(const RVNGPropertyList &propList)
         return;
     const librevenge::RVNGProperty *count = propList["fo:column-count"];
     const int columns = count ? std::clamp(count->getInt(), 1, 24) : 1;
-    const int before = pageColumns;
-    pageColumns = columns;
+    const TextColumns before = pageColumns;
+    pageColumns.count = columns;
     if (columns > 1)
-        pageColumnGap = wpu(inchesOf(propList, "fo:column-gap").value_or(0.5));
+        pageColumns.gap = wpu(inchesOf(propList, "fo:column-gap").value_or(0.5));
     // A later page style with other columns changes them where it starts; the first one's are set
     // with the page setup, before any text.
-    if (before != columns && pageSetupKnown && sectionColumns.empty())
-        setColumns(columns, pageColumnGap);
+    if (before != pageColumns && pageSetupKnown && sectionColumns.empty())
+        setColumns(pageColumns);
 }
 
 void WordPerfectWriter::pushStream(bool subDocument)
@@ -292,29 +292,31 @@ void WordPerfectWriter::openSection(const RVNGPropertyList &propList)
 {
     const librevenge::RVNGProperty *count = propList["fo:column-count"];
     const int columns = count && !hidden && streams.size() == 1 ? std::clamp(count->getInt(), 1, 24) : 1;
-    const int outer = columnsInForce();
-    sectionColumns.push_back(columns > 1 || outer == 1 ? columns : outer);
+    const librevenge::RVNGProperty *unbalanced = propList["text:dont-balance-text-columns"];
+    const TextColumns own{columns, wpu(inchesOf(propList, "fo:column-gap").value_or(0.5)),
+                          !unbalanced || unbalanced->getStr() != "true"};
+    const TextColumns outer = columnsInForce();
+    sectionColumns.push_back(columns > 1 || outer.count == 1 ? own : outer);
     if (columns > 1)
-        setColumns(columns, wpu(inchesOf(propList, "fo:column-gap").value_or(0.5)));
+        setColumns(own);
 }
 
 void WordPerfectWriter::closeSection()
 {
     if (sectionColumns.empty())
         return;
-    const int columns = sectionColumns.back();
+    const TextColumns inner = sectionColumns.back();
     sectionColumns.pop_back();
-    const int outer = columnsInForce();
-    if (columns != outer && streams.size() == 1)
-        setColumns(outer, sectionColumns.empty() ? pageColumnGap : columnGap);
+    const TextColumns &outer = columnsInForce();
+    if (inner != outer && streams.size() == 1)
+        setColumns(outer);
 }
 
-void WordPerfectWriter::setColumns(int count, int gap)
+void WordPerfectWriter::setColumns(const TextColumns &columns)
 {
     // The codes start a paragraph: the one before ends first.
     flushReturns();
-    columnGap = gap;
-    writeColumns(count, gap);
+    writeColumns(columns);
 }
 
 // Word processors put the paragraph's own space below it and the next one's space above it between
@@ -449,7 +451,7 @@ void WordPerfectWriter::startParagraph(const RVNGPropertyList &propList, const s
         paragraphOpensPage = !stream.started || pageJustBroken || breakBefore == "page";
         if (breakBefore == "page" && stream.started && !pageJustBroken)
             breakPage();
-        else if (breakBefore == "column" && stream.started && columnsInForce() > 1)
+        else if (breakBefore == "column" && stream.started && columnsInForce().count > 1)
             breakColumn();
         pageJustBroken = false;
     }

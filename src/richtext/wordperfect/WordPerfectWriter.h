@@ -56,6 +56,15 @@ struct ParagraphFormat {
     bool operator==(const ParagraphFormat &) const = default;
 };
 
+// Newspaper columns: a count of 1 is none. Balanced ones end level where their text ends, as a
+// section's columns do in Word and LibreOffice; a page style's fill each column in turn.
+struct TextColumns {
+    int count = 1;
+    int gap = 600; // WPU
+    bool balanced = false;
+    bool operator==(const TextColumns &) const = default;
+};
+
 struct PageSetup {
     int width = 10200, height = 13200; // WPU (US Letter)
     int top = 1200, bottom = 1200, left = 1200, right = 1200;
@@ -231,9 +240,8 @@ protected:
     // The page's left and right margins again: readers lay a header, footer or note out from their
     // own default margins unless its text sets the page's.
     virtual void writeSideMargins() = 0;
-    // Newspaper columns from here on (count 1: columns off; gap in WPU), and a break to the next
-    // column.
-    virtual void writeColumns(int count, int gap) = 0;
+    // Columns from here on (count 1: columns off), and a break to the next column.
+    virtual void writeColumns(const TextColumns &columns) = 0;
     virtual void writeColumnBreak() = 0;
     virtual void writePageBreak() { out() += static_cast<char>(oneByteCodes().pageBreak); }
     // `position`: 0 at the left margin, 1 at the right, 2 centred, 4 `leftOffset` WPU from the paper's edge.
@@ -368,7 +376,7 @@ private:
     void settleSpacing(int above, bool listItem = false, bool between = false);
     void breakPage();
     void breakColumn();
-    void setColumns(int count, int gap);
+    void setColumns(const TextColumns &columns);
     void setPageColumns(const librevenge::RVNGPropertyList &propList);
     void applyCharacterFormat();
     void closeAttributes();
@@ -421,12 +429,13 @@ private:
     std::vector<std::pair<int, int>> listIndents; // per open level: text indent and label width, WPU
     PageSetup page;
     bool pageSetupKnown = false;
-    bool pageJustBroken = false;     // a new page span wrote the break its first paragraph asks for
-    std::vector<int> sectionColumns; // per open section: its column count (1: none)
-    int pageColumns = 1;             // the page style's own columns, outside any section
-    int pageColumnGap = 600;
-    int columnsInForce() const { return sectionColumns.empty() ? pageColumns : sectionColumns.back(); }
-    int columnGap = 600;
+    bool pageJustBroken = false;             // a new page span wrote the break its first paragraph asks for
+    std::vector<TextColumns> sectionColumns; // per open section: the columns it sets its text in
+    TextColumns pageColumns;                 // the page style's own, outside any section
+    const TextColumns &columnsInForce() const
+    {
+        return sectionColumns.empty() ? pageColumns : sectionColumns.back();
+    }
     int footnotes = 0;
     int endnotes = 0;
     int hidden = 0; // inside a comment: nothing is written

@@ -297,9 +297,10 @@ void Wp5Writer::writeSideMargins()
 // paper's left edge (24 pairs), after the definition it replaces. The type sits in the count's top
 // bits and newspaper is none of them: WordPerfect 4.2 marks parallel columns with the top bit, and 6
 // numbers its types from newspaper 0. Columns off ends a line, so it follows the paragraph's own
-// HRt, which libwpd needs to end the paragraph.
-void Wp5Writer::writeColumns(int count, int gap)
+// HRt, which libwpd needs to end the paragraph. 5.1 has no balanced columns.
+void Wp5Writer::writeColumns(const TextColumns &columns)
 {
+    const int count = columns.count, gap = columns.gap;
     if (columnsOn) {
         put8(out(), 0xAF);
         columnsOn = false;

@@ -26,7 +26,7 @@ protected:
     void writeTabSet(const std::vector<TabStop> &tabs);
     void writePageSetup() override;
     void writeSideMargins() override;
-    void writeColumns(int count, int gap) override;
+    void writeColumns(const TextColumns &columns) override;
     void writeColumnBreak() override;
     void writePageBreak() override;
     void writeTableStart(const std::vector<int> &widths, int position, int leftOffset) override;

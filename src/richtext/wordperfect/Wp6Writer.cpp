@@ -318,13 +318,14 @@ int Wp6Writer::tabOrigin(const ParagraphFormat &format) const
     return pageSetup().left + format.leftIndent;
 }
 
-// Define text columns: newspaper, single row spacing, the count, then each column's share of the
-// text area (16.16, as WordPerfect writes it) and the fixed gap after it; a count of 1 turns
-// columns off.
-void Wp6Writer::writeColumns(int count, int gap)
+// Define text columns: newspaper (1: balanced), single row spacing, the count, then each column's
+// share of the text area (16.16, as WordPerfect writes it) and the fixed gap after it; a count of 1
+// turns columns off.
+void Wp6Writer::writeColumns(const TextColumns &columns)
 {
+    const int count = columns.count, gap = columns.gap;
     std::string data;
-    put8(data, 0);
+    put8(data, columns.balanced ? 1 : 0);
     put32(data, 0x10000);
     put8(data, static_cast<unsigned>(count));
     for (int i = 0; count > 1 && i < count; ++i) {

@@ -27,7 +27,7 @@ protected:
     void writeParagraphSpacing(int wpu) override;
     void writePageSetup() override;
     void writeSideMargins() override;
-    void writeColumns(int count, int gap) override;
+    void writeColumns(const TextColumns &columns) override;
     void writeColumnBreak() override;
     void writeTableStart(const std::vector<int> &widths, int position, int leftOffset) override;
     void writeCell(const CellShape &cell, bool firstInRow) override;
