@@ -352,15 +352,19 @@ std::string listStyle(const std::string &level, const char *margin)
            level.substr(0, level.find(' ')) + "></text:list-style>";
 }
 
-TEST_P(OdtToWordPerfect, WritesListLabelsWithTheirIndent)
+// A label takes the font of its item's text, not that of the text before it.
+TEST_P(OdtToWordPerfect, WritesListLabelsWithTheirIndentAndFont)
 {
-    const auto back = convert(
-        flatOdt(listStyle(R"(number style:num-format="1" style:num-suffix=".")", "0.5in"),
-                R"(<text:list text:style-name="N"><text:list-item><text:p>apple</text:p></text:list-item>
-        <text:list-item><text:p>pear</text:p></text:list-item></text:list>)"));
-    const richtext::Paragraph *pear = wptest::paragraphWith(back.document, "pear");
+    const auto back =
+        convert(flatOdt(listStyle(R"(number style:num-format="1" style:num-suffix=".")", "0.5in") +
+                            characterStyles + style("SMALL", "text", R"(fo:font-size="9pt")"),
+                        R"(<text:list text:style-name="N"><text:list-item><text:p>)" +
+                            span("F", "big apple") + "</text:p></text:list-item><text:list-item><text:p>" +
+                            span("SMALL", "small pear") + "</text:p></text:list-item></text:list>"));
+    const richtext::Paragraph *pear = wptest::paragraphWith(back.document, "small pear");
     ASSERT_NE(pear, nullptr);
-    EXPECT_EQ(pear->text(), "2.\tpear");
+    ASSERT_EQ(pear->text(), "2.\tsmall pear");
+    EXPECT_EQ(property(pear->content.front().style, "fo:font-size").rfind("9", 0), 0u);
     // libwpd reads a 5.1 margin code in force from the first line as the page's margin: what counts
     // is the indent from the paper's edge.
     const double page = std::stod(property(back.document.pageSpans.front().properties, "fo:margin-left"));
@@ -368,21 +372,6 @@ TEST_P(OdtToWordPerfect, WritesListLabelsWithTheirIndent)
     if (wp6()) { // 5.1 has no first-line indent code
         EXPECT_EQ(property(pear->properties, "fo:text-indent"), "-0.2500in");
     }
-}
-
-// A label takes the font of its item's text, not that of the heading before the list.
-TEST_P(OdtToWordPerfect, WritesAListLabelInItsItemsFont)
-{
-    const auto back = convert(
-        flatOdt(listStyle(R"(number style:num-format="1" style:num-suffix=".")", "0.5in") + characterStyles +
-                    style("SMALL", "text", R"(fo:font-size="9pt")"),
-                p(span("F", "big heading")) + R"(<text:list text:style-name="N"><text:list-item><text:p>)" +
-                    span("SMALL", "small item") + "</text:p></text:list-item></text:list>"));
-    const richtext::Paragraph *item = wptest::paragraphWith(back.document, "small item");
-    ASSERT_NE(item, nullptr);
-    ASSERT_FALSE(item->content.empty());
-    EXPECT_EQ(item->content.front().text.rfind("1.", 0), 0u);
-    EXPECT_EQ(property(item->content.front().style, "fo:font-size").rfind("9", 0), 0u);
 }
 
 // A list paragraph whose own formatting gives its indent is laid out by it, not by its level's; the
@@ -407,26 +396,6 @@ TEST_P(OdtToWordPerfect, TakesAListParagraphsOwnIndentOverItsLevels)
         ASSERT_NE(paragraph, nullptr) << text;
         EXPECT_NEAR(page + std::stod(property(paragraph->properties, "fo:margin-left")), 1.0 + left, 0.01)
             << text;
-    }
-}
-
-TEST_P(OdtToWordPerfect, KeepsATextBoxAsABoxOrAfterItsAnchorParagraph)
-{
-    const auto back = convert(flatOdt(
-        "", R"(<text:p>anchor words<draw:frame text:anchor-type="as-char" svg:width="2in" svg:height="1in"
-        ><draw:text-box><text:p>caption words</text:p></draw:text-box></draw:frame> tail</text:p>)" +
-                p("next")));
-    Strings boxed;
-    for (const richtext::Inline *box : wptest::piecesOf(back.document, richtext::Inline::Kind::textBox))
-        for (const richtext::Block &block : *box->content)
-            boxed.push_back(block.paragraph()->text());
-    if (wp6()) {
-        // WordPerfect 6 has text boxes: the words stay in one, anchored where they were.
-        EXPECT_EQ(wptest::texts(back.document), (Strings{"anchor words tail", "next"}));
-        EXPECT_EQ(boxed, Strings{"caption words"});
-    } else {
-        EXPECT_EQ(wptest::texts(back.document), (Strings{"anchor words tail", "caption words", "next"}));
-        EXPECT_TRUE(boxed.empty());
     }
 }
 
@@ -591,47 +560,50 @@ TEST_P(OdtToWordPerfect, KeepsAnEmptyParagraphsFontSize)
     }
 }
 
-const std::string columnBreak = style("CB", "paragraph", R"(fo:break-before="column")");
-
-TEST_P(OdtToWordPerfect, SetsASectionsTextInColumns)
+// Columns of a section or of the page style; a section in the page's columns returns to them after
+// it, and a column break moves on to the next column.
+TEST_P(OdtToWordPerfect, SetsTextInColumns)
 {
-    const auto back = convert(
-        flatOdt(style("S", "section", "", R"(<style:columns fo:column-count="3" fo:column-gap="0.25in"/>)") +
-                    columnBreak,
-                p("above") + R"(<text:section text:name="s" text:style-name="S">)" + p("first column") +
-                    p("second column", "CB") + "</text:section>" + p("below")));
-    EXPECT_EQ(wptest::texts(back.document), (Strings{"above", "first column", "second column", "below"}));
-    const richtext::Paragraph *second = wptest::paragraphWith(back.document, "second column");
-    ASSERT_NE(second, nullptr);
-    if (wp6()) {
-        // Columns on, then off again after the section: libwpd opens a section for each.
-        EXPECT_EQ(wptest::sectionColumns(back.document), (Strings{"", "3", ""}));
-        EXPECT_EQ(property(second->properties, "fo:break-before"), "column");
-    } else { // libwpd reads no 5.1 columns, and their break as a page break
-        EXPECT_EQ(property(second->properties, "fo:break-before"), "page");
-    }
-}
-
-TEST_P(OdtToWordPerfect, SetsAPageStylesTextInColumns)
-{
-    ProgramRun run;
-    const auto back = convert(
-        flatOdt(R"(<style:page-layout style:name="PL"><style:page-layout-properties fo:page-width="8.5in"
-                fo:page-height="11in"><style:columns fo:column-count="2" fo:column-gap="0.3in"/>
-                </style:page-layout-properties></style:page-layout>)" +
-                    columnBreak,
-                p("left") + p("right", "CB"),
-                R"(<style:master-page style:name="Standard" style:page-layout-name="PL"/>)"),
-        &run);
-    EXPECT_EQ(wptest::texts(back.document), (Strings{"left", "right"}));
-    EXPECT_TRUE(richtext::Losses::fromStderr(run.err).empty()) << run.err;
-    const richtext::Paragraph *right = wptest::paragraphWith(back.document, "right");
-    ASSERT_NE(right, nullptr);
-    if (wp6()) {
-        EXPECT_EQ(wptest::sectionColumns(back.document), Strings{"2"});
-        EXPECT_EQ(property(right->properties, "fo:break-before"), "column");
-    } else { // libwpd reads no 5.1 columns, and their break as a page break
-        EXPECT_EQ(property(right->properties, "fo:break-before"), "page");
+    const struct {
+        const char *name;
+        std::string masters;
+        Strings sections; // 6: libwpd opens a section for each change of columns
+    } cases[] = {
+        {"a section's", "", {"", "3", ""}},
+        {"the page style's and a section's",
+         R"(<style:master-page style:name="Standard" style:page-layout-name="PL"/>)",
+         {"2", "3", "2"}},
+    };
+    for (const auto &c : cases) {
+        SCOPED_TRACE(c.name);
+        ProgramRun run;
+        const bool pageColumns = !c.masters.empty();
+        const auto back = convert(
+            flatOdt(R"(<style:page-layout style:name="PL"><style:page-layout-properties fo:page-width="8.5in"
+                    fo:page-height="11in"><style:columns fo:column-count="2" fo:column-gap="0.3in"/>
+                    </style:page-layout-properties></style:page-layout>)" +
+                        style("S", "section", "",
+                              R"(<style:columns fo:column-count="3" fo:column-gap="0.25in"/>)") +
+                        style("CB", "paragraph", R"(fo:break-before="column")"),
+                    p("above") + p("beside", pageColumns ? "CB" : "") +
+                        R"(<text:section text:name="s" text:style-name="S">)" + p("first column") +
+                        p("second column", "CB") + "</text:section>" + p("below"),
+                    c.masters),
+            &run);
+        EXPECT_EQ(wptest::texts(back.document),
+                  (Strings{"above", "beside", "first column", "second column", "below"}));
+        EXPECT_TRUE(richtext::Losses::fromStderr(run.err).empty()) << run.err;
+        // libwpd reads no 5.1 columns, and their break as a page break.
+        const char *hardBreak = wp6() ? "column" : "page";
+        for (const auto &[text, breaks] :
+             {std::pair{"beside", pageColumns}, std::pair{"second column", true}}) {
+            const richtext::Paragraph *paragraph = wptest::paragraphWith(back.document, text);
+            ASSERT_NE(paragraph, nullptr) << text;
+            EXPECT_EQ(property(paragraph->properties, "fo:break-before"), breaks ? hardBreak : "") << text;
+        }
+        if (wp6()) {
+            EXPECT_EQ(wptest::sectionColumns(back.document), c.sections);
+        }
     }
 }
 
@@ -1092,8 +1064,8 @@ TEST_P(OdtToWordPerfect, LeavesALinelessHeadingAndRoomOutOfA51Table)
     EXPECT_NEAR(std::stod(property(tables[0]->properties, "fo:margin-left")), 6.5 / 3 - 0.07, 0.02);
 }
 
-// A text box anchored to its paragraph or page keeps its place there in WordPerfect 6: its offset
-// from the paragraph (across from the margin) or from the paper's edges, or centred.
+// A text box keeps its words and its place in WordPerfect 6: in the line, or its offset from the
+// paragraph (across from the margin) or from the paper's edges, or centred.
 TEST_P(OdtToWordPerfect, KeepsWhereATextBoxStands)
 {
     if (!wp6())
@@ -1121,8 +1093,11 @@ TEST_P(OdtToWordPerfect, KeepsWhereATextBoxStands)
             std::string(R"(<text:p>anchor words<draw:frame draw:style-name="C" )") + c.frame +
                 R"( svg:width="2in" svg:height="1in"><draw:text-box><text:p>boxed words</text:p></draw:text-box
                 ></draw:frame></text:p>)"));
+        EXPECT_EQ(wptest::texts(back.document), Strings{"anchor words"});
         const richtext::Inline *box = onlyTextBox(back.document);
         ASSERT_NE(box, nullptr);
+        ASSERT_TRUE(box->content && box->content->size() == 1);
+        EXPECT_EQ(box->content->front().paragraph()->text(), "boxed words");
         EXPECT_EQ(property(box->object, "text:anchor-type"), c.anchor);
         EXPECT_EQ(property(box->object, "svg:x"), c.x);
         if (*c.y) {
