@@ -44,6 +44,17 @@ std::vector<std::string> sectionColumns(const richtext::Document &document);
 std::vector<const richtext::Inline *> piecesOf(const richtext::Document &document,
                                                richtext::Inline::Kind kind);
 
+// The corpus's office documents with these extensions (any case), the password-protected one left
+// out, each with a key no other shares (its base name and extension, "name-odt"); sorted by key.
+struct CorpusFile {
+    std::string path, key;
+};
+std::vector<CorpusFile> officeCorpus(const std::vector<std::string> &extensions);
+
+// One LibreOffice run for many inputs, with a private profile: each output in outdir, named after its input.
+bool soffice(const std::string &format, const std::vector<std::string> &inputs, const std::string &outdir,
+             const std::string &profile, const std::string &filter = {});
+
 struct Version {
     const char *option;
     const char *extension;
