@@ -46,8 +46,6 @@ std::string table(int rows, int columns)
 }
 
 const Fixture fixtures[] = {
-    {"PlainParagraphs", "",
-     "<text:p>first paragraph of words</text:p><text:p>second paragraph here</text:p>"},
     {"SummaryInItsOwnIndexBlock", "", "<text:p>body words</text:p>", "",
      "<office:meta><dc:title>Title words</dc:title><dc:subject>Subject words</dc:subject>"
      "<dc:creator>Author Name</dc:creator><dc:description>Abstract words</dc:description>"
