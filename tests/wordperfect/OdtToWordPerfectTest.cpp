@@ -350,9 +350,9 @@ TEST_P(OdtToWordPerfect, KeepsTheTextHeadersAndFootersAndSaysWhatWasLost)
 }
 
 // A list whose level 1 stands at this margin and indent, of these labels.
-std::string listStyle(const std::string &level, const char *margin)
+std::string listStyle(const char *name, const std::string &level, const char *margin)
 {
-    return std::string(R"(<text:list-style style:name="N"><text:list-level-style-)") + level +
+    return std::string(R"(<text:list-style style:name=")") + name + R"("><text:list-level-style-)" + level +
            R"( text:level="1"><style:list-level-properties
            text:list-level-position-and-space-mode="label-alignment"><style:list-level-label-alignment
            text:label-followed-by="listtab" fo:margin-left=")" +
@@ -360,49 +360,43 @@ std::string listStyle(const std::string &level, const char *margin)
            level.substr(0, level.find(' ')) + "></text:list-style>";
 }
 
-// A label takes the font of its item's text, not that of the text before it.
-TEST_P(OdtToWordPerfect, WritesListLabelsWithTheirIndentAndFont)
+// A label takes the font of its item's text, not that of the text before it. A list paragraph whose
+// own formatting gives its indent is laid out by it, not by its level's; the indent of a named style
+// (Word's "List Paragraph") gives way to the level's, as Writer lays it out.
+TEST_P(OdtToWordPerfect, WritesListItemsWithTheirLabelsAtTheirIndent)
 {
-    const auto back =
-        convert(flatOdt(listStyle(R"(number style:num-format="1" style:num-suffix=".")", "0.5in") +
-                            characterStyles + style("SMALL", "text", R"(fo:font-size="9pt")"),
-                        R"(<text:list text:style-name="N"><text:list-item><text:p>)" +
-                            span("F", "big apple") + "</text:p></text:list-item><text:list-item><text:p>" +
-                            span("SMALL", "small pear") + "</text:p></text:list-item></text:list>"));
+    const auto back = convert(Odt{
+        .styles = style("LISTP", "paragraph", R"(fo:margin-left="0.5in" fo:text-indent="0in")"),
+        .automaticStyles =
+            listStyle("N", R"(number style:num-format="1" style:num-suffix=".")", "0.5in") +
+            listStyle("D", R"(bullet text:bullet-char="-")", "1in") + characterStyles +
+            style("SMALL", "text", R"(fo:font-size="9pt")") +
+            style("OWN", "paragraph", R"(fo:margin-left="0.5in" fo:text-indent="-0.25in")") +
+            R"(<style:style style:name="ITEM" style:family="paragraph" style:parent-style-name="LISTP"
+                        style:list-style-name="D"/>)",
+        .body =
+            R"(<text:list text:style-name="N"><text:list-item><text:p>)" + span("F", "big apple") +
+            "</text:p></text:list-item><text:list-item><text:p>" + span("SMALL", "small pear") +
+            R"(</text:p></text:list-item></text:list><text:list text:style-name="D"><text:list-item><text:p
+                    text:style-name="OWN">own indent</text:p></text:list-item><text:list-item><text:p>level
+                    indent</text:p></text:list-item><text:list-item><text:p text:style-name="ITEM">styled
+                    indent</text:p></text:list-item></text:list>)"}
+                                  .flat());
     const richtext::Paragraph *pear = wptest::paragraphWith(back.document, "small pear");
     ASSERT_NE(pear, nullptr);
     ASSERT_EQ(pear->text(), "2.\tsmall pear");
     EXPECT_EQ(property(pear->content.front().style, "fo:font-size").rfind("9", 0), 0u);
-    // libwpd reads a 5.1 margin code in force from the first line as the page's margin: what counts
-    // is the indent from the paper's edge.
-    const double page = std::stod(property(back.document.pageSpans.front().properties, "fo:margin-left"));
-    EXPECT_NEAR(page + std::stod(property(pear->properties, "fo:margin-left")), 1.5, 0.01);
     if (wp6()) { // 5.1 has no first-line indent code
         EXPECT_EQ(property(pear->properties, "fo:text-indent"), "-0.2500in");
     }
-}
-
-// A list paragraph whose own formatting gives its indent is laid out by it, not by its level's; the
-// indent of a named style (Word's "List Paragraph") gives way to the level's, as Writer lays it out.
-TEST_P(OdtToWordPerfect, TakesAListParagraphsOwnIndentOverItsLevels)
-{
-    const auto back = convert(
-        Odt{.styles = style("LISTP", "paragraph", R"(fo:margin-left="0.5in" fo:text-indent="0in")"),
-            .automaticStyles =
-                listStyle(R"(bullet text:bullet-char="-")", "1in") +
-                style("OWN", "paragraph", R"(fo:margin-left="0.5in" fo:text-indent="-0.25in")") +
-                R"(<style:style style:name="ITEM" style:family="paragraph" style:parent-style-name="LISTP"
-                        style:list-style-name="N"/>)",
-            .body = R"(<text:list text:style-name="N"><text:list-item><text:p text:style-name="OWN">own
-        indent</text:p></text:list-item><text:list-item><text:p>level indent</text:p></text:list-item><text:list-item
-        ><text:p text:style-name="ITEM">styled indent</text:p></text:list-item></text:list>)"}
-            .flat());
+    // libwpd reads a 5.1 margin code in force from the first line as the page's margin: what counts
+    // is the indent from the paper's edge.
     const double page = std::stod(property(back.document.pageSpans.front().properties, "fo:margin-left"));
-    for (const auto &[text, left] :
-         {std::pair{"own indent", 0.5}, std::pair{"level indent", 1.0}, std::pair{"styled indent", 1.0}}) {
+    for (const auto &[text, indent] : {std::pair{"small pear", 1.5}, std::pair{"own indent", 1.5},
+                                       std::pair{"level indent", 2.0}, std::pair{"styled indent", 2.0}}) {
         const richtext::Paragraph *paragraph = wptest::paragraphWith(back.document, text);
         ASSERT_NE(paragraph, nullptr) << text;
-        EXPECT_NEAR(page + std::stod(property(paragraph->properties, "fo:margin-left")), 1.0 + left, 0.01)
+        EXPECT_NEAR(page + std::stod(property(paragraph->properties, "fo:margin-left")), indent, 0.01)
             << text;
     }
 }
