@@ -49,7 +49,8 @@ const richtext::Inline *findIn(const richtext::Paragraph &paragraph, const std::
 {
     for (const richtext::Inline &piece : paragraph.content) {
         if (piece.kind == richtext::Inline::Kind::text && piece.text.find(needle) != std::string::npos) {
-            *owner = &paragraph;
+            if (owner)
+                *owner = &paragraph;
             return &piece;
         }
         if (piece.content) {
@@ -81,11 +82,11 @@ const richtext::Inline *findIn(const richtext::Blocks &blocks, const std::string
 
 } // namespace
 
-const richtext::Inline *pieceWith(const richtext::Document &document, const std::string &needle)
+const richtext::Inline *pieceWith(const richtext::Document &document, const std::string &needle,
+                                  const richtext::Paragraph **owner)
 {
-    const richtext::Paragraph *owner = nullptr;
     for (const richtext::PageSpan &span : document.pageSpans) {
-        if (const auto *found = findIn(span.blocks, needle, &owner))
+        if (const auto *found = findIn(span.blocks, needle, owner))
             return found;
     }
     return nullptr;
@@ -94,11 +95,7 @@ const richtext::Inline *pieceWith(const richtext::Document &document, const std:
 const richtext::Paragraph *paragraphWith(const richtext::Document &document, const std::string &needle)
 {
     const richtext::Paragraph *owner = nullptr;
-    for (const richtext::PageSpan &span : document.pageSpans) {
-        if (findIn(span.blocks, needle, &owner))
-            return owner;
-    }
-    return nullptr;
+    return pieceWith(document, needle, &owner) ? owner : nullptr;
 }
 
 namespace {

@@ -29,7 +29,9 @@ struct ReadBack {
 ReadBack readWordPerfect(const std::string &bytes);
 
 // The first text piece of the main text, notes and cells included, that contains needle.
-const richtext::Inline *pieceWith(const richtext::Document &document, const std::string &needle);
+// With owner, the paragraph that holds it.
+const richtext::Inline *pieceWith(const richtext::Document &document, const std::string &needle,
+                                  const richtext::Paragraph **owner = nullptr);
 const richtext::Paragraph *paragraphWith(const richtext::Document &document, const std::string &needle);
 using fixtures::property;
 
