@@ -34,18 +34,6 @@ bool containsAll(const std::set<std::string> &words, const std::set<std::string>
     return std::includes(words.begin(), words.end(), wanted.begin(), wanted.end());
 }
 
-// libwpd's own wpd2text decrypts the fixture with the password and not without: the fixture is
-// a genuine encrypted document, whatever wpd2odt makes of it.
-TEST(PasswordTest, FixtureIsEncryptedAsLibwpdExpects)
-{
-    testing_support::TempDir folder;
-    const std::string source = writeEncryptedFixture(folder);
-    const ProgramRun decrypted = ProgramRun::of({WPD2TEXT_PATH, "--password", password, source});
-    EXPECT_TRUE(containsAll(OdtFile::wordsOfPlainText(decrypted.out), secretWords())) << decrypted.out;
-    const ProgramRun locked = ProgramRun::of({WPD2TEXT_PATH, source});
-    EXPECT_FALSE(containsAll(OdtFile::wordsOfPlainText(locked.out), secretWords())) << locked.out;
-}
-
 struct PasswordCase {
     std::string name;
     std::vector<std::string> options;

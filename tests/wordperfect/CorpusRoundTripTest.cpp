@@ -7,6 +7,7 @@
 #include "PlainText.h"
 #include "ProgramRun.h"
 #include "TestFiles.h"
+#include "WpTestSupport.h"
 
 #include "richtext/wordperfect/CharacterMap.h"
 
@@ -22,47 +23,13 @@ using richtext::wordperfect::CharacterMap;
 
 namespace {
 
-struct Source {
-    fs::path path;
-    std::string key; // a base name no other file shares
-};
-
-std::vector<Source> corpusDocuments()
-{
-    std::vector<Source> sources;
-    const fs::path office = fs::path(QM_CORPUS_DIR) / "office";
-    if (!fs::is_directory(office))
-        return sources;
-    for (const auto &entry : fs::directory_iterator(office)) {
-        const std::string extension = entry.path().extension().string();
-        if ((extension == ".odt" || extension == ".fodt") &&
-            entry.path().filename() != "testODTEncrypted.odt")
-            sources.push_back({entry.path(), entry.path().stem().string() + "-" + extension.substr(1)});
-    }
-    std::sort(sources.begin(), sources.end(), [](const Source &a, const Source &b) { return a.key < b.key; });
-    return sources;
-}
-
-// One soffice run for many files: a private profile, each output named after its input.
-bool convertAll(const std::string &format, const std::vector<std::string> &inputs, const std::string &outdir,
-                const std::string &filter, const std::string &profile)
-{
-    std::vector<std::string> argv{SOFFICE_PATH, "-env:UserInstallation=file://" + profile, "--headless",
-                                  "--norestore"};
-    if (!filter.empty())
-        argv.push_back("--infilter=" + filter);
-    argv.insert(argv.end(), {"--convert-to", format, "--outdir", outdir});
-    argv.insert(argv.end(), inputs.begin(), inputs.end());
-    return ProgramRun::of(argv).status == 0;
-}
-
 // Files whose text does not come back exactly yet, and why. A file that
 // comes back exact must leave this list.
 const std::map<std::string, const char *> knownDifferences = {};
 
 TEST(CorpusRoundTrip, LibreOfficeReadsTheSameTextFromOurWordPerfectFiles)
 {
-    const std::vector<Source> sources = corpusDocuments();
+    const std::vector<wptest::CorpusFile> sources = wptest::officeCorpus({".odt", ".fodt"});
     if (sources.empty())
         GTEST_SKIP() << "../shared/corpus/office is absent";
     if (std::string(SOFFICE_PATH).empty())
@@ -75,8 +42,8 @@ TEST(CorpusRoundTrip, LibreOfficeReadsTheSameTextFromOurWordPerfectFiles)
     const std::string ourOdt = scratch.file("wp-odt");
     std::vector<std::string> sourceInputs, ourInputs;
     const char *versions[] = {"wp6", "wp5"};
-    for (const Source &source : sources) {
-        const std::string link = scratch.file(source.key + source.path.extension().string());
+    for (const wptest::CorpusFile &source : sources) {
+        const std::string link = scratch.file(source.key + fs::path(source.path).extension().string());
         fs::create_symlink(source.path, link);
         sourceInputs.push_back(link);
         for (const char *version : versions) {
@@ -91,11 +58,11 @@ TEST(CorpusRoundTrip, LibreOfficeReadsTheSameTextFromOurWordPerfectFiles)
                 ourInputs.push_back(output);
         }
     }
-    ASSERT_TRUE(convertAll("txt:Text", sourceInputs, sourceText, "", profile));
-    ASSERT_TRUE(convertAll("txt:Text", ourInputs, ourText, "WordPerfect", profile));
-    ASSERT_TRUE(convertAll("odt", ourInputs, ourOdt, "WordPerfect", profile));
+    ASSERT_TRUE(wptest::soffice("txt:Text", sourceInputs, sourceText, profile));
+    ASSERT_TRUE(wptest::soffice("txt:Text", ourInputs, ourText, profile, "WordPerfect"));
+    ASSERT_TRUE(wptest::soffice("odt", ourInputs, ourOdt, profile, "WordPerfect"));
 
-    for (const Source &source : sources) {
+    for (const wptest::CorpusFile &source : sources) {
         const std::string expectedRaw = testing_support::readFile(sourceText + "/" + source.key + ".txt");
         EXPECT_FALSE(expectedRaw.empty()) << source.key << ": LibreOffice exported no text from the source";
         for (const char *version : versions) {

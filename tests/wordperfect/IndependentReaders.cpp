@@ -19,10 +19,7 @@ std::vector<std::string> complaintsIn(const std::string &messages, const std::ve
 {
     std::vector<std::string> found;
     std::string flat = messages;
-    for (char &c : flat) {
-        if (c == '\r')
-            c = '\n';
-    }
+    std::replace(flat.begin(), flat.end(), '\r', '\n');
     std::istringstream lines(flat);
     std::string line;
     while (std::getline(lines, line)) {

@@ -22,56 +22,26 @@ namespace {
 
 const fs::path corpus = fs::path(QM_CORPUS_DIR);
 
-struct Source {
-    fs::path odt;
-    std::string key; // a base name no other file shares
-};
-
-std::vector<fs::path> officeFiles(const std::vector<std::string> &extensions)
+// The corpus's own OpenDocument texts, and its Word, RTF and HTML documents as LibreOffice saves
+// them in OpenDocument.
+std::vector<wptest::CorpusFile> sources(const testing_support::TempDir &scratch)
 {
-    std::vector<fs::path> found;
-    if (!fs::is_directory(corpus / "office"))
-        return found;
-    for (const auto &entry : fs::directory_iterator(corpus / "office")) {
-        std::string extension = entry.path().extension().string();
-        std::transform(extension.begin(), extension.end(), extension.begin(),
-                       [](unsigned char c) { return static_cast<char>(std::tolower(c)); });
-        if (std::find(extensions.begin(), extensions.end(), extension) != extensions.end() &&
-            entry.path().filename() != "testODTEncrypted.odt")
-            found.push_back(entry.path());
-    }
-    std::sort(found.begin(), found.end());
-    return found;
-}
-
-// The corpus's own OpenDocument texts, and its Word, RTF and HTML documents as LibreOffice
-// saves them in OpenDocument (one run for all, with a private profile).
-std::vector<Source> sources(const testing_support::TempDir &scratch)
-{
-    std::vector<Source> all;
-    for (const fs::path &path : officeFiles({".odt", ".fodt"}))
-        all.push_back({path, path.stem().string() + "-" + path.extension().string().substr(1)});
-    const std::vector<fs::path> others = officeFiles({".doc", ".docx", ".rtf", ".html"});
+    std::vector<wptest::CorpusFile> all = wptest::officeCorpus({".odt", ".fodt"});
+    const std::vector<wptest::CorpusFile> others = wptest::officeCorpus({".doc", ".docx", ".rtf", ".html"});
     if (std::string(SOFFICE_PATH).empty() || others.empty())
         return all;
-    const std::string converted = scratch.file("lo-odt");
-    std::vector<std::string> argv{SOFFICE_PATH,   "-env:UserInstallation=file://" + scratch.file("profile"),
-                                  "--headless",   "--norestore",
-                                  "--convert-to", "odt:writer8",
-                                  "--outdir",     converted};
-    // Each file under a name no other shares, so that a.doc and a.rtf do not overwrite each other.
-    for (const fs::path &path : others) {
-        const std::string key = path.stem().string() + "-" + path.extension().string().substr(1);
-        const std::string link = scratch.file(key + path.extension().string());
-        fs::create_symlink(path, link);
-        argv.push_back(link);
+    // Each under its key, so that a.doc and a.rtf do not overwrite each other.
+    std::vector<std::string> links;
+    for (const wptest::CorpusFile &file : others) {
+        links.push_back(scratch.file(file.key + fs::path(file.path).extension().string()));
+        fs::create_symlink(file.path, links.back());
     }
-    ProgramRun::of(argv);
-    for (const fs::path &path : others) {
-        const std::string key = path.stem().string() + "-" + path.extension().string().substr(1);
-        const fs::path odt = fs::path(converted) / (key + ".odt");
+    const std::string converted = scratch.file("lo-odt");
+    wptest::soffice("odt:writer8", links, converted, scratch.file("profile"));
+    for (const wptest::CorpusFile &file : others) {
+        const fs::path odt = fs::path(converted) / (file.key + ".odt");
         if (fs::exists(odt))
-            all.push_back({odt, key});
+            all.push_back({odt.string(), file.key});
     }
     return all;
 }
@@ -88,15 +58,15 @@ TEST(IndependentReadersCorpus, ReadEveryFileWeWriteWithoutComplaint)
     if (std::string(WP2LATEX_PATH).empty() || std::string(WP2X_PATH).empty())
         GTEST_SKIP() << "wp2latex or wp2x is not installed";
     testing_support::TempDir scratch;
-    const std::vector<Source> documents = sources(scratch);
+    const std::vector<wptest::CorpusFile> documents = sources(scratch);
     ASSERT_FALSE(documents.empty());
     int files = 0;
     double lowestLatex = 1.0, lowestX = 1.0;
-    for (const Source &source : documents) {
+    for (const wptest::CorpusFile &source : documents) {
         for (const char *option : {"--wp6", "--wp5"}) {
             const std::string name = source.key + " " + option;
             const std::string output = scratch.file(source.key + (option[4] == '6' ? ".wpd" : ".wp5"));
-            const ProgramRun run = ProgramRun::of({ODT2WP5_PATH, option, source.odt.string(), output});
+            const ProgramRun run = ProgramRun::of({ODT2WP5_PATH, option, source.path, output});
             ASSERT_EQ(run.status, 0) << name << ": " << run.err;
             ++files;
             const readers::Reading reference = readers::libwpd(output);

@@ -21,125 +21,94 @@ struct Fixture {
     std::string meta = {};
 };
 
-const std::string listStyle =
-    "<text:list-style style:name=\"L\"><text:list-level-style-bullet text:level=\"1\" "
-    "text:bullet-char=\"\u2022\">"
-    "<style:list-level-properties text:list-level-position-and-space-mode=\"label-alignment\">"
-    "<style:list-level-label-alignment text:label-followed-by=\"listtab\" fo:margin-left=\"0.5in\""
-    " fo:text-indent=\"-0.25in\"/></style:list-level-properties></text:list-level-style-bullet></"
-    "text:list-style>"
-    "<style:style style:name=\"HG\" style:family=\"paragraph\"><style:paragraph-properties "
-    "fo:margin-left=\"1in\""
-    " fo:text-indent=\"-0.5in\"/></style:style>";
-
-const std::string tabStyle =
-    "<style:style style:name=\"TB\" style:family=\"paragraph\"><style:paragraph-properties><style:tab-stops>"
-    "<style:tab-stop style:position=\"1.5in\" style:type=\"center\"/>"
-    "<style:tab-stop style:position=\"3in\" style:type=\"right\" style:leader-style=\"dotted\" "
-    "style:leader-text=\".\"/>"
-    "<style:tab-stop style:position=\"4.5in\" style:type=\"char\" style:char=\".\"/>"
-    "</style:tab-stops></style:paragraph-properties></style:style>";
+using wptest::style;
 
 const std::string columnStyle =
-    "<style:style style:name=\"S\" style:family=\"section\"><style:section-properties>"
-    "<style:columns fo:column-count=\"2\" fo:column-gap=\"0.5in\"/></style:section-properties></style:style>"
-    "<style:style style:name=\"CB\" style:family=\"paragraph\"><style:paragraph-properties "
-    "fo:break-before=\"column\"/>"
-    "</style:style>";
+    style("S", "section", "", R"(<style:columns fo:column-count="2" fo:column-gap="0.5in"/>)") +
+    style("CB", "paragraph", R"(fo:break-before="column")");
+
+std::string cell(const std::string &words)
+{
+    return "<table:table-cell><text:p>" + words + "</text:p></table:table-cell>";
+}
 
 std::string table(int rows, int columns)
 {
-    std::string xml = "<table:table table:name=\"t\"><table:table-column table:number-columns-repeated=\"" +
+    std::string xml = R"(<table:table table:name="t"><table:table-column table:number-columns-repeated=")" +
                       std::to_string(columns) + "\"/>";
     for (int row = 0; row < rows; ++row) {
         xml += "<table:table-row>";
         for (int column = 0; column < columns; ++column)
-            xml += "<table:table-cell><text:p>cell" + std::to_string(row) + "x" + std::to_string(column) +
-                   " words</text:p></table:table-cell>";
+            xml += cell("cell" + std::to_string(row) + "x" + std::to_string(column) + " words");
         xml += "</table:table-row>";
     }
     return xml + "</table:table>";
 }
 
 const Fixture fixtures[] = {
-    {"PlainParagraphs", "",
-     "<text:p>first paragraph of words</text:p><text:p>second paragraph here</text:p>"},
     {"SummaryInItsOwnIndexBlock", "", "<text:p>body words</text:p>", "",
      "<office:meta><dc:title>Title words</dc:title><dc:subject>Subject words</dc:subject>"
      "<dc:creator>Author Name</dc:creator><dc:description>Abstract words</dc:description>"
      "<meta:keyword>keyword</meta:keyword></office:meta>"},
-    {"HangingListAndParagraph", listStyle,
-     "<text:list text:style-name=\"L\"><text:list-item><text:p>apple words</text:p></text:list-item>"
-     "<text:list-item><text:p>pear words</text:p></text:list-item></text:list>"
-     "<text:p text:style-name=\"HG\">hanging paragraph words that run on</text:p><text:p>after "
-     "list</text:p>"},
-    {"AlignedTabStops", tabStyle,
-     "<text:p text:style-name=\"TB\">left<text:tab/>centre<text:tab/>right<text:tab/>12.50</text:p>"
-     "<text:p text:style-name=\"TB\">name<text:tab/>middle<text:tab/>page<text:tab/>3.25</text:p>"
-     "<text:p>own<text:tab/>stops<text:tab/>gone</text:p>"},
+    {"HangingListAndParagraph",
+     R"(<text:list-style style:name="L"><text:list-level-style-bullet text:level="1" text:bullet-char="•">
+     <style:list-level-properties text:list-level-position-and-space-mode="label-alignment">
+     <style:list-level-label-alignment text:label-followed-by="listtab" fo:margin-left="0.5in"
+     fo:text-indent="-0.25in"/></style:list-level-properties></text:list-level-style-bullet></text:list-style>)" +
+         style("HG", "paragraph", R"(fo:margin-left="1in" fo:text-indent="-0.5in")"),
+     R"(<text:list text:style-name="L"><text:list-item><text:p>apple words</text:p></text:list-item>
+     <text:list-item><text:p>pear words</text:p></text:list-item></text:list><text:p text:style-name="HG"
+     >hanging paragraph words that run on</text:p><text:p>after list</text:p>)"},
+    {"AlignedTabStops",
+     style("TB", "paragraph", "",
+           R"(<style:tab-stops><style:tab-stop style:position="1.5in" style:type="center"/><style:tab-stop
+           style:position="3in" style:type="right" style:leader-style="dotted" style:leader-text="."/>
+           <style:tab-stop style:position="4.5in" style:type="char" style:char="."/></style:tab-stops>)"),
+     R"(<text:p text:style-name="TB">left<text:tab/>centre<text:tab/>right<text:tab/>12.50</text:p>
+     <text:p text:style-name="TB">name<text:tab/>middle<text:tab/>page<text:tab/>3.25</text:p>
+     <text:p>own<text:tab/>stops<text:tab/>gone</text:p>)"},
     {"Table", "", "<text:p>before table</text:p>" + table(3, 3) + "<text:p>after table</text:p>"},
     {"RowHeights",
-     "<style:style style:name=\"R1\" style:family=\"table-row\"><style:table-row-properties"
-     " style:min-row-height=\"1in\"/></style:style><style:style style:name=\"M\" style:family=\"table-cell\">"
-     "<style:table-cell-properties style:vertical-align=\"middle\" fo:border=\"0.5pt solid #ff0000\"/>"
-     "</style:style>",
-     "<table:table table:name=\"t\"><table:table-column "
-     "table:number-columns-repeated=\"2\"/><table:table-header-rows>"
-     "<table:table-row><table:table-cell><text:p>head "
-     "words</text:p></table:table-cell><table:table-cell><text:p>more"
-     " head</text:p></table:table-cell></table:table-row></table:table-header-rows><table:table-row"
-     " table:style-name=\"R1\"><table:table-cell table:style-name=\"M\"><text:p>tall "
-     "words</text:p></table:table-cell><table:table-cell>"
-     "<text:p>tall more</text:p></table:table-cell></table:table-row></table:table><text:p>after "
-     "rows</text:p>"},
+     style("R1", "table-row", R"(style:min-row-height="1in")") +
+         style("M", "table-cell", R"(style:vertical-align="middle" fo:border="0.5pt solid #ff0000")"),
+     R"(<table:table table:name="t"><table:table-column table:number-columns-repeated="2"/>
+     <table:table-header-rows><table:table-row>)" +
+         cell("head words") + cell("more head") +
+         R"(</table:table-row></table:table-header-rows><table:table-row table:style-name="R1">
+         <table:table-cell table:style-name="M"><text:p>tall words</text:p></table:table-cell>)" +
+         cell("tall more") + "</table:table-row></table:table><text:p>after rows</text:p>"},
     {"NestedTable", "",
-     "<text:p>before outer</text:p><table:table table:name=\"o\"><table:table-column "
-     "table:number-columns-repeated=\"2\"/>"
-     "<table:table-row><table:table-cell><text:p>outer words</text:p>" +
-         table(2, 2) +
-         "</table:table-cell><table:table-cell><text:p>right "
-         "outer</text:p></table:table-cell></table:table-row>"
-         "</table:table><text:p>after outer</text:p>"},
+     R"(<text:p>before outer</text:p><table:table table:name="o"><table:table-column
+     table:number-columns-repeated="2"/><table:table-row><table:table-cell><text:p>outer words</text:p>)" +
+         table(2, 2) + "</table:table-cell>" + cell("right outer") +
+         "</table:table-row></table:table><text:p>after outer</text:p>"},
     {"TwoColumnSectionWithColumnBreak", columnStyle,
-     "<text:p>above columns</text:p><text:section text:name=\"s\" text:style-name=\"S\">"
-     "<text:p>left column words</text:p><text:p text:style-name=\"CB\">right column "
-     "words</text:p></text:section>"
-     "<text:p>below columns</text:p>"},
+     R"(<text:p>above columns</text:p><text:section text:name="s" text:style-name="S"><text:p>left column
+     words</text:p><text:p text:style-name="CB">right column words</text:p></text:section>
+     <text:p>below columns</text:p>)"},
     {"NotesHeaderAndFooter", "",
-     "<text:p>body<text:note text:note-class=\"footnote\"><text:note-citation>1</text:note-citation>"
-     "<text:note-body><text:p>footnote words</text:p></text:note-body></text:note> more"
-     "<text:note text:note-class=\"endnote\"><text:note-citation>i</text:note-citation>"
-     "<text:note-body><text:p>endnote words</text:p></text:note-body></text:note></text:p>",
-     "<style:master-page style:name=\"Standard\"><style:header><text:p>header words</text:p></style:header>"
-     "<style:footer><text:p>footer words</text:p></style:footer></style:master-page>"},
+     R"(<text:p>body<text:note text:note-class="footnote"><text:note-citation>1</text:note-citation>
+     <text:note-body><text:p>footnote words</text:p></text:note-body></text:note> more<text:note
+     text:note-class="endnote"><text:note-citation>i</text:note-citation><text:note-body><text:p>endnote
+     words</text:p></text:note-body></text:note></text:p>)",
+     R"(<style:master-page style:name="Standard"><style:header><text:p>header words</text:p></style:header>
+     <style:footer><text:p>footer words</text:p></style:footer></style:master-page>)"},
     {"SpacedParagraphsAndEmptyHeader",
-     "<style:style style:name=\"SP\" style:family=\"paragraph\"><style:paragraph-properties "
-     "fo:margin-top=\"0.1in\""
-     " fo:margin-bottom=\"0.2in\"/></style:style>",
-     "<text:p>first plain words</text:p><text:p text:style-name=\"SP\">spaced paragraph words</text:p>"
-     "<text:p text:style-name=\"SP\">second spaced words</text:p><text:p>last plain words</text:p>",
-     "<style:master-page style:name=\"Standard\"><style:header><text:p/></style:header></style:master-page>"},
-    {"PlacedTextBoxes",
-     "<style:style style:name=\"G\" style:family=\"graphic\"><style:graphic-properties"
-     " style:horizontal-rel=\"page\" style:vertical-rel=\"page\"/></style:style>",
-     "<text:p>paragraph words<draw:frame text:anchor-type=\"paragraph\" svg:x=\"1in\" svg:y=\"0.5in\""
-     " svg:width=\"2in\" svg:height=\"1in\"><draw:text-box><text:p>beside words</text:p></draw:text-box>"
-     "</draw:frame> more words</text:p><text:p>page words<draw:frame draw:style-name=\"G\" "
-     "text:anchor-type=\"page\""
-     " svg:x=\"4in\" svg:y=\"6in\" svg:width=\"2in\" svg:height=\"1in\"><draw:text-box><text:p>placed "
-     "words</text:p>"
-     "</draw:text-box></draw:frame></text:p>"},
-    {"HighlightedWords",
-     "<style:style style:name=\"HL\" style:family=\"text\"><style:text-properties "
-     "fo:background-color=\"#ffff00\"/></style:style>",
-     "<text:p>plain <text:span text:style-name=\"HL\">marked words</text:span> plain again</text:p>"},
+     style("SP", "paragraph", R"(fo:margin-top="0.1in" fo:margin-bottom="0.2in")"),
+     R"(<text:p>first plain words</text:p><text:p text:style-name="SP">spaced paragraph words</text:p>
+     <text:p text:style-name="SP">second spaced words</text:p><text:p>last plain words</text:p>)",
+     R"(<style:master-page style:name="Standard"><style:header><text:p/></style:header></style:master-page>)"},
+    {"PlacedTextBoxes", style("G", "graphic", R"(style:horizontal-rel="page" style:vertical-rel="page")"),
+     R"(<text:p>paragraph words<draw:frame text:anchor-type="paragraph" svg:x="1in" svg:y="0.5in"
+     svg:width="2in" svg:height="1in"><draw:text-box><text:p>beside words</text:p></draw:text-box></draw:frame>
+     more words</text:p><text:p>page words<draw:frame draw:style-name="G" text:anchor-type="page" svg:x="4in"
+     svg:y="6in" svg:width="2in" svg:height="1in"><draw:text-box><text:p>placed words</text:p></draw:text-box>
+     </draw:frame></text:p>)"},
+    {"HighlightedWords", style("HL", "text", R"(fo:background-color="#ffff00")"),
+     R"(<text:p>plain <text:span text:style-name="HL">marked words</text:span> plain again</text:p>)"},
     {"Characters", "",
-     "<text:p>caf\u00e9 na\u00efve \u00bfqu\u00e9? \u00df \u2022 bullet \u2013 dash "
-     "\u201cquoted\u201d</text:p>"
-     "<text:p>\u03b1\u03b2\u03b3 Greek \u0416\u0438\u0437\u043d\u044c Cyrillic \u05e9\u05dc\u05d5\u05dd "
-     "Hebrew"
-     " \u30ab\u30bf\u30ab\u30ca kana \u3072\u3089\u304c\u306a hiragana soft\u00adhyphen "
-     "non\u2011breaking</text:p>"},
+     "<text:p>café naïve ¿qué? ß • bullet – dash “quoted”</text:p><text:p>αβγ Greek Жизнь Cyrillic "
+     "שלום Hebrew カタカナ kana ひらがな hiragana soft\u00adhyphen non\u2011breaking</text:p>"},
 };
 
 std::string document(const Fixture &fixture)

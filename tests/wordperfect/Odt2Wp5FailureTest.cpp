@@ -59,7 +59,6 @@ TEST(Odt2Wp5Failures, SayWhyInOneLineAndLeaveNoFile)
     };
     const Run runs[] = {
         {{"encrypted", 1, "encrypted"}, {"--wp6", encrypted, destination}, destination},
-        {{"encrypted 5.1", 1, "encrypted"}, {"--wp5", encrypted, destination}, destination},
         {{"not a package", 1, ""}, {"--wp6", garbage, destination}, destination},
         {{"missing source", 1, "missing.odt"}, {"--wp5", missing, destination}, destination},
         {{"unwritable destination", 1, "out.wpd"}, {"--wp6", good, inMissingFolder}, inMissingFolder},

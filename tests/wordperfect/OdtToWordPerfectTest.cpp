@@ -72,7 +72,12 @@ TEST_P(OdtToWordPerfect, KeepsEveryCharacterAttribute)
             span("SUP", "superword") + " " + span("SUB", "subword") + " " + span("SC", "smallword") + " " +
             span("OL", "outlineword") + " " + span("SH", "shadowword") + " " + span("F", "arialword") + " " +
             span("RED", "redword") + " " + span("AUTO", "autoword") + " " + span("UP", "capsword") + " " +
-            span("HL", "highlightword") + " " + span("INV", "inverseword") + " end</text:p>"));
+            span("HL", "highlightword") + " " + span("INV", "inverseword") + " end</text:p>" +
+            R"(<text:p>before<text:note text:note-class="footnote"><text:note-citation>1</text:note-citation><text:note-body
+        ><text:p><text:span text:style-name="RED">red note</text:span></text:p></text:note-body></text:note
+        > after note</text:p><text:p>anchor<draw:frame text:anchor-type="as-char" svg:width="2in" svg:height="1in"
+        ><draw:text-box><text:p><text:span text:style-name="RED">red box</text:span></text:p></draw:text-box
+        ></draw:frame></text:p><text:p>plain end</text:p>)"));
     const struct {
         const char *word, *property;
         const char *valueStart; // empty: the property must be absent
@@ -99,6 +104,9 @@ TEST_P(OdtToWordPerfect, KeepsEveryCharacterAttribute)
         {"inverseword", "fo:color", wp6() ? "#ffffff" : "#000000"},
         {"end", "fo:font-weight", ""},
         {"end", "fo:background-color", ""},
+        // A note's or box's colour stays in it: libwpd carries a colour on out of the text that set it.
+        {"after note", "fo:color", "#000000"},
+        {"plain end", "fo:color", "#000000"},
     };
     for (const auto &e : expected) {
         const richtext::Inline *piece = wptest::pieceWith(back.document, e.word);
@@ -342,9 +350,9 @@ TEST_P(OdtToWordPerfect, KeepsTheTextHeadersAndFootersAndSaysWhatWasLost)
 }
 
 // A list whose level 1 stands at this margin and indent, of these labels.
-std::string listStyle(const std::string &level, const char *margin)
+std::string listStyle(const char *name, const std::string &level, const char *margin)
 {
-    return std::string(R"(<text:list-style style:name="N"><text:list-level-style-)") + level +
+    return std::string(R"(<text:list-style style:name=")") + name + R"("><text:list-level-style-)" + level +
            R"( text:level="1"><style:list-level-properties
            text:list-level-position-and-space-mode="label-alignment"><style:list-level-label-alignment
            text:label-followed-by="listtab" fo:margin-left=")" +
@@ -352,98 +360,44 @@ std::string listStyle(const std::string &level, const char *margin)
            level.substr(0, level.find(' ')) + "></text:list-style>";
 }
 
-TEST_P(OdtToWordPerfect, WritesListLabelsWithTheirIndent)
+// A label takes the font of its item's text, not that of the text before it. A list paragraph whose
+// own formatting gives its indent is laid out by it, not by its level's; the indent of a named style
+// (Word's "List Paragraph") gives way to the level's, as Writer lays it out.
+TEST_P(OdtToWordPerfect, WritesListItemsWithTheirLabelsAtTheirIndent)
 {
-    const auto back = convert(
-        flatOdt(listStyle(R"(number style:num-format="1" style:num-suffix=".")", "0.5in"),
-                R"(<text:list text:style-name="N"><text:list-item><text:p>apple</text:p></text:list-item>
-        <text:list-item><text:p>pear</text:p></text:list-item></text:list>)"));
-    const richtext::Paragraph *pear = wptest::paragraphWith(back.document, "pear");
+    const auto back = convert(Odt{
+        .styles = style("LISTP", "paragraph", R"(fo:margin-left="0.5in" fo:text-indent="0in")"),
+        .automaticStyles =
+            listStyle("N", R"(number style:num-format="1" style:num-suffix=".")", "0.5in") +
+            listStyle("D", R"(bullet text:bullet-char="-")", "1in") + characterStyles +
+            style("SMALL", "text", R"(fo:font-size="9pt")") +
+            style("OWN", "paragraph", R"(fo:margin-left="0.5in" fo:text-indent="-0.25in")") +
+            R"(<style:style style:name="ITEM" style:family="paragraph" style:parent-style-name="LISTP"
+                        style:list-style-name="D"/>)",
+        .body =
+            R"(<text:list text:style-name="N"><text:list-item><text:p>)" + span("F", "big apple") +
+            "</text:p></text:list-item><text:list-item><text:p>" + span("SMALL", "small pear") +
+            R"(</text:p></text:list-item></text:list><text:list text:style-name="D"><text:list-item><text:p
+                    text:style-name="OWN">own indent</text:p></text:list-item><text:list-item><text:p>level
+                    indent</text:p></text:list-item><text:list-item><text:p text:style-name="ITEM">styled
+                    indent</text:p></text:list-item></text:list>)"}
+                                  .flat());
+    const richtext::Paragraph *pear = wptest::paragraphWith(back.document, "small pear");
     ASSERT_NE(pear, nullptr);
-    EXPECT_EQ(pear->text(), "2.\tpear");
-    // libwpd reads a 5.1 margin code in force from the first line as the page's margin: what counts
-    // is the indent from the paper's edge.
-    const double page = std::stod(property(back.document.pageSpans.front().properties, "fo:margin-left"));
-    EXPECT_NEAR(page + std::stod(property(pear->properties, "fo:margin-left")), 1.5, 0.01);
+    ASSERT_EQ(pear->text(), "2.\tsmall pear");
+    EXPECT_EQ(property(pear->content.front().style, "fo:font-size").rfind("9", 0), 0u);
     if (wp6()) { // 5.1 has no first-line indent code
         EXPECT_EQ(property(pear->properties, "fo:text-indent"), "-0.2500in");
     }
-}
-
-// A label takes the font of its item's text, not that of the heading before the list.
-TEST_P(OdtToWordPerfect, WritesAListLabelInItsItemsFont)
-{
-    const auto back = convert(
-        flatOdt(listStyle(R"(number style:num-format="1" style:num-suffix=".")", "0.5in") + characterStyles +
-                    style("SMALL", "text", R"(fo:font-size="9pt")"),
-                p(span("F", "big heading")) + R"(<text:list text:style-name="N"><text:list-item><text:p>)" +
-                    span("SMALL", "small item") + "</text:p></text:list-item></text:list>"));
-    const richtext::Paragraph *item = wptest::paragraphWith(back.document, "small item");
-    ASSERT_NE(item, nullptr);
-    ASSERT_FALSE(item->content.empty());
-    EXPECT_EQ(item->content.front().text.rfind("1.", 0), 0u);
-    EXPECT_EQ(property(item->content.front().style, "fo:font-size").rfind("9", 0), 0u);
-}
-
-// A list paragraph whose own formatting gives its indent is laid out by it, not by its level's; the
-// indent of a named style (Word's "List Paragraph") gives way to the level's, as Writer lays it out.
-TEST_P(OdtToWordPerfect, TakesAListParagraphsOwnIndentOverItsLevels)
-{
-    const auto back = convert(
-        Odt{.styles = style("LISTP", "paragraph", R"(fo:margin-left="0.5in" fo:text-indent="0in")"),
-            .automaticStyles =
-                listStyle(R"(bullet text:bullet-char="-")", "1in") +
-                style("OWN", "paragraph", R"(fo:margin-left="0.5in" fo:text-indent="-0.25in")") +
-                R"(<style:style style:name="ITEM" style:family="paragraph" style:parent-style-name="LISTP"
-                        style:list-style-name="N"/>)",
-            .body = R"(<text:list text:style-name="N"><text:list-item><text:p text:style-name="OWN">own
-        indent</text:p></text:list-item><text:list-item><text:p>level indent</text:p></text:list-item><text:list-item
-        ><text:p text:style-name="ITEM">styled indent</text:p></text:list-item></text:list>)"}
-            .flat());
+    // libwpd reads a 5.1 margin code in force from the first line as the page's margin: what counts
+    // is the indent from the paper's edge.
     const double page = std::stod(property(back.document.pageSpans.front().properties, "fo:margin-left"));
-    for (const auto &[text, left] :
-         {std::pair{"own indent", 0.5}, std::pair{"level indent", 1.0}, std::pair{"styled indent", 1.0}}) {
+    for (const auto &[text, indent] : {std::pair{"small pear", 1.5}, std::pair{"own indent", 1.5},
+                                       std::pair{"level indent", 2.0}, std::pair{"styled indent", 2.0}}) {
         const richtext::Paragraph *paragraph = wptest::paragraphWith(back.document, text);
         ASSERT_NE(paragraph, nullptr) << text;
-        EXPECT_NEAR(page + std::stod(property(paragraph->properties, "fo:margin-left")), 1.0 + left, 0.01)
+        EXPECT_NEAR(page + std::stod(property(paragraph->properties, "fo:margin-left")), indent, 0.01)
             << text;
-    }
-}
-
-TEST_P(OdtToWordPerfect, KeepsATextBoxAsABoxOrAfterItsAnchorParagraph)
-{
-    const auto back = convert(flatOdt(
-        "", R"(<text:p>anchor words<draw:frame text:anchor-type="as-char" svg:width="2in" svg:height="1in"
-        ><draw:text-box><text:p>caption words</text:p></draw:text-box></draw:frame> tail</text:p>)" +
-                p("next")));
-    Strings boxed;
-    for (const richtext::Inline *box : wptest::piecesOf(back.document, richtext::Inline::Kind::textBox))
-        for (const richtext::Block &block : *box->content)
-            boxed.push_back(block.paragraph()->text());
-    if (wp6()) {
-        // WordPerfect 6 has text boxes: the words stay in one, anchored where they were.
-        EXPECT_EQ(wptest::texts(back.document), (Strings{"anchor words tail", "next"}));
-        EXPECT_EQ(boxed, Strings{"caption words"});
-    } else {
-        EXPECT_EQ(wptest::texts(back.document), (Strings{"anchor words tail", "caption words", "next"}));
-        EXPECT_TRUE(boxed.empty());
-    }
-}
-
-// A note's, box's or header's colour stays in it: libwpd carries a colour on out of the text that set it.
-TEST_P(OdtToWordPerfect, KeepsAColourInsideTheTextThatSetItsColour)
-{
-    const auto back = convert(flatOdt(
-        characterStyles,
-        R"(<text:p>before<text:note text:note-class="footnote"><text:note-citation>1</text:note-citation><text:note-body
-        ><text:p><text:span text:style-name="RED">red note</text:span></text:p></text:note-body></text:note
-        > after note</text:p><text:p>anchor<draw:frame text:anchor-type="as-char" svg:width="2in" svg:height="1in"
-        ><draw:text-box><text:p><text:span text:style-name="RED">red box</text:span></text:p></draw:text-box
-        ></draw:frame></text:p><text:p>plain end</text:p>)"));
-    for (const char *plain : {"after note", "plain end"}) {
-        const richtext::Inline *piece = wptest::pieceWith(back.document, plain);
-        ASSERT_NE(piece, nullptr) << plain;
-        EXPECT_EQ(property(piece->style, "fo:color"), "#000000") << plain;
     }
 }
 
@@ -490,56 +444,43 @@ TEST_P(OdtToWordPerfect, KeepsCellShadingLineColourAndVerticalAlignment)
 }
 
 // Columns that give only relative widths share the table's width: its own, its share of the text
-// area (6.5 in on a letter page), or the whole text area.
-TEST_P(OdtToWordPerfect, SharesATablesWidthByRelativeColumnWidths)
+// area (6.5 in on a letter page), or the whole text area. A table keeps its place: with either margin,
+// centred, or indented from (or pulled out of) the left one.
+TEST_P(OdtToWordPerfect, SizesAndPlacesATableAsItsPropertiesSay)
 {
     const struct {
         const char *tableProperties;
         double first, second;
+        const char *align = nullptr, *marginLeft = nullptr; // empty: absent; null: not checked
     } cases[] = {
         {R"(style:rel-width="50%")", 0.8125, 2.4375},
         {R"(style:width="4in")", 1.0, 3.0},
         {"", 1.625, 4.875},
+        {R"(style:width="3in" table:align="left")", 0.75, 2.25, "left", "0.0000in"},
+        {R"(style:width="3in" table:align="left" fo:margin-left="0.25in")", 0.75, 2.25, "left", "0.2500in"},
+        {R"(style:width="3in" table:align="left" fo:margin-left="-0.075in")", 0.75, 2.25, "left",
+         "-0.0750in"},
+        {R"(style:width="3in" table:align="center")", 0.75, 2.25, "center", ""},
+        {R"(style:width="3in" table:align="right")", 0.75, 2.25, "right", ""},
     };
     for (const auto &c : cases) {
         SCOPED_TRACE(c.tableProperties);
         const auto back = convert(flatOdt(
-            style("T", "table", c.tableProperties) +
+            linedCell + style("T", "table", c.tableProperties) +
                 style("A", "table-column", R"(style:rel-column-width="1000*")") +
                 style("B", "table-column", R"(style:rel-column-width="3000*")"),
             R"(<table:table table:name="t" table:style-name="T"><table:table-column table:style-name="A"/>
             <table:table-column table:style-name="B"/><table:table-row>)" +
-                cell(p("Courier New")) + cell(p("b")) + "</table:table-row></table:table>"));
+                lined(p("Courier New")) + lined(p("b")) + "</table:table-row></table:table>"));
         const auto tables = back.document.tables();
         ASSERT_EQ(tables.size(), 1u);
         ASSERT_EQ(tables[0]->columnWidths.size(), 2u);
         EXPECT_NEAR(tables[0]->columnWidths[0], c.first, 0.01);
         EXPECT_NEAR(tables[0]->columnWidths[1], c.second, 0.01);
-    }
-}
-
-// A table keeps its place: with either margin, centred, or indented from (or pulled out of) the left one.
-TEST_P(OdtToWordPerfect, PlacesATableWhereItsAlignmentAndMarginSay)
-{
-    const struct {
-        const char *tableProperties, *align, *marginLeft; // empty: the property must be absent
-    } cases[] = {
-        {R"(table:align="left")", "left", "0.0000in"},
-        {R"(table:align="left" fo:margin-left="0.25in")", "left", "0.2500in"},
-        {R"(table:align="left" fo:margin-left="-0.075in")", "left", "-0.0750in"},
-        {R"(table:align="center")", "center", ""},
-        {R"(table:align="right")", "right", ""},
-    };
-    for (const auto &c : cases) {
-        SCOPED_TRACE(c.tableProperties);
-        const auto back = convert(flatOdt(
-            linedCell + style("T", "table", std::string(R"(style:width="3in" )") + c.tableProperties),
-            R"(<table:table table:name="t" table:style-name="T"><table:table-column/><table:table-row>)" +
-                lined(p("x")) + "</table:table-row></table:table>"));
-        const auto tables = back.document.tables();
-        ASSERT_EQ(tables.size(), 1u);
-        EXPECT_EQ(property(tables[0]->properties, "table:align"), c.align);
-        EXPECT_EQ(property(tables[0]->properties, "fo:margin-left"), c.marginLeft);
+        if (c.align) {
+            EXPECT_EQ(property(tables[0]->properties, "table:align"), c.align);
+            EXPECT_EQ(property(tables[0]->properties, "fo:margin-left"), c.marginLeft);
+        }
     }
 }
 
@@ -591,47 +532,50 @@ TEST_P(OdtToWordPerfect, KeepsAnEmptyParagraphsFontSize)
     }
 }
 
-const std::string columnBreak = style("CB", "paragraph", R"(fo:break-before="column")");
-
-TEST_P(OdtToWordPerfect, SetsASectionsTextInColumns)
+// Columns of a section or of the page style; a section in the page's columns returns to them after
+// it, and a column break moves on to the next column.
+TEST_P(OdtToWordPerfect, SetsTextInColumns)
 {
-    const auto back = convert(
-        flatOdt(style("S", "section", "", R"(<style:columns fo:column-count="3" fo:column-gap="0.25in"/>)") +
-                    columnBreak,
-                p("above") + R"(<text:section text:name="s" text:style-name="S">)" + p("first column") +
-                    p("second column", "CB") + "</text:section>" + p("below")));
-    EXPECT_EQ(wptest::texts(back.document), (Strings{"above", "first column", "second column", "below"}));
-    const richtext::Paragraph *second = wptest::paragraphWith(back.document, "second column");
-    ASSERT_NE(second, nullptr);
-    if (wp6()) {
-        // Columns on, then off again after the section: libwpd opens a section for each.
-        EXPECT_EQ(wptest::sectionColumns(back.document), (Strings{"", "3", ""}));
-        EXPECT_EQ(property(second->properties, "fo:break-before"), "column");
-    } else { // libwpd reads no 5.1 columns, and their break as a page break
-        EXPECT_EQ(property(second->properties, "fo:break-before"), "page");
-    }
-}
-
-TEST_P(OdtToWordPerfect, SetsAPageStylesTextInColumns)
-{
-    ProgramRun run;
-    const auto back = convert(
-        flatOdt(R"(<style:page-layout style:name="PL"><style:page-layout-properties fo:page-width="8.5in"
-                fo:page-height="11in"><style:columns fo:column-count="2" fo:column-gap="0.3in"/>
-                </style:page-layout-properties></style:page-layout>)" +
-                    columnBreak,
-                p("left") + p("right", "CB"),
-                R"(<style:master-page style:name="Standard" style:page-layout-name="PL"/>)"),
-        &run);
-    EXPECT_EQ(wptest::texts(back.document), (Strings{"left", "right"}));
-    EXPECT_TRUE(richtext::Losses::fromStderr(run.err).empty()) << run.err;
-    const richtext::Paragraph *right = wptest::paragraphWith(back.document, "right");
-    ASSERT_NE(right, nullptr);
-    if (wp6()) {
-        EXPECT_EQ(wptest::sectionColumns(back.document), Strings{"2"});
-        EXPECT_EQ(property(right->properties, "fo:break-before"), "column");
-    } else { // libwpd reads no 5.1 columns, and their break as a page break
-        EXPECT_EQ(property(right->properties, "fo:break-before"), "page");
+    const struct {
+        const char *name;
+        std::string masters;
+        Strings sections; // 6: libwpd opens a section for each change of columns
+    } cases[] = {
+        {"a section's", "", {"", "3", ""}},
+        {"the page style's and a section's",
+         R"(<style:master-page style:name="Standard" style:page-layout-name="PL"/>)",
+         {"2", "3", "2"}},
+    };
+    for (const auto &c : cases) {
+        SCOPED_TRACE(c.name);
+        ProgramRun run;
+        const bool pageColumns = !c.masters.empty();
+        const auto back = convert(
+            flatOdt(R"(<style:page-layout style:name="PL"><style:page-layout-properties fo:page-width="8.5in"
+                    fo:page-height="11in"><style:columns fo:column-count="2" fo:column-gap="0.3in"/>
+                    </style:page-layout-properties></style:page-layout>)" +
+                        style("S", "section", "",
+                              R"(<style:columns fo:column-count="3" fo:column-gap="0.25in"/>)") +
+                        style("CB", "paragraph", R"(fo:break-before="column")"),
+                    p("above") + p("beside", pageColumns ? "CB" : "") +
+                        R"(<text:section text:name="s" text:style-name="S">)" + p("first column") +
+                        p("second column", "CB") + "</text:section>" + p("below"),
+                    c.masters),
+            &run);
+        EXPECT_EQ(wptest::texts(back.document),
+                  (Strings{"above", "beside", "first column", "second column", "below"}));
+        EXPECT_TRUE(richtext::Losses::fromStderr(run.err).empty()) << run.err;
+        // libwpd reads no 5.1 columns, and their break as a page break.
+        const char *hardBreak = wp6() ? "column" : "page";
+        for (const auto &[text, breaks] :
+             {std::pair{"beside", pageColumns}, std::pair{"second column", true}}) {
+            const richtext::Paragraph *paragraph = wptest::paragraphWith(back.document, text);
+            ASSERT_NE(paragraph, nullptr) << text;
+            EXPECT_EQ(property(paragraph->properties, "fo:break-before"), breaks ? hardBreak : "") << text;
+        }
+        if (wp6()) {
+            EXPECT_EQ(wptest::sectionColumns(back.document), c.sections);
+        }
     }
 }
 
@@ -835,89 +779,60 @@ TEST_P(OdtToWordPerfect, MergesATableInsideACellIntoTheOuterGrid)
                                           {"below 4x1", "corner 1x1"}}));
 }
 
-// The room between a header and the text is a blank line at the header's end (a hard space in a
-// font as high as the room): readers drop a header's last paragraph spacing. With Word's dynamic
-// spacing the room is what the header's least height leaves.
+// The room between a header and the text is a blank line at the header's end: readers drop a header's
+// last paragraph spacing and LibreOffice does not stretch its last line, so the line is a single-spaced
+// hard space in a font as high as the room. With Word's dynamic spacing the room is what the header's
+// lines, each at its own font and line spacing, leave of its least height.
 TEST_P(OdtToWordPerfect, KeepsTheRoomBelowAHeader)
 {
-    std::string longLine;
+    std::string longLine, twoLines; // two lines of a serif face on the line: a wider guess makes three
     for (int i = 0; i < 9; ++i)
         longLine += "A long header line that wraps across the page. ";
     longLine.pop_back();
+    while (twoLines.size() < 165)
+        twoLines += "Words of the header. ";
+    twoLines.resize(165);
+    const auto lineStyle = [](const char *name, const char *spacing, const char *size) {
+        return std::string(R"(<style:style style:name=")") + name +
+               R"(" style:family="paragraph"><style:paragraph-properties fo:line-height=")" + spacing +
+               R"("/><style:text-properties fo:font-size=")" + size + R"("/></style:style>)";
+    };
+    const std::string styles =
+        lineStyle("S", "100%", "12pt") + lineStyle("D", "200%", "12pt") + lineStyle("L", "100%", "24pt");
+    const char *dynamic = R"(fo:min-height="1in" fo:margin-bottom="0.1in" style:dynamic-spacing="true")";
+    const char *fixed = R"(fo:min-height="0in" fo:margin-bottom="0.4in")";
+    const std::string nbsp = "\u00A0";
     const struct {
         std::string header;
         const char *room; // header-footer-properties
         Strings texts;
+        double points = 0;           // the blank line's height, when checked
         const char *part = "header"; // a footer's room stands above it
     } cases[] = {
-        {"<text:p>first head</text:p><text:p>last head</text:p>",
-         "fo:min-height=\"0in\" fo:margin-bottom=\"0.2in\"",
-         {"first head", "last head", "\u00A0"}},
+        {p("first head") + p("last head"),
+         R"(fo:min-height="0in" fo:margin-bottom="0.2in")",
+         {"first head", "last head", nbsp}},
         // Word ends its headers in an empty paragraph: its line stays.
-        {"<text:p>first head</text:p><text:p/>",
-         "fo:min-height=\"0.7in\" fo:margin-bottom=\"0.6in\" style:dynamic-spacing=\"true\"",
-         {"first head", "", "\u00A0"}},
-        {"<text:p>first head</text:p><text:p>last head</text:p>",
-         "fo:min-height=\"0.2in\" fo:margin-bottom=\"0.1in\" style:dynamic-spacing=\"true\"",
+        {p("first head") + "<text:p/>",
+         R"(fo:min-height="0.7in" fo:margin-bottom="0.6in" style:dynamic-spacing="true")",
+         {"first head", "", nbsp}},
+        {p("first head") + p("last head"),
+         R"(fo:min-height="0.2in" fo:margin-bottom="0.1in" style:dynamic-spacing="true")",
          {"first head", "last head"}},
         // A long paragraph wraps into lines that fill the least height themselves.
-        {"<text:p>" + longLine + "</text:p>",
-         "fo:min-height=\"0.5in\" fo:margin-bottom=\"0.3in\" style:dynamic-spacing=\"true\"",
+        {p(longLine),
+         R"(fo:min-height="0.5in" fo:margin-bottom="0.3in" style:dynamic-spacing="true")",
          {longLine}},
         // Word's empty header still holds the text down by its least height.
         {"<text:p/>",
-         "fo:min-height=\"0.6in\" fo:margin-bottom=\"0.5in\" style:dynamic-spacing=\"true\"",
-         {"", "\u00A0"}},
-        {"<text:p>foot</text:p>",
-         "fo:min-height=\"0in\" fo:margin-top=\"0.2in\"",
-         {"\u00A0", "foot"},
-         "footer"},
-    };
-    for (const auto &c : cases) {
-        SCOPED_TRACE(c.header);
-        const auto back = convert(flatOdt(
-            std::string(
-                "<style:page-layout style:name=\"pm\"><style:page-layout-properties fo:page-width=\"8.5in\""
-                " fo:page-height=\"11in\" fo:margin-left=\"0.75in\" fo:margin-right=\"0.75in\"/>"
-                "<style:") +
-                c.part + "-style><style:header-footer-properties " + c.room + "/></style:" + c.part +
-                "-style></style:page-layout>",
-            "<text:p>body words</text:p>",
-            std::string("<style:master-page style:name=\"Standard\" style:page-layout-name=\"pm\"><style:") +
-                c.part + ">" + c.header + "</style:" + c.part + "></style:master-page>"));
-        Strings texts;
-        for (const richtext::Paragraph *paragraph : wptest::headerAndFooterParagraphs(back.document)) {
-            texts.push_back(paragraph->text());
-            // On a page of other margins than WordPerfect's inch, still at the margin.
-            EXPECT_EQ(property(paragraph->properties, "fo:margin-left"), "0.0000in");
-        }
-        EXPECT_EQ(texts, c.texts);
-    }
-}
-
-// The room's blank line is the header's last line, which LibreOffice does not stretch by the line
-// spacing: it is single spaced, its font as high as the room. With Word's dynamic spacing the room is
-// what the header's lines leave of its least height, each line at its own font and line spacing.
-TEST_P(OdtToWordPerfect, SizesTheRoomBelowAHeaderForItsLines)
-{
-    // Two lines of a serif face on the 6.5 in line: a wider guess would make it three.
-    std::string twoLines;
-    while (twoLines.size() < 165)
-        twoLines += "Words of the header. ";
-    twoLines.resize(165);
-    const struct {
-        const char *spacing, *size, *room;
-        double points; // the blank line's height
-        std::string text = "head";
-    } cases[] = {
-        {"100%", "12pt", R"(fo:min-height="0in" fo:margin-bottom="0.4in")", 0.4 * 72},
-        {"200%", "12pt", R"(fo:min-height="0in" fo:margin-bottom="0.4in")", 0.4 * 72},
-        {"100%", "24pt", R"(fo:min-height="1in" fo:margin-bottom="0.1in" style:dynamic-spacing="true")",
-         72 - 24 * 1.15},
-        {"200%", "12pt", R"(fo:min-height="1in" fo:margin-bottom="0.1in" style:dynamic-spacing="true")",
-         72 - 2 * 12 * 1.15},
-        {"100%", "12pt", R"(fo:min-height="1in" fo:margin-bottom="0.1in" style:dynamic-spacing="true")",
-         72 - 2 * 12 * 1.15, twoLines},
+         R"(fo:min-height="0.6in" fo:margin-bottom="0.5in" style:dynamic-spacing="true")",
+         {"", nbsp}},
+        {p("head", "S"), fixed, {"head", nbsp}, 0.4 * 72},
+        {p("head", "D"), fixed, {"head", nbsp}, 0.4 * 72},
+        {p("head", "L"), dynamic, {"head", nbsp}, 72 - 24 * 1.15},
+        {p("head", "D"), dynamic, {"head", nbsp}, 72 - 2 * 12 * 1.15},
+        {p(twoLines, "S"), dynamic, {twoLines, nbsp}, 72 - 2 * 12 * 1.15},
+        {p("foot"), R"(fo:min-height="0in" fo:margin-top="0.2in")", {nbsp, "foot"}, 0, "footer"},
     };
     const auto number = [](const std::string &text, double fallback) {
         double value = fallback;
@@ -925,26 +840,32 @@ TEST_P(OdtToWordPerfect, SizesTheRoomBelowAHeaderForItsLines)
         return value;
     };
     for (const auto &c : cases) {
-        SCOPED_TRACE(std::string(c.spacing) + " " + c.size + " " + c.room);
+        SCOPED_TRACE(c.header + " " + c.room);
         const auto back = convert(flatOdt(
-            std::string(
-                R"(<style:style style:name="L" style:family="paragraph"><style:paragraph-properties )") +
-                "fo:line-height=\"" + c.spacing + "\"/><style:text-properties fo:font-size=\"" + c.size +
-                "\"/></style:style>" +
+            styles +
                 R"(<style:page-layout style:name="pm"><style:page-layout-properties fo:page-width="8.5in"
-                fo:page-height="11in"/><style:header-style><style:header-footer-properties )" +
-                c.room + "/></style:header-style></style:page-layout>",
+                fo:page-height="11in" fo:margin-left="0.75in" fo:margin-right="0.75in"/><style:)" +
+                c.part + "-style><style:header-footer-properties " + c.room + "/></style:" + c.part +
+                "-style></style:page-layout>",
             p("body words"),
-            R"(<style:master-page style:name="Standard" style:page-layout-name="pm"><style:header>)" +
-                p(c.text, "L") + "</style:header></style:master-page>"));
+            std::string(R"(<style:master-page style:name="Standard" style:page-layout-name="pm"><style:)") +
+                c.part + ">" + c.header + "</style:" + c.part + "></style:master-page>"));
+        Strings texts;
         double height = 0, lineHeight = 0; // points; the blank line's line spacing, per cent
-        for (const richtext::Paragraph *paragraph : wptest::headerAndFooterParagraphs(back.document))
-            if (paragraph->text() == "\u00A0" && !paragraph->content.empty()) {
+        for (const richtext::Paragraph *paragraph : wptest::headerAndFooterParagraphs(back.document)) {
+            texts.push_back(paragraph->text());
+            // On a page of other margins than WordPerfect's inch, still at the margin.
+            EXPECT_EQ(property(paragraph->properties, "fo:margin-left"), "0.0000in");
+            if (paragraph->text() == nbsp && !paragraph->content.empty()) {
                 lineHeight = number(property(paragraph->properties, "fo:line-height"), 100);
                 height = number(property(paragraph->content.front().style, "fo:font-size"), 0) * 1.15;
             }
-        EXPECT_NEAR(lineHeight, 100, 0.01);
-        EXPECT_NEAR(height, c.points, 1.5); // readers round font sizes to points
+        }
+        EXPECT_EQ(texts, c.texts);
+        if (c.points > 0) {
+            EXPECT_NEAR(lineHeight, 100, 0.01);
+            EXPECT_NEAR(height, c.points, 1.5); // readers round font sizes to points
+        }
     }
 }
 
@@ -1092,8 +1013,8 @@ TEST_P(OdtToWordPerfect, LeavesALinelessHeadingAndRoomOutOfA51Table)
     EXPECT_NEAR(std::stod(property(tables[0]->properties, "fo:margin-left")), 6.5 / 3 - 0.07, 0.02);
 }
 
-// A text box anchored to its paragraph or page keeps its place there in WordPerfect 6: its offset
-// from the paragraph (across from the margin) or from the paper's edges, or centred.
+// A text box keeps its words and its place in WordPerfect 6: in the line, or its offset from the
+// paragraph (across from the margin) or from the paper's edges, or centred.
 TEST_P(OdtToWordPerfect, KeepsWhereATextBoxStands)
 {
     if (!wp6())
@@ -1121,8 +1042,11 @@ TEST_P(OdtToWordPerfect, KeepsWhereATextBoxStands)
             std::string(R"(<text:p>anchor words<draw:frame draw:style-name="C" )") + c.frame +
                 R"( svg:width="2in" svg:height="1in"><draw:text-box><text:p>boxed words</text:p></draw:text-box
                 ></draw:frame></text:p>)"));
+        EXPECT_EQ(wptest::texts(back.document), Strings{"anchor words"});
         const richtext::Inline *box = onlyTextBox(back.document);
         ASSERT_NE(box, nullptr);
+        ASSERT_TRUE(box->content && box->content->size() == 1);
+        EXPECT_EQ(box->content->front().paragraph()->text(), "boxed words");
         EXPECT_EQ(property(box->object, "text:anchor-type"), c.anchor);
         EXPECT_EQ(property(box->object, "svg:x"), c.x);
         if (*c.y) {

@@ -159,7 +159,6 @@ TEST_P(PicturesAndPages, WritesPicturesAsGraphicsBoxesAndCountsTheOthers)
         unsigned left = 0xFF0000, right = 0x0000FF;
         bool exactIn51 = true;
     } cases[] = {
-        {"png", pictureBody("image/png", redBluePng()), true},
         {"png of few colours", pictureBody("image/png", redBluePng(0x3A7BD5, 0xF2E6C9)), true, 0x3A7BD5,
          0xF2E6C9},
         {"photo",
@@ -214,68 +213,42 @@ TEST_P(PicturesAndPages, WritesPicturesAsGraphicsBoxesAndCountsTheOthers)
     }
 }
 
-// A picture centred on a line of its own stays centred; one standing in the text stays in its line.
-TEST_P(PicturesAndPages, KeepsACentredPictureCentred)
+// A picture centred on a line of its own stays centred, one in the text stays in its line; one that
+// lets no text beside it (a logo above its caption) keeps its words below it, on a line of their own.
+TEST_P(PicturesAndPages, KeepsAPicturesPlaceAmongItsWords)
 {
-    const std::string image = R"( svg:width="2in" svg:height="1in"><draw:image draw:mime-type="image/png"
-        ><office:binary-data>)" +
-                              base64(redBluePng()) + "</office:binary-data></draw:image></draw:frame>";
-    const std::string styles =
-        wptest::style("fr1", "graphic", R"(style:horizontal-pos="center" style:horizontal-rel="paragraph")");
-    struct Case {
-        const char *name;
-        std::string body;
-        const char *pictureAlign;
+    const char *centred = R"(style:horizontal-pos="center" style:horizontal-rel="paragraph")";
+    const char *placed = R"(text:anchor-type="char" svg:x="0in" svg:y="0in")";
+    const struct {
+        const char *graphic, *frame, *before, *after;
+        const char *align, *lines; // the picture's paragraph's; it and the lines after it
+    } cases[] = {
+        {centred, R"(text:anchor-type="paragraph")", "", "</text:p><text:p>after", "center", "\nafter"},
+        {centred, R"(text:anchor-type="as-char")", "words ", "</text:p><text:p>after", "left",
+         "words \nafter"},
+        {R"(style:wrap="none")", placed, "", "words below", "left", "\nwords below"},
+        {R"(style:wrap="parallel")", placed, "", "words below", "left", "words below"},
     };
-    const Case cases[] = {
-        {"own line",
-         R"(<text:p><draw:frame draw:style-name="fr1" text:anchor-type="paragraph")" + image +
-             "</text:p><text:p>after</text:p>",
-         "center"},
-        {"in the text",
-         R"(<text:p>words <draw:frame draw:style-name="fr1" text:anchor-type="as-char")" + image +
-             "</text:p><text:p>after</text:p>",
-         "left"},
-    };
-    for (const Case &c : cases) {
-        SCOPED_TRACE(c.name);
-        const auto back = convert(wptest::flatOdt(styles, c.body));
-        const auto paragraphs = back.document.paragraphs();
-        const auto holder =
-            std::find_if(paragraphs.begin(), paragraphs.end(),
-                         [](const richtext::Paragraph *p) { return firstImage(*p) != nullptr; });
-        ASSERT_NE(holder, paragraphs.end());
-        EXPECT_EQ(wptest::property((*holder)->properties, "fo:text-align"), c.pictureAlign);
-        const richtext::Paragraph *after = wptest::paragraphWith(back.document, "after");
-        ASSERT_NE(after, nullptr);
-        EXPECT_EQ(wptest::property(after->properties, "fo:text-align"), "left");
-    }
-}
-
-// A picture that lets no text beside it (a logo above its caption) keeps its words below it, on a
-// line of their own; one that lets text run beside it keeps them there.
-TEST_P(PicturesAndPages, PutsTheWordsBelowAPictureThatLetsNoneBesideIt)
-{
-    const std::string image = R"( svg:width="1in" svg:height="1in"><draw:image draw:mime-type="image/png"
-        ><office:binary-data>)" +
-                              base64(redBluePng()) + "</office:binary-data></draw:image></draw:frame>";
-    const std::pair<const char *, const char *> cases[] = {{"none", "\nwords below"},
-                                                           {"parallel", "words below"}};
-    for (const auto &[wrap, text] : cases) {
-        SCOPED_TRACE(wrap);
+    for (const auto &c : cases) {
+        SCOPED_TRACE(std::string(c.graphic) + " " + c.frame);
         const auto back = convert(wptest::flatOdt(
-            wptest::style("fr1", "graphic", std::string("style:wrap=\"") + wrap + "\""),
-            R"(<text:p><draw:frame draw:style-name="fr1" text:anchor-type="char" svg:x="0in" svg:y="0in")" +
-                image + "words below</text:p>"));
+            wptest::style("fr1", "graphic", c.graphic),
+            std::string("<text:p>") + c.before + R"(<draw:frame draw:style-name="fr1" )" + c.frame +
+                R"( svg:width="2in" svg:height="1in"><draw:image draw:mime-type="image/png"><office:binary-data>)" +
+                base64(redBluePng()) + "</office:binary-data></draw:image></draw:frame>" + c.after +
+                "</text:p>"));
         const auto paragraphs = back.document.paragraphs();
         const auto holder =
             std::find_if(paragraphs.begin(), paragraphs.end(),
                          [](const richtext::Paragraph *p) { return firstImage(*p) != nullptr; });
         ASSERT_NE(holder, paragraphs.end());
+        EXPECT_EQ(wptest::property((*holder)->properties, "fo:text-align"), c.align);
         std::string lines = (*holder)->text(); // 5.1 ends the picture's line with a return
-        for (auto next = holder + 1; next != paragraphs.end(); ++next)
+        for (auto next = holder + 1; next != paragraphs.end(); ++next) {
             lines += "\n" + (*next)->text();
-        EXPECT_EQ(lines, text);
+            EXPECT_EQ(wptest::property((*next)->properties, "fo:text-align"), "left");
+        }
+        EXPECT_EQ(lines, c.lines);
     }
 }
 

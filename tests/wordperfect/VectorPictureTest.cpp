@@ -246,9 +246,6 @@ TEST(SvmPicture, DamagedOrForeignBytesGiveNoPicture)
     tooManyPoints[tooManyPoints.size() - 18] = '\xFF';
 
     const std::pair<const char *, std::string> cases[] = {
-        {"the last action cut short", good.substr(0, good.size() - 3)},
-        {"the header cut short", good.substr(0, 30)},
-        {"only the signature", "VCLMTF"},
         {"an action longer than the file", longAction},
         {"more actions counted than there are", moreActions},
         {"a polygon with more points than bytes", tooManyPoints},
@@ -261,7 +258,7 @@ TEST(SvmPicture, DamagedOrForeignBytesGiveNoPicture)
         SCOPED_TRACE(name);
         EXPECT_FALSE(decodeRaster(bytes));
     }
-    // Every shorter piece lacks an action it counts.
+    // Every shorter piece, down to the signature alone, lacks an action it counts.
     for (std::size_t size = 0; size < good.size(); ++size)
         ASSERT_FALSE(decodeRaster(good.substr(0, size))) << size;
     // Damage anywhere, and huge claimed sizes, still give a picture within bounds or none.

@@ -7,6 +7,9 @@
 #include <libwpd/libwpd.h>
 #include <librevenge-stream/librevenge-stream.h>
 
+#include <algorithm>
+#include <filesystem>
+
 namespace wptest {
 
 std::string flatOdt(const std::string &automaticStyles, const std::string &body,
@@ -46,7 +49,8 @@ const richtext::Inline *findIn(const richtext::Paragraph &paragraph, const std::
 {
     for (const richtext::Inline &piece : paragraph.content) {
         if (piece.kind == richtext::Inline::Kind::text && piece.text.find(needle) != std::string::npos) {
-            *owner = &paragraph;
+            if (owner)
+                *owner = &paragraph;
             return &piece;
         }
         if (piece.content) {
@@ -78,11 +82,11 @@ const richtext::Inline *findIn(const richtext::Blocks &blocks, const std::string
 
 } // namespace
 
-const richtext::Inline *pieceWith(const richtext::Document &document, const std::string &needle)
+const richtext::Inline *pieceWith(const richtext::Document &document, const std::string &needle,
+                                  const richtext::Paragraph **owner)
 {
-    const richtext::Paragraph *owner = nullptr;
     for (const richtext::PageSpan &span : document.pageSpans) {
-        if (const auto *found = findIn(span.blocks, needle, &owner))
+        if (const auto *found = findIn(span.blocks, needle, owner))
             return found;
     }
     return nullptr;
@@ -91,11 +95,7 @@ const richtext::Inline *pieceWith(const richtext::Document &document, const std:
 const richtext::Paragraph *paragraphWith(const richtext::Document &document, const std::string &needle)
 {
     const richtext::Paragraph *owner = nullptr;
-    for (const richtext::PageSpan &span : document.pageSpans) {
-        if (findIn(span.blocks, needle, &owner))
-            return owner;
-    }
-    return nullptr;
+    return pieceWith(document, needle, &owner) ? owner : nullptr;
 }
 
 namespace {
@@ -173,6 +173,37 @@ std::vector<const richtext::Inline *> piecesOf(const richtext::Document &documen
     for (const richtext::PageSpan &span : document.pageSpans)
         collect(span.blocks, kind, result);
     return result;
+}
+
+std::vector<CorpusFile> officeCorpus(const std::vector<std::string> &extensions)
+{
+    std::vector<CorpusFile> found;
+    const std::filesystem::path office = std::filesystem::path(QM_CORPUS_DIR) / "office";
+    if (!std::filesystem::is_directory(office))
+        return found;
+    for (const auto &entry : std::filesystem::directory_iterator(office)) {
+        std::string extension = entry.path().extension().string();
+        std::transform(extension.begin(), extension.end(), extension.begin(),
+                       [](unsigned char c) { return static_cast<char>(std::tolower(c)); });
+        if (std::find(extensions.begin(), extensions.end(), extension) != extensions.end() &&
+            entry.path().filename() != "testODTEncrypted.odt")
+            found.push_back({entry.path().string(), entry.path().stem().string() + "-" +
+                                                        entry.path().extension().string().substr(1)});
+    }
+    std::sort(found.begin(), found.end(), [](const auto &a, const auto &b) { return a.key < b.key; });
+    return found;
+}
+
+bool soffice(const std::string &format, const std::vector<std::string> &inputs, const std::string &outdir,
+             const std::string &profile, const std::string &filter)
+{
+    std::vector<std::string> argv{SOFFICE_PATH, "-env:UserInstallation=file://" + profile, "--headless",
+                                  "--norestore"};
+    if (!filter.empty())
+        argv.push_back("--infilter=" + filter);
+    argv.insert(argv.end(), {"--convert-to", format, "--outdir", outdir});
+    argv.insert(argv.end(), inputs.begin(), inputs.end());
+    return ProgramRun::of(argv).status == 0;
 }
 
 ReadBack VersionTest::convert(const std::string &odt, ProgramRun *run)

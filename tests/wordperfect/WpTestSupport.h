@@ -29,7 +29,9 @@ struct ReadBack {
 ReadBack readWordPerfect(const std::string &bytes);
 
 // The first text piece of the main text, notes and cells included, that contains needle.
-const richtext::Inline *pieceWith(const richtext::Document &document, const std::string &needle);
+// With owner, the paragraph that holds it.
+const richtext::Inline *pieceWith(const richtext::Document &document, const std::string &needle,
+                                  const richtext::Paragraph **owner = nullptr);
 const richtext::Paragraph *paragraphWith(const richtext::Document &document, const std::string &needle);
 using fixtures::property;
 
@@ -43,6 +45,17 @@ std::vector<const richtext::Paragraph *> headerAndFooterParagraphs(const richtex
 std::vector<std::string> sectionColumns(const richtext::Document &document);
 std::vector<const richtext::Inline *> piecesOf(const richtext::Document &document,
                                                richtext::Inline::Kind kind);
+
+// The corpus's office documents with these extensions (any case), the password-protected one left
+// out, each with a key no other shares (its base name and extension, "name-odt"); sorted by key.
+struct CorpusFile {
+    std::string path, key;
+};
+std::vector<CorpusFile> officeCorpus(const std::vector<std::string> &extensions);
+
+// One LibreOffice run for many inputs, with a private profile: each output in outdir, named after its input.
+bool soffice(const std::string &format, const std::vector<std::string> &inputs, const std::string &outdir,
+             const std::string &profile, const std::string &filter = {});
 
 struct Version {
     const char *option;
