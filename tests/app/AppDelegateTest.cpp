@@ -170,34 +170,6 @@ TEST_F(Workflow, TheDestinationIsSettledBeforeThePasswordAndWrongOnesAreAskedAga
     EXPECT_EQ(delegate.pendingConversions, 0);
 }
 
-TEST_F(Workflow, CancellingAQuestionEndsTheFileSilently)
-{
-    writeFile(doc("Secret.wp5"), wordPerfect(0, 0x42));
-    writeFile(doc("Plain.wpd"), wordPerfect());
-    writeFile(doc("Plain.odt"), "taken");
-    prompter.answer(1); // password prompt: Cancel
-    prompter.answer(2); // clash: Cancel
-    const LogTail tail;
-    open({doc("Secret.wp5"), doc("Plain.wpd")});
-    EXPECT_EQ(prompter.shown.size(), 2u);
-    EXPECT_TRUE(tail.messagesContaining("convert: ").empty());
-    EXPECT_EQ(readFile(doc("Plain.odt")), "taken");
-}
-
-TEST_F(Workflow, ReplaceOverwritesAndKeepBothNumbers)
-{
-    writeFile(doc("Letter.wpd"), wordPerfect());
-    writeFile(doc("Letter.odt"), "old");
-    writeFile(doc("Letter (1).odt"), "old one");
-    prompter.answer(0); // Keep Both
-    prompter.answer(1); // Replace
-    open({doc("Letter.wpd"), doc("Letter.wpd")});
-    ASSERT_TRUE(settle());
-    EXPECT_EQ(readFile(doc("Letter (2).odt")), "converted");
-    EXPECT_EQ(readFile(doc("Letter (1).odt")), "old one");
-    EXPECT_EQ(readFile(doc("Letter.odt")), "converted");
-}
-
 TEST_F(Workflow, AnUnknownFileIsTriedAsWordPerfectOnlyWhenConfirmed)
 {
     writeFile(doc("mystery.dat"), "nothing recognisable");
@@ -282,6 +254,11 @@ TEST_F(Workflow, QuitWaitsForConversionsAndThenOnlyLogs)
     const LogTail tail;
     delegate.quit();
     EXPECT_FALSE(ready) << "two conversions are still under way";
+    writeFile(doc("Late.wpd"), wordPerfect());
+    open({doc("Late.wpd")});
+    EXPECT_EQ(tail.messagesContaining("openEvent"),
+              std::vector<std::string>{"openEvent ignored after quit: [\"Late.wpd\"]"});
+    EXPECT_EQ(delegate.pendingConversions, 2);
     writeFile(go, "");
     ASSERT_TRUE(waitUntil([&] { return ready; }));
     EXPECT_EQ(readFile(doc("Slow.odt")), "done") << "nothing is cut off";
@@ -290,6 +267,7 @@ TEST_F(Workflow, QuitWaitsForConversionsAndThenOnlyLogs)
               std::vector<std::string>{
                   "failed: Fails.wpd \u2014 It may be a file type that the conversion software "
                   "cannot read."});
+    EXPECT_FALSE(fs::exists(doc("Late.odt")));
 }
 
 // A second launch, or a job's failure, can arrive while a question waits for its answer (its
@@ -325,18 +303,6 @@ TEST_F(Workflow, WhatArrivesDuringAQuestionWaitsUntilItIsAnswered)
     EXPECT_LT(at("openEvent: [\"Second.wpd\"]"), static_cast<long>(lines.size()));
     EXPECT_EQ(readFile(doc("Letter (1).odt")), "converted");
     EXPECT_EQ(readFile(doc("Second.odt")), "converted");
-}
-
-TEST_F(Workflow, OpenEventsAfterQuitAreLoggedNotConverted)
-{
-    writeFile(doc("Late.wpd"), wordPerfect());
-    const LogTail tail;
-    delegate.quit();
-    open({doc("Late.wpd")});
-    EXPECT_EQ(tail.messagesContaining("openEvent"),
-              std::vector<std::string>{"openEvent ignored after quit: [\"Late.wpd\"]"});
-    EXPECT_EQ(delegate.pendingConversions, 0);
-    EXPECT_FALSE(fs::exists(doc("Late.odt")));
 }
 
 TEST_F(Workflow, PathsEndingInASlashNameTheirFolder)
@@ -501,6 +467,7 @@ TEST_F(Workflow, TheListShowsKindsAndStates)
     EXPECT_EQ(rows["Bad.wpd"][1], "") << "a failed file names no output";
     EXPECT_EQ(rows["Bad.wpd"][2].rfind("Failed \u2014 ", 0), 0u) << rows["Bad.wpd"][2];
     EXPECT_EQ(rows["Kept.wpd"], (std::vector<std::string>{"WordPerfect 5.x document", "", "Skipped"}));
+    EXPECT_EQ(readFile(doc("Kept.odt")), "old") << "a cancelled question leaves the file there alone";
     EXPECT_EQ(rows["Secret.wp5"],
               (std::vector<std::string>{"WordPerfect 5.x document, encrypted", "", "Skipped"}));
     EXPECT_EQ(statusWhileAsked, "Waiting for the password");
