@@ -6,6 +6,7 @@
 #include <gtest/gtest.h>
 
 #include <functional>
+#include <variant>
 
 using librevenge::RVNGPropertyList;
 using richtext::RtfWriter;
@@ -61,6 +62,16 @@ RVNGPropertyList with(const char *name, double inches, librevenge::RVNGUnit unit
 {
     RVNGPropertyList list;
     list.insert(name, inches, unit);
+    return list;
+}
+
+// Texts, lengths in inches and counts.
+RVNGPropertyList
+with(std::initializer_list<std::pair<const char *, std::variant<const char *, double, int>>> all)
+{
+    RVNGPropertyList list;
+    for (const auto &[name, value] : all)
+        std::visit([&](auto v) { list.insert(name, v); }, value);
     return list;
 }
 
@@ -130,10 +141,7 @@ RVNGPropertyList tabStop()
 {
     RVNGPropertyList paragraph = with("fo:margin-left", 0.5);
     librevenge::RVNGPropertyListVector stops;
-    RVNGPropertyList stop = with("style:position", 1.0);
-    stop.insert("style:type", "right");
-    stop.insert("style:leader-text", ".");
-    stops.append(stop);
+    stops.append(with({{"style:position", 1.0}, {"style:type", "right"}, {"style:leader-text", "."}}));
     paragraph.insert("librevenge:tab-stops", stops);
     return paragraph;
 }
@@ -163,13 +171,10 @@ INSTANTIATE_TEST_SUITE_P(
                {"a {} {} "}},
         Expect{"italic", spanOf(with("fo:font-style", "italic")), {"\\i x"}},
         Expect{"underline", spanOf(with("style:text-underline-style", "solid")), {"\\ul x"}},
-        Expect{"double underline",
-               [] {
-                   RVNGPropertyList list = with("style:text-underline-type", "double");
-                   list.insert("style:text-underline-style", "solid");
-                   return span(list);
-               },
-               {"\\uldb x"}},
+        Expect{
+            "double underline",
+            spanOf(with({{"style:text-underline-type", "double"}, {"style:text-underline-style", "solid"}})),
+            {"\\uldb x"}},
         Expect{"strike-through", spanOf(with("style:text-line-through-style", "solid")), {"\\strike x"}},
         Expect{"superscript", spanOf(with("style:text-position", "super 58%")), {"\\super x"}},
         Expect{"subscript as a percentage", spanOf(with("style:text-position", "-33% 58%")), {"\\sub x"}},
@@ -303,12 +308,8 @@ std::size_t at(const std::string &rtf, const std::string &part, std::size_t from
 RVNGPropertyList twoColumns()
 {
     librevenge::RVNGPropertyListVector columns;
-    RVNGPropertyList first = with("fo:end-indent", 0.25);
-    first.insert("fo:start-indent", 0.0);
-    RVNGPropertyList second = with("fo:start-indent", 0.25);
-    second.insert("fo:end-indent", 0.0);
-    columns.append(first);
-    columns.append(second);
+    columns.append(with({{"fo:start-indent", 0.0}, {"fo:end-indent", 0.25}}));
+    columns.append(with({{"fo:start-indent", 0.25}, {"fo:end-indent", 0.0}}));
     RVNGPropertyList section;
     section.insert("style:columns", columns);
     return section;
@@ -323,9 +324,9 @@ TEST(RtfWriter, WritesSpansAndMergesOfTables)
             columns.append(with("style:column-width", width));
         table.insert("librevenge:table-columns", columns);
         out.openTable(table);
-        RVNGPropertyList tall = with("fo:border", "0.0139in solid #000000");
-        tall.insert("table:number-rows-spanned", 2);
-        tall.insert("table:number-columns-spanned", 2);
+        const RVNGPropertyList tall = with({{"fo:border", "0.0139in solid #000000"},
+                                            {"table:number-rows-spanned", 2},
+                                            {"table:number-columns-spanned", 2}});
         for (int row = 0; row < 2; ++row) {
             out.openTableRow({});
             if (row == 0) {
@@ -465,9 +466,8 @@ TEST(RtfWriter, DrawsEachSvgPictureOnce)
 
 TEST(RtfWriter, WritesColumnsAsContinuousSectionsOfThePage)
 {
-    RVNGPropertyList page = with("fo:page-width", 8.5);
-    page.insert("style:num-format", "i");
-    page.insert("style:page-number", 5);
+    const RVNGPropertyList page =
+        with({{"fo:page-width", 8.5}, {"style:num-format", "i"}, {"style:page-number", 5}});
     const std::string rtf = document(
         [](RtfWriter &out) {
             paragraph(out, "one column");
@@ -522,9 +522,8 @@ TEST(RtfWriter, NumbersPagesInTheFieldsOwnFormat)
     };
     for (const auto &[format, expected] : cases) {
         const std::string rtf = write([format](RtfWriter &out) {
-            RVNGPropertyList field = with("librevenge:field-type", "text:page-number");
-            field.insert("style:num-format", format);
-            out.insertField(field);
+            out.insertField(
+                with({{"librevenge:field-type", "text:page-number"}, {"style:num-format", format}}));
         });
         EXPECT_NE(rtf.find(expected), std::string::npos) << format << "\n" << rtf;
     }
@@ -628,9 +627,7 @@ TEST(RtfWriter, EndsAListLabelWhereItsWidthEndsWhenTheParagraphMovesIt)
     const auto item = [](std::optional<double> margin, double indent = 2.0) {
         return write([margin, indent](RtfWriter &out) {
             out.closeParagraph();
-            RVNGPropertyList level = with("style:num-format", "i");
-            level.insert("text:min-label-width", 2.5);
-            out.openOrderedListLevel(level);
+            out.openOrderedListLevel(with({{"style:num-format", "i"}, {"text:min-label-width", 2.5}}));
             RVNGPropertyList paragraph;
             if (margin) {
                 paragraph.insert("fo:margin-left", *margin);
@@ -654,9 +651,8 @@ TEST(RtfWriter, EndsAListLabelWhereItsWidthEndsWhenTheParagraphMovesIt)
 TEST(RtfWriter, FillsTheMarginsWithATableAlignedToThemAndPadsItsCells)
 {
     const auto table = [](const char *align) {
-        RVNGPropertyList page = with("fo:page-width", 8.5);
-        page.insert("fo:margin-left", 1.0);
-        page.insert("fo:margin-right", 1.5);
+        const RVNGPropertyList page =
+            with({{"fo:page-width", 8.5}, {"fo:margin-left", 1.0}, {"fo:margin-right", 1.5}});
         return document(
             [align](RtfWriter &out) {
                 RVNGPropertyList properties = with("table:align", align);
@@ -667,9 +663,7 @@ TEST(RtfWriter, FillsTheMarginsWithATableAlignedToThemAndPadsItsCells)
                 out.openTable(properties);
                 out.openTableRow({});
                 for (int cell = 0; cell < 2; ++cell) {
-                    RVNGPropertyList padded = with("fo:padding-top", 0.05);
-                    padded.insert("fo:padding-left", 0.1);
-                    out.openTableCell(padded);
+                    out.openTableCell(with({{"fo:padding-top", 0.05}, {"fo:padding-left", 0.1}}));
                     out.closeTableCell();
                 }
                 out.closeTableRow();
@@ -749,8 +743,8 @@ TEST(RtfWriter, PlacesAFrameInACellAtThePageTopAgainstThePage)
         {Before::paragraph, "\\shptop0\\shpright2880\\shpbottom1440\\shpfhdr0\\shpbxpage\\shpbypara"},
         {Before::header, "\\shpbxpage\\shpbypara"},
     };
-    RVNGPropertyList frame = with("text:anchor-type", "paragraph");
-    frame.insert("style:horizontal-rel", "page");
+    const RVNGPropertyList frame =
+        with({{"text:anchor-type", "paragraph"}, {"style:horizontal-rel", "page"}});
     for (const auto &c : cases) {
         const std::string rtf = document(
             [&](RtfWriter &out) {
@@ -847,11 +841,12 @@ TEST(RtfWriter, PlacesFramesInTheTextAreaLeftByTheHeaderAndFooter)
                    footer ? out.closeFooter() : out.closeHeader();
                }
                out.openParagraph({});
-               RVNGPropertyList frame = with("svg:y", 0.5);
-               frame.insert("text:anchor-type", "char");
-               frame.insert("style:vertical-rel", "page-content");
-               frame.insert("style:vertical-pos", c.position);
-               frame.insert("svg:x", std::string(c.position) == "bottom" ? 0.0 : 1.0);
+               const RVNGPropertyList frame =
+                   with({{"svg:y", 0.5},
+                         {"text:anchor-type", "char"},
+                         {"style:vertical-rel", "page-content"},
+                         {"style:vertical-pos", c.position},
+                         {"svg:x", std::string(c.position) == "bottom" ? 0.0 : 1.0}});
                insertPicture(out, fixtures::png2x3(), frame);
                out.closeParagraph();
            }),
