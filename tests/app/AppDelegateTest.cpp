@@ -170,6 +170,20 @@ TEST_F(Workflow, TheDestinationIsSettledBeforeThePasswordAndWrongOnesAreAskedAga
     EXPECT_EQ(delegate.pendingConversions, 0);
 }
 
+TEST_F(Workflow, CancellingAQuestionEndsTheFileSilently)
+{
+    writeFile(doc("Secret.wp5"), wordPerfect(0, 0x42));
+    writeFile(doc("Plain.wpd"), wordPerfect());
+    writeFile(doc("Plain.odt"), "taken");
+    prompter.answer(1); // password prompt: Cancel
+    prompter.answer(2); // clash: Cancel
+    const LogTail tail;
+    open({doc("Secret.wp5"), doc("Plain.wpd")});
+    EXPECT_EQ(prompter.shown.size(), 2u);
+    EXPECT_TRUE(tail.messagesContaining("convert: ").empty());
+    EXPECT_EQ(readFile(doc("Plain.odt")), "taken");
+}
+
 TEST_F(Workflow, AnUnknownFileIsTriedAsWordPerfectOnlyWhenConfirmed)
 {
     writeFile(doc("mystery.dat"), "nothing recognisable");
@@ -465,7 +479,6 @@ TEST_F(Workflow, TheListShowsKindsAndStates)
     EXPECT_EQ(rows["Bad.wpd"][1], "") << "a failed file names no output";
     EXPECT_EQ(rows["Bad.wpd"][2].rfind("Failed \u2014 ", 0), 0u) << rows["Bad.wpd"][2];
     EXPECT_EQ(rows["Kept.wpd"], (std::vector<std::string>{"WordPerfect 5.x document", "", "Skipped"}));
-    EXPECT_EQ(readFile(doc("Kept.odt")), "old") << "a cancelled question leaves the file there alone";
     EXPECT_EQ(rows["Secret.wp5"],
               (std::vector<std::string>{"WordPerfect 5.x document, encrypted", "", "Skipped"}));
     EXPECT_EQ(statusWhileAsked, "Waiting for the password");
