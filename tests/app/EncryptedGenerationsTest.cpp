@@ -68,11 +68,7 @@ TEST_F(EncryptedGenerations, AreRecognisedAndConvertWithTheRightPasswordInTheApp
         SCOPED_TRACE(generation.name);
         const fs::path source = folder.path() / generation.file;
         writeFile(source, generation.bytes);
-        const InputFile file = InputFile::classify(source);
-        EXPECT_EQ(file.kind, InputFile::Kind::wpDocument);
-        EXPECT_TRUE(file.isEncrypted);
-        EXPECT_FALSE(file.wpVersionIsWP6);
-        EXPECT_EQ(versionFamilyOf(file), generation.family);
+        EXPECT_EQ(versionFamilyOf(InputFile::classify(source)), generation.family);
 
         ScriptedPrompter prompter;
         RecordingRevealer revealer;

@@ -8,6 +8,15 @@ using richtext::Properties;
 
 namespace {
 
+// A style of this family holding these text properties, after its parent if it names one.
+std::string style(const std::string &family, const std::string &name, const std::string &text,
+                  const std::string &parent = "")
+{
+    return "<style:style style:name=\"" + name + "\" style:family=\"" + family + "\"" +
+           (parent.empty() ? "" : " style:parent-style-name=\"" + parent + "\"") + ">" +
+           (text.empty() ? "" : "<style:text-properties " + text + "/>") + "</style:style>";
+}
+
 // The same small document in both forms must read the same.
 Odt letter()
 {
@@ -16,15 +25,13 @@ Odt letter()
         .styles =
             R"(<style:default-style style:family="paragraph"><style:text-properties
             fo:font-size="12pt"/></style:default-style>
-        <style:style style:name="Standard" style:family="paragraph"/>
-        <style:style style:name="Emphasis" style:family="text"><style:text-properties
-            fo:font-style="italic"/></style:style>)",
+        <style:style style:name="Standard" style:family="paragraph"/>)" +
+            style("text", "Emphasis", R"(fo:font-style="italic")"),
         .automaticStyles =
             R"(<style:style style:name="P1" style:family="paragraph" style:parent-style-name="Standard">
             <style:paragraph-properties fo:text-align="center" fo:margin-left="2.54cm"/>
-            <style:text-properties style:font-name="Serif1"/></style:style>
-        <style:style style:name="T1" style:family="text"><style:text-properties
-            fo:font-weight="bold"/></style:style>
+            <style:text-properties style:font-name="Serif1"/></style:style>)" +
+            style("text", "T1", R"(fo:font-weight="bold")") + R"(
         <style:page-layout style:name="PL1"><style:page-layout-properties fo:page-width="8.5in"
             fo:page-height="11in"
             fo:margin-left="1in" fo:margin-right="1in" fo:margin-top="1in" fo:margin-bottom="1in"/>
@@ -41,7 +48,7 @@ protected:
     richtext::Document read() const { return readOdt(GetParam() ? letter().package() : letter().flat()); }
 };
 
-TEST_P(BothForms, ReadTheSameText)
+TEST_P(BothForms, ReadTheSameTextAndResolveItsStyles)
 {
     const richtext::Document document = read();
     EXPECT_EQ(texts(document), (std::vector<std::string>{"Caf\xC3\xA9 bold and slanted", "second"}));
@@ -49,11 +56,6 @@ TEST_P(BothForms, ReadTheSameText)
     EXPECT_EQ(property(document.pageSpans[0].properties, "fo:page-width"), "8.5000in");
     ASSERT_EQ(document.pageSpans[0].headersAndFooters.size(), 1u);
     EXPECT_EQ(document.pageSpans[0].headersAndFooters[0].occurrence, "all");
-}
-
-TEST_P(BothForms, ResolveParagraphAndSpanStyles)
-{
-    const richtext::Document document = read();
     const richtext::Paragraph *first = document.paragraphs().at(0);
     EXPECT_EQ(property(first->properties, "fo:text-align"), "center");
     EXPECT_EQ(property(first->properties, "fo:margin-left"), "1.0000in") << "2.54cm is an inch";
@@ -100,53 +102,41 @@ TEST_P(StyleInheritance, GivesTheResolvedProperty)
     EXPECT_EQ(property(piece->style, GetParam().name), GetParam().expected);
 }
 
-const std::string boldBase = R"(<style:style style:name="Base" style:family="paragraph">
-    <style:text-properties fo:font-weight="bold" fo:font-size="10pt"/></style:style>)";
+const std::string boldBase = style("paragraph", "Base", R"(fo:font-weight="bold" fo:font-size="10pt")");
+const std::string inP1 = R"(<text:p text:style-name="P1">x</text:p>)";
 
 INSTANTIATE_TEST_SUITE_P(
     OdtReader, StyleInheritance,
     testing::Values(
-        Inheritance{"the default style", R"(<style:default-style style:family="paragraph">
+        Inheritance{"the default style",
+                    R"(<style:default-style style:family="paragraph">
             <style:text-properties fo:color="#112233"/></style:default-style>)",
                     "", "<text:p>x</text:p>", "fo:color", "#112233"},
-        Inheritance{"a parent chain of named styles",
-                    boldBase + R"(<style:style style:name="Mid" style:family="paragraph"
-            style:parent-style-name="Base"/>)",
-                    R"(<style:style style:name="P1" style:family="paragraph"
-            style:parent-style-name="Mid"/>)",
-                    R"(<text:p text:style-name="P1">x</text:p>)", "fo:font-weight", "bold"},
-        Inheritance{"an automatic style overrides its parent", boldBase, R"(<style:style style:name="P1"
-            style:family="paragraph" style:parent-style-name="Base"><style:text-properties
-                fo:font-weight="normal"/>
-            </style:style>)",
-                    R"(<text:p text:style-name="P1">x</text:p>)", "fo:font-weight", "normal"},
-        Inheritance{"a relative size counts from the inherited one", boldBase, R"(<style:style style:name="P1"
-            style:family="paragraph" style:parent-style-name="Base"><style:text-properties
-                fo:font-size="150%"/>
-            </style:style>)",
-                    R"(<text:p text:style-name="P1">x</text:p>)", "fo:font-size", "15.0000pt"},
+        Inheritance{"a parent chain of named styles", boldBase + style("paragraph", "Mid", "", "Base"),
+                    style("paragraph", "P1", "", "Mid"), inP1, "fo:font-weight", "bold"},
+        Inheritance{"an automatic style overrides its parent", boldBase,
+                    style("paragraph", "P1", R"(fo:font-weight="normal")", "Base"), inP1, "fo:font-weight",
+                    "normal"},
+        Inheritance{"a relative size counts from the inherited one", boldBase,
+                    style("paragraph", "P1", R"(fo:font-size="150%")", "Base"), inP1, "fo:font-size",
+                    "15.0000pt"},
         Inheritance{
-            "a span overrides its paragraph", boldBase, R"(<style:style style:name="T1" style:family="text">
-            <style:text-properties fo:font-weight="normal"/></style:style>)",
+            "a span overrides its paragraph", boldBase, style("text", "T1", R"(fo:font-weight="normal")"),
             R"(<text:p text:style-name="Base"><text:span text:style-name="T1">x</text:span></text:p>)",
             "fo:font-weight", "normal"},
-        Inheritance{"nested spans add up", "", R"(<style:style style:name="T1" style:family="text">
-            <style:text-properties fo:font-style="italic"/></style:style><style:style style:name="T2"
-                style:family="text">
-            <style:text-properties style:text-underline-style="solid"/></style:style>)",
+        Inheritance{"nested spans add up", "",
+                    style("text", "T1", R"(fo:font-style="italic")") +
+                        style("text", "T2", R"(style:text-underline-style="solid")"),
                     R"(<text:p><text:span text:style-name="T1"><text:span
                 text:style-name="T2">x</text:span></text:span></text:p>)",
                     "fo:font-style", "italic"},
         Inheritance{"a parent loop ends",
-                    R"(<style:style style:name="A" style:family="paragraph" style:parent-style-name="B">
-            <style:text-properties fo:font-style="italic"/></style:style><style:style style:name="B"
-                style:family="paragraph"
-            style:parent-style-name="A"/>)",
+                    style("paragraph", "A", R"(fo:font-style="italic")", "B") +
+                        style("paragraph", "B", "", "A"),
                     "", R"(<text:p text:style-name="A">x</text:p>)", "fo:font-style", "italic"},
         Inheritance{"an unknown style name is no style", "", "",
                     R"(<text:p text:style-name="Nowhere">x</text:p>)", "fo:font-weight", ""},
-        Inheritance{"superscript", "", R"(<style:style style:name="T1" style:family="text">
-            <style:text-properties style:text-position="super 58%"/></style:style>)",
+        Inheritance{"superscript", "", style("text", "T1", R"(style:text-position="super 58%")"),
                     R"(<text:p><text:span text:style-name="T1">x</text:span></text:p>)",
                     "style:text-position", "super 58%"}));
 
@@ -561,8 +551,7 @@ INSTANTIATE_TEST_SUITE_P(
 
 TEST(OdtReader, ReadsLinksFieldsAndPictures)
 {
-    static const char header[] = "\x89PNG\r\n\x1a\n\0\0\0\rIHDR\0\0\0\x02\0\0\0\x03\x08\x02\0\0\0";
-    const std::string png(header, sizeof header - 1); // a PNG's signature and size: 2 by 3 pixels
+    const std::string png = png2x3();
     const Odt odt{
         .body =
             R"(<text:p><text:a xlink:href="https://example.org/">a link</text:a> <draw:frame svg:width="2in"
