@@ -23,32 +23,24 @@ protected:
 
 } // namespace
 
-TEST_F(ToolLayout, PrefersFilesFolderThenResourcesThenBuildTree)
+TEST_F(ToolLayout, PrefersFilesFolderThenResourcesThenBuildTreeAndOnlyExecutables)
 {
+    const auto found = [&](const char *name) { return ConversionTools::toolURL(name, bin()); };
     writeScript(bin() / "Resources" / "Files" / "tool", "exit 0");
-    EXPECT_EQ(ConversionTools::toolURL("tool", bin()), bin() / "Resources" / "Files" / "tool")
-        << "without a resources folder only the build tree is searched";
-
-    writeScript(resources() / "tool", "exit 0");
-    EXPECT_EQ(ConversionTools::toolURL("tool", bin()), resources() / "tool");
-
-    writeScript(resources() / "Files" / "tool", "exit 0");
-    EXPECT_EQ(ConversionTools::toolURL("tool", bin()), resources() / "Files" / "tool");
-
-    EXPECT_EQ(ConversionTools::toolURL("absent", bin()), std::nullopt);
-}
-
-TEST_F(ToolLayout, PassesOverFilesWithoutTheExecuteBit)
-{
-    writeScript(bin() / "Resources" / "Files" / "tool", "exit 0");
+    EXPECT_EQ(found("tool"), bin() / "Resources" / "Files" / "tool");
     fs::create_directories(resources() / "Files");
     writeFile(resources() / "Files" / "tool", "#!/bin/sh\n");
-    EXPECT_EQ(ConversionTools::toolURL("tool", bin()), bin() / "Resources" / "Files" / "tool");
+    EXPECT_EQ(found("tool"), bin() / "Resources" / "Files" / "tool") << "no execute bit: passed over";
+    writeScript(resources() / "tool", "exit 0");
+    EXPECT_EQ(found("tool"), resources() / "tool");
+    writeScript(resources() / "Files" / "tool", "exit 0");
+    EXPECT_EQ(found("tool"), resources() / "Files" / "tool");
 
-    fs::remove(bin() / "Resources" / "Files" / "tool");
-    EXPECT_EQ(ConversionTools::toolURL("tool", bin()), std::nullopt);
+    EXPECT_EQ(found("absent"), std::nullopt);
+    writeFile(resources() / "Files" / "lonely", "#!/bin/sh\n");
+    EXPECT_EQ(found("lonely"), std::nullopt) << "not executable anywhere: no tool";
     fs::create_directories(resources() / "folder-tool");
-    EXPECT_EQ(ConversionTools::toolURL("folder-tool", bin()), std::nullopt) << "a folder is no tool";
+    EXPECT_EQ(found("folder-tool"), std::nullopt) << "a folder is no tool";
 }
 
 TEST_F(ToolLayout, RunBundledRunsTheFoundToolAndReportsAMissingOne)
