@@ -4,6 +4,7 @@
 #include <gtest/gtest.h>
 
 #include <set>
+#include <sstream>
 
 namespace fs = std::filesystem;
 using testing_support::corpusDir;
@@ -16,7 +17,7 @@ constexpr bool byContent = true;
 constexpr bool byExtension = false;
 
 struct CorpusCase {
-    const char *path;
+    std::string path;
     Kind kind;
     bool isEncrypted;
     bool wpVersionIsWP6;
@@ -27,122 +28,64 @@ struct CorpusCase {
 // libwpd where those leave it open: the WordPerfect 4.2 files (crypt1 and
 // crypt4 encrypted) have no prefix, OLE_Document.wpd keeps its document in an
 // OLE2 stream, and the Macintosh crypt3.wp keeps its key (00 41) where byte 12
-// does not show it.
-const CorpusCase corpusCases[] = {
-    {"wp/01FINALE1.WPD", Kind::wpDocument, false, true, byContent},
-    {"wp/1414.wp", Kind::wpDocument, false, true, byContent},
-    {"wp/9140-columns.wpd", Kind::wpDocument, false, true, byContent},
-    {"wp/B_WP1.wp42.wp", Kind::wpDocument, false, false, byContent},
-    {"wp/FormTab5FE.wp", Kind::wpDocument, false, false, byContent},
-    {"wp/M2-R.END.wpd", Kind::wpDocument, false, true, byContent},
-    {"wp/OLE_Document.wpd", Kind::wpDocument, false, false, byContent},
-    {"wp/RTassays2.wp", Kind::wpDocument, false, true, byContent},
-    {"wp/SANYIG01.C3P", Kind::wpDocument, false, false, byContent},
-    {"wp/TOPOPREC.WPD", Kind::wpDocument, false, true, byContent},
-    {"wp/algeria3.wp", Kind::wpDocument, false, false, byContent},
-    {"wp/chars5.wp", Kind::wpDocument, false, false, byContent},
-    {"wp/chars6.wp", Kind::wpDocument, false, true, byContent},
-    {"wp/crypt1.wp", Kind::wpDocument, true, false, byContent},
-    {"wp/crypt3.wp", Kind::wpDocument, true, false, byContent},
-    {"wp/crypt4.wp", Kind::wpDocument, true, false, byContent},
-    {"wp/crypt5.wp", Kind::wpDocument, true, false, byContent},
-    {"wp/equation5.wp", Kind::wpDocument, false, false, byContent},
-    {"wp/expectation_document.wpd", Kind::wpDocument, false, true, byContent},
-    {"wp/feature_test.wpd", Kind::wpDocument, false, true, byContent},
-    {"wp/header_footer.wpd", Kind::wpDocument, false, true, byContent},
-    {"wp/images5.wp", Kind::wpDocument, false, false, byContent},
-    {"wp/keji2001finalrep.wpd", Kind::wpDocument, false, true, byContent},
-    {"wp/opinion_wpd.wpd", Kind::wpDocument, false, true, byContent},
-    {"wp/prn_test5.wp", Kind::wpDocument, false, false, byContent},
-    {"wp/test5.wp", Kind::wpDocument, false, false, byContent},
-    {"wp/testWordPerfect.wpd", Kind::wpDocument, false, true, byContent},
-    {"wp/testWordPerfect_42.doc", Kind::wpDocument, false, false, byContent},
-    {"wp/testWordPerfect_50.doc", Kind::wpDocument, false, false, byContent},
-    {"wp/testWordPerfect_51_52.doc", Kind::wpDocument, false, false, byContent},
-    {"wp/testWordPerfect_5_0.wp", Kind::wpDocument, false, false, byContent},
-    {"wp/testWordPerfect_5_1.wp", Kind::wpDocument, false, false, byContent},
-    {"wp/testWordPerfect_6_61.wpd", Kind::wpDocument, false, true, byContent},
-    {"wp/texchars.wp", Kind::wpDocument, false, false, byContent},
-    {"wp/torture4.wp", Kind::wpDocument, false, false, byContent},
-    {"wp/wordperfect.wpd", Kind::wpDocument, false, true, byContent},
-    {"wpg/WPG.wpg", Kind::wpGraphic, false, false, byContent},
-    {"wpg/embedded-1414-1.wpg", Kind::wpGraphic, false, true, byContent},
-    {"wpg/embedded-M2-R.END-1.wpg", Kind::wpGraphic, false, true, byContent},
-    {"wpg/embedded-TOPOPREC-1.wpg", Kind::wpGraphic, false, true, byContent},
-    {"wpg/embedded-TOPOPREC-2.wpg", Kind::wpGraphic, false, true, byContent},
-    {"wpg/embedded-expectation_document-1.wpg", Kind::wpGraphic, false, true, byContent},
-    {"wpg/embedded-images5-1.wpg", Kind::wpGraphic, false, false, byExtension},
-    {"wpg/embedded-images5-2.wpg", Kind::wpGraphic, false, false, byExtension},
-    {"wpg/embedded-keji2001finalrep-1.wpg", Kind::wpGraphic, false, true, byContent},
-    {"wpg/embedded-keji2001finalrep-10.wpg", Kind::wpGraphic, false, true, byContent},
-    {"wpg/embedded-keji2001finalrep-11.wpg", Kind::wpGraphic, false, true, byContent},
-    {"wpg/embedded-keji2001finalrep-12.wpg", Kind::wpGraphic, false, true, byContent},
-    {"wpg/embedded-keji2001finalrep-2.wpg", Kind::wpGraphic, false, true, byContent},
-    {"wpg/embedded-keji2001finalrep-3.wpg", Kind::wpGraphic, false, true, byContent},
-    {"wpg/embedded-prn_test5-1.wpg", Kind::wpGraphic, false, false, byExtension},
-    {"office/2107-kde_pim.html", Kind::office, false, false, byContent},
-    {"office/6337-Hebrew.rtf", Kind::office, false, false, byContent},
-    {"office/6953-advanced_formatting.doc", Kind::office, false, false, byContent},
-    {"office/6953-fonts.doc", Kind::office, false, false, byContent},
-    {"office/6953-headers_and_footnotes.doc", Kind::office, false, false, byContent},
-    {"office/6953-tables.doc", Kind::office, false, false, byContent},
-    {"office/9005-various_lists.doc", Kind::office, false, false, byContent},
-    {"office/9044-table_in_header.doc", Kind::office, false, false, byContent},
-    {"office/LibreOfficeWriter_odt_1.3.odt", Kind::openDocument, false, false, byContent},
-    {"office/NEWSSLID.DOC", Kind::office, false, false, byExtension},
-    {"office/OpenXML_text_reference_v1_2.docx", Kind::office, false, false, byContent},
-    {"office/Rwanda.docx", Kind::office, false, false, byContent},
-    {"office/SF-428-B.docx", Kind::office, false, false, byContent},
-    {"office/Sample_OpenXML_DOCX.docx", Kind::office, false, false, byContent},
-    {"office/bug10808.odt", Kind::openDocument, false, false, byContent},
-    {"office/cjk-office.odt", Kind::openDocument, false, false, byContent},
-    {"office/demoLibreOfficeImagePasteBug.odt", Kind::openDocument, false, false, byContent},
-    {"office/embedded-png.odt", Kind::openDocument, false, false, byContent},
-    {"office/equation.odt", Kind::openDocument, false, false, byContent},
-    {"office/footnotes.docx", Kind::office, false, false, byContent},
-    {"office/headerPic.docx", Kind::office, false, false, byContent},
-    {"office/ooo-test.fodt", Kind::openDocument, false, false, byContent},
-    {"office/ooo-test.odt", Kind::openDocument, false, false, byContent},
-    {"office/ooo.doc", Kind::office, false, false, byContent},
-    {"office/ooo.rtf", Kind::office, false, false, byContent},
-    {"office/ooo.sxw", Kind::office, false, false, byContent},
-    {"office/sample.docx", Kind::office, false, false, byContent},
-    {"office/test.html", Kind::office, false, false, byExtension},
-    {"office/testComment.docx", Kind::office, false, false, byContent},
-    {"office/testHTML_embedded_img.html", Kind::office, false, false, byContent},
-    {"office/testHTML_utf8.html", Kind::office, false, false, byExtension},
-    {"office/testODTEmbedded.odt", Kind::openDocument, false, false, byContent},
-    {"office/testODTEncrypted.odt", Kind::openDocument, false, false, byContent},
-    {"office/testODTMacro.fodt", Kind::openDocument, false, false, byExtension},
-    {"office/testRTF.rtf", Kind::office, false, false, byContent},
-    {"office/testRTFHyperlink.rtf", Kind::office, false, false, byContent},
-    {"office/testRTFJapanese.rtf", Kind::office, false, false, byContent},
-    {"office/testRTFListLibreOffice.rtf", Kind::office, false, false, byContent},
-    {"office/testRTFListMicrosoftWord.rtf", Kind::office, false, false, byContent},
-    {"office/testRTFRegularImages.rtf", Kind::office, false, false, byContent},
-    {"office/testRTFTableCellSeparation.rtf", Kind::office, false, false, byContent},
-    {"office/testRTFVarious.rtf", Kind::office, false, false, byContent},
-    {"office/testRTFWord2010CzechCharacters.rtf", Kind::office, false, false, byContent},
-    {"office/testWORD.doc", Kind::office, false, false, byContent},
-    {"office/testWORD.docx", Kind::office, false, false, byContent},
-    {"office/testWORD_embedded_pics.docx", Kind::office, false, false, byContent},
-    {"office/testWORD_endnote_table.docx", Kind::office, false, false, byContent},
-    {"office/testWORD_numbered_list.doc", Kind::office, false, false, byContent},
-    {"office/testWORD_numbered_list.docx", Kind::office, false, false, byContent},
-    {"office/testWORD_tableInRunInsideParagraph.docx", Kind::office, false, false, byContent},
-    {"office/text-iso8859-15.txt", Kind::office, false, false, byExtension},
-    {"office/text-utf8.txt", Kind::office, false, false, byExtension},
-    {"office/tika_testRTF.rtf", Kind::office, false, false, byContent},
-    {"office/ucf-bulletedList.odt", Kind::office, false, false, byContent},
-    {"office/ucf-fontFamily.odt", Kind::office, false, false, byContent},
-    {"office/ucf-numberedList.odt", Kind::office, false, false, byContent},
-    {"office/ucf-tableWidth.odt", Kind::office, false, false, byContent},
-    {"office/wv-endnoteexample1.doc", Kind::office, false, false, byContent},
-    {"office/wv-example-graphic-inclusion.doc", Kind::office, false, false, byContent},
-    {"office/wv-plainUmlaute.doc", Kind::office, false, false, byContent},
-    {"office/wv-supported-footnote-1-features.doc", Kind::office, false, false, byContent},
-    {"office/wv-symbol.doc", Kind::office, false, false, byContent},
-};
+// does not show it. Each row: a folder, what its files classify as, their names.
+const std::vector<CorpusCase> corpusCases = [] {
+    const struct {
+        const char *folder;
+        Kind kind;
+        bool isEncrypted;
+        bool wpVersionIsWP6;
+        bool decidedByContent;
+        const char *names;
+    } groups[] = {
+        {"wp", Kind::wpDocument, false, true, byContent,
+         "01FINALE1.WPD 1414.wp 9140-columns.wpd M2-R.END.wpd RTassays2.wp TOPOPREC.WPD chars6.wp "
+         "expectation_document.wpd feature_test.wpd header_footer.wpd keji2001finalrep.wpd "
+         "opinion_wpd.wpd testWordPerfect.wpd testWordPerfect_6_61.wpd wordperfect.wpd"},
+        {"wp", Kind::wpDocument, false, false, byContent,
+         "B_WP1.wp42.wp FormTab5FE.wp OLE_Document.wpd SANYIG01.C3P algeria3.wp chars5.wp equation5.wp "
+         "images5.wp prn_test5.wp test5.wp testWordPerfect_42.doc testWordPerfect_50.doc "
+         "testWordPerfect_51_52.doc testWordPerfect_5_0.wp testWordPerfect_5_1.wp texchars.wp torture4.wp"},
+        {"wp", Kind::wpDocument, true, false, byContent, "crypt1.wp crypt3.wp crypt4.wp crypt5.wp"},
+        {"wpg", Kind::wpGraphic, false, false, byContent, "WPG.wpg"},
+        {"wpg", Kind::wpGraphic, false, true, byContent,
+         "embedded-1414-1.wpg embedded-M2-R.END-1.wpg embedded-TOPOPREC-1.wpg embedded-TOPOPREC-2.wpg "
+         "embedded-expectation_document-1.wpg embedded-keji2001finalrep-1.wpg "
+         "embedded-keji2001finalrep-10.wpg embedded-keji2001finalrep-11.wpg "
+         "embedded-keji2001finalrep-12.wpg embedded-keji2001finalrep-2.wpg "
+         "embedded-keji2001finalrep-3.wpg"},
+        {"wpg", Kind::wpGraphic, false, false, byExtension,
+         "embedded-images5-1.wpg embedded-images5-2.wpg embedded-prn_test5-1.wpg"},
+        {"office", Kind::office, false, false, byContent,
+         "2107-kde_pim.html 6337-Hebrew.rtf 6953-advanced_formatting.doc 6953-fonts.doc "
+         "6953-headers_and_footnotes.doc 6953-tables.doc 9005-various_lists.doc 9044-table_in_header.doc "
+         "OpenXML_text_reference_v1_2.docx Rwanda.docx SF-428-B.docx Sample_OpenXML_DOCX.docx "
+         "footnotes.docx headerPic.docx ooo.doc ooo.rtf ooo.sxw sample.docx testComment.docx "
+         "testHTML_embedded_img.html testRTF.rtf testRTFHyperlink.rtf testRTFJapanese.rtf "
+         "testRTFListLibreOffice.rtf testRTFListMicrosoftWord.rtf testRTFRegularImages.rtf "
+         "testRTFTableCellSeparation.rtf testRTFVarious.rtf testRTFWord2010CzechCharacters.rtf "
+         "testWORD.doc testWORD.docx testWORD_embedded_pics.docx testWORD_endnote_table.docx "
+         "testWORD_numbered_list.doc testWORD_numbered_list.docx testWORD_tableInRunInsideParagraph.docx "
+         "tika_testRTF.rtf ucf-bulletedList.odt ucf-fontFamily.odt ucf-numberedList.odt "
+         "ucf-tableWidth.odt wv-endnoteexample1.doc wv-example-graphic-inclusion.doc wv-plainUmlaute.doc "
+         "wv-supported-footnote-1-features.doc wv-symbol.doc"},
+        {"office", Kind::openDocument, false, false, byContent,
+         "LibreOfficeWriter_odt_1.3.odt bug10808.odt cjk-office.odt demoLibreOfficeImagePasteBug.odt "
+         "embedded-png.odt equation.odt ooo-test.fodt ooo-test.odt testODTEmbedded.odt "
+         "testODTEncrypted.odt"},
+        {"office", Kind::office, false, false, byExtension,
+         "NEWSSLID.DOC test.html testHTML_utf8.html text-iso8859-15.txt text-utf8.txt"},
+        {"office", Kind::openDocument, false, false, byExtension, "testODTMacro.fodt"},
+    };
+    std::vector<CorpusCase> cases;
+    for (const auto &group : groups) {
+        std::istringstream names(group.names);
+        for (std::string name; names >> name;)
+            cases.push_back({std::string(group.folder) + "/" + name, group.kind, group.isEncrypted,
+                             group.wpVersionIsWP6, group.decidedByContent});
+    }
+    return cases;
+}();
 
 class CorpusClassification : public ::testing::Test {
 protected:

@@ -137,21 +137,11 @@ TEST(Report, ALineHoldsEveryFieldWithNullsWhereNothingIs)
     failed.family = "unknown";
     failed.status = Report::Status::failed;
     failed.reason = "I could not read odd.bin.";
-    Report::Entry skipped = failed;
-    skipped.status = Report::Status::skipped;
-    skipped.reason = "up to date";
-    Report::Entry converted = fullEntry();
-    converted.status = Report::Status::converted;
-    converted.losses.clear();
-
     struct Row {
         Report::Entry entry;
         const char *status;
     };
-    const Row rows[] = {{fullEntry(), "converted with losses"},
-                        {converted, "converted"},
-                        {failed, "failed"},
-                        {skipped, "skipped"}};
+    const Row rows[] = {{fullEntry(), "converted with losses"}, {failed, "failed"}};
     const QStringList keys{"input",  "size",         "sha256", "kind",   "family", "job",
                            "output", "outputSha256", "status", "reason", "losses", "milliseconds"};
     for (const auto &row : rows) {
@@ -190,22 +180,13 @@ TEST(Report, ALineHoldsEveryFieldWithNullsWhereNothingIs)
     }
 }
 
+// The whole file, read in pieces, not just its first buffer.
 TEST(Report, HashesFilesWithSHA256)
 {
     TempDir dir;
-    struct Row {
-        std::string content;
-        const char *sha256;
-    };
-    const Row rows[] = {
-        {"", "e3b0c44298fc1c149afbf4c8996fb92427ae41e4649b934ca495991b7852b855"},
-        {"abc", "ba7816bf8f01cfea414140de5dae2223b00361a396177a9cb410ff61f20015ad"},
-        {std::string(1000000, 'a'), "cdc76e5c9914fb9281a1c7e284d73e67f1809a48a497200e046d39ccc7112cd0"},
-    };
-    for (const auto &row : rows) {
-        writeFile(dir / "file", row.content);
-        EXPECT_EQ(Report::sha256Of(dir / "file"), row.sha256);
-    }
+    writeFile(dir / "file", std::string(1000000, 'a'));
+    EXPECT_EQ(Report::sha256Of(dir / "file"),
+              "cdc76e5c9914fb9281a1c7e284d73e67f1809a48a497200e046d39ccc7112cd0");
     EXPECT_THROW(Report::sha256Of(dir / "missing"), PlatformError);
 }
 

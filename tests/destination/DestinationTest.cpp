@@ -21,8 +21,6 @@ TEST(Destination, OutputNameDropsOnlyAKnownLastExtension)
         {"notes", "odt", "notes.odt"},
         {"Letter.docx", "wp6", "Letter.wp6"},
         {"Picture.WPG", "png", "Picture.png"},
-        {"book.fodt", "wp5", "book.wp5"},
-        {"page.htm", "wp6", "page.wp6"},
         {"trailing.", "odt", "trailing..odt"},
         {".wpd", "odt", ".odt"},
     };

@@ -42,6 +42,9 @@ TEST(WriteODTPackage, TheFileDecidesNotTheStatus)
     tools.add("wpd2odt", ": > \"$2\"; exit 0");
     EXPECT_EQ(outcomeText(convertToODT(tools, std::nullopt)), "conversionFailed(\"\")");
     EXPECT_FALSE(fs::exists(tools.work("Letter.odt"))) << "an empty result is removed";
+
+    fs::remove(tools.folder() / "wpd2odt");
+    EXPECT_EQ(outcomeText(convertToODT(tools, std::nullopt)), "toolMissing(\"wpd2odt\")");
 }
 
 TEST(WriteODTPackage, PasswordsAreInferredWrongWhenNothingComesOut)
@@ -55,12 +58,6 @@ TEST(WriteODTPackage, PasswordsAreInferredWrongWhenNothingComesOut)
     EXPECT_EQ(tools.argsOf("wpd2odt"), "--password secret " + in + " " + out + "\n" + in + " " + out + "\n")
         << "an empty password adds no arguments";
     EXPECT_FALSE(fs::exists(tools.work("Letter.odt")));
-}
-
-TEST(WriteODTPackage, AMissingToolIsNamed)
-{
-    FakeTools tools;
-    EXPECT_EQ(outcomeText(convertToODT(tools, std::nullopt)), "toolMissing(\"wpd2odt\")");
 }
 
 TEST(DocumentBytes, TakesOpenDocumentFromWpd2odtWithoutFallback)

@@ -64,9 +64,6 @@ TEST_F(ToWordPerfect, OnlyANonEmptyFileCountsAndAStaleOneNeverDoes)
               "conversionFailed(\"\")");
     EXPECT_FALSE(fs::exists(tools.work("seen")));
     EXPECT_FALSE(fs::exists(tools.work("Letter.wp6"))) << "the empty result is removed";
-    fs::remove(tools.folder() / "odt2wp5");
-    EXPECT_EQ(convert(JobCase::odtToWP{tools.work("Letter.odt"), WPTarget::wp6}, tools.work("Letter.wp6")),
-              "toolMissing(\"odt2wp5\")");
 }
 
 TEST_F(ToWordPerfect, OfficeToWPRemovesItsWorkFolderHoweverItEnds)

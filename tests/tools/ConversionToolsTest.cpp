@@ -23,32 +23,24 @@ protected:
 
 } // namespace
 
-TEST_F(ToolLayout, PrefersFilesFolderThenResourcesThenBuildTree)
+TEST_F(ToolLayout, PrefersFilesFolderThenResourcesThenBuildTreeAndOnlyExecutables)
 {
+    const auto found = [&](const char *name) { return ConversionTools::toolURL(name, bin()); };
     writeScript(bin() / "Resources" / "Files" / "tool", "exit 0");
-    EXPECT_EQ(ConversionTools::toolURL("tool", bin()), bin() / "Resources" / "Files" / "tool")
-        << "without a resources folder only the build tree is searched";
-
-    writeScript(resources() / "tool", "exit 0");
-    EXPECT_EQ(ConversionTools::toolURL("tool", bin()), resources() / "tool");
-
-    writeScript(resources() / "Files" / "tool", "exit 0");
-    EXPECT_EQ(ConversionTools::toolURL("tool", bin()), resources() / "Files" / "tool");
-
-    EXPECT_EQ(ConversionTools::toolURL("absent", bin()), std::nullopt);
-}
-
-TEST_F(ToolLayout, PassesOverFilesWithoutTheExecuteBit)
-{
-    writeScript(bin() / "Resources" / "Files" / "tool", "exit 0");
+    EXPECT_EQ(found("tool"), bin() / "Resources" / "Files" / "tool");
     fs::create_directories(resources() / "Files");
     writeFile(resources() / "Files" / "tool", "#!/bin/sh\n");
-    EXPECT_EQ(ConversionTools::toolURL("tool", bin()), bin() / "Resources" / "Files" / "tool");
+    EXPECT_EQ(found("tool"), bin() / "Resources" / "Files" / "tool") << "no execute bit: passed over";
+    writeScript(resources() / "tool", "exit 0");
+    EXPECT_EQ(found("tool"), resources() / "tool");
+    writeScript(resources() / "Files" / "tool", "exit 0");
+    EXPECT_EQ(found("tool"), resources() / "Files" / "tool");
 
-    fs::remove(bin() / "Resources" / "Files" / "tool");
-    EXPECT_EQ(ConversionTools::toolURL("tool", bin()), std::nullopt);
+    EXPECT_EQ(found("absent"), std::nullopt);
+    writeFile(resources() / "Files" / "lonely", "#!/bin/sh\n");
+    EXPECT_EQ(found("lonely"), std::nullopt) << "not executable anywhere: no tool";
     fs::create_directories(resources() / "folder-tool");
-    EXPECT_EQ(ConversionTools::toolURL("folder-tool", bin()), std::nullopt) << "a folder is no tool";
+    EXPECT_EQ(found("folder-tool"), std::nullopt) << "a folder is no tool";
 }
 
 TEST_F(ToolLayout, RunBundledRunsTheFoundToolAndReportsAMissingOne)
@@ -77,14 +69,13 @@ TEST(Runner, LogsTheCommandLineAndTheOutcome)
     ASSERT_EQ(lines.size(), 2u);
     EXPECT_EQ(lines[0], "run shell: -c printf abc; head -c 120 /dev/zero >&2; exit 1 --password ********");
     EXPECT_EQ(lines[1], "run shell: 3 bytes stdout, 120 bytes stderr, status 1");
-}
 
-TEST(Runner, EmptyRunsAndNoArguments)
-{
-    const LogTail tail;
-    const auto output = ConversionTools::run("/bin/true", {}, "true");
-    EXPECT_TRUE(output.stdout.empty());
-    EXPECT_TRUE(output.stderr.empty());
+    // A signal is logged as the status; what came before it is kept.
+    EXPECT_EQ(ConversionTools::run("/bin/sh", {"-c", "printf partial; kill -9 $$"}, "killed").stdout,
+              "partial");
+    EXPECT_EQ(tail.messagesContaining("run killed: ").back(),
+              "run killed: 7 bytes stdout, 0 bytes stderr, status 9");
+    EXPECT_EQ(ConversionTools::run("/bin/true", {}, "true").stdout, "");
     EXPECT_EQ(tail.messagesContaining("run true: "),
               (std::vector<std::string>{"run true: ", "run true: 0 bytes stdout, 0 bytes stderr, status 0"}));
 }
@@ -108,16 +99,6 @@ TEST(Runner, StandardInputIsAtItsEnd)
 {
     const auto output = ConversionTools::run("/bin/sh", {"-c", "cat; echo \"read:$?\""}, "stdin");
     EXPECT_EQ(output.stdout, "read:0\n");
-}
-
-TEST(Runner, ASignalIsLoggedAsTheStatusAndOutputKept)
-{
-    const LogTail tail;
-    const auto output = ConversionTools::run("/bin/sh", {"-c", "printf partial; kill -9 $$"}, "killed");
-    EXPECT_EQ(output.stdout, "partial");
-    const auto lines = tail.messagesContaining("run killed: ");
-    ASSERT_EQ(lines.size(), 2u);
-    EXPECT_EQ(lines[1], "run killed: 7 bytes stdout, 0 bytes stderr, status 9");
 }
 
 TEST(Runner, LaunchFailureThrowsThePlatformErrorAfterOneLine)

@@ -138,7 +138,7 @@ TEST(PandocReader, ComesFromTheContentElseTheExtension)
     }
 }
 
-TEST_F(FakeSuite, WithoutTheSuitePandocConvertsAndWordDocumentsAreRefused)
+TEST_F(FakeSuite, WithoutTheSuitePandocConvertsKeepsPropertiesOutOfTheTextAndRefusesWord)
 {
     if (!fs::exists("/usr/bin/pandoc"))
         GTEST_SKIP() << "pandoc is not installed (scripts/setup installs it)";
@@ -155,13 +155,8 @@ TEST_F(FakeSuite, WithoutTheSuitePandocConvertsAndWordDocumentsAreRefused)
     const std::string page = readFile(odt.parent_path() / "plain-text.html");
     EXPECT_NE(page.find("<p>caf\u00e9 &amp; &lt;tea&gt;</p>\n<p>second line</p>"), std::string::npos)
         << "Latin-1 decoded, escaped, one paragraph per line: " << page;
-}
 
-TEST_F(FakeSuite, WithoutTheSuiteDocumentPropertiesStayOutOfTheText)
-{
-    if (!fs::exists("/usr/bin/pandoc"))
-        GTEST_SKIP() << "pandoc is not installed (scripts/setup installs it)";
-    ConversionTools::overrideLibreOfficePlaces(std::vector<fs::path>{});
+    // Document properties stay out of the text: a browser or word processor shows no title above it.
     struct Row {
         const char *name;
         const char *body;
@@ -176,13 +171,12 @@ TEST_F(FakeSuite, WithoutTheSuiteDocumentPropertiesStayOutOfTheText)
     for (const auto &row : rows) {
         SCOPED_TRACE(row.name);
         writeFile(dir / "docs" / row.name, row.body);
-        const fs::path odt = ConversionTools::officeToODT(dir / "docs" / row.name);
-        const std::string content = OdtFile::package(odt).read("content.xml");
+        const fs::path made = ConversionTools::officeToODT(dir / "docs" / row.name);
+        const std::string content = OdtFile::package(made).read("content.xml");
         EXPECT_NE(content.find("Body words"), std::string::npos) << content;
-        EXPECT_EQ(content.find(row.title), std::string::npos)
-            << "a browser or word processor shows no title above the text";
+        EXPECT_EQ(content.find(row.title), std::string::npos);
         EXPECT_EQ(content.find("Ann Author"), std::string::npos);
-        EXPECT_NE(OdtFile::package(odt).read("meta.xml").find(row.title), std::string::npos)
+        EXPECT_NE(OdtFile::package(made).read("meta.xml").find(row.title), std::string::npos)
             << "the title stays a property";
     }
 }
