@@ -330,7 +330,8 @@ void Wp5Writer::writeColumnBreak()
     put8(out(), 0x0C);
 }
 
-// So a page break in columns turns them off for the hard page and on again after it.
+// A hard page in columns only ends a column: a page break there turns them off for it and on
+// again after it.
 void Wp5Writer::writePageBreak()
 {
     const bool inColumns = columnsOn && !inSubDocument();
