@@ -165,15 +165,12 @@ TEST_F(CorpusTest, LibreOfficeReadsTheSameTextAsFromTheOriginal)
         scratch.write("converted/" + std::to_string(i) + "-flat.fodt", flat.out);
     }
     setenv("HOME", scratch.file("home").c_str(), 1);
-    const std::string profile = "-env:UserInstallation=file://" + scratch.file("profile");
     const auto convertToText = [&](const std::string &from, const std::string &to, bool wordPerfect) {
-        std::vector<std::string> argv = {SOFFICE_PATH, profile,    "--headless",    "--convert-to",
-                                         "txt:Text",   "--outdir", scratch.file(to)};
-        if (wordPerfect)
-            argv.insert(argv.begin() + 3, "--infilter=WordPerfect");
+        std::vector<std::string> inputs;
         for (const auto &entry : fs::directory_iterator(scratch.file(from)))
-            argv.push_back(entry.path().string());
-        return ProgramRun::of(argv);
+            inputs.push_back(entry.path().string());
+        return ProgramRun::libreOffice(SOFFICE_PATH, scratch.file("profile"), "txt:Text", inputs,
+                                       scratch.file(to), wordPerfect ? "WordPerfect" : "");
     };
     const ProgramRun originals = convertToText("originals", "text-originals", true);
     const ProgramRun ours = convertToText("converted", "text-converted", false);

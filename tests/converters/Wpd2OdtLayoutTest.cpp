@@ -75,14 +75,9 @@ TEST(LayoutTest, LibreOfficeBreaksOurLinesWhereItsOwnImportDoes)
         ASSERT_EQ(run.status, 0) << documents[i].name << ": " << run.err;
     }
     setenv("HOME", scratch.file("home").c_str(), 1);
-    const std::string profile = "-env:UserInstallation=file://" + scratch.file("profile");
     const auto layOut = [&](const std::vector<std::string> &files, const std::string &to, bool wordPerfect) {
-        std::vector<std::string> argv = {SOFFICE_PATH, profile,    "--headless",    "--convert-to",
-                                         "pdf",        "--outdir", scratch.file(to)};
-        if (wordPerfect)
-            argv.insert(argv.begin() + 3, "--infilter=WordPerfect");
-        argv.insert(argv.end(), files.begin(), files.end());
-        return ProgramRun::of(argv);
+        return ProgramRun::libreOffice(SOFFICE_PATH, scratch.file("profile"), "pdf", files, scratch.file(to),
+                                       wordPerfect ? "WordPerfect" : "");
     };
     ASSERT_EQ(layOut(originals, "pdf-originals", true).status, 0);
     ASSERT_EQ(layOut(converted, "pdf-converted", false).status, 0);

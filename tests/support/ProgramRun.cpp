@@ -62,3 +62,16 @@ ProgramRun ProgramRun::of(const std::vector<std::string> &argv, const std::strin
     run.status = WIFEXITED(status) ? WEXITSTATUS(status) : 128 + WTERMSIG(status);
     return run;
 }
+
+ProgramRun ProgramRun::libreOffice(const std::string &soffice, const std::string &profileDir,
+                                   const std::string &format, const std::vector<std::string> &inputs,
+                                   const std::string &outdir, const std::string &inputFilter)
+{
+    std::vector<std::string> argv{soffice, "-env:UserInstallation=file://" + profileDir, "--headless",
+                                  "--norestore"};
+    if (!inputFilter.empty())
+        argv.push_back("--infilter=" + inputFilter);
+    argv.insert(argv.end(), {"--convert-to", format, "--outdir", outdir});
+    argv.insert(argv.end(), inputs.begin(), inputs.end());
+    return of(argv);
+}

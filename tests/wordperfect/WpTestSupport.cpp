@@ -197,13 +197,7 @@ std::vector<CorpusFile> officeCorpus(const std::vector<std::string> &extensions)
 bool soffice(const std::string &format, const std::vector<std::string> &inputs, const std::string &outdir,
              const std::string &profile, const std::string &filter)
 {
-    std::vector<std::string> argv{SOFFICE_PATH, "-env:UserInstallation=file://" + profile, "--headless",
-                                  "--norestore"};
-    if (!filter.empty())
-        argv.push_back("--infilter=" + filter);
-    argv.insert(argv.end(), {"--convert-to", format, "--outdir", outdir});
-    argv.insert(argv.end(), inputs.begin(), inputs.end());
-    return ProgramRun::of(argv).status == 0;
+    return ProgramRun::libreOffice(SOFFICE_PATH, profile, format, inputs, outdir, filter).status == 0;
 }
 
 ReadBack VersionTest::convert(const std::string &odt, ProgramRun *run)
