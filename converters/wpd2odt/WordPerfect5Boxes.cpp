@@ -123,8 +123,11 @@ void WordPerfect5Boxes::openFrame(const librevenge::RVNGPropertyList &propList)
     }
     librevenge::RVNGPropertyList placed(propList);
     // The frame takes the graphic as WordPerfect showed it in the box: as large as fits, in its own
-    // proportions, centred (a drawing stretched to a full-width box is what libwpd gives).
-    const double boxWidth = box.fullWidth ? width->getDouble() : box.width;
+    // proportions, centred (a drawing stretched to a full-width box is what libwpd gives). A
+    // full-width box beside another box is narrower than the text: WordPerfect recorded the
+    // width and place it gave it, and only a box without them spans the text.
+    const bool spansText = box.fullWidth && box.width <= 0;
+    const double boxWidth = spansText ? width->getDouble() : box.width;
     double shownWidth = boxWidth, shownHeight = box.height;
     // (A box WordPerfect sized to its graphic keeps its recorded size, rounding and all.)
     if (box.graphicWidth > 0 && box.graphicHeight > 0 && boxWidth > 0 && box.height > 0 &&
@@ -145,7 +148,7 @@ void WordPerfect5Boxes::openFrame(const librevenge::RVNGPropertyList &propList)
     placed.insert("style:vertical-pos", "from-top");
     placed.insert("svg:y", std::max(0.0, box.y - *paragraphTop + (box.height - shownHeight) / 2),
                   librevenge::RVNG_INCH);
-    if (box.fullWidth) {
+    if (spansText) {
         placed.insert("style:horizontal-rel", "paragraph");
         placed.insert("style:horizontal-pos", "center");
         placed.remove("svg:x");

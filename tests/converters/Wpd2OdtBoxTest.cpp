@@ -51,10 +51,10 @@ TEST(BoxTest, ParagraphBoxesKeepWordPerfectsSizeAndPlace)
         const char *file;
         std::vector<Frame> frames;
     } cases[] = {
-        // Three drawings laid over each other at the top of the page: right-aligned, full
-        // width (a tall drawing, shown in its own proportions in the middle of the box), and a
-        // small one lower right.
-        {"images5.wp", {{3.25, 3.0717, 4.25, 0}, {3.0738, 4.7533, -1, 0}, {1.7083, 1.2092, 5.7917, 3.3333}}},
+        // Three drawings at the top of the page: right-aligned, full width beside it (so at the
+        // left margin, as narrow as WordPerfect made it, not over the first), and a small one
+        // lower right.
+        {"images5.wp", {{3.25, 3.0717, 4.25, 0}, {3.0833, 4.7533, 1.0, 0}, {1.7083, 1.2092, 5.7917, 3.3333}}},
         // A small centred mouse under a heading (libwpd alone: ten inches high, off the page's
         // right edge, and a page of its own).
         {"prn_test5.wp", {{1.0, 0.7292, 3.75, 0}}},
