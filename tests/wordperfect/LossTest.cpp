@@ -72,7 +72,7 @@ const Case cases[] = {
      "",
      table(cell("<text:p>a</text:p>") + cell("<text:p>b</text:p>")),
      {},
-     {loss::cellBorders}},
+     {}},
     {"TableInATable",
      lines,
      table(cell(table(cell("<text:p>inner a</text:p>", "B") + cell("<text:p>inner b</text:p>", "B")), "B") +

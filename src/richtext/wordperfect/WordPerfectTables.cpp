@@ -765,8 +765,49 @@ void WordPerfectWriter::writeTable(const OpenTable &table, const std::string &bo
             share(at, cell.row + cell.rowSpan, c, 8, 4);
     }
 
-    // Written row by row, left to right; a covered column takes a cell of its own.
-    writeTableStart(grid.widths, position, leftOffset);
+    // Written row by row, left to right; a covered column takes a cell of its own, and a cell
+    // too close to the one before it to tell their edges apart gives its text to that one.
+    struct Placed {
+        CellShape shape;
+        const GridCell *cell = nullptr;      // none: a column the row's cells leave empty
+        std::vector<const GridCell *> added; // text that joins this cell's
+    };
+    std::vector<std::vector<Placed>> plan(static_cast<std::size_t>(std::max(gridRows, 0)));
+    auto cellAt = cells.begin();
+    for (int row = 0; row < gridRows; ++row) {
+        std::vector<Placed> &placed = plan[static_cast<std::size_t>(row)];
+        int column = 0;
+        auto place = [&](const GridCell &cell, const GridCell *source) {
+            CellShape shape = cell.shape;
+            shape.column = cell.column;
+            shape.columnSpan = cell.columnSpan;
+            shape.rowSpan = cell.rowSpan;
+            placed.push_back(Placed{shape, source, {}});
+            column = cell.column + (shape.coveredFromAbove ? 1 : cell.columnSpan);
+        };
+        for (; cellAt != cells.end() && cellAt->row == row; ++cellAt) {
+            if (cellAt->column < column) {
+                if (!placed.empty() && !cellAt->texts.empty() &&
+                    cellAt->texts.front()->end > cellAt->texts.front()->begin)
+                    placed.back().added.push_back(&*cellAt);
+                continue;
+            }
+            while (column < cellAt->column) {
+                GridCell room;
+                room.row = row;
+                room.column = column;
+                place(room, nullptr);
+            }
+            place(*cellAt, &*cellAt);
+        }
+    }
+    std::vector<std::vector<CellShape>> shapes;
+    for (const std::vector<Placed> &row : plan) {
+        shapes.emplace_back();
+        for (const Placed &placed : row)
+            shapes.back().push_back(placed.shape);
+    }
+    writeTableStart(grid.widths, position, leftOffset, shapes);
     CharacterFormat format = streams.back().written;
     int spacing = streams.back().spacingInForce;
     auto writeTexts = [&](const GridCell &cell) {
@@ -780,36 +821,17 @@ void WordPerfectWriter::writeTable(const OpenTable &table, const std::string &bo
             first = false;
         }
     };
-    auto cellAt = cells.begin();
-    for (int row = 0; row < gridRows; ++row) {
-        int column = 0;
+    for (const std::vector<Placed> &row : plan) {
         bool firstInRow = true;
-        auto write = [&](const GridCell &cell) {
-            CellShape shape = cell.shape;
-            shape.column = cell.column;
-            shape.columnSpan = cell.columnSpan;
-            shape.rowSpan = cell.rowSpan;
-            writeCell(shape, firstInRow);
+        for (const Placed &placed : row) {
+            writeCell(placed.shape, firstInRow);
             firstInRow = false;
-            column = cell.column + (shape.coveredFromAbove ? 1 : cell.columnSpan);
-        };
-        for (; cellAt != cells.end() && cellAt->row == row; ++cellAt) {
-            if (cellAt->column < column) {
-                // Two edges too close to tell apart put two cells in one place: the text joins the first.
-                if (!cellAt->texts.empty() && cellAt->texts.front()->end > cellAt->texts.front()->begin) {
-                    writeHardReturn();
-                    writeTexts(*cellAt);
-                }
-                continue;
+            if (placed.cell)
+                writeTexts(*placed.cell);
+            for (const GridCell *added : placed.added) {
+                writeHardReturn();
+                writeTexts(*added);
             }
-            while (column < cellAt->column) {
-                GridCell room; // a column the row's cells leave empty
-                room.row = row;
-                room.column = column;
-                write(room);
-            }
-            write(*cellAt);
-            writeTexts(*cellAt);
         }
     }
     writeTableEnd();

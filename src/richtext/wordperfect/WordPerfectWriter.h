@@ -244,8 +244,10 @@ protected:
     virtual void writeColumns(const TextColumns &columns) = 0;
     virtual void writeColumnBreak() = 0;
     virtual void writePageBreak() { out() += static_cast<char>(oneByteCodes().pageBreak); }
-    // `position`: 0 at the left margin, 1 at the right, 2 centred, 4 `leftOffset` WPU from the paper's edge.
-    virtual void writeTableStart(const std::vector<int> &widths, int position, int leftOffset) = 0;
+    // `position`: 0 at the left margin, 1 at the right, 2 centred, 4 `leftOffset` WPU from the paper's edge;
+    // `rows`: every row's cells as writeCell will be given them.
+    virtual void writeTableStart(const std::vector<int> &widths, int position, int leftOffset,
+                                 const std::vector<std::vector<CellShape>> &rows) = 0;
     virtual void writeCell(const CellShape &cell, bool firstInRow) = 0;
     virtual void writeTableEnd() = 0;
     // `mark` is the note's own citation when it is one character that is not a number ("*").

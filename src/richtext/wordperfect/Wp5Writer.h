@@ -29,7 +29,8 @@ protected:
     void writeColumns(const TextColumns &columns) override;
     void writeColumnBreak() override;
     void writePageBreak() override;
-    void writeTableStart(const std::vector<int> &widths, int position, int leftOffset) override;
+    void writeTableStart(const std::vector<int> &widths, int position, int leftOffset,
+                         const std::vector<std::vector<CellShape>> &rows) override;
     void writeCell(const CellShape &cell, bool firstInRow) override;
     void writeTableEnd() override;
     void writeNote(bool endnote, int number, const std::string &body, char mark) override;
@@ -44,6 +45,9 @@ private:
     void fixed(int code, const std::string &data);
     int fontNumber(const CharacterFormat &format);
     void writePaperSize(int width, int height);
+    // The row codes of the table being written, each written before its row's first cell.
+    std::vector<std::string> rowCodes;
+    std::size_t nextRow = 0;
 
     std::vector<std::pair<std::string, int>> fonts; // name and size of each font-list record
     std::map<std::pair<std::string, int>, int> fontNumbers;

@@ -456,7 +456,8 @@ void Wp6Writer::writeBox(int contentType, int pid, int widthWpu, int heightWpu)
     function(0xDF, anchoring, data, pid);
 }
 
-void Wp6Writer::writeTableStart(const std::vector<int> &widths, int position, int leftOffset)
+void Wp6Writer::writeTableStart(const std::vector<int> &widths, int position, int leftOffset,
+                                const std::vector<std::vector<CellShape>> &)
 {
     std::string data;
     put8(data, 0); // flags

@@ -29,7 +29,8 @@ protected:
     void writeSideMargins() override;
     void writeColumns(const TextColumns &columns) override;
     void writeColumnBreak() override;
-    void writeTableStart(const std::vector<int> &widths, int position, int leftOffset) override;
+    void writeTableStart(const std::vector<int> &widths, int position, int leftOffset,
+                         const std::vector<std::vector<CellShape>> &rows) override;
     void writeCell(const CellShape &cell, bool firstInRow) override;
     void writeTableEnd() override;
     void writeNote(bool endnote, int number, const std::string &body, char mark) override;
