@@ -4,7 +4,7 @@
 #include "EmbeddedPictures.h"
 #include "OdfXmlWriter.h"
 #include "OdtPackageWriter.h"
-#include "WordPerfect5Boxes.h"
+#include "WordPerfect5Layout.h"
 #include "WordPerfectDocument.h"
 #include "WriterDefaults.h"
 #include "WpgToSvg.h"
@@ -32,15 +32,16 @@ void requireOutput(const OdfXmlWriter &writer, const WordPerfectDocument &docume
 
 std::string OdtConverter::toFlatXml(const WordPerfectDocument &document, richtext::Losses &losses)
 {
-    WordPerfect5Boxes::Contents boxes = WordPerfect5Boxes::read(document.contents());
-    WordPerfect5Boxes generator(std::move(boxes.pictures));
+    WordPerfect5Layout::Contents layout = WordPerfect5Layout::read(document.contents());
+    const richtext::Losses boxLosses = layout.losses;
+    WordPerfect5Layout generator(std::move(layout));
     prepare(generator);
     OdfXmlWriter writer;
     WriterDefaults defaults(writer);
     generator.addDocumentHandler(&defaults, ODF_FLAT_XML);
     document.parse(generator);
     requireOutput(writer, document);
-    losses.add(boxes.losses);
+    losses.add(boxLosses);
     losses.add(WpgToSvg::takeLosses());
     return writer.xml();
 }
@@ -52,8 +53,9 @@ std::string OdtConverter::toPackage(const WordPerfectDocument &document, richtex
     OdfXmlWriter content(&pictures);
     OdfXmlWriter styles(&pictures);
     OdfXmlWriter meta;
-    WordPerfect5Boxes::Contents boxes = WordPerfect5Boxes::read(document.contents());
-    WordPerfect5Boxes generator(std::move(boxes.pictures));
+    WordPerfect5Layout::Contents layout = WordPerfect5Layout::read(document.contents());
+    const richtext::Losses boxLosses = layout.losses;
+    WordPerfect5Layout generator(std::move(layout));
     prepare(generator);
     generator.addDocumentHandler(&content, ODF_CONTENT_XML);
     WriterDefaults styleDefaults(styles);
@@ -76,7 +78,7 @@ std::string OdtConverter::toPackage(const WordPerfectDocument &document, richtex
     }
     for (const EmbeddedPictures::Picture &picture : pictures.pictures())
         package.add(picture.path, picture.mediaType, picture.bytes);
-    losses.add(boxes.losses);
+    losses.add(boxLosses);
     losses.add(WpgToSvg::takeLosses());
     if (pictures.unrecognised() > 0)
         losses.add(richtext::loss::unreadablePictures);

@@ -208,6 +208,8 @@ std::vector<std::string> OdtFile::select(const std::string &xml, const std::stri
     const char *namespaces[][2] = {{"office", "urn:oasis:names:tc:opendocument:xmlns:office:1.0"},
                                    {"draw", "urn:oasis:names:tc:opendocument:xmlns:drawing:1.0"},
                                    {"text", "urn:oasis:names:tc:opendocument:xmlns:text:1.0"},
+                                   {"table", "urn:oasis:names:tc:opendocument:xmlns:table:1.0"},
+                                   {"fo", "urn:oasis:names:tc:opendocument:xmlns:xsl-fo-compatible:1.0"},
                                    {"manifest", "urn:oasis:names:tc:opendocument:xmlns:manifest:1.0"},
                                    {"style", "urn:oasis:names:tc:opendocument:xmlns:style:1.0"},
                                    {"config", "urn:oasis:names:tc:opendocument:xmlns:config:1.0"},
