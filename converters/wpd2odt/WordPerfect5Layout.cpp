@@ -86,24 +86,33 @@ void readRow(const std::vector<unsigned char> &data, WordPerfect5Layout::Table &
     table.rows.push_back(std::move(words));
 }
 
-// An ODF border for a 5.1 line style; libwpd's own hairline for a single line.
-std::string border(unsigned style)
+// The padding libodfgen gives every cell, in inches.
+constexpr double cellPadding = 0.0382;
+
+// A 5.1 line style as an ODF border and its width in inches; a single line is libwpd's own
+// hairline. (Literal text, not formatted numbers: no locale's decimal comma.)
+struct Line {
+    double width;
+    const char *border;
+};
+
+Line line(unsigned style)
 {
     switch (style) {
     case 0:
-        return "0.0in";
+        return {0, "0.0in"};
     case 2:
-        return "0.0208in double #000000";
+        return {0.0208, "0.0208in double #000000"};
     case 3:
-        return "0.0007in dashed #000000";
+        return {0.0007, "0.0007in dashed #000000"};
     case 4:
-        return "0.0007in dotted #000000";
+        return {0.0007, "0.0007in dotted #000000"};
     case 5:
-        return "0.0139in solid #000000";
+        return {0.0139, "0.0139in solid #000000"};
     case 6:
-        return "0.0278in solid #000000";
+        return {0.0278, "0.0278in solid #000000"};
     default:
-        return "0.0007in solid #000000";
+        return {0.0007, "0.0007in solid #000000"};
     }
 }
 
@@ -304,10 +313,13 @@ void WordPerfect5Layout::openTableCell(const librevenge::RVNGPropertyList &propL
     const unsigned right = cellBeside ? 0 : side(word(r, lastColumn), 11);
     librevenge::RVNGPropertyList cell(propList);
     for (const auto &[name, style] : {std::pair{"top", top}, {"left", left}, {"bottom", bottom}, {"right", right}}) {
-        cell.insert((std::string("fo:border-") + name).c_str(), border(style).c_str());
+        cell.insert((std::string("fo:border-") + name).c_str(), line(style).border);
         // Two hairlines a hairline apart, or a reader draws one thick line.
         if (style == 2)
             cell.insert((std::string("style:border-line-width-") + name).c_str(), "0.0069in 0.0069in 0.0069in");
+        // WordPerfect draws a line inside the cell's margin; the cell grows by none of it.
+        cell.insert((std::string("fo:padding-") + name).c_str(),
+                    std::max(0.0, cellPadding - (line(style).width - line(1).width)), librevenge::RVNG_INCH);
     }
     if ((word(r, c) & 0x4000) && table->shade > 0) {
         const int grey = 255 * (100 - table->shade) / 100;
