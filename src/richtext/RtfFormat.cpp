@@ -307,6 +307,10 @@ std::string border(const std::string &odfBorder, RtfPalette &palette)
     }
     if (none || width <= 0)
         return {};
+    // ODF gives a double line's whole width, both lines and the gap between; RTF the width of one
+    // line, the gap as wide.
+    if (style == "\\brdrdb")
+        width /= 3;
     std::string words = style + "\\brdrw" + std::to_string(std::max(1, std::min(255, twips(width))));
     if (colour > 0)
         words += "\\brdrcf" + std::to_string(colour);

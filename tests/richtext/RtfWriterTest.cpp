@@ -345,7 +345,7 @@ TEST(RtfWriter, WritesSpansAndMergesOfTables)
                 out.insertCoveredTableCell({});
             }
             out.insertCoveredTableCell({});
-            out.openTableCell({});
+            out.openTableCell(with("fo:border-left", "0.0208in double #000000"));
             oneCellTable(out,
                          row == 0 ? "inner" : "last"); // a table in a cell: its text stays, its grid goes
             out.closeTableCell();
@@ -355,7 +355,8 @@ TEST(RtfWriter, WritesSpansAndMergesOfTables)
     });
     ASSERT_TRUE(fixtures::balanced(rtf)) << rtf;
     at(rtf, "\\clvmgf\\clbrdrt\\brdrs\\brdrw20\\brdrcf1\\clbrdrl");
-    at(rtf, "\\cellx4320\\cellx5040\n\\pard\\plain\\intbl\\ql tall\\cell");
+    // A double line's width is a line's, a third of the whole.
+    at(rtf, "\\cellx4320\\clbrdrl\\brdrdb\\brdrw10\\brdrcf1\\cellx5040\n\\pard\\plain\\intbl\\ql tall\\cell");
     at(rtf, "\\clvmrg\\clbrdrt");
     at(rtf, "\\pard\\plain\\intbl\\cell\n\\pard\\plain\\intbl\\ql last\\cell");
     EXPECT_EQ(rtf.find("\\itap"), std::string::npos);
