@@ -109,6 +109,12 @@ const Case cases[] = {
      table(cell("<text:p>yellow</text:p>", "Y") + cell("<text:p>plain</text:p>", "B")),
      {},
      {loss::cellShading}},
+    // LibreOffice's trace of a drawing it could not save.
+    {"DrawingLibreOfficeLeftOut",
+     "",
+     "<text:p>words</text:p><text:p text:anchor-type=\"char\" draw:z-index=\"7\"/>",
+     {loss::drawings},
+     {loss::drawings}},
     {"Comment",
      "",
      "<text:p>noted<office:annotation><dc:creator>Ann</dc:creator><text:p>a "
