@@ -78,20 +78,22 @@ TEST(Wp5TableLines, ReadsWordPerfectsOwnTable)
     expectLook(run.out, "Strikeout", {single, single, twin, twin, "#ffffff"});
 }
 
-// Written by odt2wp5 and read back: each cell's own lines, a tall cell's sides and shading down
-// its rows and its bottom under the last, in one grey for the table.
+// Written by odt2wp5 and read back: each cell's own lines, single or double, a tall cell's sides
+// and shading down its rows and its bottom under the last, in one grey for the table.
 TEST(Wp5TableLines, WritesEachCellsLinesAndGreyShading)
 {
     const std::string styles =
         wptest::style("G", "table-cell", R"(fo:background-color="#cccccc" fo:border="0.5pt solid #000000")") +
         wptest::style("U", "table-cell", R"(fo:border-bottom="0.5pt solid #000000")") +
-        wptest::style("B", "table-cell", R"(fo:border="0.5pt solid #000000")");
+        wptest::style("B", "table-cell", R"(fo:border="0.5pt solid #000000")") +
+        wptest::style("D", "table-cell",
+                      R"(fo:border="0.5pt solid #000000" fo:border-bottom="1.5pt double #000000")");
     const std::string body = R"(<table:table table:name="t"><table:table-column table:number-columns-repeated="2"/>
         <table:table-row><table:table-cell table:style-name="G" table:number-rows-spanned="2"><text:p>tall</text:p>
         </table:table-cell><table:table-cell table:style-name="U"><text:p>underlined</text:p></table:table-cell>
         </table:table-row><table:table-row><table:covered-table-cell/><table:table-cell><text:p>bare</text:p>
         </table:table-cell></table:table-row><table:table-row><table:table-cell table:style-name="B"><text:p>boxed
-        one</text:p></table:table-cell><table:table-cell table:style-name="B"><text:p>boxed two</text:p>
+        one</text:p></table:table-cell><table:table-cell table:style-name="D"><text:p>boxed two</text:p>
         </table:table-cell></table:table-row></table:table>)";
     testing_support::TempDir scratch;
     const std::string source = scratch.write("lines.fodt", wptest::flatOdt(styles, body));
@@ -105,7 +107,7 @@ TEST(Wp5TableLines, WritesEachCellsLinesAndGreyShading)
     expectLook(read.out, "underlined", {none, single, none, none, "#ffffff"});
     expectLook(read.out, "bare", {single, single, none, none, "#ffffff"});
     expectLook(read.out, "boxed one", {single, single, single, none, "#ffffff"});
-    expectLook(read.out, "boxed two", {single, single, single, single, "#ffffff"});
+    expectLook(read.out, "boxed two", {single, single, twin, single, "#ffffff"});
 }
 
 TEST(Wp5TableLines, ColourAndASecondGreyAreLosses)

@@ -283,6 +283,8 @@ void WordPerfectWriter::openTableCell(const RVNGPropertyList &propList)
         if (isNone(line) || line.find("none") != std::string::npos)
             continue;
         cell.borders |= 1 << side;
+        if (line.find("double") != std::string::npos)
+            cell.doubleLines |= 1 << side;
         // WordPerfect gives a cell one colour for all its lines: the first drawn line's.
         std::uint32_t colour = 0;
         if (const std::size_t hash = line.find('#');

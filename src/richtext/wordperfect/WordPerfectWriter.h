@@ -99,6 +99,7 @@ struct CellShape {
     int rowSpan = 1;
     bool coveredFromAbove = false;
     int borders = 0;                         // bit 0 left, 1 right, 2 top, 3 bottom: lines are drawn
+    int doubleLines = 0;                     // the same bits: the line is double
     std::optional<std::uint32_t> fill;       // 0xRRGGBB background
     std::optional<std::uint32_t> lineColour; // 0xRRGGBB, of all its lines
     int verticalAlign = 0;                   // 0 top, 1 middle, 2 bottom

@@ -417,20 +417,24 @@ namespace {
 // in 8-10 and the right in 11-13; bit 14 shades the cell at the table's one percentage. This is
 // how WordPerfect 5.1 writes them (prn_test5.wp: a double border, single lines inside, a double
 // line above a total, its one shaded cell; FormTab5FE.wp: a line given by the cell on its left).
-constexpr unsigned singleLine = 1;
 constexpr unsigned shadedCell = 1u << 14;
 
-unsigned cellLines(int borders, bool top, bool left, bool bottom, bool right)
+unsigned cellLines(const CellShape &cell, bool top, bool left, bool bottom, bool right)
 {
+    auto line = [&](int side) -> unsigned {
+        if (!(cell.borders & side))
+            return 0;
+        return (cell.doubleLines & side) ? 2 : 1;
+    };
     unsigned word = 0;
-    if (top && (borders & 4))
-        word |= singleLine;
-    if (left && (borders & 1))
-        word |= singleLine << 3;
-    if (bottom && (borders & 8))
-        word |= singleLine << 8;
-    if (right && (borders & 2))
-        word |= singleLine << 11;
+    if (top)
+        word |= line(4);
+    if (left)
+        word |= line(1) << 3;
+    if (bottom)
+        word |= line(8) << 8;
+    if (right)
+        word |= line(2) << 11;
     return word;
 }
 
@@ -513,13 +517,13 @@ void Wp5Writer::writeTableStart(const std::vector<int> &widths, int position, in
                     continue;
                 }
                 const bool last = --join->rowsLeft == 0;
-                words.push_back(cellLines(join->cell.borders, false, at == join->first, last, at == join->last) |
+                words.push_back(cellLines(join->cell, false, at == join->first, last, at == join->last) |
                                 (shaded(join->cell) ? shadedCell : 0));
                 continue;
             }
             const int last = std::min(static_cast<int>(columns) - 1, at + std::max(1, cell.columnSpan) - 1);
             for (int c = at; c <= last; ++c) {
-                words.push_back(cellLines(cell.borders, true, c == at, cell.rowSpan <= 1, c == last) |
+                words.push_back(cellLines(cell, true, c == at, cell.rowSpan <= 1, c == last) |
                                 (shaded(cell) ? shadedCell : 0));
                 if (cell.rowSpan > 1)
                     joins[static_cast<std::size_t>(c)] = Join{cell.rowSpan - 1, at, last, cell};
