@@ -57,6 +57,11 @@ int wpu(double inches)
     return static_cast<int>(std::lround(inches * 1200.0));
 }
 
+int lightness(std::uint32_t rgb)
+{
+    return static_cast<int>((299 * ((rgb >> 16) & 0xFF) + 587 * ((rgb >> 8) & 0xFF) + 114 * (rgb & 0xFF)) / 255);
+}
+
 bool isNone(const std::string &value)
 {
     return value.empty() || value == "none";

@@ -2,6 +2,7 @@
 
 #include "WordPerfectWriter.h"
 
+#include <cstdint>
 #include <optional>
 #include <string>
 
@@ -13,6 +14,8 @@ std::string textOf(const librevenge::RVNGPropertyList &list, const char *name);
 std::optional<double> inchesOf(const librevenge::RVNGPropertyList &list, const char *name);
 int wpu(double inches);
 bool isNone(const std::string &value);
+// How light a 0xRRGGBB colour looks, 0 (black) to 1000 (white), the primaries weighed as the eye does.
+int lightness(std::uint32_t rgb);
 CharacterFormat characterFormatOf(const librevenge::RVNGPropertyList &list);
 ParagraphFormat paragraphFormatOf(const librevenge::RVNGPropertyList &list);
 

@@ -662,9 +662,6 @@ void WordPerfectWriter::applyCharacterFormat()
         fill = tables.back().cells.back().shape.fill;
     if (!writesHighlight() && wanted.highlight)
         fill = wanted.highlight;
-    auto lightness = [](std::uint32_t rgb) {
-        return (299 * ((rgb >> 16) & 0xFF) + 587 * ((rgb >> 8) & 0xFF) + 114 * (rgb & 0xFF)) / 255;
-    };
     if (fill && lightness(*fill) < 500 && lightness(colour) > 800)
         colour = *fill;
     if (colour != written.colour) {

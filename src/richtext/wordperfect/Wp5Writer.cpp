@@ -2,6 +2,7 @@
 
 #include "Bytes.h"
 #include "CharacterMap.h"
+#include "Properties.h"
 #include "WpgImage.h"
 
 #include <algorithm>
@@ -446,8 +447,7 @@ bool shaded(const CellShape &cell)
 // WordPerfect 5.1 shades in grey, by percent of black.
 int shadePercent(std::uint32_t rgb)
 {
-    const int lightness = (299 * ((rgb >> 16) & 0xFF) + 587 * ((rgb >> 8) & 0xFF) + 114 * (rgb & 0xFF)) / 255;
-    return std::clamp((1000 - lightness + 5) / 10, 1, 100);
+    return std::clamp((1000 - lightness(rgb) + 5) / 10, 1, 100);
 }
 
 bool isGrey(std::uint32_t rgb)
