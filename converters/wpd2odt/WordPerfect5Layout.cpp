@@ -77,7 +77,8 @@ void readRow(const std::vector<unsigned char> &data, WordPerfect5Layout::Table &
     for (std::size_t p = own + 4; p + 1 < end && words.size() < 64; p += 2) {
         const unsigned word = readU16(data, p);
         if ((word & 0xFF00) == 0x8000 && p + 3 < end) {
-            words.insert(words.end(), std::min<std::size_t>(word & 0xFF, 64 - words.size()), readU16(data, p + 2));
+            words.insert(words.end(), std::min<std::size_t>(word & 0xFF, 64 - words.size()),
+                         readU16(data, p + 2));
             p += 2;
         } else {
             words.push_back(word);
@@ -131,7 +132,8 @@ WordPerfect5Layout::Contents WordPerfect5Layout::read(const std::vector<unsigned
         if ((bytes[at] == definitionGroup && subgroup == tableDefinition) ||
             (bytes[at] == tableGroup && subgroup == rowStart)) {
             const std::size_t end = at + 4 + readU16(bytes, at + 2);
-            if (end > bytes.size() || end < at + 8 || bytes[end - 1] != bytes[at] || bytes[end - 2] != subgroup)
+            if (end > bytes.size() || end < at + 8 || bytes[end - 1] != bytes[at] ||
+                bytes[end - 2] != subgroup)
                 continue;
             const std::vector<unsigned char> data(bytes.begin() + static_cast<std::ptrdiff_t>(at + 4),
                                                   bytes.begin() + static_cast<std::ptrdiff_t>(end - 4));
@@ -269,8 +271,8 @@ void WordPerfect5Layout::openTable(const librevenge::RVNGPropertyList &propList)
                           [](double a, double b) { return std::fabs(a - b) < 0.002; });
     };
     for (std::size_t i : {nextTable, std::size_t{0}}) {
-        const auto found = std::find_if(tables.begin() + static_cast<std::ptrdiff_t>(std::min(i, tables.size())),
-                                        tables.end(), matches);
+        const auto found = std::find_if(
+            tables.begin() + static_cast<std::ptrdiff_t>(std::min(i, tables.size())), tables.end(), matches);
         if (found != tables.end()) {
             table = &*found;
             nextTable = static_cast<std::size_t>(found - tables.begin()) + 1;
@@ -301,22 +303,26 @@ void WordPerfect5Layout::openTableCell(const librevenge::RVNGPropertyList &propL
         if (atRow < 0 || atColumn < 0 || static_cast<std::size_t>(atRow) >= table->rows.size())
             return 0;
         const std::vector<unsigned> &words = table->rows[static_cast<std::size_t>(atRow)];
-        return static_cast<std::size_t>(atColumn) < words.size() ? words[static_cast<std::size_t>(atColumn)] : 0;
+        return static_cast<std::size_t>(atColumn) < words.size() ? words[static_cast<std::size_t>(atColumn)]
+                                                                 : 0;
     };
     auto side = [](unsigned word, int shift) { return (word >> shift) & 7; };
     const int lastRow = r + rows - 1, lastColumn = c + columns - 1;
     const unsigned top = side(word(r, c), 0) ? side(word(r, c), 0) : side(word(r - 1, c), 8);
     const unsigned left = side(word(r, c), 3) ? side(word(r, c), 3) : side(word(r, c - 1), 11);
     const bool cellBelow = static_cast<std::size_t>(lastRow) + 1 < table->rows.size();
-    const bool cellBeside = static_cast<std::size_t>(lastColumn) + 1 < table->rows[static_cast<std::size_t>(r)].size();
+    const bool cellBeside =
+        static_cast<std::size_t>(lastColumn) + 1 < table->rows[static_cast<std::size_t>(r)].size();
     const unsigned bottom = cellBelow ? 0 : side(word(lastRow, c), 8);
     const unsigned right = cellBeside ? 0 : side(word(r, lastColumn), 11);
     librevenge::RVNGPropertyList cell(propList);
-    for (const auto &[name, style] : {std::pair{"top", top}, {"left", left}, {"bottom", bottom}, {"right", right}}) {
+    for (const auto &[name, style] :
+         {std::pair{"top", top}, {"left", left}, {"bottom", bottom}, {"right", right}}) {
         cell.insert((std::string("fo:border-") + name).c_str(), line(style).border);
         // Two hairlines a hairline apart, or a reader draws one thick line.
         if (style == 2)
-            cell.insert((std::string("style:border-line-width-") + name).c_str(), "0.0069in 0.0069in 0.0069in");
+            cell.insert((std::string("style:border-line-width-") + name).c_str(),
+                        "0.0069in 0.0069in 0.0069in");
         // WordPerfect draws a line inside the cell's margin; the cell grows by none of it.
         cell.insert((std::string("fo:padding-") + name).c_str(),
                     std::max(0.0, cellPadding - (line(style).width - line(1).width)), librevenge::RVNG_INCH);

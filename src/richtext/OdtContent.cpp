@@ -269,7 +269,8 @@ void OdtContent::block(const xmlNode *element)
 {
     // Where LibreOffice could not save a drawing (Word's grouped shapes, some of them), it leaves
     // an empty paragraph with the drawing's anchor and stacking order: a drawing lost.
-    if ((Xml::is(element, text, "p") || Xml::is(element, text, "h")) && Xml::attribute(element, draw, "z-index"))
+    if ((Xml::is(element, text, "p") || Xml::is(element, text, "h")) &&
+        Xml::attribute(element, draw, "z-index"))
         sink.drawPath({});
     if (holdsNoText(element) || !enter())
         return;

@@ -68,11 +68,7 @@ const Case cases[] = {
          table(cell("<text:p>a</text:p>", "B") + cell("<text:p>b</text:p>", "B")),
      {},
      {loss::textBoxes}},
-    {"CellsWithoutLines",
-     "",
-     table(cell("<text:p>a</text:p>") + cell("<text:p>b</text:p>")),
-     {},
-     {}},
+    {"CellsWithoutLines", "", table(cell("<text:p>a</text:p>") + cell("<text:p>b</text:p>")), {}, {}},
     {"TableInATable",
      lines,
      table(cell(table(cell("<text:p>inner a</text:p>", "B") + cell("<text:p>inner b</text:p>", "B")), "B") +

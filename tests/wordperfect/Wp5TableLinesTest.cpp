@@ -31,7 +31,8 @@ Look cellLook(const std::string &xml, const std::string &text)
         OdtFile::select(xml, "//table:table-cell[contains(., '" + text + "')]/@table:style-name");
     if (names.empty())
         return {};
-    const std::string properties = "//style:style[@style:name='" + names[0] + "']/style:table-cell-properties/@";
+    const std::string properties =
+        "//style:style[@style:name='" + names[0] + "']/style:table-cell-properties/@";
     auto side = [&](const std::string &name) -> std::string {
         const std::vector<std::string> values = OdtFile::select(xml, properties + "fo:border-" + name);
         if (values.empty() || values[0].find("solid") == std::string::npos) {
@@ -88,7 +89,8 @@ TEST(Wp5TableLines, WritesEachCellsLinesAndGreyShading)
         wptest::style("B", "table-cell", R"(fo:border="0.5pt solid #000000")") +
         wptest::style("D", "table-cell",
                       R"(fo:border="0.5pt solid #000000" fo:border-bottom="1.5pt double #000000")");
-    const std::string body = R"(<table:table table:name="t"><table:table-column table:number-columns-repeated="2"/>
+    const std::string body =
+        R"(<table:table table:name="t"><table:table-column table:number-columns-repeated="2"/>
         <table:table-row><table:table-cell table:style-name="G" table:number-rows-spanned="2"><text:p>tall</text:p>
         </table:table-cell><table:table-cell table:style-name="U"><text:p>underlined</text:p></table:table-cell>
         </table:table-row><table:table-row><table:covered-table-cell/><table:table-cell><text:p>bare</text:p>
@@ -114,7 +116,8 @@ TEST(Wp5TableLines, ColourAndASecondGreyAreLosses)
 {
     const std::string styles = wptest::style("Y", "table-cell", R"(fo:background-color="#ffff00")") +
                                wptest::style("G", "table-cell", R"(fo:background-color="#333333")");
-    const std::string body = R"(<table:table table:name="t"><table:table-column table:number-columns-repeated="2"/>
+    const std::string body =
+        R"(<table:table table:name="t"><table:table-column table:number-columns-repeated="2"/>
         <table:table-row><table:table-cell table:style-name="Y"><text:p>yellow</text:p></table:table-cell>
         <table:table-cell table:style-name="G"><text:p>dark</text:p></table:table-cell></table:table-row>
         </table:table>)";

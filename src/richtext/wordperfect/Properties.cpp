@@ -59,7 +59,8 @@ int wpu(double inches)
 
 int lightness(std::uint32_t rgb)
 {
-    return static_cast<int>((299 * ((rgb >> 16) & 0xFF) + 587 * ((rgb >> 8) & 0xFF) + 114 * (rgb & 0xFF)) / 255);
+    return static_cast<int>((299 * ((rgb >> 16) & 0xFF) + 587 * ((rgb >> 8) & 0xFF) + 114 * (rgb & 0xFF)) /
+                            255);
 }
 
 bool isNone(const std::string &value)

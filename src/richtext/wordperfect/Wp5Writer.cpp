@@ -492,12 +492,11 @@ void Wp5Writer::writeTableStart(const std::vector<int> &widths, int position, in
         put8(data, 0);
     function(0xD2, 0x0B, data);
 
-    // Each row's code: its old state (none), then its own: flags (bit 0: lines of text may wrap;
-    // bit 1: the height follows the text), the height, and a word per column, each list counted
-    // as 0x80 + its bytes. A place a cell above covers takes that cell's sides and shading, its
-    // bottom only in the cell's last row.
-    rowCodes.clear();
-    nextRow = 0;
+    // Each row's code: its old state (none), then its own: flags (3 where the height follows the
+    // text, 1 for a fixed height, as WordPerfect writes them), the height, and a word per column,
+    // each list counted as 0x80 + its bytes. A place a cell above covers takes that cell's sides
+    // and shading, its bottom only in the cell's last row.
+    std::vector<std::string> &rowCodes = tableRows.emplace_back().codes;
     struct Join {
         int rowsLeft = 0;
         int first = 0, last = 0;
@@ -530,7 +529,10 @@ void Wp5Writer::writeTableStart(const std::vector<int> &widths, int position, in
             }
         }
         words.resize(std::min<std::size_t>(words.size(), 63)); // the count byte holds 127 bytes
-        const CellShape first = row.empty() ? CellShape{} : row.front();
+        // The row's height comes with its first cell that has one (a column left empty has none).
+        const auto sized =
+            std::find_if(row.begin(), row.end(), [](const CellShape &cell) { return cell.rowHeight > 0; });
+        const CellShape first = sized == row.end() ? CellShape{} : *sized;
         const bool fixed = first.rowHeight > 0 && !first.rowAtLeast;
         std::string code;
         put8(code, 0);
@@ -548,8 +550,11 @@ void Wp5Writer::writeTableStart(const std::vector<int> &widths, int position, in
 
 void Wp5Writer::writeCell(const CellShape &cell, bool firstInRow)
 {
-    if (firstInRow)
-        function(0xDC, 0x01, nextRow < rowCodes.size() ? rowCodes[nextRow++] : std::string());
+    if (firstInRow) {
+        TableRows *rows = tableRows.empty() ? nullptr : &tableRows.back();
+        function(0xDC, 0x01,
+                 rows && rows->next < rows->codes.size() ? rows->codes[rows->next++] : std::string());
+    }
     std::string data;
     put8(data, 0);
     put8(data, std::min(cell.column, 31));
@@ -563,6 +568,8 @@ void Wp5Writer::writeCell(const CellShape &cell, bool firstInRow)
 
 void Wp5Writer::writeTableEnd()
 {
+    if (!tableRows.empty())
+        tableRows.pop_back();
     function(0xDC, 0x02, {});
 }
 

@@ -45,9 +45,13 @@ private:
     void fixed(int code, const std::string &data);
     int fontNumber(const CharacterFormat &format);
     void writePaperSize(int width, int height);
-    // The row codes of the table being written, each written before its row's first cell.
-    std::vector<std::string> rowCodes;
-    std::size_t nextRow = 0;
+    // The row codes of the tables being written (one inside another's note, say), each written
+    // before its row's first cell.
+    struct TableRows {
+        std::vector<std::string> codes;
+        std::size_t next = 0;
+    };
+    std::vector<TableRows> tableRows;
 
     std::vector<std::pair<std::string, int>> fonts; // name and size of each font-list record
     std::map<std::pair<std::string, int>, int> fontNumbers;
