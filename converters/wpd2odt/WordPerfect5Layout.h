@@ -37,9 +37,10 @@ public:
     };
 
     // A 5.1 table: its columns' widths, the grey its shaded cells take, and a word per column and
-    // row: a line style for each side (0 none, 1 single, 2 double, 3 dashed, 4 dotted, 5 thick,
-    // 6 extra thick) in three bits, the top in bits 0-2, the left in 3-5, the bottom in 8-10 and
-    // the right in 11-13, and bit 14 for a shaded cell.
+    // row: a line style for each side in three bits, the top in bits 0-2, the left in 3-5, the
+    // bottom in 8-10 and the right in 11-13, and bit 14 for a shaded cell. Styles 0 none, 1 single
+    // and 2 double are WordPerfect's own printer test's; 3 dashed, 4 dotted, 5 thick and 6 extra
+    // thick follow the order of WordPerfect's line menu, and no file here has them.
     struct Table {
         std::vector<double> widths; // inches
         int shade = 0;              // percent of black
