@@ -63,8 +63,9 @@ void readTable(const std::vector<unsigned char> &data, std::vector<WordPerfect5L
     tables.push_back(std::move(table));
 }
 
-// A row: its previous state and its own, each flags, height and a count byte (0x80 + bytes) before
-// a word per column, where 0x80NN repeats the next word NN times.
+// A row: its previous state and its own, each flags (3 where the height follows the text, 1 for a
+// fixed height), height and a count byte (0x80 + bytes) before a word per column, where 0x80NN
+// repeats the next word NN times.
 void readRow(const std::vector<unsigned char> &data, WordPerfect5Layout::Table &table)
 {
     if (data.size() < 4)
@@ -72,6 +73,8 @@ void readRow(const std::vector<unsigned char> &data, WordPerfect5Layout::Table &
     const std::size_t own = 4 + (data[3] & 0x7F);
     if (own + 4 > data.size())
         return;
+    const bool fixed = (data[own] & 0x02) == 0;
+    table.fixedHeights.push_back(fixed ? readU16(data, own + 1) / unitsPerInch : 0);
     const std::size_t end = std::min(data.size(), own + 4 + (data[own + 3] & 0x7F));
     std::vector<unsigned> words;
     for (std::size_t p = own + 4; p + 1 < end && words.size() < 64; p += 2) {
@@ -258,6 +261,7 @@ void WordPerfect5Layout::openTable(const librevenge::RVNGPropertyList &propList)
     // The tables come in the order of their definitions, but a header's come again on each page
     // style: a table is known by its columns' widths.
     table = nullptr;
+    row = 0;
     std::vector<double> widths;
     if (const librevenge::RVNGPropertyListVector *columns = propList.child("librevenge:table-columns")) {
         for (unsigned long i = 0; i < columns->count(); ++i) {
@@ -280,6 +284,20 @@ void WordPerfect5Layout::openTable(const librevenge::RVNGPropertyList &propList)
         }
     }
     OdtGenerator::openTable(propList);
+}
+
+void WordPerfect5Layout::openTableRow(const librevenge::RVNGPropertyList &propList)
+{
+    ++row;
+    // libwpd reads no 5.1 row height; a fixed one holds what fits, as in WordPerfect.
+    if (table && row <= table->fixedHeights.size() && table->fixedHeights[row - 1] > 0) {
+        librevenge::RVNGPropertyList fixed(propList);
+        fixed.remove("style:min-row-height");
+        fixed.insert("style:row-height", table->fixedHeights[row - 1], librevenge::RVNG_INCH);
+        OdtGenerator::openTableRow(fixed);
+        return;
+    }
+    OdtGenerator::openTableRow(propList);
 }
 
 void WordPerfect5Layout::openTableCell(const librevenge::RVNGPropertyList &propList)

@@ -45,6 +45,7 @@ public:
         std::vector<double> widths; // inches
         int shade = 0;              // percent of black
         std::vector<std::vector<unsigned>> rows;
+        std::vector<double> fixedHeights; // per row, inches; 0 where the row grows with its text
     };
 
     struct Contents {
@@ -68,6 +69,7 @@ public:
     void openParagraph(const librevenge::RVNGPropertyList &propList) override;
     void openFrame(const librevenge::RVNGPropertyList &propList) override;
     void openTable(const librevenge::RVNGPropertyList &propList) override;
+    void openTableRow(const librevenge::RVNGPropertyList &propList) override;
     void openTableCell(const librevenge::RVNGPropertyList &propList) override;
 
 private:
@@ -76,6 +78,7 @@ private:
     std::vector<Table> tables;
     std::size_t nextTable = 0;
     const Table *table = nullptr; // the open table's lines, when they are known
+    std::size_t row = 0;          // the open row's, counted from 1
     // Where WordPerfect had the first box of the open paragraph.
     std::optional<double> paragraphTop;
 };

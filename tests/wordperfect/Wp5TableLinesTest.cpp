@@ -80,7 +80,8 @@ TEST(Wp5TableLines, ReadsWordPerfectsOwnTable)
 }
 
 // Written by odt2wp5 and read back: each cell's own lines, single or double, a tall cell's sides
-// and shading down its rows and its bottom under the last, in one grey for the table.
+// and shading down its rows and its bottom under the last, in one grey for the table, and a row's
+// fixed height.
 TEST(Wp5TableLines, WritesEachCellsLinesAndGreyShading)
 {
     const std::string styles =
@@ -88,10 +89,11 @@ TEST(Wp5TableLines, WritesEachCellsLinesAndGreyShading)
         wptest::style("U", "table-cell", R"(fo:border-bottom="0.5pt solid #000000")") +
         wptest::style("B", "table-cell", R"(fo:border="0.5pt solid #000000")") +
         wptest::style("D", "table-cell",
-                      R"(fo:border="0.5pt solid #000000" fo:border-bottom="1.5pt double #000000")");
+                      R"(fo:border="0.5pt solid #000000" fo:border-bottom="1.5pt double #000000")") +
+        wptest::style("Fixed", "table-row", R"(style:row-height="0.5in")");
     const std::string body =
         R"(<table:table table:name="t"><table:table-column table:number-columns-repeated="2"/>
-        <table:table-row><table:table-cell table:style-name="G" table:number-rows-spanned="2"><text:p>tall</text:p>
+        <table:table-row table:style-name="Fixed"><table:table-cell table:style-name="G" table:number-rows-spanned="2"><text:p>tall</text:p>
         </table:table-cell><table:table-cell table:style-name="U"><text:p>underlined</text:p></table:table-cell>
         </table:table-row><table:table-row><table:covered-table-cell/><table:table-cell><text:p>bare</text:p>
         </table:table-cell></table:table-row><table:table-row><table:table-cell table:style-name="B"><text:p>boxed
@@ -110,6 +112,18 @@ TEST(Wp5TableLines, WritesEachCellsLinesAndGreyShading)
     expectLook(read.out, "bare", {single, single, none, none, "#ffffff"});
     expectLook(read.out, "boxed one", {single, single, single, none, "#ffffff"});
     expectLook(read.out, "boxed two", {single, single, twin, single, "#ffffff"});
+    // The first row's height is fixed, the others grow with their text.
+    auto rowHeight = [&](int row) {
+        const std::vector<std::string> style =
+            OdtFile::select(read.out, "(//table:table-row)[" + std::to_string(row) + "]/@table:style-name");
+        const std::vector<std::string> height =
+            style.empty() ? style
+                          : OdtFile::select(read.out, "//style:style[@style:name='" + style[0] +
+                                                          "']/style:table-row-properties/@style:row-height");
+        return height.empty() ? std::string() : height[0];
+    };
+    EXPECT_EQ(rowHeight(1), "0.5000in");
+    EXPECT_EQ(rowHeight(2), "");
 }
 
 TEST(Wp5TableLines, ColourAndASecondGreyAreLosses)
