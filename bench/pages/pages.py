@@ -8,10 +8,11 @@ lightly blurred). An output kind is a command that turns one source into one out
 batch command for many; see KINDS. Two kinds calibrate the scale: LibreOffice's own conversion
 of the source to ODT (the ceiling) and the plain text of the source (the floor).
 
-    bench/pages/pages.py [--work DIR] [--all-wp] [KIND...]
+    bench/pages/pages.py [--work DIR] [--all-wp] [--all-office] [KIND...]
 
 --all-wp takes every WordPerfect document of the corpus that libwpd opens without a password
-instead of the twelve below. --without-pictures adds, for ODT and RTF outputs, a second look
+instead of the twelve below; --all-office every office document of the corpus (those LibreOffice
+cannot lay out, such as a password-protected one, are left out and named). --without-pictures adds, for ODT and RTF outputs, a second look
 figure ("look without pictures"): the source against the same output laid out again without its
 pictures. It is for a LibreOffice without its Draw filters, whose WordPerfect import shows every
 WordPerfect graphic as a blank; scripts/setup installs them, so by default the look counts pictures.
@@ -492,6 +493,8 @@ def main():
     parser.add_argument("--work", help="keep intermediate files here; the layouts of the sources are reused")
     parser.add_argument("--all-wp", action="store_true",
                         help="every WordPerfect document of the corpus libwpd opens, not only the twelve")
+    parser.add_argument("--all-office", action="store_true",
+                        help="every office document of the corpus LibreOffice lays out, not only the twelve")
     parser.add_argument("--without-pictures", action="store_true",
                         help="also lay out ODT and RTF outputs without their pictures (a look figure of its own)")
     parser.add_argument("--kind", action="append", default=[], metavar="NAME:SOURCES:EXT:COMMAND",
@@ -526,7 +529,9 @@ def main():
 
     # Sources get short names of their own: a.doc and a.docx would otherwise share a PDF.
     wp_sources = all_wp_sources(CORPUS / "wp") if args.all_wp else WP_SOURCES
-    groups = {"wp": (CORPUS / "wp", wp_sources), "office": (CORPUS / "office", OFFICE_SOURCES)}
+    office_sources = (sorted((p.name for p in (CORPUS / "office").iterdir() if p.is_file()), key=str.lower)
+                      if args.all_office else OFFICE_SOURCES)
+    groups = {"wp": (CORPUS / "wp", wp_sources), "office": (CORPUS / "office", office_sources)}
     sources, names, layouts = {}, {}, {}
     for group, (folder, files) in groups.items():
         if not any(k.sources == group for k in kinds):
