@@ -4,6 +4,7 @@
 #include "OdfNames.h"
 #include "OdtContent.h"
 #include "OdtProperties.h"
+#include "Utf8.h"
 #include "XmlTree.h"
 
 #include <algorithm>
@@ -107,24 +108,50 @@ void OdtInline::characters(const char *text)
     }
 }
 
+// Each run of one script goes out in a span of that script's properties. Punctuation, digits and
+// spaces belong to the script before them, or at a paragraph's start to the first one after them.
 void OdtInline::flush()
 {
     if (pending.empty())
         return;
-    ensureSpan();
-    content.output().insertText(librevenge::RVNGString(pending.c_str()));
+    using OdtProperties::Script;
+    const std::u32string characters = Utf8::decode(pending);
     pending.clear();
+    if (!scriptKnown)
+        for (const char32_t c : characters)
+            if (const Script own = OdtProperties::scriptOf(c); own != Script::neutral) {
+                script = own;
+                break;
+            }
+    std::string run;
+    for (const char32_t c : characters) {
+        const Script own = OdtProperties::scriptOf(c);
+        if (own != Script::neutral && own != script) {
+            if (!run.empty()) {
+                ensureSpan();
+                content.output().insertText(librevenge::RVNGString(run.c_str()));
+                run.clear();
+            }
+            script = own;
+        }
+        if (own != Script::neutral)
+            scriptKnown = true;
+        Utf8::append(run, c);
+    }
+    ensureSpan();
+    content.output().insertText(librevenge::RVNGString(run.c_str()));
 }
 
 void OdtInline::ensureSpan()
 {
-    if (spanOpen && openFormat == formats.back())
+    const OdfProperties wanted = OdtProperties::forScript(formats.back(), script);
+    if (spanOpen && openFormat == wanted)
         return;
     closeSpan();
     RVNGPropertyList properties;
-    OdtProperties::addText(properties, formats.back(), content.styles());
+    OdtProperties::addText(properties, wanted, content.styles());
     content.output().openSpan(properties);
-    openFormat = formats.back();
+    openFormat = wanted;
     spanOpen = true;
     spoken = true;
 }

@@ -1,5 +1,6 @@
 #pragma once
 
+#include "OdtProperties.h"
 #include "OdtStyles.h"
 
 #include <librevenge/librevenge.h>
@@ -52,6 +53,9 @@ private:
     bool spanOpen = false;
     bool spoken = false; // a span has been opened
     OdfProperties openFormat;
+    // The script of the characters last written, and whether the paragraph has shown one yet.
+    OdtProperties::Script script = OdtProperties::Script::western;
+    bool scriptKnown = false;
 };
 
 } // namespace richtext

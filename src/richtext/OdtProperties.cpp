@@ -93,7 +93,7 @@ void addParagraph(RVNGPropertyList &into, const OdfProperties &odf,
     }
     for (const char *name : {"fo:break-before", "fo:break-after", "fo:keep-with-next", "fo:keep-together",
                              "fo:widows", "fo:orphans", "fo:background-color", "fo:border-left",
-                             "fo:border-right", "fo:border-top", "fo:border-bottom"})
+                             "fo:border-right", "fo:border-top", "fo:border-bottom", "style:writing-mode"})
         addText(into, paragraph, name);
     if (!tabStops.empty()) {
         librevenge::RVNGPropertyListVector stops;
@@ -131,6 +131,48 @@ void addText(RVNGPropertyList &into, const OdfProperties &text, const OdtStyles 
         background && *background != "transparent")
         into.insert("fo:background-color", background->c_str());
     addLength(into, text, "fo:letter-spacing");
+}
+
+Script scriptOf(char32_t c)
+{
+    if (c < 0x80)
+        return (c | 0x20) >= 'a' && (c | 0x20) <= 'z' ? Script::western : Script::neutral;
+    if ((c >= 0x00A0 && c <= 0x00BF) || c == 0x00D7 || c == 0x00F7 || (c >= 0x2000 && c <= 0x2BFF) ||
+        (c >= 0xF000 && c <= 0xF0FF) || (c >= 0xFE00 && c <= 0xFE0F))
+        return Script::neutral; // punctuation, symbols and spaces take the script around them
+    if ((c >= 0x0590 && c <= 0x08FF) || (c >= 0x0900 && c <= 0x0DFF) || (c >= 0x0E00 && c <= 0x0FFF) ||
+        (c >= 0x1000 && c <= 0x109F) || (c >= 0x1780 && c <= 0x17FF) || (c >= 0xFB1D && c <= 0xFDFF) ||
+        (c >= 0xFE70 && c <= 0xFEFF))
+        return Script::complex;
+    if ((c >= 0x1100 && c <= 0x11FF) || (c >= 0x2E80 && c <= 0x9FFF) || (c >= 0xA000 && c <= 0xA4CF) ||
+        (c >= 0xAC00 && c <= 0xD7AF) || (c >= 0xF900 && c <= 0xFAFF) || (c >= 0xFE30 && c <= 0xFE4F) ||
+        (c >= 0xFF00 && c <= 0xFFEF) || c >= 0x20000)
+        return Script::asian;
+    return Script::western;
+}
+
+OdfProperties forScript(const OdfProperties &text, Script script)
+{
+    if (script != Script::asian && script != Script::complex)
+        return text;
+    const std::string suffix = script == Script::asian ? "-asian" : "-complex";
+    OdfProperties own = text;
+    const auto take = [&](const std::string &western, const std::string &scripts) {
+        if (const auto found = text.find(scripts + suffix); found != text.end())
+            own[western] = found->second;
+    };
+    if (text.count("style:font-name" + suffix) || text.count("style:font-family" + suffix)) {
+        own.erase("style:font-name");
+        own.erase("fo:font-family");
+    }
+    take("style:font-name", "style:font-name");
+    take("fo:font-family", "style:font-family");
+    take("fo:font-size", "style:font-size");
+    take("fo:font-weight", "style:font-weight");
+    take("fo:font-style", "style:font-style");
+    take("fo:language", "style:language");
+    take("fo:country", "style:country");
+    return own;
 }
 
 RVNGPropertyList pageSpan(const OdfProperties &odf)

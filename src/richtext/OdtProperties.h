@@ -16,6 +16,13 @@ void addParagraph(librevenge::RVNGPropertyList &into, const OdfProperties &parag
                   const std::vector<OdtStyles::TabStop> &tabStops);
 void addText(librevenge::RVNGPropertyList &into, const OdfProperties &text, const OdtStyles &styles);
 
+// ODF gives Asian (CJK) and complex (right-to-left and Indic) scripts fonts, sizes, weights and
+// languages of their own; a character takes those of its script.
+enum class Script { western, asian, complex, neutral };
+Script scriptOf(char32_t c);
+// The text properties for characters of `script`: its own where the style gives them.
+OdfProperties forScript(const OdfProperties &text, Script script);
+
 librevenge::RVNGPropertyList pageSpan(const OdfProperties &page);
 librevenge::RVNGPropertyList headerFooter(const OdfProperties &properties, const std::string &occurrence);
 librevenge::RVNGPropertyList listLevel(const OdtStyles::ListLevel &level, int depth, int listId,

@@ -140,6 +140,37 @@ INSTANTIATE_TEST_SUITE_P(
                     R"(<text:p><text:span text:style-name="T1">x</text:span></text:p>)",
                     "style:text-position", "super 58%"}));
 
+TEST(OdtReader, GivesEachScriptItsOwnFontSizeAndWeight)
+{
+    const Odt odt{.fontFaces = R"(<style:font-face style:name="Hebrew1" svg:font-family="David"/>
+            <style:font-face style:name="Cjk1" svg:font-family="'MS Mincho'"/>)",
+                  .automaticStyles =
+                      style("paragraph", "P1", R"(fo:font-size="10pt" style:font-size-complex="20pt"
+            style:font-name-complex="Hebrew1" style:font-weight-complex="bold" style:font-size-asian="14pt"
+            style:font-name-asian="Cjk1")"),
+                  .body = "<text:p text:style-name=\"P1\">(1) \u05E9\u05DC\u05D5\u05DD world, "
+                          "\u65E5\u672C 2</text:p><text:p text:style-name=\"P1\">plain</text:p>"};
+    const richtext::Document document = readOdt(odt.flat());
+    EXPECT_EQ(texts(document).at(0), "(1) \u05E9\u05DC\u05D5\u05DD world, \u65E5\u672C 2");
+    struct Row {
+        const char *piece, *font, *size, *weight;
+    };
+    const Row rows[] = {
+        {"(1) \u05E9", "David", "20.0000pt", "bold"}, // the opening digits go with the first letters
+        {"world, ", "", "10.0000pt", ""},
+        {"\u65E5\u672C 2", "MS Mincho", "14.0000pt", ""}, // and the closing ones with the last
+        {"plain", "", "10.0000pt", ""},
+    };
+    for (const auto &row : rows) {
+        SCOPED_TRACE(row.piece);
+        const Inline *piece = pieceWith(document, row.piece);
+        ASSERT_TRUE(piece);
+        EXPECT_EQ(property(piece->style, "style:font-name"), row.font);
+        EXPECT_EQ(property(piece->style, "fo:font-size"), row.size);
+        EXPECT_EQ(property(piece->style, "fo:font-weight"), row.weight);
+    }
+}
+
 TEST(OdtReader, CollapsesWhitespaceAsOdfSays)
 {
     const Odt odt{.body = "<text:p>  lead   and\n\ttrail <text:s "
