@@ -55,6 +55,7 @@ inline constexpr std::string_view cellBorders = "table cell borders (every line 
 inline constexpr std::string_view comments = "comments";
 inline constexpr std::string_view equations = "equations";
 inline constexpr std::string_view drawings = "drawing shapes";
+inline constexpr std::string_view rightToLeft = "right-to-left paragraphs (set from the left)";
 } // namespace loss
 
 } // namespace richtext

@@ -111,6 +111,13 @@ const Case cases[] = {
      "<text:p>words</text:p><text:p text:anchor-type=\"char\" draw:z-index=\"7\"/>",
      {loss::drawings},
      {loss::drawings}},
+    // Hebrew set in a right-to-left paragraph; the empty one before it reads no way at all.
+    {"RightToLeftParagraph",
+     wptest::style("R", "paragraph", R"(style:writing-mode="rl-tb")"),
+     "<text:p text:style-name=\"R\"/><text:p>words</text:p><text:p "
+     "text:style-name=\"R\">\u05E9\u05DC\u05D5\u05DD</text:p>",
+     {loss::rightToLeft},
+     {loss::rightToLeft}},
     {"Comment",
      "",
      "<text:p>noted<office:annotation><dc:creator>Ann</dc:creator><text:p>a "

@@ -428,6 +428,8 @@ void WordPerfectWriter::startParagraph(const RVNGPropertyList &propList, const s
     if (hidden)
         return;
     Stream &stream = streams.back();
+    // Neither version has a right-to-left paragraph: its words stay, set from the left.
+    rightToLeft = textOf(propList, "style:writing-mode").starts_with("rl");
     if (stream.joinCell) {
         // The next cell of a flattened row: its first paragraph goes on the row's line after a tab.
         stream.joinCell = false;
@@ -919,8 +921,11 @@ void WordPerfectWriter::tab()
 
 void WordPerfectWriter::insertText(const librevenge::RVNGString &value)
 {
-    if (!hidden)
-        text(CharacterMap::decodeUtf8(value.cstr()));
+    if (hidden)
+        return;
+    if (rightToLeft && value.size() > 0)
+        lose(loss::rightToLeft);
+    text(CharacterMap::decodeUtf8(value.cstr()));
 }
 
 void WordPerfectWriter::insertTab()

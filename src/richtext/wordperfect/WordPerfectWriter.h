@@ -268,6 +268,7 @@ protected:
     virtual std::string assemble(const std::string &document) = 0;
     // The version has no code libwpd reads for something the document holds.
     void lose(std::string_view kind) { lost.add(kind); }
+    bool rightToLeft = false; // the paragraph being written reads from the right
     void shapeLost() override { lose(loss::drawings); }
 
 private:
