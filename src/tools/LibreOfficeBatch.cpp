@@ -1,5 +1,6 @@
 #include "LibreOfficeBatch.h"
 
+#include "OfficeImport.h"
 #include "ProcessGroup.h"
 #include "support/ConversionError.h"
 #include "support/Log.h"
@@ -11,6 +12,7 @@
 #include <QUuid>
 
 #include <algorithm>
+#include <fstream>
 
 namespace fs = std::filesystem;
 using Clock = std::chrono::steady_clock;
@@ -221,7 +223,12 @@ void LibreOfficeBatch::convert(int worker, std::vector<Pending> documents)
         const std::string number = std::to_string(i + 1);
         const fs::path link = in / (number + documents[i].input.extension().string());
         std::error_code error;
-        fs::create_symlink(fs::absolute(documents[i].input), link, error);
+        if (const auto text = legacyTextInUtf8(documents[i].input)) {
+            std::ofstream copy(link, std::ios::binary);
+            copy << *text;
+        } else {
+            fs::create_symlink(fs::absolute(documents[i].input), link, error);
+        }
         args.push_back(link.string());
         run.outputs.push_back(out / (number + ".odt"));
     }

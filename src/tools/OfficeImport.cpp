@@ -89,6 +89,14 @@ bool fileThere(const fs::path &path)
     return fs::exists(path, error);
 }
 
+// Plain text in UTF-8 where it is valid, else in Latin-1, whose every byte is a character.
+QString textOf(const QByteArray &bytes)
+{
+    QStringDecoder decoder(QStringDecoder::Utf8, QStringDecoder::Flag::Stateless);
+    const QString text = decoder.decode(bytes);
+    return decoder.hasError() ? QString::fromLatin1(bytes) : text;
+}
+
 // pandoc has no plain-text reader: each line becomes a paragraph of HTML.
 fs::path textAsHTML(const fs::path &input, const fs::path &workFolder)
 {
@@ -96,10 +104,7 @@ fs::path textAsHTML(const fs::path &input, const fs::path &workFolder)
     if (!file.open(QIODevice::ReadOnly))
         throw PlatformError(file.errorString().toStdString());
     const QByteArray bytes = file.readAll();
-    QStringDecoder decoder(QStringDecoder::Utf8, QStringDecoder::Flag::Stateless);
-    QString text = decoder.decode(bytes);
-    if (decoder.hasError())
-        text = QString::fromLatin1(bytes);
+    const QString text = textOf(bytes);
     QString html = QStringLiteral("<!DOCTYPE html>\n<html><head><meta charset=\"utf-8\"></head><body>\n");
     for (const QString &line : text.split(QChar('\n'))) {
         QString paragraph = line;
@@ -130,9 +135,17 @@ fs::path rtfInUnicode(const fs::path &input, const fs::path &workFolder)
     return copy;
 }
 
-fs::path withLibreOffice(const fs::path &soffice, const fs::path &input, const fs::path &workFolder,
+fs::path withLibreOffice(const fs::path &soffice, fs::path input, const fs::path &workFolder,
                          const fs::path &expected)
 {
+    if (const auto text = legacyTextInUtf8(input)) {
+        const fs::path copy = workFolder / input.filename();
+        QFile out(QString::fromStdString(copy.string()));
+        if (!out.open(QIODevice::WriteOnly | QIODevice::Truncate) ||
+            out.write(text->data(), static_cast<qint64>(text->size())) != static_cast<qint64>(text->size()))
+            throw PlatformError(out.errorString().toStdString());
+        input = copy;
+    }
     const std::string profile =
         QUrl::fromLocalFile(QString::fromStdString((workFolder / "loprofile").string()))
             .toString()
@@ -208,6 +221,21 @@ fs::path withPandoc(const fs::path &input, const fs::path &workFolder, const fs:
 }
 
 } // namespace
+
+std::optional<std::string> legacyTextInUtf8(const fs::path &input)
+{
+    if (pandocReaderFor(input) != "text")
+        return std::nullopt;
+    QFile file(QString::fromStdString(input.string()));
+    if (!file.open(QIODevice::ReadOnly))
+        return std::nullopt; // LibreOffice will say what is wrong with it
+    const QByteArray bytes = file.readAll();
+    QStringDecoder decoder(QStringDecoder::Utf8, QStringDecoder::Flag::Stateless);
+    const QString decoded = decoder.decode(bytes); // decoding happens only when the result is taken
+    if (!decoder.hasError())
+        return std::nullopt;
+    return QString::fromLatin1(bytes).toStdString();
+}
 
 std::optional<std::string> pandocReaderFor(const fs::path &input)
 {

@@ -28,6 +28,9 @@ std::filesystem::path officeToODT(const std::filesystem::path &input);
 // them, else its extension; "text" for plain text (pandoc has no reader for
 // it, so it is handed over as HTML), nothing for Word 97-2003.
 std::optional<std::string> pandocReaderFor(const std::filesystem::path &input);
+// A plain-text file whose bytes are not UTF-8, as UTF-8 (read as Latin-1); nothing for any
+// other file. LibreOffice would read such a file as UTF-8 and drop every accented letter.
+std::optional<std::string> legacyTextInUtf8(const std::filesystem::path &input);
 
 // Archive runs (the companion): while one lives, officeToODT hands the
 // documents LibreOffice converts to a LibreOfficeBatch with `workers`

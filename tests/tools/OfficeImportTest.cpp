@@ -111,6 +111,27 @@ TEST_F(FakeSuite, NoOutputIsTheConvertersOwnWords)
     EXPECT_EQ(left, 3u) << "a failed import leaves its work folder behind";
 }
 
+TEST_F(FakeSuite, PlainTextThatIsNotUtf8ReachesTheSuiteAsUtf8)
+{
+    // The stand-in answers with the bytes it was handed.
+    suite("cat \"$7\" > \"$outdir/$stem.odt\"");
+    struct Row {
+        const char *name, *bytes, *handed;
+    };
+    const Row rows[] = {
+        {"notes.txt", "caf\xe9 \xd6l\n", "caf\xc3\xa9 \xc3\x96l\n"},      // Latin-1: read as such
+        {"utf8.txt", "caf\xc3\xa9\n", "caf\xc3\xa9\n"},                   // already UTF-8: as it is
+        {"page.rtf", "{\\rtf1 caf\\'e9 \xe9}", "{\\rtf1 caf\\'e9 \xe9}"}, // not plain text
+    };
+    for (const auto &row : rows) {
+        SCOPED_TRACE(row.name);
+        writeFile(dir / "docs" / row.name, row.bytes);
+        const fs::path odt = ConversionTools::officeToODT(dir / "docs" / row.name);
+        EXPECT_EQ(readFile(odt), row.handed);
+        EXPECT_EQ(readFile(dir / "docs" / row.name), row.bytes) << "the input itself is left alone";
+    }
+}
+
 TEST(PandocReader, ComesFromTheContentElseTheExtension)
 {
     TempDir dir;
