@@ -162,6 +162,10 @@ def make_outputs(kind, sources, outdir, office, work):
                        stdout=subprocess.DEVNULL, stderr=subprocess.DEVNULL, timeout=1800, check=False)
         for src in sources:
             (outdir / src.name).unlink()
+            # An extension the companion does not know stays in the name (ooo.sxw -> ooo.sxw.wp6).
+            kept = outdir / f"{src.name}.{kind.ext}"
+            if kept.exists():
+                kept.rename(outdir / f"{src.stem}.{kind.ext}")
     else:
         env = dict(os.environ, SRCS=" ".join(shlex.quote(str(s)) for s in sources), OUTDIR=str(outdir))
         subprocess.run(["bash", "-c", kind.batch], env=env, timeout=1800, check=False)
@@ -551,7 +555,14 @@ def main():
         pdfs = staged / "pdf"
         missing = [s for s in sources[group] if not (pdfs / f"{s.stem}.pdf").exists()]
         log(f"laying out {len(missing)} {group} sources")
-        office.convert(missing, "pdf", pdfs, "WordPerfect" if group == "wp" else None)
+        if group == "wp":
+            office.convert(missing, "pdf", pdfs, "WordPerfect")
+        else:
+            # A web page opened as such is laid out by Writer/Web, whose PDF leaves out most of the
+            # text; a word processor's reader of the page is the one to compare with.
+            web = [s for s in missing if s.suffix.lower() in (".html", ".htm")]
+            office.convert([s for s in missing if s not in web], "pdf", pdfs)
+            office.convert(web, "pdf", pdfs, "HTML (StarWriter)")
         for s in sources[group]:
             layouts[s.stem] = read_layout(pdfs / f"{s.stem}.pdf", work / "scratch")
             if layouts[s.stem] is None:
