@@ -508,6 +508,9 @@ WordPerfectWriter::TableGrid WordPerfectWriter::gridOf(const OpenTable &table) c
         // The cell that holds a table: its text, the table with room either side, its text after.
         const TableGrid &held = inner[static_cast<std::size_t>(cell.inner)];
         int row = outer.row;
+        // The room beside the table keeps the cell's own line above and below it where no text of
+        // the cell stands there: a reader draws an edge only where the cells on both sides of it do.
+        const int edges = (hasText(cell.text) ? 0 : 4) | (showsText(cell.after) ? 0 : 8);
         if (hasText(cell.text)) {
             GridCell before = outer;
             before.shape.borders = cell.shape.borders & ~8;
@@ -530,7 +533,7 @@ WordPerfectWriter::TableGrid WordPerfectWriter::gridOf(const OpenTable &table) c
             filler.column = fromColumn;
             filler.columnSpan = toColumn - fromColumn;
             filler.rowSpan = held.rows;
-            filler.shape.borders = cell.shape.borders & borders;
+            filler.shape.borders = cell.shape.borders & (borders | edges);
             filler.texts.clear();
             cells.push_back(filler);
             coverBelow(row + 1, row + held.rows, fromColumn, toColumn);
