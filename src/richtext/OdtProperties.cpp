@@ -91,9 +91,10 @@ void addParagraph(RVNGPropertyList &into, const OdfProperties &odf,
         else if (const auto inches = Units::parseInches(*height))
             into.insert("fo:line-height", *inches);
     }
-    for (const char *name : {"fo:break-before", "fo:break-after", "fo:keep-with-next", "fo:keep-together",
-                             "fo:widows", "fo:orphans", "fo:background-color", "fo:border-left",
-                             "fo:border-right", "fo:border-top", "fo:border-bottom", "style:writing-mode"})
+    for (const char *name :
+         {"fo:break-before", "fo:break-after", "fo:keep-with-next", "fo:keep-together", "fo:widows",
+          "fo:orphans", "fo:background-color", "fo:border-left", "fo:border-right", "fo:border-top",
+          "fo:border-bottom", "style:writing-mode", "style:contextual-spacing"})
         addText(into, paragraph, name);
     if (!tabStops.empty()) {
         librevenge::RVNGPropertyListVector stops;

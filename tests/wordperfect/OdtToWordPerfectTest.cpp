@@ -579,13 +579,18 @@ TEST_P(OdtToWordPerfect, SetsTextInColumns)
 }
 
 // The space between paragraphs: WordPerfect 6's space after a paragraph takes the paragraph's own
-// and the next one's space before; items of one list with the same spacing stay together, as
-// Word's list paragraphs do. 5.1 has no such code: an empty line as high as the space stands in.
+// and the next one's space before; paragraphs of a style that says so (Word's list paragraphs, and
+// list items where the style says nothing) leave it out between them. 5.1 has no such code: an
+// empty line as high as the space stands in.
 TEST_P(OdtToWordPerfect, KeepsTheSpaceBetweenParagraphs)
 {
     const std::string odt = flatOdt(
         style("A", "paragraph", R"(fo:margin-top="0.1in" fo:margin-bottom="0.2in")") +
             style("L", "paragraph", R"(fo:margin-top="0in" fo:margin-bottom="0.25in")") +
+            style("C", "paragraph",
+                  R"(fo:margin-top="0.1in" fo:margin-bottom="0.2in" style:contextual-spacing="true")") +
+            style("K", "paragraph",
+                  R"(fo:margin-top="0in" fo:margin-bottom="0.25in" style:contextual-spacing="false")") +
             R"(<text:list-style style:name="N"><text:list-level-style-bullet text:level="1"
             text:bullet-char="-"/></text:list-style>)",
         p("plain one") + p("spaced one", "A") + p("spaced two", "A") + p("plain two") +
@@ -593,17 +598,22 @@ TEST_P(OdtToWordPerfect, KeepsTheSpaceBetweenParagraphs)
             "</text:list-item><text:list-item>" + p("item two", "L") +
             R"(</text:list-item></text:list><table:table table:name="t"><table:table-column/><table:table-row>)" +
             cell(p("in cell", "A") + p("cell plain")) + "</table:table-row></table:table>" +
-            p("after table"));
+            p("after table") + p("alike one", "C") + p("alike two", "C") +
+            R"(<text:list text:style-name="N"><text:list-item>)" + p("kept one", "K") +
+            "</text:list-item><text:list-item>" + p("kept two", "K") + "</text:list-item></text:list>" +
+            p("end"));
     const auto back = convert(odt);
     const struct {
         const char *text, *below;
         bool blankLine; // 5.1: a blank line follows it (a hard space in the blank line's font)
     } expected[] = {
-        {"plain one", "0.1000in", true},    {"spaced one", "0.3000in", true},
-        {"spaced two", "0.2000in", true},   {"plain two", "0.0000in", false},
-        {"item one", "0.0000in", false},    {"item two", "0.2500in", false},
-        {"in cell", "0.2000in", true},      {"cell plain", "0.0000in", false},
-        {"after table", "0.0000in", false},
+        {"plain one", "0.1000in", true},   {"spaced one", "0.3000in", true},
+        {"spaced two", "0.2000in", true},  {"plain two", "0.0000in", false},
+        {"item one", "0.0000in", false},   {"item two", "0.2500in", false},
+        {"in cell", "0.2000in", true},     {"cell plain", "0.0000in", false},
+        {"after table", "0.1000in", true}, {"alike one", "0.0000in", false},
+        {"alike two", "0.2000in", true},   {"kept one", "0.2500in", true},
+        {"kept two", "0.2500in", true},
     };
     const auto paragraphs = back.document.paragraphs();
     for (const auto &e : expected) {
@@ -776,6 +786,46 @@ TEST_P(OdtToWordPerfect, MergesATableInsideACellIntoTheOuterGrid)
                                           {"later 2x1"},
                                           {"tail 4x1"},
                                           {"below 4x1", "corner 1x1"}}));
+}
+
+// Word gives an edge between two rows once, as the upper cell's bottom line. Where the upper cell
+// holds a narrower table, the room beside that table keeps the line: readers draw an edge only
+// where the cells on both sides of it have it.
+TEST_P(OdtToWordPerfect, KeepsTheLineBelowACellThatHoldsATable)
+{
+    if (!wp6())
+        GTEST_SKIP() << "libwpd draws every line of a 5.1 table";
+    const std::string styles =
+        style("UPPER", "table-cell", R"(fo:border="0.5pt solid #000000")") +
+        style("LOWER", "table-cell",
+              R"(fo:border-left="0.5pt solid #000000" fo:border-right="0.5pt solid #000000" )"
+              R"(fo:border-top="none" fo:border-bottom="0.5pt solid #000000")") +
+        R"(<style:style style:name="NARROW" style:family="table"><style:table-properties style:width="1in" )"
+        R"(table:align="left"/></style:style><style:style style:name="WIDE" style:family="table-column">)"
+        R"(<style:table-column-properties style:column-width="3in"/></style:style>)";
+    const auto upper = [](const std::string &content) {
+        return "<table:table-cell table:style-name=\"UPPER\">" + content + "</table:table-cell>";
+    };
+    const std::string inner = R"(<table:table table:name="i" table:style-name="NARROW"><table:table-column/>)"
+                              "<table:table-row>" +
+                              upper(p("inner")) + "</table:table-row></table:table>";
+    const auto back =
+        convert(flatOdt(styles, R"(<table:table table:name="o"><table:table-column table:style-name="WIDE"/>)"
+                                "<table:table-row>" +
+                                    upper(inner) +
+                                    "</table:table-row><table:table-row>"
+                                    R"(<table:table-cell table:style-name="LOWER">)" +
+                                    p("below") +
+                                    "</table:table-cell>"
+                                    "</table:table-row></table:table>"));
+    const auto tables = back.document.tables();
+    ASSERT_EQ(tables.size(), 1u);
+    ASSERT_EQ(tables[0]->rows.size(), 2u);
+    ASSERT_EQ(tables[0]->columnWidths.size(), 2u) << "the inner table's column and the room beside it";
+    const richtext::Cell &below = tables[0]->rows[1].cells.at(0);
+    EXPECT_EQ(below.columnSpan, 2);
+    EXPECT_NE(property(below.properties, "fo:border-top").find("solid"), std::string::npos)
+        << property(below.properties, "fo:border-top");
 }
 
 // The room between a header and the text is a blank line at the header's end: readers drop a header's

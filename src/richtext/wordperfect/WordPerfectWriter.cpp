@@ -329,8 +329,8 @@ void WordPerfectWriter::settleSpacing(int above, bool listItem, bool between)
         return;
     const std::size_t at = *stream.spacingAt;
     stream.spacingAt.reset();
-    // Word's list paragraphs leave the space out between items of one list that share their
-    // spacing; the reader hands no style over, so equal spacing stands for the same style.
+    // Paragraphs that leave the space out between them when they share a style; the reader hands
+    // no style name over, so equal spacing stands for the same style.
     const bool sameList = listItem && stream.spacingListItem && above == stream.spacingAbove;
     const int gap = largerSpacingOnly ? std::max(stream.spacingBelow, above) : stream.spacingBelow + above;
     const int spacing = sameList ? 0 : std::clamp(gap, 0, 0x7FFF);
@@ -459,7 +459,11 @@ void WordPerfectWriter::startParagraph(const RVNGPropertyList &propList, const s
     }
     const int above = std::max(0, wpu(inchesOf(propList, "fo:margin-top").value_or(0)));
     const int below = std::max(0, wpu(inchesOf(propList, "fo:margin-bottom").value_or(0)));
-    settleSpacing(above, listItem && below == stream.spacingBelow, true);
+    // Space left out between paragraphs of one style (Word's list paragraphs); where the source
+    // does not say, list items are taken to share a style.
+    const std::string contextualSpacing = textOf(propList, "style:contextual-spacing");
+    const bool contextual = contextualSpacing == "true" || (contextualSpacing.empty() && listItem);
+    settleSpacing(above, contextual && below == stream.spacingBelow, true);
     flushReturns();
     if (paragraphOpensPage && stream.started && above >= 60) {
         // Word and Writer keep the space above a paragraph that a hard break puts at a page's top;
@@ -474,7 +478,7 @@ void WordPerfectWriter::startParagraph(const RVNGPropertyList &propList, const s
         stream.spacingAt = out().size();
         stream.spacingBelow = below;
         stream.spacingAbove = above;
-        stream.spacingListItem = listItem;
+        stream.spacingListItem = contextual;
     }
     ParagraphFormat format = paragraphFormatOf(propList);
     if (stream.centreLines && format.justification < 2)
