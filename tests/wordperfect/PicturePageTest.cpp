@@ -18,6 +18,8 @@
 
 #include <gtest/gtest.h>
 
+#include <cstring>
+
 #include <algorithm>
 
 #include <filesystem>
@@ -213,11 +215,15 @@ TEST_P(PicturesAndPages, WritesPicturesAsGraphicsBoxesAndCountsTheOthers)
     }
 }
 
-// A picture centred on a line of its own stays centred, one in the text stays in its line; one that
-// lets no text beside it (a logo above its caption) keeps its words below it, on a line of their own.
+// A picture centred on a line of its own stays centred, one in the text stays in its line, one with
+// words beside it leaves them where they stand; one that lets no text beside it (a logo above its caption)
+// keeps its words below it, on a line of their own.
 TEST_P(PicturesAndPages, KeepsAPicturesPlaceAmongItsWords)
 {
-    const char *centred = R"(style:horizontal-pos="center" style:horizontal-rel="paragraph")";
+    const char *centred =
+        R"(style:horizontal-pos="center" style:horizontal-rel="paragraph" style:wrap="none")";
+    const char *centredBeside =
+        R"(style:horizontal-pos="center" style:horizontal-rel="paragraph" style:wrap="dynamic")";
     const char *placed = R"(text:anchor-type="char" svg:x="0in" svg:y="0in")";
     const struct {
         const char *graphic, *frame, *before, *after;
@@ -226,6 +232,9 @@ TEST_P(PicturesAndPages, KeepsAPicturesPlaceAmongItsWords)
         {centred, R"(text:anchor-type="paragraph")", "", "</text:p><text:p>after", "center", "\nafter"},
         {centred, R"(text:anchor-type="as-char")", "words ", "</text:p><text:p>after", "left",
          "words \nafter"},
+        // Small and centred with its paragraph's words beside it: the words stay where they stand.
+        {centredBeside, R"(text:anchor-type="paragraph" svg:width="0.5in")", "", "words beside", "left",
+         "words beside"},
         {R"(style:wrap="none")", placed, "", "words below", "left", "\nwords below"},
         {R"(style:wrap="parallel")", placed, "", "words below", "left", "words below"},
     };
@@ -234,7 +243,8 @@ TEST_P(PicturesAndPages, KeepsAPicturesPlaceAmongItsWords)
         const auto back = convert(wptest::flatOdt(
             wptest::style("fr1", "graphic", c.graphic),
             std::string("<text:p>") + c.before + R"(<draw:frame draw:style-name="fr1" )" + c.frame +
-                R"( svg:width="2in" svg:height="1in"><draw:image draw:mime-type="image/png"><office:binary-data>)" +
+                (std::strstr(c.frame, "svg:width") ? "" : R"( svg:width="2in")") +
+                R"( svg:height="1in"><draw:image draw:mime-type="image/png"><office:binary-data>)" +
                 base64(redBluePng()) + "</office:binary-data></draw:image></draw:frame>" + c.after +
                 "</text:p>"));
         const auto paragraphs = back.document.paragraphs();

@@ -82,9 +82,10 @@ void WordPerfectWriter::openFrame(const RVNGPropertyList &propList)
     // A box in its own line centred across the text: its content may stand there too.
     if (framePlacement.anchor == BoxPlacement::Anchor::character && anchor != "as-char")
         framePlacement.centred = horizontal == "center";
-    // A picture centred on its own line (anchored to its paragraph, not standing in the text).
-    frameCentred = textOf(propList, "style:horizontal-pos") == "center" &&
-                   textOf(propList, "text:anchor-type") != "as-char";
+    // A picture centred on its own line (anchored to its paragraph, not standing in the text). One
+    // small enough for the paragraph's words to run beside it leaves them where they stand: centring
+    // them would move the whole paragraph for a mark.
+    frameCentred = horizontal == "center" && anchor != "as-char" && (frameAlone || boxWidth * 4 >= textWidth);
 }
 
 void WordPerfectWriter::closeFrame()
