@@ -4,6 +4,7 @@
 #include "OdfNames.h"
 #include "OdtContent.h"
 #include "OdtProperties.h"
+#include "SymbolFonts.h"
 #include "XmlTree.h"
 
 #include <algorithm>
@@ -111,20 +112,65 @@ void OdtInline::flush()
 {
     if (pending.empty())
         return;
-    ensureSpan();
-    content.output().insertText(librevenge::RVNGString(pending.c_str()));
+    const OdtStyles::SymbolEncoding encoding = content.styles().symbolEncoding(formats.back());
+    if (encoding.font == SymbolFonts::Font::none) {
+        emit(pending, formats.back());
+        pending.clear();
+        return;
+    }
+    // The glyphs of a symbol font become the characters they show, set in the font around them:
+    // readers recode text in a font named Symbol as its codes (LibreOffice draws a × in it as ⋅,
+    // Symbol's 0xD7, and libwpd reads a plain "a" in it as α). The glyphs without a meaning stay
+    // as they are, in their font.
+    const OdfProperties plain = plainFormat();
+    for (const auto &piece : SymbolFonts::translate(encoding.font, pending, encoding.plainCodes))
+        emit(piece.text, piece.translated ? plain : formats.back());
     pending.clear();
+}
+
+void OdtInline::emit(const std::string &text, const OdfProperties &format)
+{
+    if (text.empty())
+        return;
+    ensureSpan(format);
+    content.output().insertText(librevenge::RVNGString(text.c_str()));
+}
+
+// The current formatting with the font of the nearest enclosing text that is not in a symbol font.
+OdfProperties OdtInline::plainFormat() const
+{
+    static const char *const fontKeys[] = {"style:font-name", "fo:font-family", "style:font-charset"};
+    OdfProperties format = formats.back();
+    for (const char *key : fontKeys)
+        format.erase(key);
+    const OdtStyles &styles = content.styles();
+    std::vector<OdfProperties> around(formats.rbegin(), formats.rend());
+    around.push_back(styles.resolve("text", "", "text-properties", content.scope()));
+    for (const OdfProperties &outer : around) {
+        if (styles.symbolEncoding(outer).font != SymbolFonts::Font::none)
+            continue;
+        for (const char *key : fontKeys)
+            if (const auto found = outer.find(key); found != outer.end())
+                format[key] = found->second;
+        break;
+    }
+    return format;
 }
 
 void OdtInline::ensureSpan()
 {
-    if (spanOpen && openFormat == formats.back())
+    ensureSpan(formats.back());
+}
+
+void OdtInline::ensureSpan(const OdfProperties &format)
+{
+    if (spanOpen && openFormat == format)
         return;
     closeSpan();
     RVNGPropertyList properties;
-    OdtProperties::addText(properties, formats.back(), content.styles());
+    OdtProperties::addText(properties, format, content.styles());
     content.output().openSpan(properties);
-    openFormat = formats.back();
+    openFormat = format;
     spanOpen = true;
     spoken = true;
 }
