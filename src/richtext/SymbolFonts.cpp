@@ -60,8 +60,9 @@ struct Glyph {
 };
 
 // Wingdings glyphs with a clear counterpart among Unicode's dingbats and geometric shapes (the
-// bullets of Word's gallery above all); the many pictures Unicode encodes only as emoji outside
-// the Basic Multilingual Plane are left out. Sorted by code. The circled numbers are ranges below.
+// bullets of Word's gallery above all); most pictures Unicode encodes only as emoji outside the
+// Basic Multilingual Plane are left out. Sorted by code. The circled numbers and clocks are ranges
+// below.
 constexpr Glyph wingdingsTable[] = {
     {0x22, 0x2702}, {0x23, 0x2701}, {0x28, 0x260E}, {0x29, 0x2706}, {0x2A, 0x2709}, {0x36, 0x231B},
     {0x37, 0x2328}, {0x3E, 0x2707}, {0x3F, 0x270D}, {0x41, 0x270C}, {0x45, 0x261C}, {0x46, 0x261E},
@@ -106,6 +107,8 @@ std::optional<char32_t> wingdings(unsigned code)
         return 0x2460 + (code - 0x81);
     if (code >= 0x8C && code <= 0x95) // ❶ to ❿
         return 0x2776 + (code - 0x8C);
+    if (code >= 0xB7 && code <= 0xC2) // the clock faces, one o'clock to twelve
+        return 0x1F550 + (code - 0xB7);
     return lookUp(wingdingsTable, code);
 }
 

@@ -381,6 +381,8 @@ TEST_P(OdtToWordPerfect, WritesTheGlyphsOfSymbolFontsAsWhatTheyShow)
         {"plain codes of a face that does not say so stay letters", span("WING1", "l\uF06C"), "l\u25CF",
          "l\u25CF"},
         {"Wingdings bullets", span("WING", "\uF0A7 \uF0FC"), "\u25AA \u2713", "\u25AA \u2713"},
+        // Its clock is a picture WordPerfect has no code for, not the bullet Symbol has there.
+        {"a Wingdings picture without a code", span("WING", "\uF0FC\uF0B7"), "\u2713?", "\u2713?", true},
         {"Wingdings ornaments 5.1 has no code for", span("WING", "\uF076\uF0D8"), "\u2756\u27A2",
          "\u25C6\u25B8"},
         // A glyph whose font is not known: Word's gallery bullets by their code, nothing else.
