@@ -4,6 +4,7 @@
 
 #include "HtmlTable.h"
 #include "OdtProperties.h"
+#include "SymbolFonts.h"
 
 #include <cctype>
 #include <cstdlib>
@@ -233,6 +234,23 @@ void HtmlContent::emit(const std::string &text, const HtmlFormat &format)
 {
     if (text.empty())
         return;
+    const auto font = format.text.find("style:font-name");
+    const SymbolFonts::Font symbols =
+        font == format.text.end() ? SymbolFonts::Font::none : SymbolFonts::byFamily(font->second);
+    if (symbols != SymbolFonts::Font::none) {
+        // Pages written for a symbol font hold its codes as plain characters (Word's "·" bullet in
+        // Symbol). What they show goes in the font around them, as the ODT reader does it.
+        HtmlFormat plain = format;
+        plain.text.erase("style:font-name");
+        for (const auto &piece : SymbolFonts::translate(symbols, text, !fromLibrevenge))
+            emitText(piece.text, piece.translated ? plain : format);
+        return;
+    }
+    emitText(text, format);
+}
+
+void HtmlContent::emitText(const std::string &text, const HtmlFormat &format)
+{
     ensureParagraph();
     ensureSpan(format);
     sink.insertText(librevenge::RVNGString(text.c_str()));

@@ -45,6 +45,7 @@ private:
     void lineBreak(const HtmlFormat &format);
     void characters(const char *text, const HtmlFormat &format);
     void emit(const std::string &text, const HtmlFormat &format);
+    void emitText(const std::string &text, const HtmlFormat &format);
     void librevengeCharacters(const char *text, const HtmlFormat &format);
     void ensureParagraph();
     void ensureSpan(const HtmlFormat &format);

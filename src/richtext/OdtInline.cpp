@@ -4,6 +4,7 @@
 #include "OdfNames.h"
 #include "OdtContent.h"
 #include "OdtProperties.h"
+#include "SymbolFonts.h"
 #include "Utf8.h"
 #include "XmlTree.h"
 
@@ -108,15 +109,34 @@ void OdtInline::characters(const char *text)
     }
 }
 
-// Each run of one script goes out in a span of that script's properties. Punctuation, digits and
-// spaces belong to the script before them, or at a paragraph's start to the first one after them.
 void OdtInline::flush()
 {
     if (pending.empty())
         return;
-    using OdtProperties::Script;
-    const std::u32string characters = Utf8::decode(pending);
+    const OdtStyles::SymbolEncoding encoding = content.styles().symbolEncoding(formats.back());
+    if (encoding.font == SymbolFonts::Font::none) {
+        emit(pending, formats.back());
+        pending.clear();
+        return;
+    }
+    // The glyphs of a symbol font become the characters they show, set in the font around them:
+    // readers recode text in a font named Symbol as its codes (LibreOffice draws a × in it as ⋅,
+    // Symbol's 0xD7, and libwpd reads a plain "a" in it as α). The glyphs without a meaning stay
+    // as they are, in their font.
+    const OdfProperties plain = plainFormat();
+    for (const auto &piece : SymbolFonts::translate(encoding.font, pending, encoding.plainCodes))
+        emit(piece.text, piece.translated ? plain : formats.back());
     pending.clear();
+}
+
+// Each run of one script goes out in a span of that script's properties. Punctuation, digits and
+// spaces belong to the script before them, or at a paragraph's start to the first one after them.
+void OdtInline::emit(const std::string &text, const OdfProperties &format)
+{
+    if (text.empty())
+        return;
+    using OdtProperties::Script;
+    const std::u32string characters = Utf8::decode(text);
     if (!scriptKnown)
         for (const char32_t c : characters)
             if (const Script own = OdtProperties::scriptOf(c); own != Script::neutral) {
@@ -128,7 +148,7 @@ void OdtInline::flush()
         const Script own = OdtProperties::scriptOf(c);
         if (own != Script::neutral && own != script) {
             if (!run.empty()) {
-                ensureSpan();
+                ensureSpan(OdtProperties::forScript(format, script));
                 content.output().insertText(librevenge::RVNGString(run.c_str()));
                 run.clear();
             }
@@ -138,20 +158,45 @@ void OdtInline::flush()
             scriptKnown = true;
         Utf8::append(run, c);
     }
-    ensureSpan();
+    ensureSpan(OdtProperties::forScript(format, script));
     content.output().insertText(librevenge::RVNGString(run.c_str()));
+}
+
+// The current formatting with the font of the nearest enclosing text that is not in a symbol font.
+OdfProperties OdtInline::plainFormat() const
+{
+    static const char *const fontKeys[] = {"style:font-name", "fo:font-family", "style:font-charset"};
+    OdfProperties format = formats.back();
+    for (const char *key : fontKeys)
+        format.erase(key);
+    const OdtStyles &styles = content.styles();
+    std::vector<OdfProperties> around(formats.rbegin(), formats.rend());
+    around.push_back(styles.resolve("text", "", "text-properties", content.scope()));
+    for (const OdfProperties &outer : around) {
+        if (styles.symbolEncoding(outer).font != SymbolFonts::Font::none)
+            continue;
+        for (const char *key : fontKeys)
+            if (const auto found = outer.find(key); found != outer.end())
+                format[key] = found->second;
+        break;
+    }
+    return format;
 }
 
 void OdtInline::ensureSpan()
 {
-    const OdfProperties wanted = OdtProperties::forScript(formats.back(), script);
-    if (spanOpen && openFormat == wanted)
+    ensureSpan(OdtProperties::forScript(formats.back(), script));
+}
+
+void OdtInline::ensureSpan(const OdfProperties &format)
+{
+    if (spanOpen && openFormat == format)
         return;
     closeSpan();
     RVNGPropertyList properties;
-    OdtProperties::addText(properties, wanted, content.styles());
+    OdtProperties::addText(properties, format, content.styles());
     content.output().openSpan(properties);
-    openFormat = wanted;
+    openFormat = format;
     spanOpen = true;
     spoken = true;
 }

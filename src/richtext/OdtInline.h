@@ -34,7 +34,10 @@ public:
 private:
     void characters(const char *text);
     void flush();
+    void emit(const std::string &text, const OdfProperties &format);
+    OdfProperties plainFormat() const;
     void ensureSpan();
+    void ensureSpan(const OdfProperties &format);
     void closeSpan();
     void pushStyle(const xmlNode *node);
     void note(const xmlNode *node);

@@ -3,6 +3,7 @@
 
 #include "OdfNames.h"
 #include "Units.h"
+#include "Utf8.h"
 #include "XmlTree.h"
 
 #include <algorithm>
@@ -84,8 +85,11 @@ void OdtStyles::load(const xmlNode *root, Scope automaticScope)
     for (const xmlNode *part : Xml::children(root)) {
         if (Xml::is(part, office, "font-face-decls")) {
             for (const xmlNode *face : Xml::children(part))
-                if (const auto name = Xml::attribute(face, style, "name"))
+                if (const auto name = Xml::attribute(face, style, "name")) {
                     fontFamilies[*name] = unquoted(Xml::attribute(face, svg, "font-family").value_or(*name));
+                    if (Xml::attribute(face, style, "font-charset").value_or("") == "x-symbol")
+                        symbolEncodedFaces.insert(*name);
+                }
         } else if (Xml::is(part, office, "styles")) {
             loadStyles(part, named, true);
             for (const xmlNode *element : Xml::children(part)) {
@@ -188,6 +192,9 @@ void OdtStyles::loadListStyle(const xmlNode *element, ListStyles &into)
                  attributesOf(Xml::child(properties, style, "list-level-label-alignment")))
                 level.properties["label-alignment/" + name] = value;
         }
+        // The bullet's own font, read when the bullet is looked up (the font faces may come later).
+        for (auto &[name, value] : attributesOf(Xml::child(levelStyle, style, "text-properties")))
+            level.properties["text-properties/" + name] = value;
         const int index = std::atoi(level.properties["text:level"].c_str());
         levels[std::max(1, std::min(index, 10))] = std::move(level);
     }
@@ -319,7 +326,7 @@ OdtStyles::ListLevel OdtStyles::listLevel(const std::string &listStyle, int leve
         if (list == lists->end())
             continue;
         if (const auto found = list->second.find(level); found != list->second.end())
-            return found->second;
+            return withUnicodeBullet(found->second, scope);
         break;
     }
     // A level the list style does not define is numbered "1.", as LibreOffice numbers it.
@@ -350,6 +357,45 @@ OdfProperties OdtStyles::pageLayout(const std::string &name, const char *group) 
         return {};
     const auto found = layout->second.find(group);
     return found == layout->second.end() ? OdfProperties{} : found->second;
+}
+
+// A bullet of a symbol font (Word's Wingdings square, Symbol's dot) as the character it shows: the
+// label's font is that of its item's text where WordPerfect and RTF write it.
+OdtStyles::ListLevel OdtStyles::withUnicodeBullet(ListLevel level, Scope scope) const
+{
+    const auto bullet = level.properties.find("text:bullet-char");
+    if (level.ordered || bullet == level.properties.end())
+        return level;
+    OdfProperties font;
+    for (const auto &[name, value] : level.properties)
+        if (name.rfind("text-properties/", 0) == 0)
+            font[name.substr(std::strlen("text-properties/"))] = value;
+    // The level's own font first, then that of its character style.
+    if (!font.count("style:font-name") && !font.count("fo:font-family")) {
+        const auto characterStyle = level.properties.find("text:style-name");
+        if (characterStyle != level.properties.end())
+            font = resolve("text", characterStyle->second, "text-properties", scope);
+    }
+    const SymbolEncoding encoding = symbolEncoding(font);
+    if (encoding.font == SymbolFonts::Font::none)
+        return level;
+    std::string unicode;
+    for (const char32_t c : Utf8::decode(bullet->second))
+        Utf8::append(unicode, SymbolFonts::meaning(encoding.font, c, encoding.plainCodes).value_or(c));
+    bullet->second = unicode;
+    return level;
+}
+
+OdtStyles::SymbolEncoding OdtStyles::symbolEncoding(const OdfProperties &text) const
+{
+    std::string face;
+    if (const auto name = text.find("style:font-name"); name != text.end())
+        face = name->second;
+    else if (const auto family = text.find("fo:font-family"); family != text.end())
+        face = family->second;
+    const auto charset = text.find("style:font-charset");
+    return {SymbolFonts::byFamily(fontFamily(face)),
+            symbolEncodedFaces.count(face) || (charset != text.end() && charset->second == "x-symbol")};
 }
 
 std::string OdtStyles::fontFamily(const std::string &fontName) const

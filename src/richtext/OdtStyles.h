@@ -1,9 +1,12 @@
 #pragma once
 
+#include "SymbolFonts.h"
+
 #include <libxml/tree.h>
 
 #include <map>
 #include <optional>
+#include <set>
 #include <string>
 #include <vector>
 
@@ -65,6 +68,14 @@ public:
     // The family name of a declared font face ("Times New Roman" for style:font-name="Times New Roman1").
     std::string fontFamily(const std::string &fontName) const;
 
+    // Whether text properties set a symbol font, and whether its face is declared symbol-encoded
+    // (then plain codes are the font's codes too).
+    struct SymbolEncoding {
+        SymbolFonts::Font font = SymbolFonts::Font::none;
+        bool plainCodes = false;
+    };
+    SymbolEncoding symbolEncoding(const OdfProperties &text) const;
+
 private:
     struct Style {
         std::string family;
@@ -80,6 +91,7 @@ private:
 
     void loadStyles(const xmlNode *container, StyleMap &into, bool defaults);
     void loadListStyle(const xmlNode *element, ListStyles &into);
+    ListLevel withUnicodeBullet(ListLevel level, Scope scope) const;
     std::map<int, ListLevel> outline;
     const Style *find(const std::string &family, const std::string &name, Scope scope) const;
     std::vector<const Style *> chain(const std::string &family, const std::string &name, Scope scope) const;
@@ -95,6 +107,7 @@ private:
     std::map<std::string, MasterPage> masterPages;
     std::string firstMasterPage;
     std::map<std::string, std::string> fontFamilies;
+    std::set<std::string> symbolEncodedFaces; // style:font-charset="x-symbol"
 };
 
 } // namespace richtext

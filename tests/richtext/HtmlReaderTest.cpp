@@ -102,6 +102,16 @@ TEST(HtmlReader, CollapsesWhitespaceLikeABrowser)
               (std::vector<std::string>{"two words and bold end", "text outside\nafter break", "a  b\n\tc"}));
 }
 
+// Pages made for a symbol font hold its codes as plain or private-use characters; other fonts' are
+// left alone.
+TEST(HtmlReader, ReadsTheCodesOfSymbolFontsAsWhatTheyShow)
+{
+    const richtext::Document document =
+        readHtml(page("<p>a<font face=\"Symbol\">a\uF0E5</font> <span style=\"font-family:'Wingdings'\">"
+                      "\u00A7\uF0FC</span> <font face=\"Arial\">a\uF0E5</font></p>"));
+    EXPECT_EQ(texts(document), std::vector<std::string>{"a\u03B1\u2211 \u25AA\u2713 a\uF0E5"});
+}
+
 TEST(HtmlReader, ReadsListsWithTheirLabels)
 {
     const richtext::Document document = readHtml(page(

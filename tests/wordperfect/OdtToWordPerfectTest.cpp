@@ -309,13 +309,6 @@ TEST_P(OdtToWordPerfect, KeepsTheTextHeadersAndFootersAndSaysWhatWasLost)
          {"Café naïve — “quoted” € α Ж ½ ©\u00A0§\u00A01", "?? done"}, // no-break spaces are hard spaces
          {},
          {std::string(richtext::loss::charactersWordPerfect)}},
-        {"Symbol font glyphs are written as what they mean",
-         "",
-         p("\uF0B7 bullet \uF0A8 diamond \uF0D8 arrow"),
-         "",
-         {"\u2022 bullet \u2666 diamond \u2022 arrow"},
-         {},
-         {}},
         {"a header that is a table",
          "",
          p("body"),
@@ -357,6 +350,65 @@ std::string listStyle(const char *name, const std::string &level, const char *ma
            text:label-followed-by="listtab" fo:margin-left=")" +
            margin + R"(" fo:text-indent="-0.25in"/></style:list-level-properties></text:list-level-style-)" +
            level.substr(0, level.find(' ')) + "></text:list-style>";
+}
+
+// Word keeps the glyphs of symbol fonts as private-use characters (or, in a face declared
+// symbol-encoded, as plain codes) in a run of that font: WordPerfect gets the characters they show, in
+// the font around them, and for an ornament a version has no code for the nearest shape it has.
+TEST_P(OdtToWordPerfect, WritesTheGlyphsOfSymbolFontsAsWhatTheyShow)
+{
+    const std::string faces =
+        R"(<style:font-face style:name="Symbol" svg:font-family="Symbol" style:font-charset="x-symbol"/>
+        <style:font-face style:name="Wingdings" svg:font-family="Wingdings" style:font-charset="x-symbol"/>
+        <style:font-face style:name="Wingdings1" svg:font-family="Wingdings"/>
+        <style:font-face style:name="Times New Roman" svg:font-family="'Times New Roman'"/>)";
+    const std::string styles =
+        R"(<style:style style:name="TNR" style:family="paragraph"><style:text-properties
+        style:font-name="Times New Roman"/></style:style>)" +
+        style("SYM", "text", R"(style:font-name="Symbol")") +
+        style("WING", "text", R"(style:font-name="Wingdings")") +
+        style("WING1", "text", R"(style:font-name="Wingdings1")") +
+        listStyle("L", "bullet text:bullet-char=\"\uF0A7\" text:style-name=\"WING\"", "0.5in");
+    const struct {
+        const char *name;
+        std::string body;
+        std::string wp6, wp5; // the paragraph read back; its first glyph must be in the paragraph's font
+        bool lost = false;    // "characters WordPerfect has no code for"
+    } cases[] = {
+        {"Symbol's Greek, operators, arrows and suits", "x" + span("SYM", "\uF061 \uF0E5\uF0AE\uF0A7") + "y",
+         "x\u03B1 \u2211\u2192\u2663y", "x\u03B1 \u2211\u2192\u2663y"},
+        {"plain codes of a face declared symbol-encoded", span("SYM", "ab"), "\u03B1\u03B2", "\u03B1\u03B2"},
+        {"plain codes of a face that does not say so stay letters", span("WING1", "l\uF06C"), "l\u25CF",
+         "l\u25CF"},
+        {"Wingdings bullets", span("WING", "\uF0A7 \uF0FC"), "\u25AA \u2713", "\u25AA \u2713"},
+        // Its clock is a picture WordPerfect has no code for, not the bullet Symbol has there.
+        {"a Wingdings picture without a code", span("WING", "\uF0FC\uF0B7"), "\u2713?", "\u2713?", true},
+        {"Wingdings ornaments 5.1 has no code for", span("WING", "\uF076\uF0D8"), "\u2756\u27A2",
+         "\u25C6\u25B8"},
+        // A glyph whose font is not known: Word's gallery bullets by their code, nothing else.
+        {"private use in an ordinary font", "\uF0B7 bullet \uF0D8 arrow \uF061",
+         "\u2022 bullet \u27A2 arrow ?", "\u2022 bullet \u25B8 arrow ?", true},
+        {"a Wingdings list bullet", R"(<text:list text:style-name="L"><text:list-item><text:p
+         text:style-name="TNR">item</text:p></text:list-item></text:list>)",
+         "\u25AA\titem", "\u25AA\titem"},
+    };
+    for (const auto &c : cases) {
+        SCOPED_TRACE(c.name);
+        ProgramRun run;
+        const std::string body = c.body.rfind("<text:list", 0) == 0 ? c.body : p(c.body, "TNR");
+        const auto back =
+            convert(Odt{.fontFaces = faces, .automaticStyles = styles, .body = body}.flat(), &run);
+        ASSERT_TRUE(back.ok);
+        const std::string &expected = wp6() ? c.wp6 : c.wp5;
+        EXPECT_EQ(wptest::texts(back.document), Strings{expected});
+        const std::size_t glyph = expected.find_first_of("\xCE\xE2"); // Greek, symbols and shapes
+        const richtext::Inline *piece =
+            wptest::pieceWith(back.document, expected.substr(glyph, 2 + (expected[glyph] == '\xE2')));
+        ASSERT_NE(piece, nullptr);
+        EXPECT_EQ(property(piece->style, "style:font-name"), "Times New Roman");
+        EXPECT_EQ(richtext::Losses::fromStderr(run.err).kinds(),
+                  c.lost ? Strings{std::string(richtext::loss::charactersWordPerfect)} : Strings{});
+    }
 }
 
 // A label takes the font of its item's text, not that of the text before it. A list paragraph whose

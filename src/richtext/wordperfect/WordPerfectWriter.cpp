@@ -696,50 +696,71 @@ void WordPerfectWriter::applyCharacterFormat()
 
 namespace {
 
-// Word keeps the glyphs of the Symbol and Wingdings fonts (bullets above all)
-// in the private-use range U+F020-U+F0FF; these are their usual meanings.
-std::optional<char32_t> symbolFontMeaning(char32_t c)
+// A private-use glyph whose font the reader did not know (readers give the glyphs of the symbol
+// fonts they know as what they show): most often a list bullet whose font was lost, so the bullets
+// of Word's gallery, by the glyph each shows in the font the gallery sets it in.
+std::optional<char32_t> bulletGalleryGlyph(char32_t c)
 {
     switch (c) {
     case 0xF0B7:
-        return U'\u2022'; // Symbol bullet
-    case 0xF0A7:
-        return U'\u25AA'; // Wingdings small square
+        return U'\u2022'; // Symbol
     case 0xF0A8:
-        return U'\u2666'; // Symbol diamond
-    case 0xF0A9:
-        return U'\u2665';
-    case 0xF0AA:
-        return U'\u2660';
-    case 0xF0A5:
-        return U'\u221E';
+        return U'\u2666'; // Symbol
+    case 0xF0A7:
+        return U'\u25AA'; // Wingdings from here on
     case 0xF06E:
-        return U'\u25A0'; // Wingdings black square
+        return U'\u25A0';
     case 0xF06F:
         return U'\u25A1';
+    case 0xF071:
+        return U'\u2751';
+    case 0xF076:
+        return U'\u2756';
+    case 0xF0D8:
+        return U'\u27A2';
+    case 0xF0E8:
+        return U'\u2794';
     case 0xF0FC:
         return U'\u2713';
-    case 0xF0D8: // Wingdings arrowheads and other ornaments stand as a bullet
-    case 0xF076:
-    case 0xF071:
-    case 0xF0D2:
-        return U'\u2022';
     default:
         return std::nullopt;
     }
+}
+
+// Ornaments a version has no code for, and the nearest shape that WordPerfect 5.1 has: a bullet in
+// the shape of its kind reads better than a question mark.
+struct StandIn {
+    char32_t ornament;
+    char32_t nearest;
+};
+constexpr StandIn ornamentStandIns[] = {
+    {0x25FB, 0x25A1}, {0x25FC, 0x25A0}, {0x2714, 0x2713}, {0x2726, 0x2605}, {0x2751, 0x25A1},
+    {0x2752, 0x25A1}, {0x2756, 0x25C6}, {0x2794, 0x2192}, {0x27A1, 0x2192}, {0x27A2, 0x25B8},
+    {0x29EB, 0x25C6}, {0x2B25, 0x25C6}, {0x2B27, 0x25C6},
+};
+
+std::optional<char32_t> nearestOrnament(char32_t c)
+{
+    for (const StandIn &standIn : ornamentStandIns)
+        if (standIn.ornament == c)
+            return standIn.nearest;
+    return std::nullopt;
 }
 
 } // namespace
 
 bool WordPerfectWriter::writeSymbolFontCharacter(char32_t c)
 {
-    const auto meaning = symbolFontMeaning(c);
-    if (!meaning)
+    const auto bullet = bulletGalleryGlyph(c);
+    const char32_t glyph = bullet.value_or(c);
+    const auto nearest = nearestOrnament(glyph);
+    if (!bullet && !nearest)
         return false;
     std::size_t used = 1;
-    const char32_t standIn[] = {*meaning, 0};
-    return writeCharacter(std::u32string_view(standIn, 1), used) ||
-           writeCharacter(std::u32string_view(U"\u2022", 1), used);
+    for (const char32_t candidate : {glyph, nearest.value_or(glyph), char32_t(bullet ? 0x2022 : glyph)})
+        if (writeCharacter(std::u32string_view(&candidate, 1), used))
+            return true;
+    return false;
 }
 
 // Hiragana, where the version's Japanese set holds katakana only: the same sounds in the other script.

@@ -213,7 +213,8 @@ protected:
     void writeHardReturn() { out() += static_cast<char>(oneByteCodes().hardReturn); }
     virtual bool writeCharacter(std::u32string_view text, std::size_t &used) = 0; // false: no pair
     virtual const CharacterMap &characters() const = 0;
-    // Word's private-use Symbol and Wingdings glyphs, written as what they mean.
+    // A private-use bullet glyph of an unknown symbol font, or an ornament the version has no
+    // code for, written as the nearest character it has.
     bool writeSymbolFontCharacter(char32_t c);
     bool writeOtherWidth(char32_t c);
     bool writeAsKatakana(char32_t c);
