@@ -766,25 +766,26 @@ TEST_P(OdtToWordPerfect, SetsTheWordsOfABoxBesideTheTextInTheSpaceBelow)
     EXPECT_NEAR(beside, 31 - 12, 2);
 }
 
-// The space above a paragraph that a hard break puts at a page's top stays, as Word and Writer keep
-// it: an empty line as high, with no space of its own after it. Without the break it is the space
-// between the paragraphs.
+// The space above a paragraph that opens the document, or that a hard break puts at a page's top,
+// stays, as Word and Writer keep it: an empty line as high, with no space of its own after it.
+// Without the break it is the space between the paragraphs.
 TEST_P(OdtToWordPerfect, KeepsTheSpaceAboveAParagraphAfterAPageBreak)
 {
     const auto back =
         convert(flatOdt(style("TOP", "paragraph", R"(fo:margin-top="0.5in" fo:break-before="page")") +
                             style("SPACED", "paragraph", R"(fo:margin-top="0.5in")"),
-                        p("first page") + p("second page", "TOP") + p("same page", "SPACED")));
+                        p("first page", "SPACED") + p("second page", "TOP") + p("same page", "SPACED")));
     if (!wp6()) { // 5.1 stands in a blank line for every space between paragraphs
         EXPECT_EQ(wptest::texts(back.document),
-                  (Strings{"first page", "\u00A0", "second page", "\u00A0", "same page"}));
+                  (Strings{"\u00A0", "first page", "\u00A0", "second page", "\u00A0", "same page"}));
     } else {
         EXPECT_EQ(wptest::texts(back.document),
-                  (Strings{"first page", "\u00A0", "second page", "same page"}));
+                  (Strings{"\u00A0", "first page", "\u00A0", "second page", "same page"}));
         const auto paragraphs = back.document.paragraphs();
-        ASSERT_EQ(paragraphs.size(), 4u);
-        EXPECT_EQ(property(paragraphs[1]->properties, "fo:margin-bottom"), "0.0000in");
-        EXPECT_EQ(property(paragraphs[2]->properties, "fo:margin-bottom"), "0.5000in");
+        ASSERT_EQ(paragraphs.size(), 5u);
+        EXPECT_EQ(property(paragraphs[0]->properties, "fo:margin-bottom"), "0.0000in");
+        EXPECT_EQ(property(paragraphs[2]->properties, "fo:margin-bottom"), "0.0000in");
+        EXPECT_EQ(property(paragraphs[3]->properties, "fo:margin-bottom"), "0.5000in");
     }
 }
 

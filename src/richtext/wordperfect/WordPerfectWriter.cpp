@@ -465,9 +465,10 @@ void WordPerfectWriter::startParagraph(const RVNGPropertyList &propList, const s
     const bool contextual = contextualSpacing == "true" || (contextualSpacing.empty() && listItem);
     settleSpacing(above, contextual && below == stream.spacingBelow, true);
     flushReturns();
-    if (paragraphOpensPage && stream.started && above >= 60) {
-        // Word and Writer keep the space above a paragraph that a hard break puts at a page's top;
-        // WordPerfect has only the space after a paragraph: an empty line as high, with none after.
+    if (paragraphOpensPage && above >= 60) {
+        // Word and Writer keep the space above a paragraph that opens the document or that a hard
+        // break puts at a page's top; WordPerfect has only the space after a paragraph: an empty
+        // line as high, with none after.
         if (writesParagraphSpacing() && stream.spacingInForce != 0) {
             writeParagraphSpacing(0);
             stream.spacingInForce = 0;
