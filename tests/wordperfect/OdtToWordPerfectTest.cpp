@@ -899,8 +899,9 @@ TEST_P(OdtToWordPerfect, KeepsTheRoomBelowAHeader)
                R"(" style:family="paragraph"><style:paragraph-properties fo:line-height=")" + spacing +
                R"("/><style:text-properties fo:font-size=")" + size + R"("/></style:style>)";
     };
-    const std::string styles =
-        lineStyle("S", "100%", "12pt") + lineStyle("D", "200%", "12pt") + lineStyle("L", "100%", "24pt");
+    const std::string styles = lineStyle("S", "100%", "12pt") + lineStyle("D", "200%", "12pt") +
+                               lineStyle("L", "100%", "24pt") +
+                               style("B", "paragraph", R"(fo:margin-bottom="0.3in")");
     const char *dynamic = R"(fo:min-height="1in" fo:margin-bottom="0.1in" style:dynamic-spacing="true")";
     const char *fixed = R"(fo:min-height="0in" fo:margin-bottom="0.4in")";
     const std::string nbsp = "\u00A0";
@@ -935,6 +936,12 @@ TEST_P(OdtToWordPerfect, KeepsTheRoomBelowAHeader)
         {p("head", "D"), dynamic, {"head", nbsp}, 72 - 2 * 12 * 1.15},
         {p(twoLines, "S"), dynamic, {twoLines, nbsp}, 72 - 2 * 12 * 1.15},
         {p("foot"), R"(fo:min-height="0in" fo:margin-top="0.2in")", {nbsp, "foot"}, 0, "footer"},
+        // A footer's last space below stays in the footer, under its text.
+        {p("foot", "B"),
+         R"(fo:min-height="0in" fo:margin-top="0.2in")",
+         {nbsp, "foot", nbsp},
+         0.3 * 72,
+         "footer"},
     };
     const auto number = [](const std::string &text, double fallback) {
         double value = fallback;

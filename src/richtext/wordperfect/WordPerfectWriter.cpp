@@ -178,6 +178,12 @@ void WordPerfectWriter::closeHeaderFooter(bool footer)
                 writeBlankLine(blank, true);
             }
         }
+        // A footer's last paragraph keeps its space below inside the footer, as Word and Writer
+        // count it: the footer's text stands that much above the margin.
+        if (footer && stream.content && stream.lastBelow >= 60) {
+            flushReturns();
+            writeBlankLine(stream.lastBelow, true);
+        }
     }
     // Formatting codes with nothing to show are no header to libwpd, which keeps the one before
     // on the pages that should have an empty one: such a header is written as empty.
@@ -464,6 +470,7 @@ void WordPerfectWriter::startParagraph(const RVNGPropertyList &propList, const s
     const std::string contextualSpacing = textOf(propList, "style:contextual-spacing");
     const bool contextual = contextualSpacing == "true" || (contextualSpacing.empty() && listItem);
     settleSpacing(above, contextual && below == stream.spacingBelow, true);
+    stream.lastBelow = below;
     flushReturns();
     if (paragraphOpensPage && above >= 60) {
         // Word and Writer keep the space above a paragraph that opens the document or that a hard

@@ -302,6 +302,7 @@ private:
         int spacingAbove = 0;
         bool spacingListItem = false;
         int spacingInForce = 0;
+        int lastBelow = 0; // the space below the paragraph last opened, WPU
         // 5.1: WPU of spaces too small for a blank line of their own, not yet written.
         int spacingOwed = 0;
         bool joinCell = false;         // the next paragraph opens a flattened table's next cell in the row
