@@ -395,6 +395,24 @@ void OdtContent::emitList(const xmlNode *element, int level, const std::string &
                                   definition.properties.count("text:min-label-width");
     if (start)
         properties.insert("librevenge:continued", true); // the start is where an earlier list stopped
+    // A picture bullet: its picture and size go with the level, for a writer that can set it.
+    const auto href = definition.properties.find("xlink:href");
+    const auto inlined = definition.properties.find("office:binary-data");
+    std::optional<std::string> bytes;
+    if (href != definition.properties.end())
+        bytes = picture(href->second);
+    if (!definition.ordered && (bytes || inlined != definition.properties.end())) {
+        if (bytes)
+            properties.insert("librevenge:bullet-picture",
+                              librevenge::RVNGBinaryData(
+                                  reinterpret_cast<const unsigned char *>(bytes->data()), bytes->size()));
+        else // base64 as it stands, which is how the property carries it
+            properties.insert("librevenge:bullet-picture", inlined->second.c_str());
+        for (const char *name : {"fo:width", "fo:height"})
+            if (const auto size = definition.properties.find(name); size != definition.properties.end())
+                if (const auto inches = Units::parseInches(size->second))
+                    properties.insert(name, *inches, librevenge::RVNG_INCH);
+    }
     definition.ordered ? sink.openOrderedListLevel(properties) : sink.openUnorderedListLevel(properties);
 
     int value = Units::integer(properties, "text:start-value").value_or(1) - 1;

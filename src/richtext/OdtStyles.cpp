@@ -7,6 +7,7 @@
 #include "XmlTree.h"
 
 #include <algorithm>
+#include <cctype>
 #include <cstdlib>
 #include <cstring>
 #include <set>
@@ -191,6 +192,12 @@ void OdtStyles::loadListStyle(const xmlNode *element, ListStyles &into)
             for (auto &[name, value] :
                  attributesOf(Xml::child(properties, style, "list-level-label-alignment")))
                 level.properties["label-alignment/" + name] = value;
+        }
+        // A picture bullet's picture, where the flat form holds it in the level itself.
+        if (const xmlNode *inlined = Xml::child(levelStyle, office, "binary-data")) {
+            std::string base64 = Xml::text(inlined);
+            std::erase_if(base64, [](char c) { return std::isspace(static_cast<unsigned char>(c)); });
+            level.properties["office:binary-data"] = std::move(base64);
         }
         // The bullet's own font, read when the bullet is looked up (the font faces may come later).
         for (auto &[name, value] : attributesOf(Xml::child(levelStyle, style, "text-properties")))

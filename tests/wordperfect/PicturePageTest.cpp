@@ -262,6 +262,30 @@ TEST_P(PicturesAndPages, KeepsAPicturesPlaceAmongItsWords)
     }
 }
 
+// A picture bullet is a picture of the level's size in the label's place, then the item's words.
+TEST_P(PicturesAndPages, SetsAPictureBulletInItsLabelsPlace)
+{
+    const auto back = convert(wptest::flatOdt(
+        R"(<text:list-style style:name="L"><text:list-level-style-image text:level="1"><office:binary-data>)" +
+            base64(redBluePng()) +
+            R"(</office:binary-data><style:list-level-properties fo:width="0.2in" fo:height="0.1in"/>
+            </text:list-level-style-image></text:list-style>)",
+        R"(<text:list text:style-name="L"><text:list-item><text:p>first item</text:p></text:list-item>
+        <text:list-item><text:p>second item</text:p></text:list-item></text:list>)"));
+    const auto paragraphs = back.document.paragraphs();
+    ASSERT_EQ(paragraphs.size(), 2u);
+    for (const richtext::Paragraph *paragraph : paragraphs) {
+        SCOPED_TRACE(paragraph->text());
+        ASSERT_FALSE(paragraph->content.empty());
+        const richtext::Inline &label = paragraph->content.front();
+        ASSERT_EQ(label.kind, richtext::Inline::Kind::image) << "no bullet character before it";
+        EXPECT_EQ(wptest::property(label.object, "svg:width"), "0.2000in");
+        EXPECT_EQ(wptest::property(label.object, "svg:height"), "0.1000in");
+    }
+    EXPECT_EQ(paragraphs[0]->text(), "\tfirst item");
+    EXPECT_EQ(paragraphs[1]->text(), "\tsecond item");
+}
+
 TEST_P(PicturesAndPages, KeepsThePaperSize)
 {
     struct Case {

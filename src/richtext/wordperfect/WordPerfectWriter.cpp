@@ -5,6 +5,8 @@
 
 #include "CharacterMap.h"
 #include "Properties.h"
+#include "WpgImage.h"
+#include "richtext/Base64.h"
 
 #include <glib.h>
 
@@ -517,11 +519,32 @@ void WordPerfectWriter::startParagraph(const RVNGPropertyList &propList, const s
     stream.wanted.attributes = 0;
     stream.wanted.capitals = false;
     stream.pendingLabel = label;
+    stream.pendingPicture.clear();
 }
 
 void WordPerfectWriter::writePendingLabel()
 {
     Stream &stream = streams.back();
+    if (!stream.pendingPicture.empty()) {
+        // A picture bullet stands in the label's place as a picture in the line; one that cannot be
+        // set keeps its level's bullet character.
+        const librevenge::RVNGBinaryData bytes = richtext::decodeBase64(stream.pendingPicture.c_str());
+        stream.pendingPicture.clear();
+        const std::optional<Raster> raster =
+            bytes.getDataBuffer() ? decodeRaster(std::string_view(
+                                        reinterpret_cast<const char *>(bytes.getDataBuffer()), bytes.size()))
+                                  : std::nullopt;
+        if (raster) {
+            const BulletPicture &level = listPictures.back();
+            const double width = level.width > 0 ? level.width : raster->width / raster->pixelsPerInch;
+            const double height = level.height > 0 ? level.height : raster->height / raster->pixelsPerInch;
+            stream.pendingLabel.clear();
+            text(U"");
+            writeImage(*raster, std::max(1, wpu(width)), std::max(1, wpu(height)));
+            tab();
+            return;
+        }
+    }
     if (stream.pendingLabel.empty())
         return;
     const std::string label = std::move(stream.pendingLabel);
@@ -1004,6 +1027,13 @@ void WordPerfectWriter::openListLevel(const RVNGPropertyList &propList, bool ord
     const double before = inchesOf(propList, "text:space-before").value_or(0.25 * (numbering.depth() - 1));
     const double width = inchesOf(propList, "text:min-label-width").value_or(0.25);
     listIndents.push_back({wpu(before + width), wpu(width)});
+    BulletPicture picture;
+    if (const librevenge::RVNGProperty *bytes = propList["librevenge:bullet-picture"]; bytes && !ordered) {
+        picture.base64 = bytes->getStr().cstr();
+        picture.width = inchesOf(propList, "fo:width").value_or(0);
+        picture.height = inchesOf(propList, "fo:height").value_or(0);
+    }
+    listPictures.push_back(std::move(picture));
 }
 
 void WordPerfectWriter::closeListLevel()
@@ -1011,6 +1041,8 @@ void WordPerfectWriter::closeListLevel()
     numbering.closeLevel();
     if (!listIndents.empty())
         listIndents.pop_back();
+    if (!listPictures.empty())
+        listPictures.pop_back();
 }
 
 void WordPerfectWriter::openOrderedListLevel(const RVNGPropertyList &propList)
@@ -1046,6 +1078,8 @@ void WordPerfectWriter::openListElement(const RVNGPropertyList &propList)
         restart && numbering.depth() > 0)
         numbering.restartAt(restart->getInt());
     startParagraph(properties, numbering.depth() > 0 ? numbering.nextLabel() : std::string(), true);
+    if (!hidden && !listPictures.empty() && !listPictures.back().base64.empty())
+        streams.back().pendingPicture = listPictures.back().base64;
 }
 
 void WordPerfectWriter::openNote(const RVNGPropertyList &propList)

@@ -294,6 +294,7 @@ private:
         std::optional<ParagraphFormat> pendingStart;
         // A list item's label waits for the item's first text, whose font it takes.
         std::string pendingLabel;
+        std::string pendingPicture; // a picture bullet's bytes (base64), written as the label
         std::u32string pendingBlanks;
         // The space between the last paragraph and the next is known only when the next opens:
         // the code goes back to where the last one started. What libwpd has in force, WPU.
@@ -433,6 +434,11 @@ private:
     void writeBlankLine(int height, bool closing);
     ListNumbering numbering;
     std::vector<std::pair<int, int>> listIndents; // per open level: text indent and label width, WPU
+    struct BulletPicture {
+        std::string base64;
+        double width = 0, height = 0; // inches; 0 where the level gives none
+    };
+    std::vector<BulletPicture> listPictures; // per open level; empty bytes where it has none
     PageSetup page;
     bool pageSetupKnown = false;
     bool pageJustBroken = false;             // a new page span wrote the break its first paragraph asks for
