@@ -407,6 +407,21 @@ void OdtInline::frame(const xmlNode *node)
     if (const xmlNode *box = Xml::child(node, draw, "text-box")) {
         textBox(properties, box);
     } else if (const xmlNode *picture = Xml::child(node, draw, "image")) {
+        // A frame may hold its picture in several forms, the preferred first: LibreOffice gives a
+        // Windows metafile a PNG beside it. A metafile, which no writer here can hold, gives way.
+        for (const xmlNode *other : Xml::children(node)) {
+            if (other == picture || !Xml::is(other, draw, "image"))
+                continue;
+            const auto mimeType = [](const xmlNode *image) {
+                return Xml::attribute(image, draw, "mime-type")
+                    .value_or(Xml::attribute(image, loext, "mime-type").value_or(""));
+            };
+            const std::string first = mimeType(picture), next = mimeType(other);
+            if ((first == "image/x-emf" || first == "image/x-wmf") && next.starts_with("image/") &&
+                next.find("wmf") == std::string::npos && next.find("emf") == std::string::npos)
+                picture = other;
+            break;
+        }
         if (image(picture, properties))
             ignoreSpace = false;
     }

@@ -149,6 +149,20 @@ std::string pictureBody(const std::string &mime, const std::string &bytes)
            "</office:binary-data></draw:image></draw:frame> after</text:p>";
 }
 
+// A Windows metafile (its header alone) and, when given, another form of the same picture after it.
+std::string metafileWithFallback(const std::string &png)
+{
+    std::string emf(88, '\0');
+    emf[0] = 1;
+    emf.replace(40, 4, " EMF");
+    std::string body = pictureBody("image/x-emf", emf);
+    if (!png.empty())
+        body.insert(body.find("</draw:frame>"),
+                    R"(<draw:image draw:mime-type="image/png"><office:binary-data>)" + base64(png) +
+                        "</office:binary-data></draw:image>");
+    return body;
+}
+
 // Each picture becomes a graphics box in the text where it was anchored, drawn with no outline; one
 // of few colours keeps them exactly, none dithered to the nearest of a fixed set, and so does a
 // photo of thousands in WordPerfect 6, whose graphics hold 24-bit pixels (5.1's hold 256 colours).
@@ -185,6 +199,9 @@ TEST_P(PicturesAndPages, WritesPicturesAsGraphicsBoxesAndCountsTheOthers)
                                               46)),
          true},
         {"bmp", pictureBody("image/bmp", "BM\x46\x00\x00\x00"), false},
+        // LibreOffice keeps a PNG beside a Windows metafile; the PNG is what can be held.
+        {"emf with a png beside it", metafileWithFallback(redBluePng()), true},
+        {"emf alone", metafileWithFallback(""), false},
     };
     for (const auto &c : cases) {
         SCOPED_TRACE(c.name);
