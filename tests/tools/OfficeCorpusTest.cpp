@@ -12,6 +12,7 @@
 
 #include <gtest/gtest.h>
 
+#include <QString>
 #include <QUuid>
 
 #include <algorithm>
@@ -58,6 +59,24 @@ void exportText(const std::vector<fs::path> &files, const fs::path &outdir)
     ConversionTools::run(*ConversionTools::libreOfficeURL(), args, "soffice");
     std::error_code ignored;
     fs::remove_all(profile.substr(7), ignored);
+}
+
+// A plain-text file's own words: LibreOffice's export of one that is not UTF-8 has lost its accents.
+std::string textOfPlainFile(const fs::path &file)
+{
+    const std::string bytes = readFile(file);
+    if (QString::fromUtf8(bytes.data(), static_cast<qsizetype>(bytes.size())).toUtf8().toStdString() == bytes)
+        return bytes;
+    std::string text; // Latin-1: every byte is the character of its number
+    for (const unsigned char byte : bytes) {
+        if (byte < 0x80) {
+            text += static_cast<char>(byte);
+        } else {
+            text += static_cast<char>(0xC0 | (byte >> 6));
+            text += static_cast<char>(0x80 | (byte & 0x3F));
+        }
+    }
+    return text;
 }
 
 std::vector<std::string> words(const std::string &text)
@@ -207,7 +226,9 @@ protected:
         }
         exportText(named, oursText);
         for (const auto &source : sources) {
-            const std::string expected = readFile(sourcesText / (source.key + ".txt"));
+            const std::string expected = source.path.extension() == ".txt"
+                                             ? textOfPlainFile(source.path)
+                                             : readFile(sourcesText / (source.key + ".txt"));
             for (const auto &[ext, map] :
                  {std::pair{"wp6", &CharacterMap::wp6()}, std::pair{"wp5", &CharacterMap::wp5()}}) {
                 const std::string name = source.key + "." + ext;
