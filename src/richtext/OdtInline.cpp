@@ -136,6 +136,16 @@ void OdtInline::emit(const std::string &text, const OdfProperties &format)
     if (text.empty())
         return;
     using OdtProperties::Script;
+    if (script == Script::western &&
+        std::all_of(text.begin(), text.end(), [](char c) { return static_cast<unsigned char>(c) < 0x80; })) {
+        // Plain ASCII after western text, by far the most of it: one run, no script of its own.
+        scriptKnown = scriptKnown || std::any_of(text.begin(), text.end(), [](char c) {
+                          return (c | 0x20) >= 'a' && (c | 0x20) <= 'z';
+                      });
+        ensureSpanFor(format, script);
+        content.output().insertText(librevenge::RVNGString(text.c_str()));
+        return;
+    }
     const std::u32string characters = Utf8::decode(text);
     if (!scriptKnown)
         for (const char32_t c : characters)
@@ -148,7 +158,7 @@ void OdtInline::emit(const std::string &text, const OdfProperties &format)
         const Script own = OdtProperties::scriptOf(c);
         if (own != Script::neutral && own != script) {
             if (!run.empty()) {
-                ensureSpan(OdtProperties::forScript(format, script));
+                ensureSpanFor(format, script);
                 content.output().insertText(librevenge::RVNGString(run.c_str()));
                 run.clear();
             }
@@ -158,7 +168,7 @@ void OdtInline::emit(const std::string &text, const OdfProperties &format)
             scriptKnown = true;
         Utf8::append(run, c);
     }
-    ensureSpan(OdtProperties::forScript(format, script));
+    ensureSpanFor(format, script);
     content.output().insertText(librevenge::RVNGString(run.c_str()));
 }
 
@@ -185,7 +195,16 @@ OdfProperties OdtInline::plainFormat() const
 
 void OdtInline::ensureSpan()
 {
-    ensureSpan(OdtProperties::forScript(formats.back(), script));
+    ensureSpanFor(formats.back(), script);
+}
+
+void OdtInline::ensureSpanFor(const OdfProperties &format, OdtProperties::Script written)
+{
+    using OdtProperties::Script;
+    if (written == Script::asian || written == Script::complex)
+        ensureSpan(OdtProperties::forScript(format, written));
+    else
+        ensureSpan(format);
 }
 
 void OdtInline::ensureSpan(const OdfProperties &format)

@@ -38,6 +38,7 @@ private:
     OdfProperties plainFormat() const;
     void ensureSpan();
     void ensureSpan(const OdfProperties &format);
+    void ensureSpanFor(const OdfProperties &format, OdtProperties::Script written);
     void closeSpan();
     void pushStyle(const xmlNode *node);
     void note(const xmlNode *node);
