@@ -131,12 +131,14 @@ TEST_P(OdtToWordPerfect, KeepsParagraphAlignmentIndentsAndBreaks)
         style("HG", "paragraph", R"(fo:margin-left="1in" fo:text-indent="-0.5in")") +
         style("TB", "paragraph", R"(fo:margin-left="0.5in")",
               R"(<style:tab-stops><style:tab-stop style:position="1in"/><style:tab-stop style:position="3in"
-                 style:type="center"/></style:tab-stops>)");
+                 style:type="center"/></style:tab-stops>)") +
+        style("QT", "paragraph", R"(style:tab-stop-distance="0.25in")");
     const auto back = convert(flatOdt(
         styles, p("first left") + p("centred one", "C") + p("right one", "R") + p("justified one", "J") +
                     p("indented one", "IN") + p("back left") + p("new page", "PB") +
                     p("line one<text:line-break/>line two") + p("first line in", "FL") +
-                    p("hanging one", "HG") + p("tabbed<text:tab/>one<text:tab/>two", "TB")));
+                    p("hanging one", "HG") + p("tabbed<text:tab/>one<text:tab/>two", "TB") +
+                    p("quarter<text:tab/>tab", "QT")));
     const struct {
         const char *text, *property, *value;
     } expected[] = {
@@ -156,6 +158,9 @@ TEST_P(OdtToWordPerfect, KeepsParagraphAlignmentIndentsAndBreaks)
         {"tabbed", "style:tab-stops/0/style:position", "1.0000in"},
         {"tabbed", "style:tab-stops/1/style:position", "3.0000in"},
         {"tabbed", "style:tab-stops/1/style:type", "center"},
+        // Default stops other than WordPerfect's half inch are set, from the margin as Word counts them.
+        {"quarter", "style:tab-stops/0/style:position", "0.2500in"},
+        {"quarter", "style:tab-stops/1/style:position", "0.5000in"},
     };
     for (const auto &e : expected) {
         const richtext::Paragraph *paragraph = wptest::paragraphWith(back.document, e.text);

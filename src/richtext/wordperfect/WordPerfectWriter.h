@@ -53,6 +53,7 @@ struct ParagraphFormat {
     int firstLine = 0;         // WPU, relative to leftIndent
     int lineSpacing = 0x10000; // 16.16
     std::vector<TabStop> tabs;
+    int tabSpacing = 0; // WPU between the stops a tab goes to past the set ones; 0: WordPerfect's own
     bool operator==(const ParagraphFormat &) const = default;
 };
 
