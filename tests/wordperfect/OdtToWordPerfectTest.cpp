@@ -77,7 +77,8 @@ TEST_P(OdtToWordPerfect, KeepsEveryCharacterAttribute)
         ><text:p><text:span text:style-name="RED">red note</text:span></text:p></text:note-body></text:note
         > after note</text:p><text:p>anchor<draw:frame text:anchor-type="as-char" svg:width="2in" svg:height="1in"
         ><draw:text-box><text:p><text:span text:style-name="RED">red box</text:span></text:p></draw:text-box
-        ></draw:frame></text:p><text:p>plain end</text:p>)"));
+        ></draw:frame></text:p><text:p>plain end</text:p>)" +
+            "<text:p>tabbed<text:tab/>" + span("U", "underlink") + "</text:p>"));
     const struct {
         const char *word, *property;
         const char *valueStart; // empty: the property must be absent
@@ -107,6 +108,7 @@ TEST_P(OdtToWordPerfect, KeepsEveryCharacterAttribute)
         // A note's or box's colour stays in it: libwpd carries a colour on out of the text that set it.
         {"after note", "fo:color", "#000000"},
         {"plain end", "fo:color", "#000000"},
+        {"underlink", "style:text-underline-type", "single"},
     };
     for (const auto &e : expected) {
         const richtext::Inline *piece = wptest::pieceWith(back.document, e.word);
@@ -117,6 +119,14 @@ TEST_P(OdtToWordPerfect, KeepsEveryCharacterAttribute)
         else
             EXPECT_EQ(value, "") << e.word << " " << e.property;
     }
+    // A tab before underlined words is not underlined with them.
+    const richtext::Paragraph *tabbed = wptest::paragraphWith(back.document, "tabbed");
+    ASSERT_NE(tabbed, nullptr);
+    const auto tab =
+        std::find_if(tabbed->content.begin(), tabbed->content.end(),
+                     [](const richtext::Inline &piece) { return piece.kind == richtext::Inline::Kind::tab; });
+    ASSERT_NE(tab, tabbed->content.end());
+    EXPECT_EQ(property(tab->style, "style:text-underline-type"), "");
 }
 
 TEST_P(OdtToWordPerfect, KeepsParagraphAlignmentIndentsAndBreaks)

@@ -811,6 +811,8 @@ void WordPerfectWriter::text(std::u32string_view text)
         const char32_t c = text[i];
         std::size_t used = 1;
         if (c == U'\t' || (c == U' ' && !stream.pendingBlanks.empty())) {
+            if (stream.pendingBlanks.empty())
+                stream.blanksFormat = stream.wanted;
             stream.pendingBlanks += c;
             ++i;
             continue;
@@ -872,9 +874,14 @@ void WordPerfectWriter::beginContent()
         writeParagraphStart(*stream.pendingStart);
         stream.pendingStart.reset();
     }
-    applyCharacterFormat();
     const std::u32string blanks = std::move(stream.pendingBlanks);
     stream.pendingBlanks.clear();
+    if (!blanks.empty()) {
+        // In their own format: a tab before a link is not underlined with it.
+        std::swap(stream.wanted, stream.blanksFormat);
+        applyCharacterFormat();
+        std::swap(stream.wanted, stream.blanksFormat);
+    }
     for (char32_t c : blanks) {
         if (c == U'\t') {
             tab();
@@ -883,6 +890,7 @@ void WordPerfectWriter::beginContent()
             ++stream.lineCharacters;
         }
     }
+    applyCharacterFormat();
 }
 
 // Tabs and spaces that end a line show nothing, unless a leader or a line drawn under them does.
@@ -894,7 +902,7 @@ void WordPerfectWriter::endLine()
     constexpr std::uint32_t drawn = (1u << underline) | (1u << doubleUnderline) | (1u << strikeout);
     const bool leader = std::any_of(stream.paragraph.tabs.begin(), stream.paragraph.tabs.end(),
                                     [](const TabStop &stop) { return stop.dotLeader; });
-    if (leader || (stream.wanted.attributes & drawn))
+    if (leader || (stream.blanksFormat.attributes & drawn))
         beginContent();
     stream.pendingBlanks.clear();
 }

@@ -296,6 +296,7 @@ private:
         // A list item's label waits for the item's first text, whose font it takes.
         std::string pendingLabel;
         std::u32string pendingBlanks;
+        CharacterFormat blanksFormat; // what the first of them was written in
         // The space between the last paragraph and the next is known only when the next opens:
         // the code goes back to where the last one started. What libwpd has in force, WPU.
         std::optional<std::size_t> spacingAt;
