@@ -902,7 +902,7 @@ void WordPerfectWriter::endLine()
     constexpr std::uint32_t drawn = (1u << underline) | (1u << doubleUnderline) | (1u << strikeout);
     const bool leader = std::any_of(stream.paragraph.tabs.begin(), stream.paragraph.tabs.end(),
                                     [](const TabStop &stop) { return stop.dotLeader; });
-    if (leader || (stream.blanksFormat.attributes & drawn))
+    if (leader || (stream.wanted.attributes & drawn))
         beginContent();
     stream.pendingBlanks.clear();
 }
