@@ -83,7 +83,7 @@ void addParagraph(RVNGPropertyList &into, const OdfProperties &odf,
     if (const auto *align = find(paragraph, "fo:text-align"))
         into.insert("fo:text-align", align->c_str());
     for (const char *name : {"fo:margin-left", "fo:margin-right", "fo:margin-top", "fo:margin-bottom",
-                             "fo:text-indent", "style:line-height-at-least"})
+                             "fo:text-indent", "style:line-height-at-least", "style:tab-stop-distance"})
         addLength(into, paragraph, name);
     if (const auto *height = find(paragraph, "fo:line-height")) {
         if (const auto share = Units::parsePercent(*height))

@@ -55,12 +55,30 @@ void addColumns(const xmlNode *group, OdfProperties &properties)
     }
 }
 
-std::string unquoted(std::string family)
+// The first family of a CSS font list ("'Nimbus Mono L', 'Courier New'" -> "Nimbus Mono L"): the one
+// the writer chose; the rest are its own fallbacks, and a target format holds one name.
+std::string firstFamily(const std::string &families)
 {
-    if (family.size() >= 2 && (family.front() == '\'' || family.front() == '"') &&
-        family.back() == family.front())
-        return family.substr(1, family.size() - 2);
-    return family;
+    std::string family;
+    char quote = 0;
+    for (const char c : families) {
+        if (quote) {
+            if (c == quote)
+                quote = 0;
+            else
+                family += c;
+        } else if (c == '\'' || c == '"') {
+            quote = c;
+        } else if (c == ',') {
+            break;
+        } else {
+            family += c;
+        }
+    }
+    const auto first = family.find_first_not_of(" \t");
+    if (first == std::string::npos)
+        return families;
+    return family.substr(first, family.find_last_not_of(" \t") + 1 - first);
 }
 
 // A relative font size ("80%") becomes points against what it inherits.
@@ -87,7 +105,8 @@ void OdtStyles::load(const xmlNode *root, Scope automaticScope)
         if (Xml::is(part, office, "font-face-decls")) {
             for (const xmlNode *face : Xml::children(part))
                 if (const auto name = Xml::attribute(face, style, "name")) {
-                    fontFamilies[*name] = unquoted(Xml::attribute(face, svg, "font-family").value_or(*name));
+                    fontFamilies[*name] =
+                        firstFamily(Xml::attribute(face, svg, "font-family").value_or(*name));
                     if (Xml::attribute(face, style, "font-charset").value_or("") == "x-symbol")
                         symbolEncodedFaces.insert(*name);
                 }
@@ -408,7 +427,7 @@ OdtStyles::SymbolEncoding OdtStyles::symbolEncoding(const OdfProperties &text) c
 std::string OdtStyles::fontFamily(const std::string &fontName) const
 {
     const auto found = fontFamilies.find(fontName);
-    return found == fontFamilies.end() ? fontName : found->second;
+    return found == fontFamilies.end() ? firstFamily(fontName) : found->second;
 }
 
 } // namespace richtext

@@ -171,6 +171,30 @@ TEST(OdtReader, GivesEachScriptItsOwnFontSizeAndWeight)
     }
 }
 
+TEST(OdtReader, NamesTheFirstFamilyOfAFontList)
+{
+    const Odt odt{
+        .fontFaces = R"(<style:font-face style:name="Mono" svg:font-family="'Nimbus Mono L', 'Courier New'"/>
+            <style:font-face style:name="Comma" svg:font-family="&quot;Foo, Inc&quot;, Arial"/>)",
+        .automaticStyles = style("text", "T1", R"(style:font-name="Mono")") +
+                           style("text", "T2", R"(style:font-name="Comma")") +
+                           style("text", "T3", R"(fo:font-family="'Liberation Sans', Arial, sans-serif")") +
+                           style("text", "T4", R"(fo:font-family="Gentium")"),
+        .body = R"(<text:p><text:span text:style-name="T1">mono</text:span><text:span
+            text:style-name="T2">comma</text:span><text:span text:style-name="T3">listed</text:span><text:span
+            text:style-name="T4">plain</text:span></text:p>)"};
+    const richtext::Document document = readOdt(odt.flat());
+    const std::pair<const char *, const char *> rows[] = {{"mono", "Nimbus Mono L"},
+                                                          {"comma", "Foo, Inc"},
+                                                          {"listed", "Liberation Sans"},
+                                                          {"plain", "Gentium"}};
+    for (const auto &[text, font] : rows) {
+        const Inline *piece = pieceWith(document, text);
+        ASSERT_TRUE(piece) << text;
+        EXPECT_EQ(property(piece->style, "style:font-name"), font) << text;
+    }
+}
+
 TEST(OdtReader, CollapsesWhitespaceAsOdfSays)
 {
     const Odt odt{.body = "<text:p>  lead   and\n\ttrail <text:s "

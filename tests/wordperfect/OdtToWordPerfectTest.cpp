@@ -77,7 +77,8 @@ TEST_P(OdtToWordPerfect, KeepsEveryCharacterAttribute)
         ><text:p><text:span text:style-name="RED">red note</text:span></text:p></text:note-body></text:note
         > after note</text:p><text:p>anchor<draw:frame text:anchor-type="as-char" svg:width="2in" svg:height="1in"
         ><draw:text-box><text:p><text:span text:style-name="RED">red box</text:span></text:p></draw:text-box
-        ></draw:frame></text:p><text:p>plain end</text:p>)"));
+        ></draw:frame></text:p><text:p>plain end</text:p>)" +
+            "<text:p>tabbed<text:tab/>" + span("U", "underlink") + "</text:p>"));
     const struct {
         const char *word, *property;
         const char *valueStart; // empty: the property must be absent
@@ -107,6 +108,7 @@ TEST_P(OdtToWordPerfect, KeepsEveryCharacterAttribute)
         // A note's or box's colour stays in it: libwpd carries a colour on out of the text that set it.
         {"after note", "fo:color", "#000000"},
         {"plain end", "fo:color", "#000000"},
+        {"underlink", "style:text-underline-type", "single"},
     };
     for (const auto &e : expected) {
         const richtext::Inline *piece = wptest::pieceWith(back.document, e.word);
@@ -117,6 +119,14 @@ TEST_P(OdtToWordPerfect, KeepsEveryCharacterAttribute)
         else
             EXPECT_EQ(value, "") << e.word << " " << e.property;
     }
+    // A tab before underlined words is not underlined with them.
+    const richtext::Paragraph *tabbed = wptest::paragraphWith(back.document, "tabbed");
+    ASSERT_NE(tabbed, nullptr);
+    const auto tab =
+        std::find_if(tabbed->content.begin(), tabbed->content.end(),
+                     [](const richtext::Inline &piece) { return piece.kind == richtext::Inline::Kind::tab; });
+    ASSERT_NE(tab, tabbed->content.end());
+    EXPECT_EQ(property(tab->style, "style:text-underline-type"), "");
 }
 
 TEST_P(OdtToWordPerfect, KeepsParagraphAlignmentIndentsAndBreaks)
@@ -131,12 +141,14 @@ TEST_P(OdtToWordPerfect, KeepsParagraphAlignmentIndentsAndBreaks)
         style("HG", "paragraph", R"(fo:margin-left="1in" fo:text-indent="-0.5in")") +
         style("TB", "paragraph", R"(fo:margin-left="0.5in")",
               R"(<style:tab-stops><style:tab-stop style:position="1in"/><style:tab-stop style:position="3in"
-                 style:type="center"/></style:tab-stops>)");
+                 style:type="center"/></style:tab-stops>)") +
+        style("QT", "paragraph", R"(style:tab-stop-distance="0.25in")");
     const auto back = convert(flatOdt(
         styles, p("first left") + p("centred one", "C") + p("right one", "R") + p("justified one", "J") +
                     p("indented one", "IN") + p("back left") + p("new page", "PB") +
                     p("line one<text:line-break/>line two") + p("first line in", "FL") +
-                    p("hanging one", "HG") + p("tabbed<text:tab/>one<text:tab/>two", "TB")));
+                    p("hanging one", "HG") + p("tabbed<text:tab/>one<text:tab/>two", "TB") +
+                    p("quarter<text:tab/>tab", "QT")));
     const struct {
         const char *text, *property, *value;
     } expected[] = {
@@ -156,6 +168,9 @@ TEST_P(OdtToWordPerfect, KeepsParagraphAlignmentIndentsAndBreaks)
         {"tabbed", "style:tab-stops/0/style:position", "1.0000in"},
         {"tabbed", "style:tab-stops/1/style:position", "3.0000in"},
         {"tabbed", "style:tab-stops/1/style:type", "center"},
+        // Default stops other than WordPerfect's half inch are set, from the margin as Word counts them.
+        {"quarter", "style:tab-stops/0/style:position", "0.2500in"},
+        {"quarter", "style:tab-stops/1/style:position", "0.5000in"},
     };
     for (const auto &e : expected) {
         const richtext::Paragraph *paragraph = wptest::paragraphWith(back.document, e.text);

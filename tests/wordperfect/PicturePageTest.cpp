@@ -244,7 +244,8 @@ TEST_P(PicturesAndPages, KeepsAPicturesPlaceAmongItsWords)
     const char *placed = R"(text:anchor-type="char" svg:x="0in" svg:y="0in")";
     const struct {
         const char *graphic, *frame, *before, *after;
-        const char *align, *lines; // the picture's paragraph's; it and the lines after it
+        const char *align, *lines;        // the picture's paragraph's; it and the lines after it
+        const char *anchor = "", *x = ""; // where 6 sets it beside its words; empty: not checked
     } cases[] = {
         {centred, R"(text:anchor-type="paragraph")", "", "</text:p><text:p>after", "center", "\nafter"},
         {centred, R"(text:anchor-type="as-char")", "words ", "</text:p><text:p>after", "left",
@@ -254,6 +255,9 @@ TEST_P(PicturesAndPages, KeepsAPicturesPlaceAmongItsWords)
          "words beside"},
         {R"(style:wrap="none")", placed, "", "words below", "left", "\nwords below"},
         {R"(style:wrap="parallel")", placed, "", "words below", "left", "words below"},
+        // Placed beside its words: where it stood in its paragraph, not the paragraph's first character.
+        {R"(style:wrap="parallel")", R"(text:anchor-type="char" svg:x="3in" svg:y="0.25in")", "",
+         "words around", "left", "words around", "paragraph", "3.0000in"},
     };
     for (const auto &c : cases) {
         SCOPED_TRACE(std::string(c.graphic) + " " + c.frame);
@@ -276,6 +280,11 @@ TEST_P(PicturesAndPages, KeepsAPicturesPlaceAmongItsWords)
             EXPECT_EQ(wptest::property((*next)->properties, "fo:text-align"), "left");
         }
         EXPECT_EQ(lines, c.lines);
+        if (*c.anchor && wp6()) {
+            const richtext::Inline *picture = firstImage(**holder);
+            EXPECT_EQ(wptest::property(picture->object, "text:anchor-type"), c.anchor);
+            EXPECT_EQ(wptest::property(picture->object, "svg:x"), c.x);
+        }
     }
 }
 

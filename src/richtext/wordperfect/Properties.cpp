@@ -130,6 +130,8 @@ ParagraphFormat paragraphFormatOf(const RVNGPropertyList &list)
         if (ratio > 0.2 && ratio < 10)
             format.lineSpacing = static_cast<int>(std::lround(ratio * 65536.0));
     }
+    if (const auto spacing = inchesOf(list, "style:tab-stop-distance"); spacing && *spacing > 0.01)
+        format.tabSpacing = wpu(*spacing);
     // Our readers name the stops as librevenge does; libwpd, and so older callers, as ODF does.
     const librevenge::RVNGPropertyListVector *tabs = list.child("librevenge:tab-stops");
     if (!tabs)

@@ -132,7 +132,13 @@ void WordPerfectWriter::insertBinaryObject(const RVNGPropertyList &propList)
         stream.paragraph = centred;
     }
     text(U"");
+    // A picture placed beside the text stands where it was, as a text box does, where libwpd reads
+    // such a box.
+    if (writesTextBoxes() && boxDepth == 0 && !inSubDocument() &&
+        framePlacement.anchor != BoxPlacement::Anchor::character)
+        placement = framePlacement;
     writeImage(*raster, std::max(1, wpu(width)), std::max(1, wpu(height)));
+    placement = BoxPlacement();
     if (frameAlone)
         streams.back().lineAfterPicture = true;
     streams.back().lineHeights += std::max(1, wpu(height)); // a header's height, for the room below it

@@ -493,6 +493,12 @@ void WordPerfectWriter::startParagraph(const RVNGPropertyList &propList, const s
     ParagraphFormat format = paragraphFormatOf(propList);
     if (stream.centreLines && format.justification < 2)
         format.justification = 2;
+    // Stops closer or wider than WordPerfect's own half inch have to be set, or every tab lands
+    // elsewhere than in Word or LibreOffice; their half inch (or 1.25 cm) is left to WordPerfect's.
+    if (std::abs(format.tabSpacing - defaultTabSpacing) <= 12)
+        format.tabSpacing = 0;
+    if (format.tabs.empty() && format.tabSpacing)
+        format.tabs = defaultTabStops(format);
     if (format.firstLine < 0) {
         // A hanging line's first tab goes to the paragraph's indent, which word processors treat as
         // a stop; WordPerfect needs it in the tab set (its own stops are every half inch from the
@@ -836,6 +842,8 @@ void WordPerfectWriter::text(std::u32string_view text)
         const char32_t c = text[i];
         std::size_t used = 1;
         if (c == U'\t' || (c == U' ' && !stream.pendingBlanks.empty())) {
+            if (stream.pendingBlanks.empty())
+                stream.blanksFormat = stream.wanted;
             stream.pendingBlanks += c;
             ++i;
             continue;
@@ -897,9 +905,14 @@ void WordPerfectWriter::beginContent()
         writeParagraphStart(*stream.pendingStart);
         stream.pendingStart.reset();
     }
-    applyCharacterFormat();
     const std::u32string blanks = std::move(stream.pendingBlanks);
     stream.pendingBlanks.clear();
+    if (!blanks.empty()) {
+        // In their own format: a tab before a link is not underlined with it.
+        std::swap(stream.wanted, stream.blanksFormat);
+        applyCharacterFormat();
+        std::swap(stream.wanted, stream.blanksFormat);
+    }
     for (char32_t c : blanks) {
         if (c == U'\t') {
             tab();
@@ -908,6 +921,7 @@ void WordPerfectWriter::beginContent()
             ++stream.lineCharacters;
         }
     }
+    applyCharacterFormat();
 }
 
 // Tabs and spaces that end a line show nothing, unless a leader or a line drawn under them does.
@@ -928,7 +942,10 @@ std::vector<TabStop> WordPerfectWriter::defaultTabStops(const ParagraphFormat &f
 {
     const int origin = tabOrigin(format);
     std::vector<TabStop> stops;
-    for (int at = defaultTabSpacing; at < page.width && stops.size() < 40; at += defaultTabSpacing) {
+    // WordPerfect counts its own stops from the paper's edge; Word and LibreOffice theirs from the margin.
+    const int spacing = format.tabSpacing ? format.tabSpacing : defaultTabSpacing;
+    for (int at = format.tabSpacing ? page.left + spacing : spacing; at < page.width && stops.size() < 40;
+         at += spacing) {
         if (at > origin)
             stops.push_back({at - origin, 0, false});
     }

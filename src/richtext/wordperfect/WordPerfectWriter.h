@@ -53,6 +53,7 @@ struct ParagraphFormat {
     int firstLine = 0;         // WPU, relative to leftIndent
     int lineSpacing = 0x10000; // 16.16
     std::vector<TabStop> tabs;
+    int tabSpacing = 0; // WPU between the stops a tab goes to past the set ones; 0: WordPerfect's own
     bool operator==(const ParagraphFormat &) const = default;
 };
 
@@ -296,6 +297,7 @@ private:
         std::string pendingLabel;
         std::string pendingPicture; // a picture bullet's bytes (base64), written as the label
         std::u32string pendingBlanks;
+        CharacterFormat blanksFormat; // what the first of them was written in
         // The space between the last paragraph and the next is known only when the next opens:
         // the code goes back to where the last one started. What libwpd has in force, WPU.
         std::optional<std::size_t> spacingAt;
