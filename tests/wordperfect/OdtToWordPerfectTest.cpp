@@ -9,6 +9,7 @@
 
 #include <algorithm>
 #include <charconv>
+#include <map>
 #include <optional>
 #include <string>
 #include <vector>
@@ -878,6 +879,80 @@ TEST_P(OdtToWordPerfect, KeepsTheLineBelowACellThatHoldsATable)
     EXPECT_EQ(below.columnSpan, 2);
     EXPECT_NE(property(below.properties, "fo:border-top").find("solid"), std::string::npos)
         << property(below.properties, "fo:border-top");
+}
+
+// Beside a lineless cell that spans rows, or a lineless table cell holding a narrower lined table,
+// the lined cells keep every edge: libwpd pairs a cell with its neighbours by their place in the
+// row's list of cells, which a cell covered from above or spanning columns shifts.
+TEST_P(OdtToWordPerfect, KeepsEveryLineOfCellsBesideASpanningLinelessCell)
+{
+    if (!wp6())
+        GTEST_SKIP() << "libwpd draws every line of a 5.1 table";
+    const std::string styles =
+        linedCell +
+        R"(<style:style style:name="IN" style:family="table"><style:table-properties style:width="2in" )"
+        R"(fo:margin-left="1in" table:align="left"/></style:style>)";
+    const auto table = [](const std::string &rows, int columns, const std::string &style = {}) {
+        return R"(<table:table table:name="t")" +
+               (style.empty() ? "" : " table:style-name=\"" + style + "\"") +
+               R"(><table:table-column table:number-columns-repeated=")" + std::to_string(columns) +
+               R"("/>)" + rows + "</table:table>";
+    };
+    const std::string block = "<table:table-row>" + lined(p("a")) + lined(p("b")) +
+                              "</table:table-row><table:table-row>" + lined(p("c")) + lined(p("d")) +
+                              "</table:table-row>";
+    const struct {
+        const char *name;
+        std::string body;
+    } cases[] = {
+        {"a cell spanning two rows",
+         table("<table:table-row><table:table-cell table:number-rows-spanned=\"2\">" + p("left") +
+                   "</table:table-cell>" + lined(p("a")) + lined(p("b")) +
+                   "</table:table-row><table:table-row><table:covered-table-cell/>" + lined(p("c")) +
+                   lined(p("d")) + "</table:table-row>",
+               3)},
+        {"a table in the cell beside",
+         table("<table:table-row>" + cell(p("left")) + cell(p("Invoice") + table(block, 2, "IN")) +
+                   "</table:table-row>",
+               2)},
+    };
+    for (const auto &c : cases) {
+        SCOPED_TRACE(c.name);
+        const auto back = convert(flatOdt(styles, c.body));
+        const auto tables = back.document.tables();
+        ASSERT_EQ(tables.size(), 1u);
+        // Who covers each place of the grid, and whether an edge of it shows from either side.
+        std::map<std::pair<int, int>, const richtext::Cell *> at;
+        for (const richtext::Row &row : tables[0]->rows)
+            for (const richtext::Cell &cell : row.cells)
+                if (!cell.covered)
+                    for (int r = cell.row; r < cell.row + cell.rowSpan; ++r)
+                        for (int k = cell.column; k < cell.column + cell.columnSpan; ++k)
+                            at[{r, k}] = &cell;
+        const auto drawn = [&](int r, int k, const char *side) {
+            const auto found = at.find({r, k});
+            return found != at.end() &&
+                   property(found->second->properties, side).find("solid") != std::string::npos;
+        };
+        Strings boxed;
+        for (const auto &[place, cell] : at) {
+            const auto [r, k] = place;
+            std::string text;
+            for (const richtext::Block &b : cell->blocks)
+                if (const richtext::Paragraph *paragraph = b.paragraph())
+                    text += paragraph->text();
+            if (text.size() != 1 || r != cell->row || k != cell->column)
+                continue;
+            const int below = r + cell->rowSpan, beyond = k + cell->columnSpan;
+            const bool all = (drawn(r, k, "fo:border-left") || drawn(r, k - 1, "fo:border-right")) &&
+                             (drawn(r, k, "fo:border-top") || drawn(r - 1, k, "fo:border-bottom")) &&
+                             (drawn(r, k, "fo:border-right") || drawn(r, beyond, "fo:border-left")) &&
+                             (drawn(r, k, "fo:border-bottom") || drawn(below, k, "fo:border-top"));
+            boxed.push_back(text + (all ? " boxed" : " open"));
+        }
+        std::sort(boxed.begin(), boxed.end());
+        EXPECT_EQ(boxed, (Strings{"a boxed", "b boxed", "c boxed", "d boxed"}));
+    }
 }
 
 // The room between a header and the text is a blank line at the header's end: readers drop a header's

@@ -372,6 +372,91 @@ int nearestEdge(const std::vector<int> &edges, int x)
     return static_cast<int>(at - edges.begin());
 }
 
+// libwpd settles each edge between a 6 table's cells before drawing them: a cell's right (bottom)
+// line goes to the cells next to it, which keep theirs only where it had it, and the cell itself
+// then draws none. It finds those cells by their place in their row's list of cells, as if that
+// were their column, and leaves out cells covered from above: past a cell spanning rows or
+// columns, it pairs cells that do not touch, and a lineless one there takes the lines of others.
+// So every cell that has such neighbours gets its right and bottom line on, which takes nothing
+// from them, and each edge is drawn by the cell right of or below it, on where either side
+// wants it; the table's right and bottom edge stays with the cells there.
+void settleLinesForLibwpd(std::vector<std::vector<CellShape>> &rows, int columns)
+{
+    const int rowCount = static_cast<int>(rows.size());
+    std::vector<std::vector<const CellShape *>> listed(rows.size()); // as libwpd lists them
+    std::vector<std::vector<const CellShape *>> owner(
+        rows.size(), std::vector<const CellShape *>(static_cast<std::size_t>(std::max(columns, 0)), nullptr));
+    for (int r = 0; r < rowCount; ++r) {
+        for (const CellShape &cell : rows[static_cast<std::size_t>(r)]) {
+            if (cell.coveredFromAbove)
+                continue;
+            listed[static_cast<std::size_t>(r)].push_back(&cell);
+            for (int rr = r; rr < std::min(rowCount, r + cell.rowSpan); ++rr)
+                for (int c = std::max(0, cell.column); c < std::min(columns, cell.column + cell.columnSpan);
+                     ++c)
+                    owner[static_cast<std::size_t>(rr)][static_cast<std::size_t>(c)] = &cell;
+        }
+    }
+    // Whether a cell in these rows and columns has the line on this side.
+    auto wanted = [&](int fromRow, int toRow, int fromColumn, int toColumn, int side) {
+        for (int r = std::max(0, fromRow); r < std::min(rowCount, toRow); ++r)
+            for (int c = std::max(0, fromColumn); c < std::min(columns, toColumn); ++c)
+                if (const CellShape *other = owner[static_cast<std::size_t>(r)][static_cast<std::size_t>(c)];
+                    other && (other->borders & side))
+                    return true;
+        return false;
+    };
+    auto touches = [&](int fromRow, int toRow, int fromColumn, int toColumn) {
+        for (int r = std::max(0, fromRow); r < std::min(rowCount, toRow); ++r)
+            for (int c = std::max(0, fromColumn); c < std::min(columns, toColumn); ++c)
+                if (owner[static_cast<std::size_t>(r)][static_cast<std::size_t>(c)])
+                    return true;
+        return false;
+    };
+    std::vector<std::vector<int>> settled(rows.size());
+    for (int r = 0; r < rowCount; ++r) {
+        const std::vector<const CellShape *> &list = listed[static_cast<std::size_t>(r)];
+        for (std::size_t j = 0; j < list.size(); ++j) {
+            const CellShape &cell = *list[j];
+            const int top = r, bottom = r + cell.rowSpan;
+            const int left = cell.column, right = cell.column + cell.columnSpan;
+            int lines = cell.borders;
+            if (wanted(top, bottom, left - 1, left, 2))
+                lines |= 1;
+            if (wanted(top - 1, top, left, right, 8))
+                lines |= 4;
+            bool listedRight = false;
+            for (int i = 0; i < rowCount && !listedRight; ++i) {
+                const std::vector<const CellShape *> &other = listed[static_cast<std::size_t>(i)];
+                listedRight = other.size() > j + 1 && i + other[j + 1]->rowSpan > r && i < bottom;
+            }
+            // Where the cells beside it draw the edge, the cell's own line would double it.
+            if (listedRight)
+                lines |= 2;
+            else if (touches(top, bottom, right, right + 1))
+                lines &= ~2;
+            bool listedBelow = false;
+            if (bottom < rowCount) {
+                const std::vector<const CellShape *> &below = listed[static_cast<std::size_t>(bottom)];
+                for (std::size_t k = 0; k < below.size() && !listedBelow; ++k)
+                    listedBelow = static_cast<int>(k) + below[k]->columnSpan > static_cast<int>(j) &&
+                                  k < j + static_cast<std::size_t>(cell.columnSpan);
+            }
+            if (listedBelow)
+                lines |= 8;
+            else if (touches(bottom, bottom + 1, left, right))
+                lines &= ~8;
+            settled[static_cast<std::size_t>(r)].push_back(lines);
+        }
+    }
+    for (int r = 0; r < rowCount; ++r) {
+        std::size_t j = 0;
+        for (CellShape &cell : rows[static_cast<std::size_t>(r)])
+            if (!cell.coveredFromAbove)
+                cell.borders = settled[static_cast<std::size_t>(r)][j++];
+    }
+}
+
 } // namespace
 
 // The cell's text with what it took for granted set first: the font, colour and paragraph spacing
@@ -732,8 +817,8 @@ void WordPerfectWriter::writeTable(const OpenTable &table, const std::string &bo
     const int gridRows = grid.rows;
     const int gridColumns = static_cast<int>(grid.widths.size());
 
-    // Between a table inside a cell and the room around it, a line shows when either cell has it;
-    // libwpd takes the upper or left cell's word for it, so both get it.
+    // Between a table inside a cell and the room around it, a line shows when either cell has it:
+    // in 5.1 both get it (a 6 table's edges are settled once the cells are placed).
     std::vector<std::vector<int>> owner(static_cast<std::size_t>(gridRows),
                                         std::vector<int>(static_cast<std::size_t>(gridColumns), -1));
     for (std::size_t i = 0; i < cells.size(); ++i) {
@@ -760,7 +845,7 @@ void WordPerfectWriter::writeTable(const OpenTable &table, const std::string &bo
         if (wanted[at] & side)
             cells[static_cast<std::size_t>(other)].shape.borders |= opposite;
     };
-    for (std::size_t at = 0; at < cells.size() && !table.inner.empty(); ++at) {
+    for (std::size_t at = 0; at < cells.size() && !table.inner.empty() && !writesCellBorders(); ++at) {
         const GridCell &cell = cells[at];
         if (cell.shape.coveredFromAbove)
             continue;
@@ -811,6 +896,12 @@ void WordPerfectWriter::writeTable(const OpenTable &table, const std::string &bo
         shapes.emplace_back();
         for (const Placed &placed : row)
             shapes.back().push_back(placed.shape);
+    }
+    if (writesCellBorders()) {
+        settleLinesForLibwpd(shapes, gridColumns);
+        for (std::size_t r = 0; r < plan.size(); ++r)
+            for (std::size_t k = 0; k < plan[r].size(); ++k)
+                plan[r][k].shape.borders = shapes[r][k].borders;
     }
     writeTableStart(grid.widths, position, leftOffset, shapes);
     CharacterFormat format = streams.back().written;
