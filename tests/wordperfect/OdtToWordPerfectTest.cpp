@@ -841,6 +841,41 @@ TEST_P(OdtToWordPerfect, MergesATableInsideACellIntoTheOuterGrid)
                                           {"below 4x1", "corner 1x1"}}));
 }
 
+// A cell that holds two tables, as a web page's column of boxes does: both join the grid, each in
+// rows of its own, with the cell's text between them.
+TEST_P(OdtToWordPerfect, MergesTwoTablesInsideOneCellIntoTheOuterGrid)
+{
+    const auto table = [](const std::string &name, const std::string &rows) {
+        return R"(<table:table table:name=")" + name +
+               R"("><table:table-column table:number-columns-repeated="2"/>)" + rows + "</table:table>";
+    };
+    const auto row = [](const std::string &a, const std::string &b) {
+        return "<table:table-row>" + lined(p(a)) + lined(p(b)) + "</table:table-row>";
+    };
+    const std::string held = p("head") + table("a", row("a1", "a2") + row("a3", "a4")) + p("mid") +
+                             table("b", row("b1", "b2")) + p("tail");
+    const auto back = convert(flatOdt(linedCell, R"(<table:table table:name="o"><table:table-column/>)"
+                                                 "<table:table-row>" +
+                                                     lined(held) + "</table:table-row></table:table>"));
+    const auto tables = back.document.tables();
+    ASSERT_EQ(tables.size(), 1u);
+    std::vector<Strings> rows;
+    for (const richtext::Row &r : tables[0]->rows) {
+        rows.emplace_back();
+        for (const richtext::Cell &c : r.cells) {
+            std::string text;
+            for (const richtext::Block &block : c.blocks)
+                if (const richtext::Paragraph *paragraph = block.paragraph())
+                    text += (text.empty() ? "" : "|") + paragraph->text();
+            if (!c.covered)
+                rows.back().push_back(text + " " + std::to_string(c.columnSpan));
+        }
+    }
+    EXPECT_EQ(rows,
+              (std::vector<Strings>{
+                  {"head 2"}, {"a1 1", "a2 1"}, {"a3 1", "a4 1"}, {"mid 2"}, {"b1 1", "b2 1"}, {"tail 2"}}));
+}
+
 // Word gives an edge between two rows once, as the upper cell's bottom line. Where the upper cell
 // holds a narrower table, the room beside that table keeps the line: readers draw an edge only
 // where the cells on both sides of it have it.
