@@ -1224,6 +1224,26 @@ TEST_P(OdtToWordPerfect, LeavesALinelessHeadingAndRoomOutOfA51Table)
     EXPECT_NEAR(std::stod(property(tables[0]->properties, "fo:margin-left")), 6.5 / 3 - 0.07, 0.02);
 }
 
+// An empty table without lines shows nothing but the room of its rows; 5.1, whose cells all show
+// their lines, keeps that room as a blank line a row.
+TEST_P(OdtToWordPerfect, KeepsALinelessEmptyTableAsTheRoomOfItsRows)
+{
+    const std::string row = "<table:table-row>" + cell("<text:p/>") + cell("<text:p/>") + cell("<text:p/>") +
+                            "</table:table-row>";
+    const auto back = convert(flatOdt(
+        "", p("before") +
+                R"(<table:table table:name="t"><table:table-column table:number-columns-repeated="3"/>)" +
+                row + row + "</table:table>" + p("after")));
+    const auto tables = back.document.tables();
+    if (wp6()) {
+        ASSERT_EQ(tables.size(), 1u);
+        EXPECT_EQ(tables[0]->rows.size(), 2u);
+        return;
+    }
+    EXPECT_TRUE(tables.empty());
+    EXPECT_EQ(wptest::texts(back.document), (Strings{"before", "", "", "after"}));
+}
+
 // A text box keeps its words and its place in WordPerfect 6: in the line, or its offset from the
 // paragraph (across from the margin) or from the paper's edges, or centred.
 TEST_P(OdtToWordPerfect, KeepsWhereATextBoxStands)

@@ -725,7 +725,11 @@ bool WordPerfectWriter::unboxLineless(const OpenTable &table, const std::string 
         return std::any_of(cell.texts.begin(), cell.texts.end(),
                            [](const TablePart *text) { return text && text->content; });
     };
-    if (gridColumns == 1 && table.inner.empty() &&
+    // A table with neither lines nor text shows only the room its rows take: a line each.
+    const bool blank = std::none_of(cells.begin(), cells.end(),
+                                    [](const GridCell &cell) { return cell.shape.borders != 0; }) &&
+                       std::none_of(cells.begin(), cells.end(), hasText);
+    if ((gridColumns == 1 || blank) && table.inner.empty() &&
         std::none_of(cells.begin(), cells.end(),
                      [](const GridCell &cell) { return cell.shape.borders & 0x0C; })) {
         // A column of cells with no line above or below them (a cover's title block, perhaps
@@ -735,7 +739,9 @@ bool WordPerfectWriter::unboxLineless(const OpenTable &table, const std::string 
             lose(loss::cellBorders);
         std::vector<const GridCell *> all;
         for (const GridCell &cell : cells)
-            all.push_back(&cell);
+            if (gridColumns == 1 ||
+                (!cell.shape.coveredFromAbove && (all.empty() || all.back()->row != cell.row)))
+                all.push_back(&cell);
         paragraphsOf(all, 0, tableWidth);
         streams.back().written = format;
         streams.back().spacingInForce = spacing;
