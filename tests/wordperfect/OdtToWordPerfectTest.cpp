@@ -876,6 +876,31 @@ TEST_P(OdtToWordPerfect, MergesTwoTablesInsideOneCellIntoTheOuterGrid)
                   {"head 2"}, {"a1 1", "a2 1"}, {"a3 1", "a4 1"}, {"mid 2"}, {"b1 1", "b2 1"}, {"tail 2"}}));
 }
 
+// A table inside a cell starts where the cell's text does: in from its edge by the cell's padding
+// and then by the table's own margin.
+TEST_P(OdtToWordPerfect, SetsATableInsideACellInFromTheCellsEdge)
+{
+    const std::string styles =
+        linedCell +
+        R"(<style:style style:name="PAD" style:family="table-cell"><style:table-cell-properties )"
+        R"(fo:padding-left="0.2in" fo:border="0.5pt solid #000000"/></style:style>)"
+        R"(<style:style style:name="OUT" style:family="table"><style:table-properties style:width="4in" )"
+        R"(table:align="left"/></style:style><style:style style:name="IN" style:family="table">)"
+        R"(<style:table-properties style:width="2in" fo:margin-left="0.5in" table:align="left"/></style:style>)";
+    const std::string inner = R"(<table:table table:name="i" table:style-name="IN">)"
+                              R"(<table:table-column table:number-columns-repeated="2"/><table:table-row>)" +
+                              lined(p("x")) + lined(p("y")) + "</table:table-row></table:table>";
+    const auto back = convert(flatOdt(
+        styles, R"(<table:table table:name="o" table:style-name="OUT"><table:table-column/><table:table-row>)"
+                R"(<table:table-cell table:style-name="PAD">)" +
+                    inner + "</table:table-cell></table:table-row></table:table>"));
+    const auto tables = back.document.tables();
+    ASSERT_EQ(tables.size(), 1u);
+    ASSERT_EQ(tables[0]->columnWidths.size(), 4u) << "room, the table's two columns, room";
+    EXPECT_NEAR(tables[0]->columnWidths[0], 0.7, 0.02);
+    EXPECT_NEAR(tables[0]->columnWidths[1], 1.0, 0.02);
+}
+
 // Word gives an edge between two rows once, as the upper cell's bottom line. Where the upper cell
 // holds a narrower table, the room beside that table keeps the line: readers draw an edge only
 // where the cells on both sides of it have it.

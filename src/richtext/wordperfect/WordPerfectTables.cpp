@@ -303,6 +303,10 @@ void WordPerfectWriter::openTableCell(const RVNGPropertyList &propList)
         std::from_chars(background.data() + 1, background.data() + 7, rgb, 16).ec == std::errc())
         cell.fill = rgb;
     beginCell(cell);
+    // A table inside the cell stands where its text starts, in from the edge by the padding.
+    const auto padding = inchesOf(propList, "fo:padding-left");
+    table.cells.back().padding =
+        std::max(0, wpu(padding.value_or(inchesOf(propList, "fo:padding").value_or(0))));
     table.column += cell.columnSpan;
     table.horizontalCover = cell.columnSpan - 1;
 }
@@ -499,14 +503,15 @@ WordPerfectWriter::TableGrid WordPerfectWriter::gridOf(const OpenTable &table) c
             const int left = outerEdge(cell.shape.column);
             const int right = outerEdge(cell.shape.column + cell.shape.columnSpan);
             // Wider than its cell (as columns that share out the page come out): narrowed to fit.
-            const int room = right - left - std::max(0, table.inner[at].marginLeft);
+            const int inset = cell.padding + std::max(0, table.inner[at].marginLeft);
+            const int room = right - left - inset;
             const double wide = std::accumulate(inner[at].widths.begin(), inner[at].widths.end(), 0.0);
             if (room > 0 && wide > room) {
                 for (int &width : inner[at].widths)
                     width = std::max(1, static_cast<int>(std::lround(width * room / wide)));
             }
             std::vector<int> edges = merged;
-            int x = left + std::max(0, table.inner[at].marginLeft);
+            int x = left + inset;
             for (std::size_t i = 0; i <= inner[at].widths.size(); ++i) {
                 const int edge = std::clamp(x, left, right);
                 // An edge closer than this to one there already is that one.
@@ -615,8 +620,8 @@ WordPerfectWriter::TableGrid WordPerfectWriter::gridOf(const OpenTable &table) c
             // of it do.
             const bool textAbove = n > 0 ? showsText(cell.afters[n - 1]) : hasText(cell.text);
             const int edges = (textAbove || n > 0 ? 0 : 4) | (showsText(after) || !last ? 0 : 8);
-            const int left =
-                outerEdge(cell.shape.column) + std::max(0, table.inner[cell.inners[n]].marginLeft);
+            const int left = outerEdge(cell.shape.column) + cell.padding +
+                             std::max(0, table.inner[cell.inners[n]].marginLeft);
             std::vector<int> innerEdges{left};
             for (int width : held.widths)
                 innerEdges.push_back(innerEdges.back() + width);

@@ -330,6 +330,7 @@ private:
     struct RecordedCell {
         CellShape shape;
         int row = 0;
+        int padding = 0;                 // WPU, from its left edge to its text and the tables it holds
         TablePart text;                  // before the first table it holds, when it holds any
         std::vector<std::size_t> inners; // the tables it holds, indexes into the outer table's `inner`
         std::vector<TablePart> afters;   // the text after each of them
