@@ -876,6 +876,28 @@ TEST_P(OdtToWordPerfect, MergesTwoTablesInsideOneCellIntoTheOuterGrid)
                   {"head 2"}, {"a1 1", "a2 1"}, {"a3 1", "a4 1"}, {"mid 2"}, {"b1 1", "b2 1"}, {"tail 2"}}));
 }
 
+// The empty paragraph a cell ends with after a table inside it takes no row of its own, whatever
+// its font size (a web page's cells end in one of 2 pt).
+TEST_P(OdtToWordPerfect, GivesNoRowToTheEmptyParagraphAfterATableInsideACell)
+{
+    const std::string styles = linedCell + R"(<style:style style:name="TINY" style:family="paragraph">)"
+                                           R"(<style:text-properties fo:font-size="2pt"/></style:style>)";
+    for (const std::string ending : {"<text:p/>", R"(<text:p text:style-name="TINY"/>)"}) {
+        SCOPED_TRACE(ending);
+        const std::string inner = R"(<table:table table:name="i"><table:table-column/>)"
+                                  "<table:table-row>" +
+                                  lined(p("x")) + "</table:table-row><table:table-row>" + lined(p("y")) +
+                                  "</table:table-row></table:table>";
+        const auto back =
+            convert(flatOdt(styles, R"(<table:table table:name="o"><table:table-column/>)"
+                                    "<table:table-row>" +
+                                        lined(inner + ending) + "</table:table-row></table:table>"));
+        const auto tables = back.document.tables();
+        ASSERT_EQ(tables.size(), 1u);
+        EXPECT_EQ(tables[0]->rows.size(), 2u);
+    }
+}
+
 // A table inside a cell starts where the cell's text does: in from its edge by the cell's padding
 // and then by the table's own margin.
 TEST_P(OdtToWordPerfect, SetsATableInsideACellInFromTheCellsEdge)
