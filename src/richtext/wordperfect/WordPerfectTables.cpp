@@ -1,6 +1,7 @@
 // Tables: WordPerfect's own table codes. Its tables do not nest: a table inside a cell joins the
-// outer table's grid (the cell's columns split at its column edges, its row at its rows); a second
-// one in a row, or one the grid has no columns left for, becomes paragraphs of its cell.
+// outer table's grid (the cell's columns split at its column edges, its row at its rows); one in
+// another cell of a row that already holds one, or one the grid has no columns left for, becomes
+// paragraphs of its cell.
 
 #include "WordPerfectWriter.h"
 
@@ -146,7 +147,8 @@ void WordPerfectWriter::openTable(const RVNGPropertyList &propList)
         return;
     }
     if (!tables.empty()) {
-        // A second in the row, or in a cell that spans rows: its cells become paragraphs of the cell.
+        // One in another cell of the row, or in a cell that spans rows: its cells become paragraphs
+        // of the cell.
         table.degraded = true;
         lose(loss::nestedTables);
         tables.push_back(table);
