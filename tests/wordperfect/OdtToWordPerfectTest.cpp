@@ -9,6 +9,7 @@
 
 #include <algorithm>
 #include <charconv>
+#include <map>
 #include <optional>
 #include <string>
 #include <vector>
@@ -856,6 +857,88 @@ TEST_P(OdtToWordPerfect, MergesATableInsideACellIntoTheOuterGrid)
                                           {"below 4x1", "corner 1x1"}}));
 }
 
+// A cell that holds two tables, as a web page's column of boxes does: both join the grid, each in
+// rows of its own, with the cell's text between them.
+TEST_P(OdtToWordPerfect, MergesTwoTablesInsideOneCellIntoTheOuterGrid)
+{
+    const auto table = [](const std::string &name, const std::string &rows) {
+        return R"(<table:table table:name=")" + name +
+               R"("><table:table-column table:number-columns-repeated="2"/>)" + rows + "</table:table>";
+    };
+    const auto row = [](const std::string &a, const std::string &b) {
+        return "<table:table-row>" + lined(p(a)) + lined(p(b)) + "</table:table-row>";
+    };
+    const std::string held = p("head") + table("a", row("a1", "a2") + row("a3", "a4")) + p("mid") +
+                             table("b", row("b1", "b2")) + p("tail");
+    const auto back = convert(flatOdt(linedCell, R"(<table:table table:name="o"><table:table-column/>)"
+                                                 "<table:table-row>" +
+                                                     lined(held) + "</table:table-row></table:table>"));
+    const auto tables = back.document.tables();
+    ASSERT_EQ(tables.size(), 1u);
+    std::vector<Strings> rows;
+    for (const richtext::Row &r : tables[0]->rows) {
+        rows.emplace_back();
+        for (const richtext::Cell &c : r.cells) {
+            std::string text;
+            for (const richtext::Block &block : c.blocks)
+                if (const richtext::Paragraph *paragraph = block.paragraph())
+                    text += (text.empty() ? "" : "|") + paragraph->text();
+            if (!c.covered)
+                rows.back().push_back(text + " " + std::to_string(c.columnSpan));
+        }
+    }
+    EXPECT_EQ(rows,
+              (std::vector<Strings>{
+                  {"head 2"}, {"a1 1", "a2 1"}, {"a3 1", "a4 1"}, {"mid 2"}, {"b1 1", "b2 1"}, {"tail 2"}}));
+}
+
+// The empty paragraph a cell ends with after a table inside it takes no row of its own, whatever
+// its font size (a web page's cells end in one of 2 pt).
+TEST_P(OdtToWordPerfect, GivesNoRowToTheEmptyParagraphAfterATableInsideACell)
+{
+    const std::string styles = linedCell + R"(<style:style style:name="TINY" style:family="paragraph">)"
+                                           R"(<style:text-properties fo:font-size="2pt"/></style:style>)";
+    for (const std::string ending : {"<text:p/>", R"(<text:p text:style-name="TINY"/>)"}) {
+        SCOPED_TRACE(ending);
+        const std::string inner = R"(<table:table table:name="i"><table:table-column/>)"
+                                  "<table:table-row>" +
+                                  lined(p("x")) + "</table:table-row><table:table-row>" + lined(p("y")) +
+                                  "</table:table-row></table:table>";
+        const auto back =
+            convert(flatOdt(styles, R"(<table:table table:name="o"><table:table-column/>)"
+                                    "<table:table-row>" +
+                                        lined(inner + ending) + "</table:table-row></table:table>"));
+        const auto tables = back.document.tables();
+        ASSERT_EQ(tables.size(), 1u);
+        EXPECT_EQ(tables[0]->rows.size(), 2u);
+    }
+}
+
+// A table inside a cell starts where the cell's text does: in from its edge by the cell's padding
+// and then by the table's own margin.
+TEST_P(OdtToWordPerfect, SetsATableInsideACellInFromTheCellsEdge)
+{
+    const std::string styles =
+        linedCell +
+        R"(<style:style style:name="PAD" style:family="table-cell"><style:table-cell-properties )"
+        R"(fo:padding-left="0.2in" fo:border="0.5pt solid #000000"/></style:style>)"
+        R"(<style:style style:name="OUT" style:family="table"><style:table-properties style:width="4in" )"
+        R"(table:align="left"/></style:style><style:style style:name="IN" style:family="table">)"
+        R"(<style:table-properties style:width="2in" fo:margin-left="0.5in" table:align="left"/></style:style>)";
+    const std::string inner = R"(<table:table table:name="i" table:style-name="IN">)"
+                              R"(<table:table-column table:number-columns-repeated="2"/><table:table-row>)" +
+                              lined(p("x")) + lined(p("y")) + "</table:table-row></table:table>";
+    const auto back = convert(flatOdt(
+        styles, R"(<table:table table:name="o" table:style-name="OUT"><table:table-column/><table:table-row>)"
+                R"(<table:table-cell table:style-name="PAD">)" +
+                    inner + "</table:table-cell></table:table-row></table:table>"));
+    const auto tables = back.document.tables();
+    ASSERT_EQ(tables.size(), 1u);
+    ASSERT_EQ(tables[0]->columnWidths.size(), 4u) << "room, the table's two columns, room";
+    EXPECT_NEAR(tables[0]->columnWidths[0], 0.7, 0.02);
+    EXPECT_NEAR(tables[0]->columnWidths[1], 1.0, 0.02);
+}
+
 // Word gives an edge between two rows once, as the upper cell's bottom line. Where the upper cell
 // holds a narrower table, the room beside that table keeps the line: readers draw an edge only
 // where the cells on both sides of it have it.
@@ -894,6 +977,80 @@ TEST_P(OdtToWordPerfect, KeepsTheLineBelowACellThatHoldsATable)
     EXPECT_EQ(below.columnSpan, 2);
     EXPECT_NE(property(below.properties, "fo:border-top").find("solid"), std::string::npos)
         << property(below.properties, "fo:border-top");
+}
+
+// Beside a lineless cell that spans rows, or a lineless table cell holding a narrower lined table,
+// the lined cells keep every edge: libwpd pairs a cell with its neighbours by their place in the
+// row's list of cells, which a cell covered from above or spanning columns shifts.
+TEST_P(OdtToWordPerfect, KeepsEveryLineOfCellsBesideASpanningLinelessCell)
+{
+    if (!wp6())
+        GTEST_SKIP() << "libwpd draws every line of a 5.1 table";
+    const std::string styles =
+        linedCell +
+        R"(<style:style style:name="IN" style:family="table"><style:table-properties style:width="2in" )"
+        R"(fo:margin-left="1in" table:align="left"/></style:style>)";
+    const auto table = [](const std::string &rows, int columns, const std::string &style = {}) {
+        return R"(<table:table table:name="t")" +
+               (style.empty() ? "" : " table:style-name=\"" + style + "\"") +
+               R"(><table:table-column table:number-columns-repeated=")" + std::to_string(columns) +
+               R"("/>)" + rows + "</table:table>";
+    };
+    const std::string block = "<table:table-row>" + lined(p("a")) + lined(p("b")) +
+                              "</table:table-row><table:table-row>" + lined(p("c")) + lined(p("d")) +
+                              "</table:table-row>";
+    const struct {
+        const char *name;
+        std::string body;
+    } cases[] = {
+        {"a cell spanning two rows",
+         table("<table:table-row><table:table-cell table:number-rows-spanned=\"2\">" + p("left") +
+                   "</table:table-cell>" + lined(p("a")) + lined(p("b")) +
+                   "</table:table-row><table:table-row><table:covered-table-cell/>" + lined(p("c")) +
+                   lined(p("d")) + "</table:table-row>",
+               3)},
+        {"a table in the cell beside",
+         table("<table:table-row>" + cell(p("left")) + cell(p("Invoice") + table(block, 2, "IN")) +
+                   "</table:table-row>",
+               2)},
+    };
+    for (const auto &c : cases) {
+        SCOPED_TRACE(c.name);
+        const auto back = convert(flatOdt(styles, c.body));
+        const auto tables = back.document.tables();
+        ASSERT_EQ(tables.size(), 1u);
+        // Who covers each place of the grid, and whether an edge of it shows from either side.
+        std::map<std::pair<int, int>, const richtext::Cell *> at;
+        for (const richtext::Row &row : tables[0]->rows)
+            for (const richtext::Cell &cell : row.cells)
+                if (!cell.covered)
+                    for (int r = cell.row; r < cell.row + cell.rowSpan; ++r)
+                        for (int k = cell.column; k < cell.column + cell.columnSpan; ++k)
+                            at[{r, k}] = &cell;
+        const auto drawn = [&](int r, int k, const char *side) {
+            const auto found = at.find({r, k});
+            return found != at.end() &&
+                   property(found->second->properties, side).find("solid") != std::string::npos;
+        };
+        Strings boxed;
+        for (const auto &[place, cell] : at) {
+            const auto [r, k] = place;
+            std::string text;
+            for (const richtext::Block &b : cell->blocks)
+                if (const richtext::Paragraph *paragraph = b.paragraph())
+                    text += paragraph->text();
+            if (text.size() != 1 || r != cell->row || k != cell->column)
+                continue;
+            const int below = r + cell->rowSpan, beyond = k + cell->columnSpan;
+            const bool all = (drawn(r, k, "fo:border-left") || drawn(r, k - 1, "fo:border-right")) &&
+                             (drawn(r, k, "fo:border-top") || drawn(r - 1, k, "fo:border-bottom")) &&
+                             (drawn(r, k, "fo:border-right") || drawn(r, beyond, "fo:border-left")) &&
+                             (drawn(r, k, "fo:border-bottom") || drawn(below, k, "fo:border-top"));
+            boxed.push_back(text + (all ? " boxed" : " open"));
+        }
+        std::sort(boxed.begin(), boxed.end());
+        EXPECT_EQ(boxed, (Strings{"a boxed", "b boxed", "c boxed", "d boxed"}));
+    }
 }
 
 // The room between a header and the text is a blank line at the header's end: readers drop a header's
@@ -1135,6 +1292,26 @@ TEST_P(OdtToWordPerfect, LeavesALinelessHeadingAndRoomOutOfA51Table)
     // The boxes stay a third of the text's width in from the margin (the table's own 0.07 in pulls
     // its text back to the margin).
     EXPECT_NEAR(std::stod(property(tables[0]->properties, "fo:margin-left")), 6.5 / 3 - 0.07, 0.02);
+}
+
+// An empty table without lines shows nothing but the room of its rows; 5.1, whose cells all show
+// their lines, keeps that room as a blank line a row.
+TEST_P(OdtToWordPerfect, KeepsALinelessEmptyTableAsTheRoomOfItsRows)
+{
+    const std::string row = "<table:table-row>" + cell("<text:p/>") + cell("<text:p/>") + cell("<text:p/>") +
+                            "</table:table-row>";
+    const auto back = convert(flatOdt(
+        "", p("before") +
+                R"(<table:table table:name="t"><table:table-column table:number-columns-repeated="3"/>)" +
+                row + row + "</table:table>" + p("after")));
+    const auto tables = back.document.tables();
+    if (wp6()) {
+        ASSERT_EQ(tables.size(), 1u);
+        EXPECT_EQ(tables[0]->rows.size(), 2u);
+        return;
+    }
+    EXPECT_TRUE(tables.empty());
+    EXPECT_EQ(wptest::texts(back.document), (Strings{"before", "", "", "after"}));
 }
 
 // A text box keeps its words and its place in WordPerfect 6: in the line, or its offset from the

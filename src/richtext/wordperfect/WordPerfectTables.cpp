@@ -1,6 +1,7 @@
 // Tables: WordPerfect's own table codes. Its tables do not nest: a table inside a cell joins the
-// outer table's grid (the cell's columns split at its column edges, its row at its rows); a second
-// one in a row, or one the grid has no columns left for, becomes paragraphs of its cell.
+// outer table's grid (the cell's columns split at its column edges, its row at its rows); one in
+// another cell of a row that already holds one, or one the grid has no columns left for, becomes
+// paragraphs of its cell.
 
 #include "WordPerfectWriter.h"
 
@@ -80,7 +81,8 @@ void WordPerfectWriter::placeTable(OpenTable &table, const RVNGPropertyList &pro
     }
 }
 
-// A table inside a cell can join the outer grid: one per row, in a cell of one row.
+// A table inside a cell can join the outer grid: in a cell of one row, the only one of its row
+// that holds tables.
 bool WordPerfectWriter::nestsInGrid() const
 {
     // Not from a note or box inside the cell: their text is a stream of its own.
@@ -89,10 +91,11 @@ bool WordPerfectWriter::nestsInGrid() const
         return false;
     const OpenTable &outer = tables.back();
     const RecordedCell &cell = outer.cells.back();
-    if (cell.shape.coveredFromAbove || cell.shape.rowSpan != 1 || cell.inner >= 0)
+    if (cell.shape.coveredFromAbove || cell.shape.rowSpan != 1)
         return false;
-    return std::none_of(outer.cells.begin(), outer.cells.end(),
-                        [&](const RecordedCell &other) { return other.row == cell.row && other.inner >= 0; });
+    return std::none_of(outer.cells.begin(), outer.cells.end() - 1, [&](const RecordedCell &other) {
+        return other.row == cell.row && !other.inners.empty();
+    });
 }
 
 void WordPerfectWriter::startPart(TablePart &part)
@@ -130,7 +133,8 @@ void WordPerfectWriter::openTable(const RVNGPropertyList &propList)
         // whose margins stand between that text and the table.
         streams.back().spacingBelow = 0;
         endContainer();
-        TablePart &before = tables.back().cells.back().text;
+        RecordedCell &cell = tables.back().cells.back();
+        TablePart &before = cell.inners.empty() ? cell.text : cell.afters.back();
         before.textEnd = streams.back().bytes.size();
         before.paragraphAtEnd = streams.back().paragraph;
         resetParagraphFormat();
@@ -143,7 +147,8 @@ void WordPerfectWriter::openTable(const RVNGPropertyList &propList)
         return;
     }
     if (!tables.empty()) {
-        // A second in the row, or in a cell that spans rows: its cells become paragraphs of the cell.
+        // One in another cell of the row, or in a cell that spans rows: its cells become paragraphs
+        // of the cell.
         table.degraded = true;
         lose(loss::nestedTables);
         tables.push_back(table);
@@ -215,7 +220,7 @@ void WordPerfectWriter::beginCell(const CellShape &shape)
 void WordPerfectWriter::endCell()
 {
     Stream &stream = streams.back();
-    if (!writesParagraphSpacing() && inCellStream() && tables.back().cells.back().inner < 0) {
+    if (!writesParagraphSpacing() && inCellStream() && tables.back().cells.back().inners.empty()) {
         // A row is as tall as its cells' last paragraph space and at least its own height, as in
         // word processors: 5.1 has neither code, so a blank line makes up the room. The cell's
         // margins above and below its text, about 0.08 in together, give part of either; the
@@ -248,7 +253,7 @@ void WordPerfectWriter::endCell()
     endContainer();
     if (!tables.empty() && !tables.back().cells.empty()) {
         RecordedCell &cell = tables.back().cells.back();
-        if (TablePart &part = cell.inner >= 0 ? cell.after : cell.text; part.open) {
+        if (TablePart &part = cell.inners.empty() ? cell.text : cell.afters.back(); part.open) {
             part.textEnd = stream.bytes.size();
             part.paragraphAtEnd = stream.paragraph;
         }
@@ -257,7 +262,7 @@ void WordPerfectWriter::endCell()
     if (tables.empty() || tables.back().cells.empty())
         return;
     RecordedCell &cell = tables.back().cells.back();
-    finishPart(cell.inner >= 0 ? cell.after : cell.text);
+    finishPart(cell.inners.empty() ? cell.text : cell.afters.back());
 }
 
 void WordPerfectWriter::openTableCell(const RVNGPropertyList &propList)
@@ -300,6 +305,10 @@ void WordPerfectWriter::openTableCell(const RVNGPropertyList &propList)
         std::from_chars(background.data() + 1, background.data() + 7, rgb, 16).ec == std::errc())
         cell.fill = rgb;
     beginCell(cell);
+    // A table inside the cell stands where its text starts, in from the edge by the padding.
+    const auto padding = inchesOf(propList, "fo:padding-left");
+    table.cells.back().padding =
+        std::max(0, wpu(padding.value_or(inchesOf(propList, "fo:padding").value_or(0))));
     table.column += cell.columnSpan;
     table.horizontalCover = cell.columnSpan - 1;
 }
@@ -347,11 +356,12 @@ void WordPerfectWriter::closeTable()
         // The rest of the outer cell's text is a part of its own.
         OpenTable &outer = tables.back();
         RecordedCell &cell = outer.cells.back();
-        cell.inner = static_cast<int>(outer.inner.size());
+        cell.inners.push_back(outer.inner.size());
         outer.inner.push_back(std::move(table));
         streams.back().paragraph = ParagraphFormat();
         streams.back().pendingReturns = 0;
-        startPart(cell.after);
+        cell.afters.emplace_back();
+        startPart(cell.afters.back());
         return;
     }
     const std::string body = popStream(false); // the table's cells are part of the text
@@ -370,6 +380,91 @@ int nearestEdge(const std::vector<int> &edges, int x)
     if (at != edges.begin() && x - *(at - 1) < *at - x)
         return static_cast<int>(at - edges.begin()) - 1;
     return static_cast<int>(at - edges.begin());
+}
+
+// libwpd settles each edge between a 6 table's cells before drawing them: a cell's right (bottom)
+// line goes to the cells next to it, which keep theirs only where it had it, and the cell itself
+// then draws none. It finds those cells by their place in their row's list of cells, as if that
+// were their column, and leaves out cells covered from above: past a cell spanning rows or
+// columns, it pairs cells that do not touch, and a lineless one there takes the lines of others.
+// So every cell that has such neighbours gets its right and bottom line on, which takes nothing
+// from them, and each edge is drawn by the cell right of or below it, on where either side
+// wants it; the table's right and bottom edge stays with the cells there.
+void settleLinesForLibwpd(std::vector<std::vector<CellShape>> &rows, int columns)
+{
+    const int rowCount = static_cast<int>(rows.size());
+    std::vector<std::vector<const CellShape *>> listed(rows.size()); // as libwpd lists them
+    std::vector<std::vector<const CellShape *>> owner(
+        rows.size(), std::vector<const CellShape *>(static_cast<std::size_t>(std::max(columns, 0)), nullptr));
+    for (int r = 0; r < rowCount; ++r) {
+        for (const CellShape &cell : rows[static_cast<std::size_t>(r)]) {
+            if (cell.coveredFromAbove)
+                continue;
+            listed[static_cast<std::size_t>(r)].push_back(&cell);
+            for (int rr = r; rr < std::min(rowCount, r + cell.rowSpan); ++rr)
+                for (int c = std::max(0, cell.column); c < std::min(columns, cell.column + cell.columnSpan);
+                     ++c)
+                    owner[static_cast<std::size_t>(rr)][static_cast<std::size_t>(c)] = &cell;
+        }
+    }
+    // Whether a cell in these rows and columns has the line on this side.
+    auto wanted = [&](int fromRow, int toRow, int fromColumn, int toColumn, int side) {
+        for (int r = std::max(0, fromRow); r < std::min(rowCount, toRow); ++r)
+            for (int c = std::max(0, fromColumn); c < std::min(columns, toColumn); ++c)
+                if (const CellShape *other = owner[static_cast<std::size_t>(r)][static_cast<std::size_t>(c)];
+                    other && (other->borders & side))
+                    return true;
+        return false;
+    };
+    auto touches = [&](int fromRow, int toRow, int fromColumn, int toColumn) {
+        for (int r = std::max(0, fromRow); r < std::min(rowCount, toRow); ++r)
+            for (int c = std::max(0, fromColumn); c < std::min(columns, toColumn); ++c)
+                if (owner[static_cast<std::size_t>(r)][static_cast<std::size_t>(c)])
+                    return true;
+        return false;
+    };
+    std::vector<std::vector<int>> settled(rows.size());
+    for (int r = 0; r < rowCount; ++r) {
+        const std::vector<const CellShape *> &list = listed[static_cast<std::size_t>(r)];
+        for (std::size_t j = 0; j < list.size(); ++j) {
+            const CellShape &cell = *list[j];
+            const int top = r, bottom = r + cell.rowSpan;
+            const int left = cell.column, right = cell.column + cell.columnSpan;
+            int lines = cell.borders;
+            if (wanted(top, bottom, left - 1, left, 2))
+                lines |= 1;
+            if (wanted(top - 1, top, left, right, 8))
+                lines |= 4;
+            bool listedRight = false;
+            for (int i = 0; i < rowCount && !listedRight; ++i) {
+                const std::vector<const CellShape *> &other = listed[static_cast<std::size_t>(i)];
+                listedRight = other.size() > j + 1 && i + other[j + 1]->rowSpan > r && i < bottom;
+            }
+            // Where the cells beside it draw the edge, the cell's own line would double it.
+            if (listedRight)
+                lines |= 2;
+            else if (touches(top, bottom, right, right + 1))
+                lines &= ~2;
+            bool listedBelow = false;
+            if (bottom < rowCount) {
+                const std::vector<const CellShape *> &below = listed[static_cast<std::size_t>(bottom)];
+                for (std::size_t k = 0; k < below.size() && !listedBelow; ++k)
+                    listedBelow = static_cast<int>(k) + below[k]->columnSpan > static_cast<int>(j) &&
+                                  k < j + static_cast<std::size_t>(cell.columnSpan);
+            }
+            if (listedBelow)
+                lines |= 8;
+            else if (touches(bottom, bottom + 1, left, right))
+                lines &= ~8;
+            settled[static_cast<std::size_t>(r)].push_back(lines);
+        }
+    }
+    for (int r = 0; r < rowCount; ++r) {
+        std::size_t j = 0;
+        for (CellShape &cell : rows[static_cast<std::size_t>(r)])
+            if (!cell.coveredFromAbove)
+                cell.borders = settled[static_cast<std::size_t>(r)][j++];
+    }
 }
 
 } // namespace
@@ -405,33 +500,33 @@ WordPerfectWriter::TableGrid WordPerfectWriter::gridOf(const OpenTable &table) c
     std::vector<TableGrid> inner(table.inner.size());
     std::vector<bool> joins(table.inner.size(), false);
     for (const RecordedCell &cell : table.cells) {
-        if (cell.inner < 0)
-            continue;
-        const auto at = static_cast<std::size_t>(cell.inner);
-        inner[at] = gridOf(table.inner[at]);
-        const int left = outerEdge(cell.shape.column);
-        const int right = outerEdge(cell.shape.column + cell.shape.columnSpan);
-        // Wider than its cell (as columns that share out the page come out): narrowed to fit.
-        const int room = right - left - std::max(0, table.inner[at].marginLeft);
-        const double wide = std::accumulate(inner[at].widths.begin(), inner[at].widths.end(), 0.0);
-        if (room > 0 && wide > room) {
-            for (int &width : inner[at].widths)
-                width = std::max(1, static_cast<int>(std::lround(width * room / wide)));
+        for (const std::size_t at : cell.inners) {
+            inner[at] = gridOf(table.inner[at]);
+            const int left = outerEdge(cell.shape.column);
+            const int right = outerEdge(cell.shape.column + cell.shape.columnSpan);
+            // Wider than its cell (as columns that share out the page come out): narrowed to fit.
+            const int inset = cell.padding + std::max(0, table.inner[at].marginLeft);
+            const int room = right - left - inset;
+            const double wide = std::accumulate(inner[at].widths.begin(), inner[at].widths.end(), 0.0);
+            if (room > 0 && wide > room) {
+                for (int &width : inner[at].widths)
+                    width = std::max(1, static_cast<int>(std::lround(width * room / wide)));
+            }
+            std::vector<int> edges = merged;
+            int x = left + inset;
+            for (std::size_t i = 0; i <= inner[at].widths.size(); ++i) {
+                const int edge = std::clamp(x, left, right);
+                // An edge closer than this to one there already is that one.
+                if (std::none_of(edges.begin(), edges.end(), [&](int e) { return std::abs(e - edge) <= 30; }))
+                    edges.insert(std::upper_bound(edges.begin(), edges.end(), edge), edge);
+                if (i < inner[at].widths.size())
+                    x += std::max(1, inner[at].widths[i]);
+            }
+            if (edges.size() > 33)
+                joins[at] = true;
+            else
+                merged = std::move(edges);
         }
-        std::vector<int> edges = merged;
-        int x = left + std::max(0, table.inner[at].marginLeft);
-        for (std::size_t i = 0; i <= inner[at].widths.size(); ++i) {
-            const int edge = std::clamp(x, left, right);
-            // An edge closer than this to one there already is that one.
-            if (std::none_of(edges.begin(), edges.end(), [&](int e) { return std::abs(e - edge) <= 30; }))
-                edges.insert(std::upper_bound(edges.begin(), edges.end(), edge), edge);
-            if (i < inner[at].widths.size())
-                x += std::max(1, inner[at].widths[i]);
-        }
-        if (edges.size() > 33)
-            joins[at] = true;
-        else
-            merged = std::move(edges);
     }
     const int gridColumns = static_cast<int>(merged.size()) - 1;
     auto span = [&](int left, int right) {
@@ -439,20 +534,24 @@ WordPerfectWriter::TableGrid WordPerfectWriter::gridOf(const OpenTable &table) c
         return std::pair{from, std::max(from + 1, nearestEdge(merged, right))};
     };
 
-    // Rows: an outer row with a table inside becomes the text before it, its rows, the text after.
+    // Rows: an outer row with tables inside becomes the text before them, and each one's rows and
+    // the text after it.
     const int rows = table.row + 1;
     std::vector<int> rowCount(static_cast<std::size_t>(std::max(0, rows)), 1);
     // Text before a table inside a cell has a row of its own; after it, only text that shows does.
     auto hasText = [](const TablePart &part) { return part.end > part.begin; };
     auto showsText = [](const TablePart &part) { return part.content; };
     auto merges = [&](const RecordedCell &cell) {
-        return cell.inner >= 0 && !joins[static_cast<std::size_t>(cell.inner)];
+        return !cell.inners.empty() && std::none_of(cell.inners.begin(), cell.inners.end(),
+                                                    [&](std::size_t at) { return joins[at]; });
     };
     for (const RecordedCell &cell : table.cells) {
-        if (merges(cell) && cell.row >= 0 && cell.row < rows)
-            rowCount[static_cast<std::size_t>(cell.row)] =
-                std::max(1, hasText(cell.text) + inner[static_cast<std::size_t>(cell.inner)].rows +
-                                showsText(cell.after));
+        if (!merges(cell) || cell.row < 0 || cell.row >= rows)
+            continue;
+        int count = hasText(cell.text);
+        for (std::size_t n = 0; n < cell.inners.size(); ++n)
+            count += inner[cell.inners[n]].rows + showsText(cell.afters[n]);
+        rowCount[static_cast<std::size_t>(cell.row)] = std::max(1, count);
     }
     std::vector<int> firstRow{0};
     for (int count : rowCount)
@@ -494,10 +593,10 @@ WordPerfectWriter::TableGrid WordPerfectWriter::gridOf(const OpenTable &table) c
             continue;
         }
         if (!merges(cell)) {
-            if (cell.inner >= 0) {
-                for (const GridCell &innerCell : inner[static_cast<std::size_t>(cell.inner)].cells)
+            for (std::size_t n = 0; n < cell.inners.size(); ++n) {
+                for (const GridCell &innerCell : inner[cell.inners[n]].cells)
                     outer.texts.insert(outer.texts.end(), innerCell.texts.begin(), innerCell.texts.end());
-                outer.texts.push_back(&cell.after);
+                outer.texts.push_back(&cell.afters[n]);
             }
             outer.rowSpan = rowStart(cell.row + cell.shape.rowSpan) - outer.row;
             cells.push_back(outer);
@@ -505,66 +604,74 @@ WordPerfectWriter::TableGrid WordPerfectWriter::gridOf(const OpenTable &table) c
             coverBelow(outer.row + 1, rowStart(cell.row + 1), from, to);
             continue;
         }
-        // The cell that holds a table: its text, the table with room either side, its text after.
-        const TableGrid &held = inner[static_cast<std::size_t>(cell.inner)];
+        // The cell that holds tables: its text, then each table with room either side and the text
+        // after it.
         int row = outer.row;
-        // The room beside the table keeps the cell's own line above and below it where no text of
-        // the cell stands there: a reader draws an edge only where the cells on both sides of it do.
-        const int edges = (hasText(cell.text) ? 0 : 4) | (showsText(cell.after) ? 0 : 8);
         if (hasText(cell.text)) {
             GridCell before = outer;
             before.shape.borders = cell.shape.borders & ~8;
             cells.push_back(before);
             ++row;
         }
-        const int left = outerEdge(cell.shape.column) +
-                         std::max(0, table.inner[static_cast<std::size_t>(cell.inner)].marginLeft);
-        std::vector<int> innerEdges{left};
-        for (int width : held.widths)
-            innerEdges.push_back(innerEdges.back() + width);
-        const int innerColumns = static_cast<int>(held.widths.size());
-        auto innerEdge = [&](int column) { return innerEdges[std::clamp(column, 0, innerColumns)]; };
-        const auto [innerFrom, innerTo] = span(innerEdge(0), innerEdge(innerColumns));
-        auto room = [&](int fromColumn, int toColumn, int borders) {
-            if (toColumn <= fromColumn || held.rows <= 0)
-                return;
-            GridCell filler = outer;
-            filler.row = row;
-            filler.column = fromColumn;
-            filler.columnSpan = toColumn - fromColumn;
-            filler.rowSpan = held.rows;
-            filler.shape.borders = cell.shape.borders & (borders | edges);
-            filler.texts.clear();
-            cells.push_back(filler);
-            coverBelow(row + 1, row + held.rows, fromColumn, toColumn);
-        };
-        room(from, std::min(innerFrom, to), 1);
-        room(std::max(innerTo, from), to, 2);
-        for (const GridCell &innerCell : held.cells) {
-            const auto [cellFrom, cellTo] =
-                span(innerEdge(innerCell.column), innerEdge(innerCell.column + innerCell.columnSpan));
-            GridCell part = innerCell;
-            part.row = row + std::clamp(innerCell.row, 0, held.rows - 1);
-            part.column = std::clamp(cellFrom, from, to - 1);
-            part.shape.rowHeight = 0;
-            if (innerCell.shape.coveredFromAbove) {
-                for (int c = part.column; c < std::min(cellTo, to); ++c) {
-                    part.column = c;
-                    cells.push_back(part);
+        for (std::size_t n = 0; n < cell.inners.size(); ++n) {
+            const TableGrid &held = inner[cell.inners[n]];
+            const TablePart &after = cell.afters[n];
+            const bool last = n + 1 == cell.inners.size();
+            // The room beside the table keeps the cell's own line above and below it where no text
+            // of the cell stands there: a reader draws an edge only where the cells on both sides
+            // of it do.
+            const bool textAbove = n > 0 ? showsText(cell.afters[n - 1]) : hasText(cell.text);
+            const int edges = (textAbove || n > 0 ? 0 : 4) | (showsText(after) || !last ? 0 : 8);
+            const int left = outerEdge(cell.shape.column) + cell.padding +
+                             std::max(0, table.inner[cell.inners[n]].marginLeft);
+            std::vector<int> innerEdges{left};
+            for (int width : held.widths)
+                innerEdges.push_back(innerEdges.back() + width);
+            const int innerColumns = static_cast<int>(held.widths.size());
+            auto innerEdge = [&](int column) { return innerEdges[std::clamp(column, 0, innerColumns)]; };
+            const auto [innerFrom, innerTo] = span(innerEdge(0), innerEdge(innerColumns));
+            auto room = [&](int fromColumn, int toColumn, int borders) {
+                if (toColumn <= fromColumn || held.rows <= 0)
+                    return;
+                GridCell filler = outer;
+                filler.row = row;
+                filler.column = fromColumn;
+                filler.columnSpan = toColumn - fromColumn;
+                filler.rowSpan = held.rows;
+                filler.shape.borders = cell.shape.borders & (borders | edges);
+                filler.texts.clear();
+                cells.push_back(filler);
+                coverBelow(row + 1, row + held.rows, fromColumn, toColumn);
+            };
+            room(from, std::min(innerFrom, to), 1);
+            room(std::max(innerTo, from), to, 2);
+            for (const GridCell &innerCell : held.cells) {
+                const auto [cellFrom, cellTo] =
+                    span(innerEdge(innerCell.column), innerEdge(innerCell.column + innerCell.columnSpan));
+                GridCell part = innerCell;
+                part.row = row + std::clamp(innerCell.row, 0, held.rows - 1);
+                part.column = std::clamp(cellFrom, from, to - 1);
+                part.shape.rowHeight = 0;
+                if (innerCell.shape.coveredFromAbove) {
+                    for (int c = part.column; c < std::min(cellTo, to); ++c) {
+                        part.column = c;
+                        cells.push_back(part);
+                    }
+                    continue;
                 }
-                continue;
+                part.columnSpan = std::max(1, std::min(cellTo, to) - part.column);
+                part.rowSpan = std::clamp(innerCell.rowSpan, 1, row + held.rows - part.row);
+                cells.push_back(part);
             }
-            part.columnSpan = std::max(1, std::min(cellTo, to) - part.column);
-            part.rowSpan = std::clamp(innerCell.rowSpan, 1, row + held.rows - part.row);
-            cells.push_back(part);
-        }
-        row += held.rows;
-        if (showsText(cell.after)) {
-            GridCell after = outer;
-            after.row = row;
-            after.shape.borders = cell.shape.borders & ~4;
-            after.texts = {&cell.after};
-            cells.push_back(after);
+            row += held.rows;
+            if (showsText(after)) {
+                GridCell text = outer;
+                text.row = row;
+                text.shape.borders = cell.shape.borders & ~4 & (last ? ~0 : ~8);
+                text.texts = {&after};
+                cells.push_back(text);
+                ++row;
+            }
         }
     }
     std::stable_sort(cells.begin(), cells.end(), [](const GridCell &a, const GridCell &b) {
@@ -625,7 +732,11 @@ bool WordPerfectWriter::unboxLineless(const OpenTable &table, const std::string 
         return std::any_of(cell.texts.begin(), cell.texts.end(),
                            [](const TablePart *text) { return text && text->content; });
     };
-    if (gridColumns == 1 && table.inner.empty() &&
+    // A table with neither lines nor text shows only the room its rows take: a line each.
+    const bool blank = std::none_of(cells.begin(), cells.end(),
+                                    [](const GridCell &cell) { return cell.shape.borders != 0; }) &&
+                       std::none_of(cells.begin(), cells.end(), hasText);
+    if ((gridColumns == 1 || blank) && table.inner.empty() &&
         std::none_of(cells.begin(), cells.end(),
                      [](const GridCell &cell) { return cell.shape.borders & 0x0C; })) {
         // A column of cells with no line above or below them (a cover's title block, perhaps
@@ -635,7 +746,9 @@ bool WordPerfectWriter::unboxLineless(const OpenTable &table, const std::string 
             lose(loss::cellBorders);
         std::vector<const GridCell *> all;
         for (const GridCell &cell : cells)
-            all.push_back(&cell);
+            if (gridColumns == 1 ||
+                (!cell.shape.coveredFromAbove && (all.empty() || all.back()->row != cell.row)))
+                all.push_back(&cell);
         paragraphsOf(all, 0, tableWidth);
         streams.back().written = format;
         streams.back().spacingInForce = spacing;
@@ -732,8 +845,8 @@ void WordPerfectWriter::writeTable(const OpenTable &table, const std::string &bo
     const int gridRows = grid.rows;
     const int gridColumns = static_cast<int>(grid.widths.size());
 
-    // Between a table inside a cell and the room around it, a line shows when either cell has it;
-    // libwpd takes the upper or left cell's word for it, so both get it.
+    // Between a table inside a cell and the room around it, a line shows when either cell has it:
+    // in 5.1 both get it (a 6 table's edges are settled once the cells are placed).
     std::vector<std::vector<int>> owner(static_cast<std::size_t>(gridRows),
                                         std::vector<int>(static_cast<std::size_t>(gridColumns), -1));
     for (std::size_t i = 0; i < cells.size(); ++i) {
@@ -760,7 +873,7 @@ void WordPerfectWriter::writeTable(const OpenTable &table, const std::string &bo
         if (wanted[at] & side)
             cells[static_cast<std::size_t>(other)].shape.borders |= opposite;
     };
-    for (std::size_t at = 0; at < cells.size() && !table.inner.empty(); ++at) {
+    for (std::size_t at = 0; at < cells.size() && !table.inner.empty() && !writesCellBorders(); ++at) {
         const GridCell &cell = cells[at];
         if (cell.shape.coveredFromAbove)
             continue;
@@ -811,6 +924,12 @@ void WordPerfectWriter::writeTable(const OpenTable &table, const std::string &bo
         shapes.emplace_back();
         for (const Placed &placed : row)
             shapes.back().push_back(placed.shape);
+    }
+    if (writesCellBorders()) {
+        settleLinesForLibwpd(shapes, gridColumns);
+        for (std::size_t r = 0; r < plan.size(); ++r)
+            for (std::size_t k = 0; k < plan[r].size(); ++k)
+                plan[r][k].shape.borders = shapes[r][k].borders;
     }
     writeTableStart(grid.widths, position, leftOffset, shapes);
     CharacterFormat format = streams.back().written;

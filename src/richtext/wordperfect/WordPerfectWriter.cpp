@@ -581,7 +581,13 @@ void WordPerfectWriter::closeParagraph()
         // paragraph's own font, so a page of small print holds the lines it held.
         stream.wanted.attributes = 0;
         stream.wanted.highlight.reset();
+        const bool content = stream.content;
         text(U"\u00A0");
+        // After a table inside a cell it is the paragraph a cell ends with, as at any size: not
+        // text of its own.
+        if (!tables.empty() && tables.back().stream == streams.size() && !tables.back().degraded &&
+            !tables.back().cells.empty() && !tables.back().cells.back().inners.empty())
+            stream.content = content;
     }
     closeAttributes();
     stream.pendingStart.reset();

@@ -334,9 +334,10 @@ private:
     struct RecordedCell {
         CellShape shape;
         int row = 0;
-        TablePart text; // before the table it holds, when it holds one
-        int inner = -1; // the table it holds, an index into the outer table's `inner`
-        TablePart after;
+        int padding = 0;                 // WPU, from its left edge to its text and the tables it holds
+        TablePart text;                  // before the first table it holds, when it holds any
+        std::vector<std::size_t> inners; // the tables it holds, indexes into the outer table's `inner`
+        std::vector<TablePart> afters;   // the text after each of them
     };
     struct OpenTable {
         std::vector<int> widths; // WPU per column
