@@ -119,6 +119,17 @@ std::vector<Case> cases()
          {"--wordperfect-target", "wp5"},
          "Cover.wp5",
          std::string(loss::firstPageHeaders)},
+        {"a right-to-left paragraph",
+         "Hebrew.fodt",
+         [](const fs::path &) {
+             return Odt{.automaticStyles = R"(<style:style style:name="R" style:family="paragraph">
+                 <style:paragraph-properties style:writing-mode="rl-tb"/></style:style>)",
+                        .body = "<text:p text:style-name=\"R\">\u05E9\u05DC\u05D5\u05DD</text:p>"}
+                 .flat();
+         },
+         {"--wordperfect-target", "wp5"},
+         "Hebrew.wp5",
+         std::string(loss::rightToLeft)},
         {"a picture WordPerfect cannot hold",
          "Metafile.fodt",
          [](const fs::path &) { return pictureOdt(metafileBase64); },
