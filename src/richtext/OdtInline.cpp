@@ -76,6 +76,28 @@ const char *mimeTypeOf(const std::string &bytes)
     return "application/octet-stream";
 }
 
+// A frame may hold its picture in several forms, the preferred first: LibreOffice gives a Windows
+// metafile a PNG beside it. A metafile, which no writer here can hold, gives way to the next form.
+const xmlNode *heldPicture(const xmlNode *frame)
+{
+    const xmlNode *first = Xml::child(frame, draw, "image");
+    const auto mimeType = [](const xmlNode *image) {
+        return Xml::attribute(image, draw, "mime-type")
+            .value_or(Xml::attribute(image, loext, "mime-type").value_or(""));
+    };
+    const auto metafile = [](const std::string &type) {
+        return type.find("wmf") != std::string::npos || type.find("emf") != std::string::npos;
+    };
+    if (!first || !metafile(mimeType(first)))
+        return first;
+    for (const xmlNode *next = first->next; next; next = next->next)
+        if (Xml::is(next, draw, "image")) {
+            const std::string type = mimeType(next);
+            return type.starts_with("image/") && !metafile(type) ? next : first;
+        }
+    return first;
+}
+
 } // namespace
 
 OdtInline::OdtInline(OdtContent &content, const OdfProperties &paragraphText) : content(content)
@@ -425,22 +447,7 @@ void OdtInline::frame(const xmlNode *node)
     flush();
     if (const xmlNode *box = Xml::child(node, draw, "text-box")) {
         textBox(properties, box);
-    } else if (const xmlNode *picture = Xml::child(node, draw, "image")) {
-        // A frame may hold its picture in several forms, the preferred first: LibreOffice gives a
-        // Windows metafile a PNG beside it. A metafile, which no writer here can hold, gives way.
-        for (const xmlNode *other : Xml::children(node)) {
-            if (other == picture || !Xml::is(other, draw, "image"))
-                continue;
-            const auto mimeType = [](const xmlNode *image) {
-                return Xml::attribute(image, draw, "mime-type")
-                    .value_or(Xml::attribute(image, loext, "mime-type").value_or(""));
-            };
-            const std::string first = mimeType(picture), next = mimeType(other);
-            if ((first == "image/x-emf" || first == "image/x-wmf") && next.starts_with("image/") &&
-                next.find("wmf") == std::string::npos && next.find("emf") == std::string::npos)
-                picture = other;
-            break;
-        }
+    } else if (const xmlNode *picture = heldPicture(node)) {
         if (image(picture, properties))
             ignoreSpace = false;
     }

@@ -525,31 +525,21 @@ void WordPerfectWriter::startParagraph(const RVNGPropertyList &propList, const s
     stream.wanted.attributes = 0;
     stream.wanted.capitals = false;
     stream.pendingLabel = label;
-    stream.pendingPicture.clear();
+    stream.pendingPicture = false;
 }
 
 void WordPerfectWriter::writePendingLabel()
 {
     Stream &stream = streams.back();
-    if (!stream.pendingPicture.empty()) {
-        // A picture bullet stands in the label's place as a picture in the line; one that cannot be
-        // set keeps its level's bullet character.
-        const librevenge::RVNGBinaryData bytes = richtext::decodeBase64(stream.pendingPicture.c_str());
-        stream.pendingPicture.clear();
-        const std::optional<Raster> raster =
-            bytes.getDataBuffer() ? decodeRaster(std::string_view(
-                                        reinterpret_cast<const char *>(bytes.getDataBuffer()), bytes.size()))
-                                  : std::nullopt;
-        if (raster) {
-            const BulletPicture &level = listPictures.back();
-            const double width = level.width > 0 ? level.width : raster->width / raster->pixelsPerInch;
-            const double height = level.height > 0 ? level.height : raster->height / raster->pixelsPerInch;
-            stream.pendingLabel.clear();
-            text(U"");
-            writeImage(*raster, std::max(1, wpu(width)), std::max(1, wpu(height)));
-            tab();
-            return;
-        }
+    if (stream.pendingPicture) {
+        // A picture bullet stands in the label's place as a picture in the line.
+        stream.pendingPicture = false;
+        stream.pendingLabel.clear();
+        const BulletPicture &level = listPictures.back();
+        text(U"");
+        writeImage(*level.raster, level.width, level.height);
+        tab();
+        return;
     }
     if (stream.pendingLabel.empty())
         return;
@@ -1052,9 +1042,20 @@ void WordPerfectWriter::openListLevel(const RVNGPropertyList &propList, bool ord
     listIndents.push_back({wpu(before + width), wpu(width)});
     BulletPicture picture;
     if (const librevenge::RVNGProperty *bytes = propList["librevenge:bullet-picture"]; bytes && !ordered) {
-        picture.base64 = bytes->getStr().cstr();
-        picture.width = inchesOf(propList, "fo:width").value_or(0);
-        picture.height = inchesOf(propList, "fo:height").value_or(0);
+        const librevenge::RVNGBinaryData data = richtext::decodeBase64(bytes->getStr().cstr());
+        if (data.getDataBuffer()) {
+            if (auto raster = decodeRaster(
+                    std::string_view(reinterpret_cast<const char *>(data.getDataBuffer()), data.size()))) {
+                // Without a size of its own the picture keeps its own.
+                const auto size = [&](const char *name, int pixels) {
+                    const auto given = inchesOf(propList, name);
+                    return std::max(1, wpu(given && *given > 0 ? *given : pixels / raster->pixelsPerInch));
+                };
+                picture.width = size("fo:width", raster->width);
+                picture.height = size("fo:height", raster->height);
+                picture.raster = std::make_shared<const Raster>(std::move(*raster));
+            }
+        }
     }
     listPictures.push_back(std::move(picture));
 }
@@ -1101,8 +1102,8 @@ void WordPerfectWriter::openListElement(const RVNGPropertyList &propList)
         restart && numbering.depth() > 0)
         numbering.restartAt(restart->getInt());
     startParagraph(properties, numbering.depth() > 0 ? numbering.nextLabel() : std::string(), true);
-    if (!hidden && !listPictures.empty() && !listPictures.back().base64.empty())
-        streams.back().pendingPicture = listPictures.back().base64;
+    if (!hidden && !listPictures.empty() && listPictures.back().raster)
+        streams.back().pendingPicture = true;
 }
 
 void WordPerfectWriter::openNote(const RVNGPropertyList &propList)

@@ -270,7 +270,6 @@ protected:
     virtual std::string assemble(const std::string &document) = 0;
     // The version has no code libwpd reads for something the document holds.
     void lose(std::string_view kind) { lost.add(kind); }
-    bool rightToLeft = false; // the paragraph being written reads from the right
     void shapeLost() override { lose(loss::drawings); }
 
 private:
@@ -295,7 +294,7 @@ private:
         std::optional<ParagraphFormat> pendingStart;
         // A list item's label waits for the item's first text, whose font it takes.
         std::string pendingLabel;
-        std::string pendingPicture; // a picture bullet's bytes (base64), written as the label
+        bool pendingPicture = false; // the label is the level's picture bullet
         std::u32string pendingBlanks;
         CharacterFormat blanksFormat; // what the first of them was written in
         // The space between the last paragraph and the next is known only when the next opens:
@@ -434,14 +433,17 @@ private:
     bool firstPageEnded = false;
     void endFirstPage(bool atBreak);
     bool paragraphOpensPage = false; // the open paragraph of the main text starts a page
+    bool rightToLeft = false;        // the paragraph being written reads from the right
     void writeBlankLine(int height, bool closing);
     ListNumbering numbering;
     std::vector<std::pair<int, int>> listIndents; // per open level: text indent and label width, WPU
+    // A level's picture bullet, decoded once for all its items; none where it has none, or where
+    // the picture cannot be read (its bullet character stands in).
     struct BulletPicture {
-        std::string base64;
-        double width = 0, height = 0; // inches; 0 where the level gives none
+        std::shared_ptr<const Raster> raster;
+        int width = 0, height = 0; // WPU
     };
-    std::vector<BulletPicture> listPictures; // per open level; empty bytes where it has none
+    std::vector<BulletPicture> listPictures; // per open level
     PageSetup page;
     bool pageSetupKnown = false;
     bool pageJustBroken = false;             // a new page span wrote the break its first paragraph asks for
