@@ -12,6 +12,15 @@ namespace richtext {
 
 using librevenge::RVNGPropertyList;
 
+RtfPalette::RtfPalette()
+{
+    // \deff0: what \plain returns to, and so the font of a line that holds no text. It is
+    // the text default of the ODT our WordPerfect reading gives (a reader's own serif, 12
+    // points), so a blank line stands as high in the RTF as there, not as high as the font
+    // of whichever text came first.
+    font("Times New Roman");
+}
+
 int RtfPalette::font(const std::string &name)
 {
     const auto [at, added] = fontIndex.emplace(name, static_cast<int>(fonts.size()));
@@ -44,11 +53,8 @@ int RtfPalette::colour(const std::string &hex)
 std::string RtfPalette::fontTable() const
 {
     std::string table = "{\\fonttbl";
-    // \deff0 must name a font even when the document set none.
-    const std::vector<std::string> names =
-        fonts.empty() ? std::vector<std::string>{"Times New Roman"} : fonts;
-    for (std::size_t i = 0; i < names.size(); ++i)
-        table += "{\\f" + std::to_string(i) + "\\fnil " + RtfText::escape(names[i]) + ";}";
+    for (std::size_t i = 0; i < fonts.size(); ++i)
+        table += "{\\f" + std::to_string(i) + "\\fnil " + RtfText::escape(fonts[i]) + ";}";
     return table + "}";
 }
 

