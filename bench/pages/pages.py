@@ -23,6 +23,7 @@ right) as PNG; WORST=N sets how many (default 6). Python standard library only.
 
 import argparse
 import difflib
+import hashlib
 import operator
 import os
 import re
@@ -422,6 +423,16 @@ def render_page(pdf, page, scratch, dpi=60):
     return image
 
 
+def layout_setting():
+    """What a layout depends on besides the file: the fonts installed and LibreOffice's build."""
+    fonts = subprocess.run(["fc-list", "--format", "%{file}\\n"], stdout=subprocess.PIPE,
+                           stderr=subprocess.DEVNULL, text=True).stdout
+    soffice = shutil.which("soffice")
+    build = Path(soffice).resolve().stat().st_mtime if soffice else 0
+    digest = hashlib.sha256("\n".join(sorted(fonts.splitlines())).encode()).hexdigest()
+    return f"fonts {digest}\nsoffice {soffice} {build}\n"
+
+
 def keep_side_by_side(target, src_pdf, out_pdf, page, scratch):
     a = render_page(src_pdf, page, scratch)
     b = render_page(out_pdf, page, scratch) if out_pdf and out_pdf.exists() else None
@@ -553,6 +564,13 @@ def main():
             sources[group].append(target)
             names[target.stem] = name
         pdfs = staged / "pdf"
+        # A source's layout kept from an earlier run holds only while the fonts and LibreOffice
+        # that made it are the same: installing a font moves every line.
+        stamp, setting = pdfs / "laid-out-with", layout_setting()
+        if not stamp.exists() or stamp.read_text() != setting:
+            shutil.rmtree(pdfs, ignore_errors=True)
+            pdfs.mkdir(parents=True)
+            stamp.write_text(setting)
         missing = [s for s in sources[group] if not (pdfs / f"{s.stem}.pdf").exists()]
         log(f"laying out {len(missing)} {group} sources")
         if group == "wp":

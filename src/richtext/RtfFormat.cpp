@@ -14,10 +14,9 @@ using librevenge::RVNGPropertyList;
 
 RtfPalette::RtfPalette()
 {
-    // \deff0: what \plain returns to, and so the font of a line that holds no text. It is
-    // the text default of the ODT our WordPerfect reading gives (a reader's own serif, 12
-    // points), so a blank line stands as high in the RTF as there, not as high as the font
-    // of whichever text came first.
+    // \deff0 is what \plain returns to, and so the font of a line that holds no text. Our
+    // ODT of a WordPerfect document, like LibreOffice's own import, sets such a line in the
+    // reader's default serif at 12 points; so does the RTF, not in whichever font came first.
     font("Times New Roman");
 }
 
