@@ -16,11 +16,14 @@ constexpr const char *footnoteSeparator = "{\\ftnsep\\chftnsep}";
 // or a footer's the same from the bottom. LibreOffice gives every header at
 // least a millimetre from where it stands: one that asks for no room stands
 // that far into the margin, and the text starts at the margin all the same.
+// Margin and height are rounded to twips each, as LibreOffice rounds an ODF
+// page's: a twip more room here or there moves a last line to the next page.
 std::string room(bool footer, double margin, double height)
 {
     const double at = height > 0 ? margin : std::max(0.0, margin - 1 / 25.4);
     return (footer ? "\\footery" : "\\headery") + std::to_string(RtfFormat::twips(at)) +
-           (footer ? "\\margbsxn" : "\\margtsxn") + std::to_string(RtfFormat::twips(margin + height));
+           (footer ? "\\margbsxn" : "\\margtsxn") +
+           std::to_string(RtfFormat::twips(margin) + RtfFormat::twips(height));
 }
 
 } // namespace

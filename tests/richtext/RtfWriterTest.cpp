@@ -900,6 +900,17 @@ TEST(RtfWriter, GivesAHeaderTheRoomItAsksForAndEndsItWithAParagraph)
         at(rtf, c.margins);
         EXPECT_EQ(rtf.find("\\fs2", rtf.find("body")), std::string::npos) << "the body has none";
     }
+    // A margin of 1417.3 twips and the half centimetre are rounded each, as LibreOffice rounds
+    // the ODT's: 1417 + 283, where the sum, 1700.8, would take a twip from the page's text.
+    const std::string rtf = document(
+        [](RtfWriter &out) {
+            out.openHeader({});
+            paragraph(out, "head");
+            out.closeHeader();
+            paragraph(out, "body");
+        },
+        with("fo:margin-top", 1417.3 / 1440));
+    at(rtf, "\\headery1417\\margtsxn1700\n");
 }
 
 } // namespace
