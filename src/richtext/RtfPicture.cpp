@@ -312,11 +312,11 @@ std::string placed(const std::string &pictureGroup, const librevenge::RVNGProper
         property("shapeType", 75);
     // Word and LibreOffice keep text an eighth of an inch from a shape unless told; an ODF frame
     // keeps it at the frame's margins, none unless set.
-    for (const auto &[side, name] : {std::pair{"fo:margin-left", "dxWrapDistLeft"},
-                                     std::pair{"fo:margin-right", "dxWrapDistRight"},
-                                     std::pair{"fo:margin-top", "dyWrapDistTop"},
-                                     std::pair{"fo:margin-bottom", "dyWrapDistBottom"}})
-        shape += property(name, static_cast<int>(std::lround(Units::inches(frame, side).value_or(0) * 914400)));
+    for (const auto &[side, name] :
+         {std::pair{"fo:margin-left", "dxWrapDistLeft"}, std::pair{"fo:margin-right", "dxWrapDistRight"},
+          std::pair{"fo:margin-top", "dyWrapDistTop"}, std::pair{"fo:margin-bottom", "dyWrapDistBottom"}})
+        shape +=
+            property(name, static_cast<int>(std::lround(Units::inches(frame, side).value_or(0) * 914400)));
     if (x.alignment)
         shape += property("posh", x.alignment);
     if (y.alignment)

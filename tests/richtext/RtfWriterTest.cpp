@@ -579,7 +579,8 @@ INSTANTIATE_TEST_SUITE_P(
             "a picture at the paragraph, text on both sides",
             placedPicture({{"text:anchor-type", "paragraph"}}, 1.0),
             {"{\\shp{\\*\\shpinst\\shpleft1440\\shptop720\\shpright4320\\shpbottom2160\\shpfhdr0\\shpbxcolumn"
-             "\\shpbypara\\shpwr2\\shpwrk0\\shpz0{\\sp{\\sn shapeType}{\\sv 75}}{\\sp{\\sn dxWrapDistLeft}{\\sv 0}}",
+             "\\shpbypara\\shpwr2\\shpwrk0\\shpz0{\\sp{\\sn shapeType}{\\sv 75}}{\\sp{\\sn "
+             "dxWrapDistLeft}{\\sv 0}}",
              "{\\sp{\\sn dyWrapDistBottom}{\\sv 0}}{\\sp{\\sn pib}{\\sv {\\pict"}},
         Expect{"text kept at the frame's margins, not at a reader's eighth of an inch",
                [] {
