@@ -33,10 +33,11 @@ std::string cellWords(const librevenge::RVNGPropertyList &cell, RtfPalette &pale
     }
     if (const int colour = palette.colour(Units::text(cell, "fo:background-color").value_or("")); colour > 0)
         words += "\\clcbpat" + std::to_string(colour);
-    // Padding in twips (the 3 of \clpadf..); left and right as LibreOffice reads them.
+    // Padding in twips (the 3 of \clpadf..). Word reads \clpadl as the top padding and \clpadt
+    // as the left, and LibreOffice does as Word does.
     const std::pair<const char *, const char *> paddings[] = {
-        {"fo:padding-top", "\\clpadft3\\clpadt"},
-        {"fo:padding-left", "\\clpadfl3\\clpadl"},
+        {"fo:padding-top", "\\clpadfl3\\clpadl"},
+        {"fo:padding-left", "\\clpadft3\\clpadt"},
         {"fo:padding-bottom", "\\clpadfb3\\clpadb"},
         {"fo:padding-right", "\\clpadfr3\\clpadr"},
     };

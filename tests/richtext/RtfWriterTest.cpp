@@ -679,7 +679,8 @@ TEST(RtfWriter, FillsTheMarginsWithATableAlignedToThemAndPadsItsCells)
     at(margins, "\\cellx2880");
     at(margins, "\\cellx8640");
     at(left, "\\cellx4320");
-    at(left, "\\clpadft3\\clpadt72\\clpadfl3\\clpadl144\\cellx1440");
+    // The top padding in \clpadl, the left in \clpadt: Word and LibreOffice read them so.
+    at(left, "\\clpadfl3\\clpadl72\\clpadft3\\clpadt144\\cellx1440");
 }
 
 TEST(RtfWriter, KeepsASectionWithoutHeadersFromShowingThoseBeforeIt)
