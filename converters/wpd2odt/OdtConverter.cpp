@@ -2,6 +2,7 @@
 
 #include "ConverterError.h"
 #include "EmbeddedPictures.h"
+#include "EvenPageHeaders.h"
 #include "OdfXmlWriter.h"
 #include "OdtPackageWriter.h"
 #include "WordPerfect5Layout.h"
@@ -37,7 +38,8 @@ std::string OdtConverter::toFlatXml(const WordPerfectDocument &document, richtex
     WordPerfect5Layout generator(std::move(layout));
     prepare(generator);
     OdfXmlWriter writer;
-    WriterDefaults defaults(writer);
+    EvenPageHeaders headers(writer);
+    WriterDefaults defaults(headers);
     generator.addDocumentHandler(&defaults, ODF_FLAT_XML);
     document.parse(generator);
     requireOutput(writer, document);
@@ -58,7 +60,8 @@ std::string OdtConverter::toPackage(const WordPerfectDocument &document, richtex
     WordPerfect5Layout generator(std::move(layout));
     prepare(generator);
     generator.addDocumentHandler(&content, ODF_CONTENT_XML);
-    WriterDefaults styleDefaults(styles);
+    EvenPageHeaders styleHeaders(styles);
+    WriterDefaults styleDefaults(styleHeaders);
     generator.addDocumentHandler(&styleDefaults, ODF_STYLES_XML);
     generator.addDocumentHandler(&meta, ODF_META_XML);
     document.parse(generator);

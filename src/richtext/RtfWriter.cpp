@@ -124,11 +124,14 @@ void RtfWriter::openHeaderOrFooter(const RVNGPropertyList &propList, bool footer
 {
     output.setAside();
     inFooter = footer;
+    const std::string occurrence = Units::text(propList, "librevenge:occurrence").value_or("all");
+    oddPagesOnly = occurrence == "odd" || occurrence == "right";
     const std::optional<std::string> group = sections.headerGroup(propList, footer);
     if (!group) {
         enter(Container::Kind::ignored);
         return;
     }
+    headerWord = *group;
     output.raw("{");
     output.word(*group);
     enter(Container::Kind::header);
@@ -137,6 +140,17 @@ void RtfWriter::openHeaderOrFooter(const RVNGPropertyList &propList, bool footer
 void RtfWriter::closeHeaderOrFooter()
 {
     const bool ignored = container().kind == Container::Kind::ignored;
+    // An odd pages' header of empty paragraphs is there so that ODF readers show the even pages'
+    // header beside it; WordPerfect's odd pages have none, so it takes no room here.
+    if (!ignored && oddPagesOnly && container().anyParagraph && !container().anyContent) {
+        Container blank;
+        blank.kind = Container::Kind::header;
+        container() = blank;
+        output.takeAside();
+        output.setAside();
+        output.raw("{");
+        output.word(headerWord);
+    }
     // A header that ends with a table, or holds nothing, would get a
     // paragraph of the default size from the reader, and push the text down.
     if (!ignored && (container().afterTable || !container().anyParagraph))
@@ -192,8 +206,10 @@ void RtfWriter::ensureParagraph(bool content)
 {
     if (!container().paragraphOpen)
         beginParagraph({}, {}, {});
-    if (content)
+    if (content) {
         container().paragraphEmpty = false;
+        container().anyContent = true;
+    }
 }
 
 void RtfWriter::closeParagraph()
@@ -536,6 +552,7 @@ void RtfWriter::closeTable()
     if (!tables.empty())
         tables.pop_back();
     container().afterTable = true;
+    container().anyContent = true;
 }
 
 void RtfWriter::closeContainer()

@@ -107,7 +107,8 @@ private:
         bool paragraphEmpty = false; // nothing was written into the last paragraph
         int paragraphs = 0;
         bool anyParagraph = false;
-        bool noteMark = false; // the note's own number is still to be written
+        bool anyContent = false; // text, a field, a picture or a table, not empty paragraphs only
+        bool noteMark = false;   // the note's own number is still to be written
         bool spanOpen = false;
         bool afterTable = false; // the last thing written here was a table
         int links = 0;           // hyperlink groups open
@@ -150,8 +151,10 @@ private:
     int flattenedTables = 0; // tables inside cells, written as plain paragraphs
     RtfSections sections;
     std::vector<librevenge::RVNGPropertyList> openSections;
-    bool spanBlank = false; // nothing has been written into the page span's text yet
-    bool inFooter = false;  // the header group being written is a footer's
+    bool spanBlank = false;    // nothing has been written into the page span's text yet
+    bool inFooter = false;     // the header group being written is a footer's
+    bool oddPagesOnly = false; // ...and for the odd pages only
+    std::string headerWord;    // ...and its group's word (\headerr, \footerl...)
     bool anyFootnote = false;
     bool anyEndnote = false;
     librevenge::RVNGPropertyList frame;

@@ -862,7 +862,7 @@ TEST(RtfWriter, PlacesFramesInTheTextAreaLeftByTheHeaderAndFooter)
 // an empty one takes no room; one that would end without a paragraph ends with a hairline.
 TEST(RtfWriter, GivesAHeaderTheRoomItAsksForAndEndsItWithAParagraph)
 {
-    enum class Holds { text, table, nothing };
+    enum class Holds { text, table, nothing, emptyParagraph };
     const struct {
         const char *occurrence; // nullptr: none stated
         double minHeight;       // 0: none stated
@@ -879,6 +879,10 @@ TEST(RtfWriter, GivesAHeaderTheRoomItAsksForAndEndsItWithAParagraph)
         {"even", 0, Holds::text, "\\ql head}", "\\headery1383\\margtsxn1440\n"},
         {"all", 0.5, Holds::text, "\\ql head}", "\\headery1440\\margtsxn2160\n"},
         {"odd", 0.25, Holds::text, "\\ql head}", "\\headery1440\\margtsxn1800\n"},
+        // An odd pages' header of an empty paragraph only switches ODF's even pages' header on.
+        {"odd", 0, Holds::emptyParagraph, "{\\headerr\\pard\\plain\\fs2\\sl-20\\slmult0}",
+         "\\headery1383\\margtsxn1440\n"},
+        {"all", 0, Holds::emptyParagraph, "{\\header\\pard\\plain\\ql}", "\\headery1440\\margtsxn1723\n"},
     };
     for (const auto &c : cases) {
         SCOPED_TRACE(std::string(c.occurrence ? c.occurrence : "-") + " " + std::to_string(c.minHeight) +
@@ -894,6 +898,10 @@ TEST(RtfWriter, GivesAHeaderTheRoomItAsksForAndEndsItWithAParagraph)
                 paragraph(out, "head");
             if (c.holds == Holds::table)
                 oneCellTable(out, "cell");
+            if (c.holds == Holds::emptyParagraph) {
+                out.openParagraph({});
+                out.closeParagraph();
+            }
             out.closeHeader();
             paragraph(out, "body");
         });
