@@ -62,7 +62,8 @@ TEST(RealWidgets, PasswordAlertTypesIntoAFocusedMaskedField)
         EXPECT_EQ(field->echoMode(), QLineEdit::Password);
         EXPECT_EQ(field->placeholderText(), "Password");
         EXPECT_EQ(field->size(), QSize(240, 24));
-        EXPECT_TRUE(field->hasFocus());
+        // The window manager activates the alert when it gets to it; a busy machine takes longer.
+        EXPECT_TRUE(QTest::qWaitFor([field] { return field->hasFocus(); }, 5000));
         QTest::keyClicks(field, "s3cret");
         QTest::keyClick(field, Qt::Key_Return);
     });
