@@ -6,9 +6,10 @@
 #include "WpgImage.h"
 
 #include <algorithm>
-#include <vector>
-#include <ctime>
 #include <cstdio>
+#include <cstdlib>
+#include <ctime>
+#include <vector>
 
 namespace richtext::wordperfect {
 
@@ -61,9 +62,18 @@ std::string summaryText(const std::string &utf8, std::size_t room)
 // the 5.1 marker, the creation date in numbers and the marker again.
 std::string summaryPacket(const DocumentSummary &summary)
 {
-    const std::time_t now = std::time(nullptr);
+    // SOURCE_DATE_EPOCH (seconds, UTC) stands for the clock, so that the same document makes the
+    // same bytes when asked to: in tests, and for anyone who keeps converted files reproducible.
     std::tm local{};
-    localtime_r(&now, &local);
+    if (const char *epoch = std::getenv("SOURCE_DATE_EPOCH"); epoch && *epoch) {
+        char *end = nullptr;
+        const long long seconds = std::strtoll(epoch, &end, 10);
+        const std::time_t at = static_cast<std::time_t>(*end == '\0' && seconds >= 0 ? seconds : 0);
+        gmtime_r(&at, &local);
+    } else {
+        const std::time_t now = std::time(nullptr);
+        localtime_r(&now, &local);
+    }
     char stamp[32];
     std::snprintf(stamp, sizeof stamp, "%02d-%02d-%02d %02d:%02d%c", local.tm_mday, local.tm_mon + 1,
                   local.tm_year % 100, local.tm_hour % 12 == 0 ? 12 : local.tm_hour % 12, local.tm_min,
